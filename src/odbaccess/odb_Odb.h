@@ -1,0 +1,64 @@
+// The database and the library's life.
+#pragma once
+
+#include <memory>
+
+#include "odbaccess/odb_Sequence.h"
+#include "odbaccess/odb_Set.h"
+#include "odbaccess/odb_Step.h"
+#include "odbaccess/odb_String.h"
+
+namespace odb_detail {
+class DatabaseStorage;
+}
+
+// The axis about which a model of one sector repeats.
+class odb_SectorDefinition {
+ public:
+  explicit odb_SectorDefinition(odb_SequenceSequenceFloat symmetryAxis) : symmetryAxis_(std::move(symmetryAxis)) {}
+
+  // Two points, three coordinates each.
+  odb_SequenceSequenceFloat symmetryAxis() const { return symmetryAxis_; }
+
+ private:
+  odb_SequenceSequenceFloat symmetryAxis_;
+};
+
+// An open database. Its parts are read when they are first asked for; what is damaged is an odb_Exception
+// that names the file and the object in it.
+class odb_Odb {
+ public:
+  explicit odb_Odb(std::shared_ptr<odb_detail::DatabaseStorage> storage) : storage_(std::move(storage)) {}
+
+  // The name that the file gives itself, else the path as opened.
+  odb_String name() const;
+
+  odb_Assembly& rootAssembly() const;
+  odb_PartRepository& parts() const;
+  odb_StepRepository& steps() const;
+
+  bool hasSectorDefinition() const;
+  odb_SectorDefinition sectorDefinition() const;
+
+  // Closes the file. The handle that openOdb returned is gone afterwards, other copies throw.
+  void close();
+
+ private:
+  odb_detail::DatabaseStorage& storage() const;
+
+  std::shared_ptr<odb_detail::DatabaseStorage> storage_;
+};
+
+// Called once before, and once after, any other operation of the library.
+void odb_initializeAPI();
+void odb_finalizeAPI();
+
+// Whether the file is of an older layout that openOdb does not read. Throws odb_Exception for what is no database.
+bool isUpgradeRequiredForOdb(const odb_String& path);
+
+// Writes the database at `path` in today's layout to `newPath` + ".odb", replacing a file of that name.
+void upgradeOdb(const odb_String& path, const odb_String& newPath);
+
+// Opens a database; the reference is good until it is closed. `readOnly` must be true: this library
+// does not write through the interface; `internal` is accepted for the calls that pass it. Throws odb_Exception.
+odb_Odb& openOdb(const odb_String& path, bool readOnly, bool internal);

@@ -1,0 +1,62 @@
+// The zero-based arrays of the interface.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "odbaccess/cow_List.h"
+
+template <class T>
+class odb_Sequence : public cow_List<T> {
+ public:
+  using cow_List<T>::cow_List;
+
+  // Whether an element equals `value`.
+  bool isMember(const T& value) const {
+    for (int i = 0; i < this->size(); ++i) {
+      if (this->constGet(i) == value) return true;
+    }
+    return false;
+  }
+};
+
+// Numbers, read only. Built by copying `count` numbers from `data`; up to six of them, which is a
+// row of every field and a sample of every usual history, need no storage of their own.
+template <class T>
+class odb_NumberSequence {
+ public:
+  odb_NumberSequence() = default;
+  odb_NumberSequence(const T* data, int count) : size_(count) {
+    if (count <= kInline) {
+      std::copy_n(data, count, few_.begin());
+    } else {
+      many_ = std::make_shared<const std::vector<T>>(data, data + count);
+    }
+  }
+  explicit odb_NumberSequence(std::span<const T> numbers)
+      : odb_NumberSequence(numbers.data(), static_cast<int>(numbers.size())) {}
+
+  int size() const { return size_; }
+
+  // Number `index`; 0 for an index past the end, as for a component that is not stored.
+  T constGet(int index) const {
+    if (index < 0 || index >= size_) return T{};
+    const auto at = static_cast<std::size_t>(index);
+    return many_ ? (*many_)[at] : few_[at];
+  }
+  T operator[](int index) const { return constGet(index); }
+
+ private:
+  static constexpr int kInline = 6;
+
+  int size_ = 0;
+  std::array<T, kInline> few_{};
+  std::shared_ptr<const std::vector<T>> many_;
+};
+
+using odb_SequenceFloat = odb_NumberSequence<float>;
+using odb_SequenceDouble = odb_NumberSequence<double>;
+using odb_SequenceSequenceFloat = odb_Sequence<odb_SequenceFloat>;

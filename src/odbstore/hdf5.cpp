@@ -1,0 +1,191 @@
+#include "odbstore/hdf5.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <utility>
+
+namespace odbstore::h5 {
+
+namespace {
+
+// Deflate never packs more than this many bytes into one.
+constexpr hsize_t kLargestCompression = 1032;
+
+}  // namespace
+
+Handle::Handle(Handle&& other) noexcept : id_(std::exchange(other.id_, -1)), close_(other.close_) {}
+
+Handle& Handle::operator=(Handle&& other) noexcept {
+  std::swap(id_, other.id_);
+  std::swap(close_, other.close_);
+  return *this;
+}
+
+Handle::~Handle() {
+  if (id_ >= 0) close_(id_);
+}
+
+void quietHdf5() {
+  static const bool done = H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr) >= 0;
+  static_cast<void>(done);
+}
+
+std::string lastHdf5Error() {
+  // Walked upwards, the first entry is the innermost failure: the one that says why.
+  std::string reason;
+  const auto keepFirst = [](unsigned n, const H5E_error2_t* error, void* out) -> herr_t {
+    if (n == 0 && error->desc != nullptr) *static_cast<std::string*>(out) = error->desc;
+    return 0;
+  };
+  H5Ewalk2(H5E_DEFAULT, H5E_WALK_UPWARD, keepFirst, &reason);
+  return reason;
+}
+
+void Object::fail(const std::string& reason) const { throw StoreError(file_->name, path_, reason); }
+
+void Object::failHdf5(const std::string& reason) const {
+  const std::string why = lastHdf5Error();
+  fail(why.empty() ? reason : fmt::format("{} ({})", reason, why));
+}
+
+Dataset::Dataset(Handle id, std::string path, std::shared_ptr<const FileContext> file)
+    : Object(std::move(id), std::move(path), std::move(file)) {
+  const Handle type(H5Dget_type(this->id()), H5Tclose);
+  const Handle space(H5Dget_space(this->id()), H5Sclose);
+  if (!type || !space) failHdf5("the data set cannot be read");
+  class_ = H5Tget_class(type.get());
+  numberSize_ = H5Tget_size(type.get());
+  const H5S_class_t shape = H5Sget_simple_extent_type(space.get());
+  if (shape == H5S_NULL) fail("the data set has no shape");
+  dims_.resize(static_cast<std::size_t>(std::max(0, H5Sget_simple_extent_ndims(space.get()))));
+  H5Sget_simple_extent_dims(space.get(), dims_.data(), nullptr);
+  hsize_t numbers = 1;
+  for (const hsize_t d : dims_) {
+    if (d != 0 && numbers > static_cast<hsize_t>(std::numeric_limits<std::int64_t>::max()) / d) {
+      fail("the data set is too large");
+    }
+    numbers *= d;
+  }
+  const std::int64_t fileBytes = this->file()->bytes;
+  if (fileBytes > 0 && numbers / kLargestCompression > static_cast<hsize_t>(fileBytes)) {
+    fail("the data set is larger than the file can hold");
+  }
+  if (this->file()->profile == Profile::strict) checkProfile();
+}
+
+void Dataset::checkProfile() const {
+  const Handle plist(H5Dget_create_plist(id()), H5Pclose);
+  if (!plist) failHdf5("the data set cannot be read");
+  const H5D_layout_t layout = H5Pget_layout(plist.get());
+  if (layout == H5D_CONTIGUOUS) {
+    if (H5Pget_external_count(plist.get()) > 0) fail("external storage is not allowed in this layout");
+    const hsize_t bytes = static_cast<hsize_t>(count()) * numberSize_;
+    if (bytes != 0 && H5Dget_storage_size(id()) != bytes) fail("the data set is not stored in full");
+  } else if (layout == H5D_CHUNKED) {
+    Dims chunk(dims_.size());
+    H5Pget_chunk(plist.get(), static_cast<int>(chunk.size()), chunk.data());
+    for (std::size_t i = 0; i < chunk.size(); ++i) {
+      // A dimension of 0 rows still needs a chunk of 1.
+      if (chunk[i] != (i == 0 ? 1 : std::max<hsize_t>(dims_[i], 1))) fail("a chunk must hold exactly one frame");
+    }
+    for (int i = 0; i < H5Pget_nfilters(plist.get()); ++i) {
+      unsigned flags = 0;
+      std::size_t parameters = 0;
+      const H5Z_filter_t filter =
+          H5Pget_filter2(plist.get(), static_cast<unsigned>(i), &flags, &parameters, nullptr, 0, nullptr, nullptr);
+      if (filter != H5Z_FILTER_DEFLATE && filter != H5Z_FILTER_FLETCHER32) {
+        fail("filters other than gzip and Fletcher-32 are not allowed in this layout");
+      }
+    }
+  } else {
+    fail("storage must be contiguous, or chunked by frame");
+  }
+  if (class_ != H5T_INTEGER && class_ != H5T_FLOAT && class_ != H5T_STRING) fail("is neither numbers nor text");
+}
+
+std::int64_t Dataset::count() const {
+  return static_cast<std::int64_t>(
+      std::accumulate(dims_.begin(), dims_.end(), hsize_t{1}, [](hsize_t a, hsize_t b) { return a * b; }));
+}
+
+void Dataset::requireFloat() const {
+  if (class_ != H5T_FLOAT) fail("must hold floating-point numbers");
+}
+
+void Dataset::readAll(hid_t memoryType, void* out) const {
+  if (count() == 0) return;
+  if (H5Dread(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, out) < 0) failHdf5("cannot be read");
+}
+
+std::vector<int> Dataset::readInts() const {
+  if (class_ != H5T_INTEGER) fail("must hold integers");
+  std::vector<int> numbers(static_cast<std::size_t>(count()));
+  if (numberSize_ < sizeof(int)) {
+    readAll(H5T_NATIVE_INT, numbers.data());
+    return numbers;
+  }
+  // Read wide, so that a number that int32 cannot hold is seen instead of cut.
+  std::vector<long long> wide(numbers.size());
+  readAll(H5T_NATIVE_LLONG, wide.data());
+  for (std::size_t i = 0; i < wide.size(); ++i) {
+    if (!std::in_range<int>(wide[i])) fail(fmt::format("the integer {} at place {} is too large", wide[i], i));
+    numbers[i] = static_cast<int>(wide[i]);
+  }
+  return numbers;
+}
+
+std::vector<float> Dataset::readFloats() const {
+  requireFloat();
+  std::vector<float> numbers(static_cast<std::size_t>(count()));
+  readAll(H5T_NATIVE_FLOAT, numbers.data());
+  return numbers;
+}
+
+std::vector<double> Dataset::readDoubles() const {
+  requireFloat();
+  std::vector<double> numbers(static_cast<std::size_t>(count()));
+  readAll(H5T_NATIVE_DOUBLE, numbers.data());
+  return numbers;
+}
+
+void Dataset::transferSlab(hsize_t index, hid_t memoryType, void* out, bool writing) const {
+  Dims start(dims_.size(), 0);
+  Dims extent = dims_;
+  start.front() = index;
+  extent.front() = 1;
+  hsize_t numbers = 1;
+  for (const hsize_t d : extent) numbers *= d;
+  if (numbers == 0) return;
+  const Handle fileSpace(H5Dget_space(id()), H5Sclose);
+  const Handle memorySpace(H5Screate_simple(1, &numbers, nullptr), H5Sclose);
+  if (!fileSpace || !memorySpace ||
+      H5Sselect_hyperslab(fileSpace.get(), H5S_SELECT_SET, start.data(), nullptr, extent.data(), nullptr) < 0) {
+    failHdf5("a frame cannot be selected");
+  }
+  const herr_t status = writing
+                            ? H5Dwrite(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out)
+                            : H5Dread(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out);
+  if (status < 0) failHdf5(fmt::format("slab {} cannot be {}", index, writing ? "written" : "read"));
+}
+
+void Dataset::readSlab(hsize_t index, float* out) const { transferSlab(index, H5T_NATIVE_FLOAT, out, false); }
+
+void Dataset::readSlab(hsize_t index, double* out) const { transferSlab(index, H5T_NATIVE_DOUBLE, out, false); }
+
+void Dataset::writeSlab(hsize_t index, const float* rows) const {
+  transferSlab(index, H5T_NATIVE_FLOAT, const_cast<float*>(rows), true);
+}
+
+void Dataset::writeSlab(hsize_t index, const double* rows) const {
+  transferSlab(index, H5T_NATIVE_DOUBLE, const_cast<double*>(rows), true);
+}
+
+void Dataset::write(const void* numbers, hid_t memoryType) const {
+  if (count() == 0) return;
+  if (H5Dwrite(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, numbers) < 0) failHdf5("cannot be written");
+}
+
+}  // namespace odbstore::h5

@@ -1,0 +1,236 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "odbstore/hdf5.h"
+
+namespace odbstore::h5 {
+
+namespace {
+
+std::int64_t pointsOf(hid_t space) {
+  return H5Sget_simple_extent_type(space) == H5S_NULL ? 0 : H5Sget_simple_extent_npoints(space);
+}
+
+// Null-terminated, null-padded and space-padded texts alike.
+std::string textFrom(const char* bytes, std::size_t size, H5T_str_t padding) {
+  std::string text(bytes, strnlen(bytes, size));
+  if (padding == H5T_STR_SPACEPAD) text.erase(text.find_last_not_of(' ') + 1);
+  return text;
+}
+
+// Reads all texts behind `read`, which fills a buffer of a given memory type.
+template <class Read>
+std::vector<std::string> readTexts(const Object& owner, hid_t type, hid_t space, Profile profile, Read&& read) {
+  if (H5Tget_class(type) != H5T_STRING) owner.fail("must hold text");
+  const std::int64_t count = pointsOf(space);
+  std::vector<std::string> texts;
+  if (count == 0) return texts;
+  texts.reserve(static_cast<std::size_t>(count));
+  if (H5Tis_variable_str(type) > 0) {
+    if (profile == Profile::strict) owner.fail("text of variable length is not allowed in this layout");
+    std::vector<char*> pointers(static_cast<std::size_t>(count), nullptr);
+    const Handle memoryType(H5Tcopy(type), H5Tclose);
+    if (read(memoryType.get(), pointers.data()) < 0) owner.failHdf5("text cannot be read");
+    for (const char* text : pointers) texts.emplace_back(text != nullptr ? text : "");
+    H5Dvlen_reclaim(memoryType.get(), space, H5P_DEFAULT, pointers.data());
+    return texts;
+  }
+  const std::size_t size = H5Tget_size(type);
+  std::vector<char> bytes(size * static_cast<std::size_t>(count));
+  if (read(type, bytes.data()) < 0) owner.failHdf5("text cannot be read");
+  const H5T_str_t padding = H5Tget_strpad(type);
+  for (std::int64_t i = 0; i < count; ++i) {
+    texts.push_back(textFrom(bytes.data() + static_cast<std::size_t>(i) * size, size, padding));
+  }
+  return texts;
+}
+
+Handle textType(std::size_t longest) {
+  Handle type(H5Tcopy(H5T_C_S1), H5Tclose);
+  // HDF5 has no type for texts of no bytes.
+  H5Tset_size(type.get(), std::max<std::size_t>(longest, 1));
+  H5Tset_strpad(type.get(), H5T_STR_NULLPAD);
+  H5Tset_cset(type.get(), H5T_CSET_UTF8);
+  return type;
+}
+
+// Texts side by side, each padded with NULs to the longest.
+struct PackedTexts {
+  explicit PackedTexts(std::span<const std::string> texts) {
+    std::size_t longest = 1;
+    for (const std::string& text : texts) longest = std::max(longest, text.size());
+    type = textType(longest);
+    bytes.assign(longest * std::max<std::size_t>(texts.size(), 1), '\0');
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      std::memcpy(bytes.data() + i * longest, texts[i].data(), texts[i].size());
+    }
+  }
+
+  Handle type;
+  std::vector<char> bytes;
+};
+
+}  // namespace
+
+bool Object::hasAttribute(const std::string& name) const {
+  const htri_t exists = H5Aexists(id(), name.c_str());
+  if (exists < 0) failHdf5(fmt::format("the attribute \"{}\" cannot be looked up", name));
+  return exists > 0;
+}
+
+Handle Object::openAttribute(const std::string& name) const {
+  Handle attribute(H5Aopen(id(), name.c_str(), H5P_DEFAULT), H5Aclose);
+  if (!attribute) failHdf5(fmt::format("the attribute \"{}\" cannot be opened", name));
+  return attribute;
+}
+
+std::vector<int> Object::intsAttribute(const std::string& name) const {
+  if (!hasAttribute(name)) return {};
+  const Handle attribute = openAttribute(name);
+  const Handle type(H5Aget_type(attribute.get()), H5Tclose);
+  const Handle space(H5Aget_space(attribute.get()), H5Sclose);
+  // Python's truth values are an enumeration over a small integer.
+  const H5T_class_t kind = H5Tget_class(type.get());
+  const bool truthValue = kind == H5T_ENUM && H5Tget_size(type.get()) == 1;
+  if (kind != H5T_INTEGER && !truthValue) fail(fmt::format("the attribute \"{}\" must hold integers", name));
+  std::vector<int> numbers;
+  if (truthValue) {
+    std::vector<signed char> bytes(static_cast<std::size_t>(pointsOf(space.get())));
+    if (!bytes.empty() && H5Aread(attribute.get(), type.get(), bytes.data()) < 0) {
+      failHdf5(fmt::format("the attribute \"{}\" cannot be read", name));
+    }
+    numbers.assign(bytes.begin(), bytes.end());
+    return numbers;
+  }
+  std::vector<long long> wide(static_cast<std::size_t>(pointsOf(space.get())));
+  if (!wide.empty() && H5Aread(attribute.get(), H5T_NATIVE_LLONG, wide.data()) < 0) {
+    failHdf5(fmt::format("the attribute \"{}\" cannot be read", name));
+  }
+  for (const long long number : wide) {
+    if (!std::in_range<int>(number)) fail(fmt::format("the attribute \"{}\" is too large", name));
+    numbers.push_back(static_cast<int>(number));
+  }
+  return numbers;
+}
+
+std::vector<double> Object::doublesAttribute(const std::string& name) const {
+  if (!hasAttribute(name)) return {};
+  const Handle attribute = openAttribute(name);
+  const Handle type(H5Aget_type(attribute.get()), H5Tclose);
+  const Handle space(H5Aget_space(attribute.get()), H5Sclose);
+  const H5T_class_t kind = H5Tget_class(type.get());
+  if (kind != H5T_FLOAT && kind != H5T_INTEGER) fail(fmt::format("the attribute \"{}\" must hold numbers", name));
+  std::vector<double> numbers(static_cast<std::size_t>(pointsOf(space.get())));
+  if (!numbers.empty() && H5Aread(attribute.get(), H5T_NATIVE_DOUBLE, numbers.data()) < 0) {
+    failHdf5(fmt::format("the attribute \"{}\" cannot be read", name));
+  }
+  return numbers;
+}
+
+std::vector<std::string> Object::stringsAttribute(const std::string& name) const {
+  if (!hasAttribute(name)) return {};
+  const Handle attribute = openAttribute(name);
+  const Handle type(H5Aget_type(attribute.get()), H5Tclose);
+  const Handle space(H5Aget_space(attribute.get()), H5Sclose);
+  return readTexts(*this, type.get(), space.get(), file()->profile,
+                   [&](hid_t memoryType, void* out) { return H5Aread(attribute.get(), memoryType, out); });
+}
+
+namespace {
+
+template <class T>
+T onlyOne(const Object& owner, const std::string& name, const std::vector<T>& values) {
+  if (values.size() != 1) owner.fail(fmt::format("the attribute \"{}\" must hold one value", name));
+  return values.front();
+}
+
+}  // namespace
+
+int Object::intAttribute(const std::string& name, int absent) const {
+  return hasAttribute(name) ? onlyOne(*this, name, intsAttribute(name)) : absent;
+}
+
+double Object::doubleAttribute(const std::string& name, double absent) const {
+  return hasAttribute(name) ? onlyOne(*this, name, doublesAttribute(name)) : absent;
+}
+
+std::string Object::stringAttribute(const std::string& name, const std::string& absent) const {
+  return hasAttribute(name) ? onlyOne(*this, name, stringsAttribute(name)) : absent;
+}
+
+Handle Object::createAttribute(const std::string& name, hid_t type, hid_t space) const {
+  Handle attribute(H5Acreate2(id(), name.c_str(), type, space, H5P_DEFAULT, H5P_DEFAULT), H5Aclose);
+  if (!attribute) failHdf5(fmt::format("the attribute \"{}\" cannot be created", name));
+  return attribute;
+}
+
+namespace {
+
+void writeAttribute(const Object& owner, const std::string& name, const Handle& attribute, hid_t memoryType,
+                    const void* values) {
+  if (H5Awrite(attribute.get(), memoryType, values) < 0) {
+    owner.failHdf5(fmt::format("the attribute \"{}\" cannot be written", name));
+  }
+}
+
+Handle lineSpace(std::size_t count) {
+  const hsize_t extent = count;
+  return Handle(H5Screate_simple(1, &extent, nullptr), H5Sclose);
+}
+
+}  // namespace
+
+void Object::writeInt(const std::string& name, int value) const {
+  const Handle space(H5Screate(H5S_SCALAR), H5Sclose);
+  writeAttribute(*this, name, createAttribute(name, H5T_STD_I32LE, space.get()), H5T_NATIVE_INT, &value);
+}
+
+void Object::writeDouble(const std::string& name, double value) const {
+  const Handle space(H5Screate(H5S_SCALAR), H5Sclose);
+  writeAttribute(*this, name, createAttribute(name, H5T_IEEE_F64LE, space.get()), H5T_NATIVE_DOUBLE, &value);
+}
+
+void Object::writeInts(const std::string& name, std::span<const int> values) const {
+  if (values.empty()) return;
+  const Handle space = lineSpace(values.size());
+  writeAttribute(*this, name, createAttribute(name, H5T_STD_I32LE, space.get()), H5T_NATIVE_INT, values.data());
+}
+
+void Object::writeDoubles(const std::string& name, std::span<const double> values) const {
+  if (values.empty()) return;
+  const Handle space = lineSpace(values.size());
+  writeAttribute(*this, name, createAttribute(name, H5T_IEEE_F64LE, space.get()), H5T_NATIVE_DOUBLE, values.data());
+}
+
+void Object::writeString(const std::string& name, const std::string& value) const {
+  const Handle space(H5Screate(H5S_SCALAR), H5Sclose);
+  const PackedTexts packed({&value, 1});
+  writeAttribute(*this, name, createAttribute(name, packed.type.get(), space.get()), packed.type.get(),
+                 packed.bytes.data());
+}
+
+void Object::writeStrings(const std::string& name, std::span<const std::string> values) const {
+  if (values.empty()) return;
+  const Handle space = lineSpace(values.size());
+  const PackedTexts packed(values);
+  writeAttribute(*this, name, createAttribute(name, packed.type.get(), space.get()), packed.type.get(),
+                 packed.bytes.data());
+}
+
+std::vector<std::string> Dataset::readStrings() const {
+  const Handle type(H5Dget_type(id()), H5Tclose);
+  const Handle space(H5Dget_space(id()), H5Sclose);
+  return readTexts(*this, type.get(), space.get(), file()->profile, [&](hid_t memoryType, void* out) {
+    return H5Dread(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, out);
+  });
+}
+
+void Group::createStrings(const std::string& link, std::span<const std::string> values) const {
+  const PackedTexts packed(values);
+  createDataset(link, packed.type.get(), {values.size()}).write(packed.bytes.data(), packed.type.get());
+}
+
+}  // namespace odbstore::h5

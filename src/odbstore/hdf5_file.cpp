@@ -1,0 +1,99 @@
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "odbstore/hdf5.h"
+#include "odbstore/schema.h"
+
+namespace odbstore::h5 {
+
+namespace {
+
+constexpr unsigned kSuperblockOfStrictFiles = 3;
+
+// Says what is wrong with a path that names no regular file, before HDF5 is asked.
+std::int64_t sizeOfRegularFile(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) throw StoreError(path, "", std::strerror(errno));
+  if (S_ISDIR(status.st_mode)) throw StoreError(path, "", "is a directory, not a database");
+  if (!S_ISREG(status.st_mode)) throw StoreError(path, "", "is not a regular file");
+  if (status.st_size == 0) throw StoreError(path, "", "the file is empty");
+  return status.st_size;
+}
+
+Handle fileAccess(bool newest) {
+  Handle access(H5Pcreate(H5P_FILE_ACCESS), H5Pclose);
+  // Objects that outlive the file's handle keep the file open until they go too.
+  H5Pset_fclose_degree(access.get(), H5F_CLOSE_WEAK);
+  if (newest) H5Pset_libver_bounds(access.get(), H5F_LIBVER_V110, H5F_LIBVER_V110);
+  return access;
+}
+
+std::string explained(const std::string& reason) {
+  const std::string why = lastHdf5Error();
+  return why.empty() ? reason : fmt::format("{} ({})", reason, why);
+}
+
+void checkSuperblock(const FileContext& file) {
+  H5F_info2_t info{};
+  if (H5Fget_info2(file.id.get(), &info) < 0) throw StoreError(file.name, "", explained("cannot be read"));
+  if (info.super.version != kSuperblockOfStrictFiles) {
+    throw StoreError(file.name, "",
+                     fmt::format("a file of layout {} must have HDF5 superblock {}, this one has {}", kNewestLayout,
+                                 kSuperblockOfStrictFiles, info.super.version));
+  }
+}
+
+Group rootOf(const std::shared_ptr<const FileContext>& file) {
+  Handle id(H5Gopen2(file->id.get(), "/", H5P_DEFAULT), H5Gclose);
+  if (!id) throw StoreError(file->name, "/", explained("cannot be opened"));
+  return Group(std::move(id), "/", file);
+}
+
+int readLayout(const Group& root, const std::string& name) {
+  if (!root.hasAttribute("layout")) {
+    throw StoreError(name, "", "is an HDF5 file but not a database: it has no attribute \"layout\"");
+  }
+  const int layout = root.intAttribute("layout", 0);
+  if (layout > kNewestLayout) {
+    throw StoreError(name, "",
+                     fmt::format("has layout {}, written by a newer program; this one reads layouts up to {}", layout,
+                                 kNewestLayout));
+  }
+  if (layout < 1) throw StoreError(name, "", fmt::format("has layout {}, which does not exist", layout));
+  return layout;
+}
+
+}  // namespace
+
+Group openFile(const std::string& path, int& layout) {
+  quietHdf5();
+  auto file = std::make_shared<FileContext>();
+  file->name = path;
+  file->bytes = sizeOfRegularFile(path);
+  if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(path, "", "is not a database: it is not an HDF5 file");
+  file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, fileAccess(false).get()), H5Fclose);
+  if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));
+  layout = readLayout(rootOf(file), path);
+  file->profile = layout == kNewestLayout ? Profile::strict : Profile::free;
+  if (file->profile == Profile::strict) checkSuperblock(*file);
+  return rootOf(file);
+}
+
+Group createFile(const std::string& path, const std::string& name) {
+  quietHdf5();
+  auto file = std::make_shared<FileContext>();
+  file->name = name;
+  file->profile = Profile::free;  // what we are writing ourselves is not checked while it is incomplete
+  file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, fileAccess(true).get()), H5Fclose);
+  if (!file->id) throw StoreError(name, "", explained("cannot be created"));
+  return rootOf(file);
+}
+
+void flushFile(const Group& root) {
+  if (H5Fflush(root.id(), H5F_SCOPE_GLOBAL) < 0) root.failHdf5("the file cannot be written");
+}
+
+}  // namespace odbstore::h5

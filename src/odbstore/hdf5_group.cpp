@@ -1,0 +1,110 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "odbstore/hdf5.h"
+
+namespace odbstore::h5 {
+
+Group::Group(Handle id, std::string path, std::shared_ptr<const FileContext> file)
+    : Object(std::move(id), std::move(path), std::move(file)) {}
+
+std::string Group::memberPath(const std::string& link) const {
+  return path() == "/" ? "/" + link : path() + "/" + link;
+}
+
+bool Group::has(const std::string& link) const {
+  const htri_t exists = H5Lexists(id(), link.c_str(), H5P_DEFAULT);
+  if (exists < 0) failHdf5(fmt::format("the member \"{}\" cannot be looked up", link));
+  return exists > 0;
+}
+
+Handle Group::openMember(const std::string& link, H5I_type_t kind) const {
+  const std::string member = memberPath(link);
+  const auto fail = [&](const std::string& reason) { throw StoreError(file()->name, member, reason); };
+  if (!has(link)) fail("is missing");
+  H5L_info_t info{};
+  if (H5Lget_info(id(), link.c_str(), &info, H5P_DEFAULT) < 0) fail("the link cannot be read");
+  if (info.type != H5L_TYPE_HARD && file()->profile == Profile::strict) {
+    fail("links that are not hard are not allowed in this layout");
+  }
+  const hid_t object = H5Oopen(id(), link.c_str(), H5P_DEFAULT);
+  if (object < 0) fail(fmt::format("cannot be opened ({})", lastHdf5Error()));
+  Handle handle(object, H5Oclose);
+  if (H5Iget_type(object) != kind) fail(kind == H5I_GROUP ? "must be a group" : "must be a data set");
+  return handle;
+}
+
+Group Group::group(const std::string& link) const {
+  return Group(openMember(link, H5I_GROUP), memberPath(link), file());
+}
+
+Dataset Group::dataset(const std::string& link) const {
+  return Dataset(openMember(link, H5I_DATASET), memberPath(link), file());
+}
+
+std::optional<Group> Group::findGroup(const std::string& link) const {
+  if (!has(link)) return std::nullopt;
+  return group(link);
+}
+
+std::optional<Dataset> Group::findDataset(const std::string& link) const {
+  if (!has(link)) return std::nullopt;
+  return dataset(link);
+}
+
+std::vector<std::string> Group::links(LinkOrder order) const {
+  unsigned tracked = 0;
+  if (order == LinkOrder::byCreation) {
+    const Handle plist(H5Gget_create_plist(id()), H5Pclose);
+    if (!plist || H5Pget_link_creation_order(plist.get(), &tracked) < 0) failHdf5("cannot be read");
+  }
+  const bool byCreation = (tracked & H5P_CRT_ORDER_TRACKED) != 0;
+  std::vector<std::string> names;
+  const auto collect = [](hid_t, const char* name, const H5L_info_t*, void* out) -> herr_t {
+    static_cast<std::vector<std::string>*>(out)->emplace_back(name);
+    return 0;
+  };
+  if (H5Literate(id(), byCreation ? H5_INDEX_CRT_ORDER : H5_INDEX_NAME, H5_ITER_INC, nullptr, collect, &names) < 0) {
+    failHdf5("the members cannot be listed");
+  }
+  if (!byCreation) std::sort(names.begin(), names.end());
+  return names;
+}
+
+Group Group::createGroup(const std::string& link, bool trackOrder) const {
+  const Handle plist(H5Pcreate(H5P_GROUP_CREATE), H5Pclose);
+  if (trackOrder) H5Pset_link_creation_order(plist.get(), H5P_CRT_ORDER_TRACKED | H5P_CRT_ORDER_INDEXED);
+  Handle handle(H5Gcreate2(id(), link.c_str(), H5P_DEFAULT, plist.get(), H5P_DEFAULT), H5Gclose);
+  if (!handle) throw StoreError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
+  return Group(std::move(handle), memberPath(link), file());
+}
+
+Dataset Group::createDataset(const std::string& link, hid_t type, const Dims& dims, Storage storage) const {
+  const Handle plist(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
+  if (storage.chunked()) {
+    Dims chunk = dims;
+    for (hsize_t& d : chunk) d = std::max<hsize_t>(d, 1);
+    chunk.front() = 1;
+    H5Pset_chunk(plist.get(), static_cast<int>(chunk.size()), chunk.data());
+    // The checksum goes over the packed bytes, as h5py and h5repack have it.
+    if (storage.gzip) H5Pset_deflate(plist.get(), 4);
+    if (storage.fletcher32) H5Pset_fletcher32(plist.get());
+  } else {
+    H5Pset_fill_time(plist.get(), H5D_FILL_TIME_NEVER);
+  }
+  const Handle space(H5Screate_simple(static_cast<int>(dims.size()), dims.data(), nullptr), H5Sclose);
+  Handle handle(H5Dcreate2(id(), link.c_str(), type, space.get(), H5P_DEFAULT, plist.get(), H5P_DEFAULT), H5Dclose);
+  if (!handle) throw StoreError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
+  return Dataset(std::move(handle), memberPath(link), file());
+}
+
+void Group::createInts(const std::string& link, std::span<const int> values) const {
+  createDataset(link, H5T_STD_I32LE, {values.size()}).write(values.data(), H5T_NATIVE_INT);
+}
+
+void Group::createDoubles(const std::string& link, std::span<const double> values, const Dims& dims) const {
+  createDataset(link, H5T_IEEE_F64LE, dims).write(values.data(), H5T_NATIVE_DOUBLE);
+}
+
+}  // namespace odbstore::h5

@@ -1,0 +1,134 @@
+#include "odbstore/reader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "odbstore/names.h"
+#include "odbstore/reader_internal.h"
+
+namespace odbstore {
+
+int layoutOf(const std::string& path) {
+  int layout = 0;
+  h5::openFile(path, layout);
+  return layout;
+}
+
+namespace {
+
+std::shared_ptr<FileAccess> openNewest(const std::string& path) {
+  int layout = 0;
+  h5::Group root = h5::openFile(path, layout);
+  if (layout != kNewestLayout) {
+    throw StoreError(path, "", fmt::format("has layout {} and must be upgraded to layout {} first", layout, kNewestLayout));
+  }
+  return std::make_shared<FileAccess>(path, std::move(root));
+}
+
+}  // namespace
+
+std::vector<std::string> memberNames(const std::optional<h5::Group>& group) {
+  if (!group) return {};
+  std::vector<std::string> names = group->links();
+  for (std::string& name : names) name = nameFromLink(name);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::optional<h5::Group> setsGroup(const h5::Group& root, const Owner& owner, SetKind kind) {
+  const char* const setsLink = kind == SetKind::element ? "elementSets" : "nodeSets";
+  std::optional<h5::Group> group = root.findGroup(owner.kind == OwnerKind::part ? "parts" : "assembly");
+  if (group && owner.kind == OwnerKind::instance) group = group->findGroup("instances");
+  if (group && owner.kind != OwnerKind::assembly) group = group->findGroup(linkFromName(owner.name));
+  if (!group) return std::nullopt;
+  return group->findGroup(setsLink);
+}
+
+namespace {
+
+std::vector<int> readLabels(const h5::Dataset& dataset) {
+  if (dataset.dims().size() != 1) dataset.fail("labels must have one dimension");
+  return dataset.readInts();
+}
+
+}  // namespace
+
+std::vector<SetMembers> readSetMembers(const h5::Group& sets, const Owner& owner, const std::string& set) {
+  const std::string link = linkFromName(set);
+  if (owner.kind != OwnerKind::assembly) return {{"", readLabels(sets.dataset(link))}};
+  const h5::Group group = sets.group(link);
+  std::vector<SetMembers> members;
+  for (const std::string& instance : group.links()) {
+    members.push_back({nameFromLink(instance), readLabels(group.dataset(instance))});
+  }
+  return members;
+}
+
+std::vector<InstanceInfo> readInstances(const h5::Group& root) {
+  std::vector<InstanceInfo> instances;
+  const std::optional<h5::Group> assembly = root.findGroup("assembly");
+  const std::optional<h5::Group> group = assembly ? assembly->findGroup("instances") : std::nullopt;
+  for (const std::string& name : memberNames(group)) {
+    instances.push_back({name, group->group(linkFromName(name)).stringAttribute("part", "")});
+  }
+  return instances;
+}
+
+std::optional<std::array<float, 6>> readSymmetryAxis(const h5::Group& root) {
+  const std::optional<h5::Group> assembly = root.findGroup("assembly");
+  const std::optional<h5::Group> sector = assembly ? assembly->findGroup("sector") : std::nullopt;
+  if (!sector) return std::nullopt;
+  const h5::Dataset dataset = sector->dataset("symmetryAxis");
+  if (dataset.dims() != h5::Dims{2, 3}) dataset.fail("the axis must be two points of three coordinates");
+  const std::vector<float> numbers = dataset.readFloats();
+  std::array<float, 6> axis{};
+  std::copy(numbers.begin(), numbers.end(), axis.begin());
+  return axis;
+}
+
+Reader::Reader(const std::string& path) : file_(openNewest(path)) {}
+
+Reader::~Reader() = default;
+
+std::string Reader::name() const { return file_->root().stringAttribute("name", file_->path()); }
+
+std::string Reader::title() const { return file_->root().stringAttribute("title", ""); }
+
+std::string Reader::producer() const { return file_->root().stringAttribute("producer", ""); }
+
+std::string Reader::assemblyName() const {
+  const std::optional<h5::Group> assembly = file_->root().findGroup("assembly");
+  return assembly ? assembly->stringAttribute("name", "") : "";
+}
+
+std::vector<std::string> Reader::parts() const { return memberNames(file_->root().findGroup("parts")); }
+
+const std::vector<InstanceInfo>& Reader::instances() const {
+  if (!instances_) instances_ = readInstances(file_->root());
+  return *instances_;
+}
+
+std::vector<std::string> Reader::sets(const Owner& owner, SetKind kind) const {
+  return memberNames(setsGroup(file_->root(), owner, kind));
+}
+
+std::vector<SetMembers> Reader::setMembers(const Owner& owner, SetKind kind, const std::string& set) const {
+  const std::optional<h5::Group> group = setsGroup(file_->root(), owner, kind);
+  if (!group) file_->root().fail(fmt::format("there is no set \"{}\"", set));
+  return readSetMembers(*group, owner, set);
+}
+
+std::optional<std::array<float, 6>> Reader::symmetryAxis() const { return readSymmetryAxis(file_->root()); }
+
+std::vector<std::string> Reader::steps() const {
+  const std::optional<h5::Group> group = file_->root().findGroup("steps");
+  if (!group) return {};
+  std::vector<std::string> names = group->links(h5::LinkOrder::byCreation);
+  for (std::string& name : names) name = nameFromLink(name);
+  return names;
+}
+
+std::shared_ptr<const StoredStep> Reader::step(const std::string& name) const { return openStep(file_, name); }
+
+}  // namespace odbstore

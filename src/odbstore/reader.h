@@ -1,0 +1,136 @@
+// Reads a database of layout 2, piece by piece. Nothing is read before it is asked for; what has been read of
+// the structure is kept, rows of fields and samples of histories never are.
+//
+// Whatever does not fit the layout is a StoreError that names the file and the object.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "odbstore/schema.h"
+#include "odbstore/store_error.h"
+
+namespace odbstore {
+
+// The layout number of the database at `path`, 1 to kNewestLayout. What is no database, or is of a newer layout, is
+// an error that says so.
+int layoutOf(const std::string& path);
+
+class FileAccess;  // the open file behind a reader
+
+// Where rows lie, shared by every block that lies there. Labels are read at the first call and kept.
+class StoredLocation {
+ public:
+  class Impl;
+  explicit StoredLocation(std::unique_ptr<Impl> impl);
+  ~StoredLocation();
+
+  const LocationInfo& info() const;
+  std::int64_t rows() const;
+
+  // One label per row; empty where the position has none of the kind.
+  const std::vector<int>& nodeLabels() const;
+  const std::vector<int>& elementLabels() const;
+  const std::vector<int>& integrationPoints() const;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+// The rows of one field at one location, in every frame that has them.
+class StoredBlock {
+ public:
+  class Impl;
+  explicit StoredBlock(std::unique_ptr<Impl> impl);
+  StoredBlock(StoredBlock&&) noexcept;
+  ~StoredBlock();
+
+  const std::shared_ptr<const StoredLocation>& location() const;
+  // The block's own type and component labels, else its field's.
+  int type() const;
+  const std::vector<std::string>& componentLabels() const;
+  bool isDouble() const;
+  std::int64_t rows() const;
+  std::int64_t width() const;
+
+  bool existsIn(int frame) const;
+  // The rows in a frame in which the block exists, [rows, width], into `out`.
+  void read(int frame, float* out) const;
+  void read(int frame, double* out) const;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+struct StoredField {
+  std::string name;
+  FieldInfo info;
+  std::vector<char> inFrame;  // one per frame of the step
+  std::vector<StoredBlock> blocks;
+};
+
+struct StoredHistoryRegion {
+  std::string name;
+  HistoryRegionInfo info;
+  std::vector<std::string> outputs;  // names, bytes ascending
+};
+
+class StoredStep {
+ public:
+  class Impl;
+  explicit StoredStep(std::unique_ptr<Impl> impl);
+  ~StoredStep();
+
+  const std::string& name() const;
+  const StepInfo& info() const;
+  const std::vector<FrameInfo>& frames() const;
+  // By name, bytes ascending.
+  const std::vector<StoredField>& fields() const;
+
+  // Names, bytes ascending.
+  std::vector<std::string> historyRegions() const;
+  StoredHistoryRegion historyRegion(const std::string& region) const;
+  HistorySamples historySamples(const std::string& region, const std::string& output) const;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+struct InstanceInfo {
+  std::string name;
+  std::string part;
+};
+
+class Reader {
+ public:
+  explicit Reader(const std::string& path);
+  ~Reader();
+  Reader(const Reader&) = delete;
+  Reader& operator=(const Reader&) = delete;
+
+  // The name the database gives itself, else the path as opened.
+  std::string name() const;
+  std::string title() const;
+  std::string producer() const;
+  std::string assemblyName() const;
+
+  // All lists of names: bytes ascending, but for the steps, which keep their order.
+  std::vector<std::string> parts() const;
+  const std::vector<InstanceInfo>& instances() const;
+  std::vector<std::string> sets(const Owner& owner, SetKind kind) const;
+  std::vector<SetMembers> setMembers(const Owner& owner, SetKind kind, const std::string& set) const;
+  std::optional<std::array<float, 6>> symmetryAxis() const;
+
+  std::vector<std::string> steps() const;
+  // Good independently of this reader. Opened anew at each call.
+  std::shared_ptr<const StoredStep> step(const std::string& name) const;
+
+ private:
+  std::shared_ptr<FileAccess> file_;
+  mutable std::optional<std::vector<InstanceInfo>> instances_;
+};
+
+}  // namespace odbstore

@@ -1,0 +1,132 @@
+#include "odbstore/upgrade.h"
+
+#include <fmt/format.h>
+
+#include "odbstore/names.h"
+#include "odbstore/reader_internal.h"
+#include "odbstore/writer.h"
+
+namespace odbstore {
+
+namespace {
+
+void copyMesh(const h5::Group& instance, const std::string& name, Writer& writer) {
+  const std::optional<h5::Group> mesh = instance.findGroup("mesh");
+  if (!mesh) return;
+  if (const std::optional<h5::Group> nodes = mesh->findGroup("nodes")) {
+    writer.addNodes(name, nodes->dataset("labels").readInts(), nodes->dataset("coordinates").readDoubles());
+  }
+  const std::optional<h5::Group> elements = mesh->findGroup("elements");
+  for (const std::string& type : memberNames(elements)) {
+    const h5::Group group = elements->group(linkFromName(type));
+    writer.addElements(name, type, group.dataset("labels").readInts(), group.dataset("connectivity").readInts());
+  }
+}
+
+void copySets(const h5::Group& root, const Owner& owner, Writer& writer) {
+  for (const SetKind kind : {SetKind::element, SetKind::node}) {
+    const std::optional<h5::Group> sets = setsGroup(root, owner, kind);
+    for (const std::string& name : memberNames(sets)) {
+      writer.addSet(owner, kind, name, readSetMembers(*sets, owner, name));
+    }
+  }
+}
+
+void copyModel(const h5::Group& root, Writer& writer) {
+  if (root.hasAttribute("name")) writer.setName(root.stringAttribute("name", ""));
+  if (root.hasAttribute("title")) writer.setTitle(root.stringAttribute("title", ""));
+  if (root.hasAttribute("producer")) writer.setProducer(root.stringAttribute("producer", ""));
+  for (const std::string& part : memberNames(root.findGroup("parts"))) {
+    writer.addPart(part);
+    copySets(root, {OwnerKind::part, part}, writer);
+  }
+  const std::optional<h5::Group> assembly = root.findGroup("assembly");
+  if (!assembly) return;
+  if (assembly->hasAttribute("name")) writer.setAssemblyName(assembly->stringAttribute("name", ""));
+  for (const InstanceInfo& instance : readInstances(root)) {
+    writer.addInstance(instance.name, instance.part);
+    copyMesh(assembly->group("instances").group(linkFromName(instance.name)), instance.name, writer);
+    copySets(root, {OwnerKind::instance, instance.name}, writer);
+  }
+  copySets(root, {}, writer);
+  if (const auto axis = readSymmetryAxis(root)) writer.setSymmetryAxis(*axis);
+}
+
+LocationId copyLocation(const h5::Group& block, Writer& writer) {
+  const LocationInfo info = readLocationInfo(block);
+  LocationLabels labels;
+  if (hasNodeLabels(info.position)) labels.nodes = block.dataset("nodeLabels").readInts();
+  if (hasElementLabels(info.position)) labels.elements = block.dataset("elementLabels").readInts();
+  if (hasIntegrationPoints(info.position)) labels.integrationPoints = block.dataset("integrationPoints").readInts();
+  return writer.addLocation(info, labels);
+}
+
+void copyBlock(const h5::Group& block, FieldId field, Writer& writer) {
+  BlockOverrides overrides;
+  if (block.hasAttribute("type")) overrides.type = block.intAttribute("type", 0);
+  overrides.componentLabels = block.stringsAttribute("componentLabels");
+  const h5::Dataset data = block.dataset("data");
+  if (data.dims().empty() || data.dims().size() > 2) data.fail("must have the shape [rows, components]");
+  const int width = data.dims().size() == 2 ? static_cast<int>(data.dims()[1]) : 1;
+  const LocationId location = copyLocation(block, writer);
+  if (data.numberSize() > sizeof(float)) {
+    writer.addBlock(field, location, std::span<const double>(data.readDoubles()), overrides, width);
+  } else {
+    writer.addBlock(field, location, std::span<const float>(data.readFloats()), overrides, width);
+  }
+}
+
+void copyFrame(const h5::Group& group, FrameId frame, Writer& writer) {
+  const std::optional<h5::Group> fields = group.findGroup("fields");
+  for (const std::string& name : memberNames(fields)) {
+    const h5::Group source = fields->group(linkFromName(name));
+    const FieldId field = writer.addField(frame, name, readFieldInfo(source));
+    const std::optional<h5::Group> blocks = source.findGroup("blocks");
+    const std::size_t count = blocks ? blocks->links().size() : 0;
+    for (std::size_t k = 0; k < count; ++k) copyBlock(blocks->group(std::to_string(k)), field, writer);
+  }
+}
+
+void copyHistories(const h5::Group& step, StepId id, Writer& writer) {
+  const std::optional<h5::Group> history = step.findGroup("history");
+  for (const std::string& name : memberNames(history)) {
+    const h5::Group source = history->group(linkFromName(name));
+    const HistoryRegionId region = writer.addHistoryRegion(id, name, readHistoryRegionInfo(source));
+    const std::optional<h5::Group> outputs = source.findGroup("outputs");
+    for (const std::string& output : memberNames(outputs)) {
+      writer.addHistoryOutput(region, output, readHistorySamples(outputs->dataset(linkFromName(output))));
+    }
+  }
+}
+
+void copyStep(const h5::Group& group, const std::string& name, Writer& writer) {
+  const StepId id = writer.addStep(name, readStepInfo(group));
+  const std::optional<h5::Group> frames = group.findGroup("frames");
+  const std::size_t count = frames ? frames->links().size() : 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const h5::Group frame = frames->group(std::to_string(i));
+    const FrameInfo info{frame.intAttribute("incrementNumber", 0), frame.doubleAttribute("value", 0.0),
+                         frame.stringAttribute("description", "")};
+    copyFrame(frame, writer.addFrame(id, info), writer);
+  }
+  copyHistories(group, id, writer);
+}
+
+}  // namespace
+
+void upgrade(const std::string& oldPath, const std::string& newPath) {
+  int layout = 0;
+  const h5::Group root = h5::openFile(oldPath, layout);
+  if (layout != 1) throw StoreError(oldPath, "", fmt::format("has layout {}, which needs no upgrade", layout));
+  Writer writer(newPath);
+  copyModel(root, writer);
+  const std::optional<h5::Group> steps = root.findGroup("steps");
+  if (steps) {
+    for (const std::string& link : steps->links(h5::LinkOrder::byCreation)) {
+      copyStep(steps->group(link), nameFromLink(link), writer);
+    }
+  }
+  writer.finish();
+}
+
+}  // namespace odbstore

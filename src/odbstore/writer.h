@@ -1,0 +1,107 @@
+// Writes a database in layout 2, piece by piece in the order in which a solver's results come.
+//
+// Rows are spooled to an unnamed file beside the database as they come and laid out, one data set per block
+// with the frame as the first dimension, by finish(); no more than one frame of one block is in memory. The
+// database is written under a temporary name in the same directory and gets its own only when it
+// is complete and on the disk; a writer that is destroyed before leaves nothing behind.
+//
+// Every failure (a name used twice, numbers that do not fit their location, a full disk) is a StoreError that
+// names the file and the object.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "odbstore/schema.h"
+
+namespace odbstore {
+
+struct WriterOptions {
+  bool compress = false;  // gzip, one frame a chunk: a small file, slower to read
+  bool checksum = false;  // Fletcher-32 over every frame of every block
+};
+
+// Places in a database under construction, as its writer hands them out.
+struct LocationId {
+  int index = -1;
+};
+struct StepId {
+  int index = -1;
+};
+struct FrameId {
+  StepId step;
+  int index = -1;  // 0-based in the step
+};
+struct FieldId {
+  FrameId frame;
+  int index = -1;
+};
+struct HistoryRegionId {
+  StepId step;
+  std::string name;
+};
+
+// What a block says of itself when it differs from its field; empty or absent = as the field.
+struct BlockOverrides {
+  std::optional<int> type;
+  std::vector<std::string> componentLabels;
+};
+
+class Writer {
+ public:
+  // `path` is the final name; a file of that name is replaced by finish().
+  explicit Writer(const std::string& path, WriterOptions options = {});
+  ~Writer();
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
+
+  // The name that the database gives itself; without one it goes by its path.
+  void setName(const std::string& name);
+  void setTitle(const std::string& title);
+  // The program that the results came from.
+  void setProducer(const std::string& producer);
+  void setAssemblyName(const std::string& name);
+  // Two points of the axis of a model of one sector, three coordinates each.
+  void setSymmetryAxis(const std::array<float, 6>& axis);
+
+  void addPart(const std::string& name);
+  void addInstance(const std::string& name, const std::string& part);
+  // The mesh of an instance: coordinates [n, 3]; connectivity [m, nodes of an element] holds node labels.
+  void addNodes(const std::string& instance, std::span<const int> labels, std::span<const double> coordinates);
+  void addElements(const std::string& instance, const std::string& type, std::span<const int> labels,
+                   std::span<const int> connectivity);
+  // A set of an instance or part has one group of members with an empty instance name, a set of the
+  // assembly one for every instance that it reaches into, or none.
+  void addSet(const Owner& owner, SetKind kind, const std::string& name, std::span<const SetMembers> members);
+
+  // Where rows lie. A location that equals an earlier one gets the earlier one's place.
+  LocationId addLocation(const LocationInfo& info, const LocationLabels& labels);
+
+  // Steps keep their order. Steps, frames and histories may be added to in any order.
+  StepId addStep(const std::string& name, const StepInfo& info);
+  FrameId addFrame(StepId step, const FrameInfo& info);
+
+  // A field of a frame. The same name in another frame of the step is the same field and must come with
+  // the same information.
+  FieldId addField(FrameId frame, const std::string& name, const FieldInfo& info);
+  // The next block of that field in that frame: rows [location's rows, width], row by row. The width is
+  // the size of `rows` by the location's row count; for a location without rows it is `widthOfEmpty`.
+  void addBlock(FieldId field, LocationId location, std::span<const float> rows, const BlockOverrides& overrides = {},
+                int widthOfEmpty = 1);
+  void addBlock(FieldId field, LocationId location, std::span<const double> rows, const BlockOverrides& overrides = {},
+                int widthOfEmpty = 1);
+
+  HistoryRegionId addHistoryRegion(StepId step, const std::string& name, const HistoryRegionInfo& info);
+  void addHistoryOutput(const HistoryRegionId& region, const std::string& name, const HistorySamples& samples);
+
+  // Completes the file, brings it to the disk and gives it its name. Nothing may be added afterwards.
+  void finish();
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace odbstore

@@ -1,0 +1,241 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <string_view>
+#include <type_traits>
+
+#include "odbstore/names.h"
+#include "odbstore/writer_impl.h"
+
+namespace odbstore {
+
+namespace {
+
+std::size_t hashOf(const std::vector<int>& labels) {
+  const char* const bytes = reinterpret_cast<const char*>(labels.data());
+  return std::hash<std::string_view>{}({bytes, labels.size() * sizeof(int)});
+}
+
+std::size_t hashOf(const LocationInfo& info, const LocationLabels& labels) {
+  std::size_t hash = std::hash<std::string>{}(info.instance + '\n' + info.elementType + '\n');
+  for (const std::size_t part : {static_cast<std::size_t>(info.position), static_cast<std::size_t>(info.sectionPoint),
+                                 hashOf(labels.nodes), hashOf(labels.elements), hashOf(labels.integrationPoints)}) {
+    hash = hash * 1099511628211U ^ part;
+  }
+  return hash;
+}
+
+}  // namespace
+
+bool Writer::Impl::sameLocation(const LocationState& state, const LocationInfo& info,
+                                const LocationLabels& labels) const {
+  if (!(state.info == info)) return false;
+  const auto equal = [&](const char* link, bool has, const std::vector<int>& values) {
+    return !has || state.group.dataset(link).readInts() == values;
+  };
+  return equal("nodeLabels", hasNodeLabels(info.position), labels.nodes) &&
+         equal("elementLabels", hasElementLabels(info.position), labels.elements) &&
+         equal("integrationPoints", hasIntegrationPoints(info.position), labels.integrationPoints);
+}
+
+LocationId Writer::Impl::addLocation(const LocationInfo& info, const LocationLabels& labels) {
+  const std::size_t hash = hashOf(info, labels);
+  const auto [first, last] = locationByHash_.equal_range(hash);
+  for (auto at = first; at != last; ++at) {
+    if (sameLocation(locations_[static_cast<std::size_t>(at->second)], info, labels)) return {at->second};
+  }
+  const int index = static_cast<int>(locations_.size());
+  const h5::Group all = root().group("locations");
+  std::optional<std::size_t> rows;
+  for (const auto& [has, values] : {std::pair{hasNodeLabels(info.position), &labels.nodes},
+                                    std::pair{hasElementLabels(info.position), &labels.elements},
+                                    std::pair{hasIntegrationPoints(info.position), &labels.integrationPoints}}) {
+    if (has ? rows && *rows != values->size() : !values->empty()) {
+      all.fail(fmt::format("the labels do not fit the position {}", positionWord(info.position)));
+    }
+    if (has) rows = values->size();
+  }
+  const h5::Group group = all.createGroup(std::to_string(index));
+  group.writeString("instance", info.instance);
+  group.writeString("position", std::string(positionWord(info.position)));
+  group.writeString("elementType", info.elementType);
+  group.writeInt("sectionPoint", info.sectionPoint);
+  group.writeString("sectionPointDescription", info.sectionPointDescription);
+  if (hasNodeLabels(info.position)) group.createInts("nodeLabels", labels.nodes);
+  if (hasElementLabels(info.position)) group.createInts("elementLabels", labels.elements);
+  if (hasIntegrationPoints(info.position)) group.createInts("integrationPoints", labels.integrationPoints);
+  locations_.push_back({all.group(std::to_string(index)), info, static_cast<std::int64_t>(*rows)});
+  locationByHash_.emplace(hash, index);
+  return {index};
+}
+
+StepId Writer::Impl::addStep(const std::string& name, const StepInfo& info) {
+  const h5::Group steps = root().group("steps");
+  h5::Group group = steps.createGroup(linkFromName(name));
+  group.writeString("description", info.description);
+  group.writeDouble("mass", info.mass);
+  group.writeDoubles("massCenter", info.massCenter);
+  group.writeDoubles("inertiaAboutCenter", info.inertiaAboutCenter);
+  group.writeDoubles("inertiaAboutOrigin", info.inertiaAboutOrigin);
+  steps_.push_back({std::move(group), {}, {}, {}});
+  return {static_cast<int>(steps_.size()) - 1};
+}
+
+StepState& Writer::Impl::step(StepId id) { return steps_.at(static_cast<std::size_t>(id.index)); }
+
+h5::Group Writer::Impl::historyRegion(const HistoryRegionId& region) {
+  return step(region.step).group.group("history").group(linkFromName(region.name));
+}
+
+FrameId Writer::Impl::addFrame(StepId id, const FrameInfo& info) {
+  std::vector<FrameInfo>& frames = step(id).frames;
+  frames.push_back(info);
+  return {id, static_cast<int>(frames.size()) - 1};
+}
+
+FieldId Writer::Impl::addField(FrameId frame, const std::string& name, const FieldInfo& info) {
+  StepState& step = this->step(frame.step);
+  const auto [known, isNew] = step.fieldIndex.emplace(name, static_cast<int>(step.fields.size()));
+  if (isNew) {
+    if (!isKnownType(info.type)) step.group.fail(fmt::format("field \"{}\": the type {} is not known", name, info.type));
+    step.fields.push_back({name, info, {}, {}});
+  }
+  FieldState& field = step.fields[static_cast<std::size_t>(known->second)];
+  if (!(field.info == info)) {
+    step.group.fail(fmt::format("field \"{}\": frame {} describes it differently than the frames before", name, frame.index));
+  }
+  if (!field.nextBlock.emplace(frame.index, 0).second) {
+    step.group.fail(fmt::format("field \"{}\": frame {} has it already", name, frame.index));
+  }
+  return {frame, known->second};
+}
+
+std::int64_t Writer::Impl::widthOf(const h5::Object& user, const LocationState& location, std::size_t numbers,
+                                   int widthOfEmpty) const {
+  if (location.rows == 0 && numbers == 0) return widthOfEmpty;
+  const auto count = static_cast<std::int64_t>(numbers);
+  if (location.rows == 0 || count == 0 || count % location.rows != 0) {
+    user.fail(fmt::format("{} numbers do not fill {} rows", count, location.rows));
+  }
+  if (count > std::numeric_limits<int>::max()) user.fail("a frame of a block is too large");
+  return count / location.rows;
+}
+
+void Writer::Impl::checkBlock(const h5::Object& user, const BlockState& block, const FieldInfo& field) const {
+  if (!isKnownType(block.type)) user.fail(fmt::format("the type {} is not known", block.type));
+  const std::vector<std::string>& labels = block.componentLabels.empty() ? field.componentLabels : block.componentLabels;
+  const auto count = static_cast<std::int64_t>(labels.size());
+  if (count != 0 && count != block.width) {
+    user.fail(fmt::format("rows of {} numbers do not fit {} component labels", block.width, count));
+  }
+  if (count == 0 && isTensorType(block.type) &&
+      block.width > static_cast<std::int64_t>(defaultTensorLabels(block.type).size())) {
+    user.fail(fmt::format("rows of {} numbers do not fit type {}", block.width, block.type));
+  }
+}
+
+template <class Number>
+void Writer::Impl::addBlock(FieldId id, LocationId location, std::span<const Number> rows,
+                            const BlockOverrides& overrides, int widthOfEmpty) {
+  StepState& step = this->step(id.frame.step);
+  FieldState& field = step.fields.at(static_cast<std::size_t>(id.index));
+  const LocationState& place = locations_.at(static_cast<std::size_t>(location.index));
+  BlockState block{location.index, overrides.type.value_or(field.info.type), overrides.componentLabels,
+                   std::is_same_v<Number, double>, widthOf(step.group, place, rows.size(), widthOfEmpty), {}};
+  if (block.componentLabels == field.info.componentLabels) block.componentLabels.clear();
+  checkBlock(step.group, block, field.info);
+  const Slab slab{id.frame.index, spool_.append(rows.data(), rows.size_bytes())};
+  // The blocks of a frame keep their order: the next may only join a block behind the one before it.
+  std::size_t& next = field.nextBlock.at(id.frame.index);
+  while (next < field.blocks.size() && !field.blocks[next].takes(block)) ++next;
+  if (next == field.blocks.size()) field.blocks.push_back(std::move(block));
+  field.blocks[next++].slabs.push_back(slab);
+}
+
+template void Writer::Impl::addBlock(FieldId, LocationId, std::span<const float>, const BlockOverrides&, int);
+template void Writer::Impl::addBlock(FieldId, LocationId, std::span<const double>, const BlockOverrides&, int);
+
+namespace {
+
+void createFrameList(const h5::Group& group, const std::vector<int>& frames, std::size_t all) {
+  if (frames.size() != all) group.createInts("frames", frames);
+}
+
+}  // namespace
+
+void Writer::Impl::finishBlock(const h5::Group& blocks, std::size_t index, BlockState& block, const FieldState& field) {
+  const h5::Group group = blocks.createGroup(std::to_string(index));
+  group.writeString("location", std::to_string(block.location));
+  if (block.type != field.info.type) group.writeInt("type", block.type);
+  group.writeStrings("componentLabels", block.componentLabels);
+  std::sort(block.slabs.begin(), block.slabs.end(), [](const Slab& a, const Slab& b) { return a.frame < b.frame; });
+  std::vector<int> frames;
+  for (const Slab& slab : block.slabs) frames.push_back(slab.frame);
+  createFrameList(group, frames, field.nextBlock.size());
+
+  const std::int64_t rows = locations_[static_cast<std::size_t>(block.location)].rows;
+  h5::Dims dims = {block.slabs.size(), static_cast<hsize_t>(rows)};
+  if (block.width != 1) dims.push_back(static_cast<hsize_t>(block.width));
+  const h5::Dataset data = group.createDataset("data", block.isDouble ? H5T_IEEE_F64LE : H5T_IEEE_F32LE, dims,
+                                               {options_.compress, options_.checksum});
+  const auto numbers = static_cast<std::size_t>(rows * block.width);
+  const auto copySlabs = [&](auto number) {
+    std::vector<decltype(number)> buffer(numbers);
+    for (std::size_t i = 0; i < block.slabs.size(); ++i) {
+      spool_.read(block.slabs[i].offset, buffer.data(), numbers * sizeof(number));
+      data.writeSlab(i, buffer.data());
+    }
+  };
+  if (block.isDouble) {
+    copySlabs(double{});
+  } else {
+    copySlabs(float{});
+  }
+}
+
+void Writer::Impl::finishField(const h5::Group& fields, FieldState& field, std::size_t frames) {
+  const h5::Group group = fields.createGroup(linkFromName(field.name));
+  group.writeString("description", field.info.description);
+  group.writeInt("type", field.info.type);
+  group.writeStrings("componentLabels", field.info.componentLabels);
+  group.writeInts("validInvariants", field.info.validInvariants);
+  group.writeInt("engineeringShear", field.info.engineeringShear ? 1 : 0);
+  std::vector<int> present;
+  for (const auto& [frame, next] : field.nextBlock) present.push_back(frame);
+  createFrameList(group, present, frames);
+  const h5::Group blocks = group.createGroup("blocks");
+  for (std::size_t k = 0; k < field.blocks.size(); ++k) finishBlock(blocks, k, field.blocks[k], field);
+}
+
+void Writer::Impl::finishStep(StepState& step) {
+  std::vector<int> increments;
+  std::vector<double> values;
+  std::vector<std::string> descriptions;
+  for (const FrameInfo& frame : step.frames) {
+    increments.push_back(frame.incrementNumber);
+    values.push_back(frame.value);
+    descriptions.push_back(frame.description);
+  }
+  const h5::Group frames = step.group.createGroup("frames");
+  frames.createInts("incrementNumber", increments);
+  frames.createDoubles("value", values, {values.size()});
+  frames.createStrings("description", descriptions);
+  const h5::Group fields = step.group.createGroup("fields");
+  for (FieldState& field : step.fields) finishField(fields, field, step.frames.size());
+}
+
+void Writer::Impl::finish() {
+  for (StepState& step : steps_) finishStep(step);
+  h5::flushFile(root());
+  steps_.clear();
+  locations_.clear();
+  root_.reset();
+  // What HDF5 wrote while closing has to be whole as well, and it does not report failures of that.
+  int layout = 0;
+  h5::openFile(file_.temporaryPath(), layout);
+  file_.publish();
+}
+
+}  // namespace odbstore
