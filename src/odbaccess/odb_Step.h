@@ -63,11 +63,13 @@ class odb_Step {
 
   // By name, bytes ascending. Good while the database is open.
   odb_HistoryRegionRepository& historyRegions() const;
-  // In their order in the step. Good while the database is open.
+  // In their order in the step. Good as long as this handle.
   odb_SequenceFrame& frames() const;
 
  private:
   std::shared_ptr<odb_detail::StepStorage> storage_;
+  // Kept by the handle: frames hold on to the step, so the step must not hold on to them.
+  mutable std::shared_ptr<odb_SequenceFrame> frames_;
 };
 
 // The steps by name; its iterator goes in the order in which the steps were made.

@@ -1,0 +1,155 @@
+// The rows of a block, behind the handles.
+#pragma once
+
+#include <array>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "odbaccess/invariants.h"
+#include "odbaccess/set_storage.h"
+#include "odbstore/reader.h"
+
+namespace odb_detail {
+
+// The rows in which each label occurs, ascending by label, then by row: built once per location.
+class LabelIndex {
+ public:
+  explicit LabelIndex(const std::vector<int>& labels);
+
+  // The rows of those labels (ascending, each once), ascending.
+  std::vector<int> rowsOf(const std::vector<int>& labels) const;
+
+ private:
+  std::vector<int> labels_;  // each once, ascending
+  std::vector<int> first_;   // where the rows of labels_[i] start in rows_; one more at the end
+  std::vector<int> rows_;
+};
+
+// A location of the file with what has been derived from it, shared by all blocks that lie there.
+class LocationStorage {
+ public:
+  explicit LocationStorage(std::shared_ptr<const odbstore::StoredLocation> stored) : stored_(std::move(stored)) {}
+
+  const odbstore::LocationInfo& info() const { return stored_->info(); }
+  const std::vector<int>& nodeLabels() const;
+  const std::vector<int>& elementLabels() const;
+  const std::vector<int>& integrationPoints() const;
+  int numberOfElements();
+
+  // The rows, ascending, that belong to a set.
+  std::vector<int> rowsIn(SetStorage& set);
+
+ private:
+  std::shared_ptr<const odbstore::StoredLocation> stored_;
+  std::unique_ptr<LabelIndex> nodeIndex_;
+  std::unique_ptr<LabelIndex> elementIndex_;
+  std::optional<int> numberOfElements_;
+};
+
+// One location object for each location of the file.
+class LocationCache {
+ public:
+  std::shared_ptr<LocationStorage> of(const std::shared_ptr<const odbstore::StoredLocation>& stored);
+
+ private:
+  std::map<const odbstore::StoredLocation*, std::shared_ptr<LocationStorage>> locations_;
+};
+
+int countDifferent(const std::vector<int>& labels);
+
+// All rows of a block in one frame. The numbers are read at first use.
+class BlockContent {
+ public:
+  BlockContent(std::shared_ptr<const odbstore::StoredStep> step, const odbstore::StoredField& field,
+               const odbstore::StoredBlock& block, int frame, std::shared_ptr<LocationStorage> location);
+
+  const odbstore::StoredBlock& block() const { return block_; }
+  const odbstore::StoredField& field() const { return field_; }
+  LocationStorage& location() const { return *location_; }
+  int rows() const { return static_cast<int>(block_.rows()); }
+  int width() const { return static_cast<int>(block_.width()); }
+  bool isTensor() const { return odbstore::isTensorType(block_.type()); }
+
+  // The rows as stored, [rows, width], in the block's precision. Nobody writes to them; they are not
+  // const because the interface hands out plain pointers.
+  template <class Number>
+  std::vector<Number>& stored() const;
+
+  // By component label of the field: the column that holds it, -1 when none does.
+  const std::vector<int>& columnsOfField() const { return columnsOfField_; }
+  // Whether columnsOfField() is 0, 1, 2, ... so that a stored row serves as it is.
+  bool isInFieldOrder() const { return inFieldOrder_; }
+  // By tensor component, in the canonical order: the column that holds it, -1 when none does.
+  const std::array<int, 6>& columnsOfTensor() const { return columnsOfTensor_; }
+
+  // The row as a tensor, 0 where no component is stored, engineering shears halved.
+  Tensor tensor(int row) const;
+  double magnitude(int row) const;
+
+ private:
+  void findColumns();
+
+  std::shared_ptr<const odbstore::StoredStep> step_;  // keeps field_ and block_ alive
+  const odbstore::StoredField& field_;
+  const odbstore::StoredBlock& block_;
+  int frame_;
+  std::shared_ptr<LocationStorage> location_;
+  std::vector<int> columnsOfField_;
+  bool inFieldOrder_ = false;
+  std::array<int, 6> columnsOfTensor_{};
+  mutable std::tuple<std::optional<std::vector<float>>, std::optional<std::vector<double>>> numbers_;
+};
+
+// A block as a field output hands it out: all rows of its content, or those of a set.
+class BlockStorage {
+ public:
+  explicit BlockStorage(std::shared_ptr<const BlockContent> content) : content_(std::move(content)) {}
+  BlockStorage(std::shared_ptr<const BlockContent> content, std::vector<int> selection)
+      : content_(std::move(content)), selection_(std::move(selection)) {}
+
+  const std::shared_ptr<const BlockContent>& content() const { return content_; }
+  int rows() const { return selection_ ? static_cast<int>(selection_->size()) : content_->rows(); }
+  // The place of row `row` in the content.
+  int contentRow(int row) const { return selection_ ? (*selection_)[static_cast<std::size_t>(row)] : row; }
+
+  // Null when no row is in the set.
+  std::shared_ptr<const BlockStorage> subset(SetStorage& set) const;
+
+  // The arrays that the bulk interface hands out; null where there is none.
+  int bulkWidth() const;
+  template <class Number>
+  Number* bulkRows() const;
+  int* elementLabels() const;
+  int* nodeLabels() const;
+  int* integrationPoints() const;
+  int numberOfElements() const;
+  float* mises() const;
+
+  // The numbers of row `row` by component of the field, in the block's precision.
+  template <class Number>
+  const Number* fieldRow(int row) const;
+  int fieldRowLength() const;
+
+ private:
+  template <class Number>
+  const std::vector<Number>& inFieldOrder() const;
+  int* labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const;
+
+  std::shared_ptr<const BlockContent> content_;
+  std::optional<std::vector<int>> selection_;  // rows of the content, ascending
+  // Rearranged rows in the block's precision, where the stored ones do not serve.
+  template <class Number>
+  using Kept = std::optional<std::vector<Number>>;
+  mutable std::tuple<Kept<float>, Kept<double>> bulk_;
+  mutable std::tuple<Kept<float>, Kept<double>> fieldOrder_;
+  mutable std::optional<std::vector<int>> elementLabels_;
+  mutable std::optional<std::vector<int>> nodeLabels_;
+  mutable std::optional<std::vector<int>> integrationPoints_;
+  mutable std::optional<std::vector<float>> mises_;
+};
+
+}  // namespace odb_detail

@@ -1,0 +1,129 @@
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "odbaccess/guard.h"
+#include "odbaccess/odb_Odb.h"
+#include "odbaccess/set_storage.h"
+#include "odbaccess/step_storage.h"
+#include "odbstore/reader.h"
+#include "odbstore/upgrade.h"
+
+namespace odb_detail {
+
+class DatabaseStorage {
+ public:
+  explicit DatabaseStorage(const std::string& path)
+      : reader_(guarded([&] { return std::make_shared<const odbstore::Reader>(path); })),
+        locations_(std::make_shared<LocationCache>()),
+        assembly_(std::make_shared<EntityStorage>(reader_, odbstore::Owner{},
+                                                  guarded([&] { return reader_->assemblyName(); }))) {}
+
+  const odbstore::Reader& reader() const { return *reader_; }
+  odb_Assembly& assembly() { return assembly_; }
+
+  odb_PartRepository& parts() {
+    if (!parts_) {
+      std::map<odb_String, odb_Part> nodes;
+      for (const std::string& name : guarded([&] { return reader_->parts(); })) {
+        const odbstore::Owner owner{odbstore::OwnerKind::part, name};
+        nodes.emplace(odb_String(name), odb_Part(std::make_shared<EntityStorage>(reader_, owner, name)));
+      }
+      parts_ = odb_PartRepository(std::move(nodes));
+    }
+    return *parts_;
+  }
+
+  odb_StepRepository& steps() {
+    if (!steps_) {
+      std::vector<odb_Step> steps;
+      for (const std::string& name : guarded([&] { return reader_->steps(); })) {
+        steps.emplace_back(std::make_shared<StepStorage>(reader_, locations_, name));
+      }
+      steps_ = odb_StepRepository(steps);
+    }
+    return *steps_;
+  }
+
+  bool isClosed() const { return closed_; }
+  void close() { closed_ = true; }
+
+ private:
+  std::shared_ptr<const odbstore::Reader> reader_;
+  std::shared_ptr<LocationCache> locations_;
+  odb_Assembly assembly_;
+  std::optional<odb_PartRepository> parts_;
+  std::optional<odb_StepRepository> steps_;
+  bool closed_ = false;
+};
+
+namespace {
+
+// The handles that openOdb handed out, until they are closed.
+std::map<const DatabaseStorage*, std::unique_ptr<odb_Odb>>& openDatabases() {
+  static std::map<const DatabaseStorage*, std::unique_ptr<odb_Odb>> open;
+  return open;
+}
+
+}  // namespace
+
+}  // namespace odb_detail
+
+void odb_initializeAPI() {}
+
+void odb_finalizeAPI() { odb_detail::openDatabases().clear(); }
+
+bool isUpgradeRequiredForOdb(const odb_String& path) {
+  return odb_detail::guarded([&] { return odbstore::layoutOf(path.cStr()) < odbstore::kNewestLayout; });
+}
+
+void upgradeOdb(const odb_String& path, const odb_String& newPath) {
+  odb_detail::guarded([&] { odbstore::upgrade(path.cStr(), std::string(newPath.cStr()) + ".odb"); });
+}
+
+odb_Odb& openOdb(const odb_String& path, bool readOnly, bool) {
+  if (!readOnly) {
+    odb_Exception(odb_Exception::fileError, atr_String(std::string(path.cStr()) + ": can only be opened for reading"))
+        .Propagate();
+  }
+  auto storage = std::make_shared<odb_detail::DatabaseStorage>(path.cStr());
+  const odb_detail::DatabaseStorage* const key = storage.get();
+  auto& handle = odb_detail::openDatabases()[key];
+  handle = std::make_unique<odb_Odb>(std::move(storage));
+  return *handle;
+}
+
+odb_detail::DatabaseStorage& odb_Odb::storage() const {
+  if (storage_->isClosed()) {
+    odb_Exception(odb_Exception::closedError, atr_String("the database is closed")).Propagate();
+  }
+  return *storage_;
+}
+
+odb_String odb_Odb::name() const {
+  return odb_String(odb_detail::guarded([&] { return storage().reader().name(); }));
+}
+
+odb_Assembly& odb_Odb::rootAssembly() const { return storage().assembly(); }
+odb_PartRepository& odb_Odb::parts() const { return storage().parts(); }
+odb_StepRepository& odb_Odb::steps() const { return storage().steps(); }
+
+bool odb_Odb::hasSectorDefinition() const {
+  return odb_detail::guarded([&] { return storage().reader().symmetryAxis().has_value(); });
+}
+
+odb_SectorDefinition odb_Odb::sectorDefinition() const {
+  odb_SequenceSequenceFloat points;
+  if (const auto axis = odb_detail::guarded([&] { return storage().reader().symmetryAxis(); })) {
+    points.append(odb_SequenceFloat(axis->data(), 3));
+    points.append(odb_SequenceFloat(axis->data() + 3, 3));
+  }
+  return odb_SectorDefinition(points);
+}
+
+void odb_Odb::close() {
+  storage().close();
+  // The last act: when this is the handle that openOdb returned, it is gone afterwards.
+  const std::shared_ptr<odb_detail::DatabaseStorage> kept = storage_;
+  odb_detail::openDatabases().erase(kept.get());
+}
