@@ -69,7 +69,10 @@ std::map<const DatabaseStorage*, std::unique_ptr<odb_Odb>>& openDatabases() {
 
 }  // namespace odb_detail
 
-void odb_initializeAPI() {}
+void odb_initializeAPI() {
+  // Made here, so that it outlives the exit handlers that are registered from now on.
+  odb_detail::openDatabases();
+}
 
 void odb_finalizeAPI() { odb_detail::openDatabases().clear(); }
 

@@ -1,0 +1,19 @@
+// The configuration file.
+#pragma once
+
+#include <string>
+
+#include "result/extraction_switches.h"
+
+// Reads the file and sets the switches. From the first line that contains "ODB EXTRACTIONS" on, a keyword anywhere in a
+// line counts, inside longer words too; there is no comment syntax. A file that cannot be opened is announced on standard
+// output and changes nothing. A line with "PERCENTAGE" but no "=" ends the process with status 1 and a message on
+// standard error.
+void readConfiguration(const std::string& path, ExtractionSwitches& switches);
+
+// Sets the switches of the keywords that `line` contains.
+void applyConfigurationLine(const std::string& line, ExtractionSwitches& switches);
+
+// The decimal number at the start of `text`, blanks before it and anything behind it passed over, "." as the decimal
+// point whatever the locale; 0 when none starts there (hexadecimal numbers, "inf" and "nan" are none).
+double leadingNumber(const std::string& text);

@@ -1,0 +1,64 @@
+#include "driver/run_driver.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+#include "driver/command_line.h"
+#include "driver/read_configuration.h"
+#include "odbaccess/odb_api.h"
+#include "result/extraction_switches.h"
+#include "result/result_file.h"
+#include "traversal/traverse_steps.h"
+
+namespace {
+
+constexpr const char* kResultName = "params.txt";
+constexpr const char* kMarkerName = "paramsdone.txt";
+constexpr const char* kUpgradedName = "upgradedOdb";
+
+// The database to read: the one given, or an upgraded copy of it in the working directory.
+odb_String upgradedIfNeeded(const odb_String& name) {
+  if (!isUpgradeRequiredForOdb(name)) return name;
+  upgradeOdb(name, kUpgradedName);
+  odb_String upgraded(kUpgradedName);
+  upgraded.append(".odb");
+  return upgraded;
+}
+
+// The set only has to exist: the extraction covers the whole model with it as without it.
+void requireElementSet(odb_Odb& odb, const odb_String& name) {
+  if (odb.rootAssembly().elementSets(false).ConstFind(name) != nullptr) return;
+  std::cerr << "An assembly level elset " << name.cStr()
+            << " does not exist in the output database :" << odb.name().cStr() << std::endl;
+  odb.close();
+  std::exit(0);
+}
+
+void writeMarker() {
+  ResultFile marker(kMarkerName);
+  marker << "Done\n";
+  marker.close();
+}
+
+}  // namespace
+
+int runDriver(int argc, char** argv) {
+  const CommandLine commandLine = readCommandLine(argc, argv);
+  readConfiguration(commandLine.configuration.cStr(), extractionSwitches());
+  odb_Odb& odb = openOdb(upgradedIfNeeded(commandLine.database), true, false);
+  if (commandLine.elementSetGiven) requireElementSet(odb, commandLine.elementSet);
+
+  // A marker of an earlier run would speak for a file that is not written yet.
+  std::remove(kMarkerName);
+  ResultFile result(kResultName);
+  traverseSteps(odb, nullptr, result);
+  odb.close();
+  if (!result.close()) {
+    std::cerr << "**ERROR** params.txt could not be written completely\n";
+    std::exit(1);
+  }
+  writeMarker();
+  return 0;
+}

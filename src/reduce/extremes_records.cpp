@@ -1,0 +1,62 @@
+#include "reduce/extremes_records.h"
+
+#include <algorithm>
+
+#include "result/extraction_switches.h"
+
+std::string_view extremeToken(Extreme extreme) {
+  switch (extreme) {
+    case Extreme::max:
+      return "__max\t";
+    case Extreme::min:
+      return "__min\t";
+    case Extreme::engineeringMax:
+      return "__enggmax\t";
+    default:
+      return "__enggmin\t";
+  }
+}
+
+void writeExtremes(std::ostream& out, const RecordHead& head, std::string_view quantity, const Extremes& extremes) {
+  const ExtractionSwitches& switches = extractionSwitches();
+  writeExtreme(out, head, quantity, Extreme::max, extremes.max);
+  writeExtreme(out, head, quantity, Extreme::min, extremes.min);
+  if (switches.engineeringMax) {
+    writeExtreme(out, head, quantity, Extreme::engineeringMax, extremes.engineeringMax);
+  }
+  if (switches.engineeringMin) {
+    writeExtreme(out, head, quantity, Extreme::engineeringMin, extremes.engineeringMin);
+  }
+}
+
+void writeVectorComponents(std::ostream& out, const RecordHead& head,
+                           const std::array<Extremes, kVectorComponents>& components, Extreme engineeringMin) {
+  for (std::size_t c = 0; c < components.size(); ++c) {
+    writeExtreme(out, head, kVectorQuantities[c], Extreme::max, components[c].max);
+    writeExtreme(out, head, kVectorQuantities[c], Extreme::min, components[c].min);
+  }
+  for (std::size_t c = 0; extractionSwitches().engineeringMax && c < components.size(); ++c) {
+    writeExtreme(out, head, kVectorQuantities[c], Extreme::engineeringMax, components[c].engineeringMax);
+  }
+  for (std::size_t c = 0; extractionSwitches().engineeringMin && c < components.size(); ++c) {
+    writeExtreme(out, head, kVectorQuantities[c], engineeringMin, components[c].engineeringMin);
+  }
+}
+
+bool isScreenedRegion(const odb_String& regionTag) {
+  const std::string_view tag = regionTag.cStr();
+  return tag.find("Warn") != std::string_view::npos || tag.find("Info") != std::string_view::npos;
+}
+
+std::array<bool, 6> cutToComponents(odb_Sequence<odb_String>& labels) {
+  std::array<bool, 6> present{};
+  for (int i = 0; i < labels.size(); ++i) {
+    const std::string_view label = labels.constGet(i).cStr();
+    const odb_String ending(label.substr(label.size() - std::min<std::size_t>(label.size(), 2)));
+    labels[i] = ending;
+    for (std::size_t c = 0; c < present.size(); ++c) {
+      if (ending == odb_String(kTensorComponents[c])) present[c] = true;
+    }
+  }
+  return present;
+}

@@ -1,0 +1,54 @@
+#include "reduce/process_field_output.h"
+
+#include <string_view>
+
+#include "reduce/extremes_records.h"
+#include "reduce/list_record_names.h"
+#include "reduce/reduce_field_output_values.h"
+#include "reduce/write_bulk_field_records.h"
+#include "result/extraction_switches.h"
+
+namespace {
+
+bool isWanted(const odb_FieldOutput& field) {
+  const ExtractionSwitches& switches = extractionSwitches();
+  const odb_String text = field.description();
+  const auto names = [&](std::string_view word) { return text.view().find(word) != std::string_view::npos; };
+  return switches.allFieldOutputs || (switches.stress && names("Stress")) || (switches.spatial && names("Spatial")) ||
+         (switches.element && names("Element")) || switches.tensorInvariants;
+}
+
+// Nothing depends on the section points; the read stays because a damaged location is to end the run here.
+void readSectionPoints(const odb_FieldOutput& field) {
+  const odb_SequenceFieldLocation& locations = field.locations();
+  for (int i = 0; i < locations.size(); ++i) {
+    static_cast<void>(locations.constGet(static_cast<unsigned>(i)).sectionPoints().size());
+  }
+}
+
+}  // namespace
+
+void processFieldOutput(const odb_FieldOutput& field, std::ostream& out, const odb_String& stepName, int increment,
+                        const odb_String& regionKind, const odb_String& regionTag, const odb_String& indent,
+                        int depth) {
+  if (isScreenedRegion(regionTag)) return;
+  const bool wholeModel = regionKind == odb_String("ALL");
+  if (!extractionSwitches().computeValues) {
+    if (isWanted(field)) listRecordNames(field, out, RecordHead(stepName, increment, regionTag, field.name()), wholeModel);
+    return;
+  }
+  if (depth <= 0) return;
+  readSectionPoints(field);
+  if (!isWanted(field)) return;
+  odb_String deeper = indent;
+  deeper.append("    ");
+  const odb_Sequence<odb_InvariantEnum> invariants = field.validInvariants();
+  if (wholeModel) {
+    writeBulkFieldRecords(field.bulkDataBlocks(), out, stepName, increment, regionKind, regionTag, field.name(),
+                          invariants, deeper, field.hasEngineeringShear());
+  } else {
+    odb_Sequence<odb_String> labels = field.componentLabels();
+    reduceFieldOutputValues(field.values(), out, stepName, increment, regionKind, regionTag, field.name(), invariants,
+                            labels, field.type(), deeper, field.hasEngineeringShear());
+  }
+}

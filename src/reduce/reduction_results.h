@@ -1,0 +1,21 @@
+// Where the reduction of a block leaves its results for the writer of the field's records.
+#pragma once
+
+#include <array>
+
+#include "reduce/extremes.h"
+
+// The tensor components in the order of their places in every array, as their labels name them.
+inline constexpr std::array<const char*, 6> kTensorComponents = {"11", "22", "33", "12", "13", "23"};
+inline constexpr int kVectorComponents = 3;
+
+// The results of the block reduced last. What a block does not set stays from the blocks and fields before it, and is
+// written as it is: readers of the records rely on that.
+struct ReductionResults {
+  Extremes block;
+  std::array<Extremes, kVectorComponents> vector;
+  std::array<Extremes, kTensorComponents.size()> tensor;
+};
+
+// The one set of results of the process, all 0 at its start.
+ReductionResults& reductionResults();

@@ -1,0 +1,6 @@
+#include "result/extraction_switches.h"
+
+ExtractionSwitches& extractionSwitches() {
+  static ExtractionSwitches switches;
+  return switches;
+}

@@ -1,0 +1,22 @@
+// The names of records.
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include "odbaccess/odb_api.h"
+
+// The name with every "-" and every blank replaced by "_", as it stands in a record name.
+std::string cleanedName(const odb_String& name);
+
+// What the records of one field output over one region have in common: the cleaned step name, "__Frame_", the
+// increment number, the cleaned region tag (empty for the whole model), "__" and the cleaned field output name.
+class RecordHead {
+ public:
+  RecordHead(const odb_String& step, int increment, const odb_String& regionTag, const odb_String& field);
+
+  friend std::ostream& operator<<(std::ostream& out, const RecordHead& head) { return out << head.text_; }
+
+ private:
+  std::string text_;
+};
