@@ -1,0 +1,51 @@
+#include "kolvex/subcommands.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+namespace kolvex {
+
+namespace {
+
+constexpr std::array kSubcommands = {
+    Subcommand{"import", "bring the results of a solver into an output database"},
+    Subcommand{"quarnish", "extract named scalars from an output database"},
+};
+
+}  // namespace
+
+std::span<const Subcommand> subcommands() { return kSubcommands; }
+
+std::optional<Subcommand> findSubcommand(std::string_view name) {
+  const auto found = std::find_if(kSubcommands.begin(), kSubcommands.end(),
+                                  [&](const Subcommand& subcommand) { return subcommand.name == name; });
+  if (found == kSubcommands.end()) return std::nullopt;
+  return *found;
+}
+
+std::optional<std::string> programPath(const std::string& launcher, std::string_view name) {
+  const std::filesystem::path directory = std::filesystem::path(launcher).parent_path();
+  for (const auto& candidate : {directory.parent_path() / "libexec" / "kolvex" / name, directory / name}) {
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(candidate, ignored)) return candidate.string();
+  }
+  return std::nullopt;
+}
+
+std::string helpText() {
+  std::string text =
+      "usage: kolvex <command> [arguments]\n"
+      "       kolvex --help | --version\n"
+      "\n"
+      "commands:\n";
+  for (const Subcommand& subcommand : kSubcommands) {
+    text += fmt::format("  {:<12}{}\n", subcommand.name, subcommand.summary);
+  }
+  text += "\n'kolvex <command> -help' tells more of a command.\n";
+  return text;
+}
+
+}  // namespace kolvex

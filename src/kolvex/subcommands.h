@@ -1,0 +1,29 @@
+// The subcommands of kolvex: which there are, and where their programs stand.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kolvex {
+
+struct Subcommand {
+  std::string_view name;     // of the subcommand and of its program
+  std::string_view summary;  // one line for the help
+};
+
+// All there are. Only these are ever run: `kolvex ls` must not find the system's own.
+std::span<const Subcommand> subcommands();
+
+// Nothing for a name that is not in the table.
+std::optional<Subcommand> findSubcommand(std::string_view name);
+
+// Where the program of a subcommand is installed with the launcher at `launcher` (an absolute path): in
+// ../libexec/kolvex, else beside it. Nothing where neither exists.
+std::optional<std::string> programPath(const std::string& launcher, std::string_view name);
+
+// The text of `kolvex --help`.
+std::string helpText();
+
+}  // namespace kolvex

@@ -1,0 +1,80 @@
+"""The launcher: it hands everything through and runs only its own programs."""
+import os
+import shutil
+import signal
+import stat
+
+from support import BIN, ProgramTest
+
+STAND_IN = """#!/bin/sh
+printf '%s|' "$@" > arguments
+exit 7
+"""
+
+
+class LauncherTest(ProgramTest):
+    def installed(self, script=STAND_IN, folder="libexec/kolvex", mode=0o755):
+        """A copy of the launcher with a stand-in for the extraction."""
+        for place in ("prefix/bin", "prefix/" + folder):
+            os.makedirs(self.path(place), exist_ok=True)
+        shutil.copy(BIN / "kolvex", self.path("prefix/bin/kolvex"))
+        program = self.path("prefix/" + folder) / "quarnish"
+        program.write_text(script)
+        program.chmod(mode)
+        return str(self.path("prefix/bin/kolvex"))
+
+    def test_help_lists_the_commands(self):
+        run = self.run_program("--help", program="kolvex")
+        self.assertEqual((run.status, run.err), (0, b""))
+        self.assertIn(b"\n  import      bring the results of a solver into an output database\n", run.out)
+        self.assertIn(b"\n  quarnish    extract named scalars from an output database\n", run.out)
+
+    def test_version_names_itself(self):
+        run = self.run_program("--version", program="kolvex")
+        self.assertEqual(run.status, 0)
+        self.assertRegex(run.out, rb"^kolvex \d+\.\d+\.\d+\n$")
+
+    def test_no_command_is_a_usage_error(self):
+        run = self.run_program(program="kolvex")
+        self.assertEqual((run.status, run.out), (2, b""))
+        self.assertIn(b"usage: kolvex <command>", run.err)
+
+    def test_an_unknown_command_is_refused_even_when_the_system_has_one(self):
+        for name in ("ls", "../bin/sh", ""):
+            run = self.run_program(name, program="kolvex")
+            self.assertEqual((run.status, run.out), (1, b""))
+            self.assertEqual(run.err.decode(), f"kolvex: '{name}' is not a kolvex command. See 'kolvex --help'.\n")
+
+    def test_arguments_and_status_go_through_untouched(self):
+        run = self.run_program("quarnish", "-odb", "a b", "", "*", "--help", program=self.installed())
+        self.assertEqual((run.status, run.err), (7, b""))
+        self.assertEqual(run.text("arguments"), b"-odb|a b||*|--help|")
+
+    def test_a_signal_is_the_programs_own(self):
+        run = self.run_program("quarnish", program=self.installed("#!/bin/sh\nkill -TERM $$\n"))
+        self.assertEqual(run.status, -signal.SIGTERM)
+
+    def test_a_program_beside_the_launcher_serves_too(self):
+        run = self.run_program("quarnish", "x", program=self.installed(folder="bin"))
+        self.assertEqual(run.status, 7)
+
+    def test_the_launcher_is_found_through_a_link(self):
+        os.symlink(self.installed(), self.path("link"))
+        self.assertEqual(self.run_program("quarnish", program=str(self.path("link"))).status, 7)
+
+    def test_a_missing_program_is_named(self):
+        launcher = self.installed()
+        os.remove(self.path("prefix/libexec/kolvex/quarnish"))
+        run = self.run_program("quarnish", program=launcher)
+        self.assertEqual(run.status, 127)
+        self.assertIn(b"the program of 'quarnish' is not installed with", run.err)
+
+    def test_a_program_that_cannot_run_is_named(self):
+        run = self.run_program("quarnish", program=self.installed(mode=stat.S_IRUSR))
+        self.assertEqual(run.status, 126)
+        self.assertIn(b"quarnish cannot be run: Permission denied", run.err)
+
+    def test_the_extraction_runs_through_it(self):
+        run = self.run_program("quarnish", "-help", program="kolvex")
+        self.assertEqual((run.status, run.err), (0, b""))
+        self.assertTrue(run.out.startswith(b" Program to open an output database"))

@@ -1,0 +1,120 @@
+"""Databases of layout 1: upgraded into a copy, losing nothing."""
+import h5py
+import numpy as np
+
+from support import ProgramTest
+
+
+def old_database(path):
+    """What h5py writes by default: old superblock, variable-length strings, 64-bit integers."""
+    with h5py.File(path, "w", track_order=True) as file:
+        file.attrs["layout"] = 1
+        file.attrs["title"] = "An old run"
+        file.create_group("parts/P")["nodeSets/ENDS"] = [1, 3]
+        instance = file.create_group("assembly/instances/I-1")
+        instance.attrs["part"] = "P"
+        instance["mesh/nodes/labels"] = [1, 2, 3]
+        instance["mesh/nodes/coordinates"] = np.arange(9.0).reshape(3, 3)
+        instance["mesh/elements/T3D2/labels"] = [1, 2]
+        instance["mesh/elements/T3D2/connectivity"] = [[1, 2], [2, 3]]
+        file["assembly/elementSets/ROOT/I-1"] = [1]
+        steps = file.create_group("steps", track_order=True)
+        for name in ("Pull", "Hold"):
+            step = steps.create_group(name)
+            step.attrs["mass"] = 2.5
+            step.attrs["massCenter"] = [0.0, 1.5, 3.0]
+            for i in range(12):
+                frame = step.create_group(f"frames/{i}")
+                frame.attrs["incrementNumber"] = i + 1
+                frame.attrs["value"] = 0.1 * i
+                frame.attrs["description"] = f"Increment {i + 1}"
+                write_fields(frame, i)
+            tip = step.create_group("history/Node 3")
+            tip.attrs["node"] = 3
+            tip["outputs/U1"] = np.array([[0, 0], [1, 0.5]], "f4")
+
+
+def write_fields(frame, i):
+    u = frame.create_group("fields/U")
+    u.attrs.update(type=3, description="Spatial displacement", componentLabels=["1", "2", "3"])
+    block = u.create_group("blocks/0")
+    block.attrs.update(instance="I-1", position="nodal")
+    block["nodeLabels"] = [1, 2, 3]
+    block["data"] = np.full((3, 3), i, "f4")
+    if i % 2:
+        s = frame.create_group("fields/S")
+        s.attrs.update(type=5, description="Stress", componentLabels=["11", "22", "33", "12", "13", "23"])
+        for k, (label, kind) in enumerate(((2, "f8"), (1, "f4"))):
+            block = s.create_group(f"blocks/{k}")
+            block.attrs.update(instance="I-1", position="centroid", elementType="T3D2")
+            block["elementLabels"] = [label]
+            block["data"] = np.full((1, 6), 10 * i + label, kind)
+
+
+class UpgradeTest(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        old_database(self.path("old.odb"))
+        self.config("EXTRACT_ALL EXTRACT_FIELD EXTRACT_FIELD_SETS EXTRACT_MASS EXTRACT_HISTORY")
+        self.result = self.run_program("-odb", "old", "-config", "config.txt")
+
+    def test_an_old_database_is_extracted_through_an_upgraded_copy(self):
+        self.assertEqual((self.result.status, self.result.err), (0, b""))
+        self.assertEqual(self.result.text("paramsdone.txt"), b"Done\n")
+        lines = self.result.text("params.txt").decode().splitlines()
+        records = dict(line.split("\t") for line in lines)
+        self.assertEqual(lines[0], "Pull__Mass\t2.5")
+        self.assertEqual(records["Hold__Frame_12__U__mag__max"], f"{11 * 3 ** 0.5:.6g}")
+        self.assertEqual(records["Hold__Frame_1__U__mag__max"], "0")
+        self.assertEqual(records["Pull__Frame_12__P_ENDS__U__mag__min"], f"{11 * 3 ** 0.5:.6g}")
+        self.assertEqual(records["Pull__History__U1_3"], "((0, 0), (1, 0.5))")
+        self.assertLess(lines.index("Pull__Mass\t2.5"), lines.index("Hold__Mass\t2.5"))
+
+    def test_the_copy_holds_everything_under_the_new_layout(self):
+        with h5py.File(self.path("upgradedOdb.odb")) as new, h5py.File(self.path("old.odb")) as old:
+            self.assertEqual(new.attrs["layout"], 2)
+            self.assertEqual(new.attrs["title"], b"An old run")
+            self.assertEqual(list(new["steps"]), ["Pull", "Hold"])
+            self.assertEqual(len(new["locations"]), 3)
+            for name in ("parts/P/nodeSets/ENDS", "assembly/elementSets/ROOT/I-1",
+                         "assembly/instances/I-1/mesh/nodes/coordinates",
+                         "assembly/instances/I-1/mesh/elements/T3D2/connectivity",
+                         "steps/Hold/history/Node 3/outputs/U1"):
+                np.testing.assert_array_equal(new[name][...], old[name][...], name)
+            step = new["steps/Hold"]
+            np.testing.assert_array_equal(step["frames/incrementNumber"][...], np.arange(1, 13))
+            self.assertEqual(step["frames/description"][11], b"Increment 12")
+            np.testing.assert_array_equal(step["fields/S/frames"][...], [1, 3, 5, 7, 9, 11])
+            self.assertNotIn("frames", step["fields/U"])
+            blocks = step["fields/S/blocks"]
+            self.assertEqual([blocks[k]["data"].dtype for k in ("0", "1")], [np.dtype("f8"), np.dtype("f4")])
+            for i in range(12):
+                np.testing.assert_array_equal(step["fields/U/blocks/0/data"][i],
+                                              old[f"steps/Hold/frames/{i}/fields/U/blocks/0/data"][...])
+            for k in ("0", "1"):
+                np.testing.assert_array_equal(blocks[k]["data"][5],
+                                              old[f"steps/Hold/frames/11/fields/S/blocks/{k}/data"][...])
+
+    def test_the_old_database_stays_as_it_was(self):
+        with h5py.File(self.path("old.odb")) as old:
+            self.assertEqual(old.attrs["layout"], 1)
+
+    def test_an_older_copy_is_replaced(self):
+        self.write("upgradedOdb.odb", "something else")
+        again = self.run_program("-odb", "old", "-config", "config.txt")
+        self.assertEqual((again.status, again.err), (0, b""))
+        self.assertEqual(sorted(p.name for p in self.directory.iterdir()),
+                         ["config.txt", "old.odb", "params.txt", "paramsdone.txt", "upgradedOdb.odb"])
+
+    def test_a_field_described_differently_from_frame_to_frame_is_named(self):
+        with h5py.File(self.path("old.odb"), "a") as old:
+            old["steps/Pull/frames/3/fields/U"].attrs["description"] = "something else"
+        run = self.run_program("-odb", "old", "-config", "config.txt")
+        self.assertIn(b'field "U": frame 3 describes it differently than the frames before', run.err)
+        self.assertEqual(run.status, 0)
+
+    def test_a_block_without_labels_is_named(self):
+        with h5py.File(self.path("old.odb"), "a") as old:
+            del old["steps/Pull/frames/3/fields/U/blocks/0/nodeLabels"]
+        run = self.run_program("-odb", "old", "-config", "config.txt")
+        self.assertTrue(run.err.startswith(b"old.odb: /steps/Pull/frames/3/fields/U/blocks/0/nodeLabels: is missing\n"))
