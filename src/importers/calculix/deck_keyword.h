@@ -1,0 +1,34 @@
+// The lines of a CalculiX deck, taken apart.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace importers::calculix {
+
+// A line such as `*NSET, NSET=Top face, GENERATE`.
+struct Keyword {
+  std::string name;                               // in capitals, without the star
+  std::map<std::string, std::string> parameters;  // by name in capitals; values as spelled, without quotes
+
+  bool has(const std::string& parameter) const { return parameters.contains(parameter); }
+  // The value of a parameter, nothing when it is absent or empty.
+  std::optional<std::string> value(const std::string& parameter) const;
+};
+
+bool isComment(std::string_view line);
+bool isKeyword(std::string_view line);
+
+// `line` must be a keyword line.
+Keyword parseKeyword(std::string_view line);
+
+// The items of a data line between commas, trimmed. An empty last one, after a comma at the end, is left out.
+std::vector<std::string_view> dataItems(std::string_view line);
+
+// How many nodes an element of that type has; 0 for a type that is not known.
+int nodesOfElementType(std::string_view type);
+
+}  // namespace importers::calculix

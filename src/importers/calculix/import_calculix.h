@@ -1,0 +1,32 @@
+// Imports the results of a CalculiX run.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "importers/diagnostics.h"
+#include "odbstore/writer.h"
+
+namespace importers::calculix {
+
+struct ImportRequest {
+  std::string results;  // the .frd file
+  std::string deck;     // the .inp file; empty for none
+  std::string status;   // the .sta file, which need not exist
+  std::string output;   // the database to write
+  odbstore::WriterOptions storage;
+};
+
+struct ImportSummary {
+  int steps = 0;
+  int frames = 0;
+  int fields = 0;  // different names
+  int sets = 0;
+};
+
+// Reads the result file block by block and writes the database, which appears under its name when it is complete. Throws
+// ImportError for what cannot be read and odbstore::StoreError for what cannot be written. A result file that is cut off
+// gives what is complete in it, and a warning.
+ImportSummary importCalculix(const ImportRequest& request, const WarningSink& warn);
+
+}  // namespace importers::calculix

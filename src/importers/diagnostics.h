@@ -1,0 +1,23 @@
+// What an importer has to say: where a text file is wrong, and what the user should know.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace importers {
+
+// A file that cannot be imported. what() is "<file>:<line>: <reason>", the line left out where there is none.
+class ImportError : public std::runtime_error {
+ public:
+  ImportError(const std::string& file, std::int64_t line, const std::string& reason);
+};
+
+// "<file>:<line>", or the file alone for line 0.
+std::string placeIn(const std::string& file, std::int64_t line);
+
+// Receives warnings, complete with their place, one line each.
+using WarningSink = std::function<void(const std::string&)>;
+
+}  // namespace importers

@@ -1,0 +1,50 @@
+#include "importers/import_options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <sstream>
+
+namespace importers {
+
+namespace {
+
+constexpr int kUsageError = 2;
+constexpr const char* kResultsEnding = ".frd";
+
+}  // namespace
+
+ImportOptions parseImportOptions(std::vector<std::string> arguments) {
+  ImportOptions options;
+  CLI::App app("Brings the results of a CalculiX run into an output database.", "kolvex import");
+  app.set_version_flag("--version", std::string("kolvex import ") + KOLVEX_VERSION);
+  app.add_option("job", options.input, "The result file, job.frd, or the name of the job")->required();
+  app.add_option("-o,--output", options.output, "The database to write (default: job.odb beside the results)");
+  app.add_option("--deck", options.deck, "The input deck with the sets (default: job.inp beside the results)");
+  app.add_flag("--compress", options.compress, "Store results packed: a small file that is slower to read");
+  app.add_flag("--checksum", options.checksum, "Store a checksum with every frame of results");
+  try {
+    std::reverse(arguments.begin(), arguments.end());
+    app.parse(std::move(arguments));
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream out;
+    std::ostringstream err;
+    options.isDone = true;
+    options.status = app.exit(error, out, err) == 0 ? 0 : kUsageError;
+    options.message = options.status == 0 ? out.str() : err.str();
+  }
+  return options;
+}
+
+JobFiles jobFiles(const ImportOptions& options) {
+  std::string stem = options.input;
+  const std::string ending = kResultsEnding;
+  if (stem.ends_with(ending)) {
+    stem.erase(stem.size() - ending.size());
+  } else if (stem.ends_with(".")) {
+    stem.pop_back();
+  }
+  return {stem + ending, options.deck.empty() ? stem + ".inp" : options.deck, stem + ".sta",
+          options.output.empty() ? stem + ".odb" : options.output};
+}
+
+}  // namespace importers

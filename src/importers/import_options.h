@@ -1,0 +1,34 @@
+// The command line of `kolvex import`.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace importers {
+
+struct ImportOptions {
+  std::string input;   // as given
+  std::string output;  // empty: beside the results
+  std::string deck;    // empty: beside the results
+  bool compress = false;
+  bool checksum = false;
+
+  // Set when there is nothing to run: print `message` (on standard error when the status is not 0) and exit.
+  bool isDone = false;
+  int status = 0;
+  std::string message;
+};
+
+// Reads the arguments, the program's name not among them. Touches no file. Wrong usage has status 2.
+ImportOptions parseImportOptions(std::vector<std::string> arguments);
+
+// The files of a run, by name: "job", "job." and "job.frd" mean the same.
+struct JobFiles {
+  std::string results;
+  std::string deck;
+  std::string status;
+  std::string output;
+};
+JobFiles jobFiles(const ImportOptions& options);
+
+}  // namespace importers

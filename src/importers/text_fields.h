@@ -1,0 +1,27 @@
+// Numbers and words out of lines of text.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace importers {
+
+// `width` characters from column `column` (from 1, as formats are described), fewer at the end of the line.
+constexpr std::string_view columns(std::string_view line, std::size_t column, std::size_t width) {
+  return column > line.size() ? std::string_view() : line.substr(column - 1, width);
+}
+
+// Without blanks and tabs at both ends.
+std::string_view trimmed(std::string_view text);
+
+// The whole text as a number, blanks around it passed over; nothing when it is none or does not fit.
+std::optional<int> integerFrom(std::string_view text);
+
+// The same for a decimal number as solvers print it: also "INF", "NaN" and an exponent of three digits without its
+// letter ("5.717277-124"). A number too small for a double is 0, one too large is infinite.
+std::optional<double> numberFrom(std::string_view text);
+
+std::string upperCased(std::string_view text);
+
+}  // namespace importers
