@@ -10,8 +10,7 @@ template <class T>
 class cow_List {
  public:
   cow_List() = default;
-  explicit cow_List(std::vector<T> elements)
-      : elements_(std::make_shared<std::vector<T>>(std::move(elements))) {}
+  explicit cow_List(std::vector<T> elements) : elements_(std::make_shared<std::vector<T>>(std::move(elements))) {}
 
   int size() const { return elements_ ? static_cast<int>(elements_->size()) : 0; }
 

@@ -1,7 +1,6 @@
-#include "odbaccess/odb_FieldOutput.h"
-
 #include <algorithm>
 
+#include "odbaccess/odb_FieldOutput.h"
 #include "odbaccess/set_storage.h"
 #include "odbaccess/step_storage.h"
 
@@ -12,8 +11,8 @@ Blocks FieldStorage::blocks() const {
   Blocks blocks;
   for (const odbstore::StoredBlock& block : field_.blocks) {
     if (!block.existsIn(frame_)) continue;
-    auto content = std::make_shared<const BlockContent>(stored_, field_, block, frame_,
-                                                        step_->locations().of(block.location()));
+    auto content =
+        std::make_shared<const BlockContent>(stored_, field_, block, frame_, step_->locations().of(block.location()));
     blocks.push_back(std::make_shared<const BlockStorage>(std::move(content)));
   }
   return blocks;
@@ -44,7 +43,8 @@ odb_SequenceFieldLocation locationsOf(const Blocks& blocks) {
   std::vector<Place> places;
   for (const auto& block : blocks) {
     const odbstore::LocationInfo& info = block->content()->location().info();
-    auto place = std::find_if(places.begin(), places.end(), [&](const Place& p) { return p.position == info.position; });
+    auto place =
+        std::find_if(places.begin(), places.end(), [&](const Place& p) { return p.position == info.position; });
     if (place == places.end()) place = places.insert(places.end(), {info.position, {}});
     std::vector<odb_SectionPoint>& points = place->sectionPoints;
     const bool known = std::any_of(points.begin(), points.end(),
@@ -55,7 +55,8 @@ odb_SequenceFieldLocation locationsOf(const Blocks& blocks) {
   }
   std::vector<odb_FieldLocation> locations;
   for (Place& place : places) {
-    locations.emplace_back(positionCode(place.position), odb_Sequence<odb_SectionPoint>(std::move(place.sectionPoints)));
+    locations.emplace_back(positionCode(place.position),
+                           odb_Sequence<odb_SectionPoint>(std::move(place.sectionPoints)));
   }
   return odb_SequenceFieldLocation(std::move(locations));
 }

@@ -1,6 +1,5 @@
-#include "odbaccess/odb_FieldValue.h"
-
 #include "odbaccess/block_storage.h"
+#include "odbaccess/odb_FieldValue.h"
 
 namespace {
 

@@ -66,7 +66,8 @@ std::array<double, 3> principalValuesOf(const Tensor& s) {
   // Near the end of the range sums would overflow; a power of two changes no digit.
   const bool isHuge = std::any_of(s.begin(), s.end(), [](double c) { return std::abs(c) > kHuge; });
   const double scale = isHuge ? 1.0 / kHuge : 1.0;
-  double a[3][3] = {{s[0] * scale, s[3] * scale, s[4] * scale}, {0.0, s[1] * scale, s[5] * scale}, {0.0, 0.0, s[2] * scale}};
+  double a[3][3] = {
+      {s[0] * scale, s[3] * scale, s[4] * scale}, {0.0, s[1] * scale, s[5] * scale}, {0.0, 0.0, s[2] * scale}};
   for (int sweep = 0; sweep < kMostSweeps; ++sweep) {
     const double diagonal = std::abs(a[0][0]) + std::abs(a[1][1]) + std::abs(a[2][2]);
     const double offDiagonal = std::abs(a[0][1]) + std::abs(a[0][2]) + std::abs(a[1][2]);

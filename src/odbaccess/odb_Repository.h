@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "odbaccess/cow_Btree.h"
-#include "odbaccess/odb_String.h"
 #include "odbaccess/odb_Exception.h"
+#include "odbaccess/odb_String.h"
 
 // An ordered map from name to database object: iterates by name (bytes ascending), looks up
 // without inserting.

@@ -66,9 +66,8 @@ odb_InstanceRepository& EntityStorage::instances() {
   if (!instances_) {
     std::map<odb_String, odb_Instance> nodes;
     for (const odbstore::InstanceInfo& instance : guarded([&] { return reader_->instances(); })) {
-      nodes.emplace(odb_String(instance.name),
-                    odb_Instance(std::make_shared<EntityStorage>(reader_, Owner{OwnerKind::instance, instance.name},
-                                                                 instance.name)));
+      nodes.emplace(odb_String(instance.name), odb_Instance(std::make_shared<EntityStorage>(
+                                                   reader_, Owner{OwnerKind::instance, instance.name}, instance.name)));
     }
     instances_ = odb_InstanceRepository(std::move(nodes));
   }

@@ -1,7 +1,6 @@
-#include "odbaccess/odb_Step.h"
-
 #include "odbaccess/guard.h"
 #include "odbaccess/history_storage.h"
+#include "odbaccess/odb_Step.h"
 #include "odbaccess/step_storage.h"
 
 namespace odb_detail {
@@ -15,7 +14,8 @@ odb_HistoryRegionRepository& StepStorage::historyRegions() {
   if (!historyRegions_) {
     std::map<odb_String, odb_HistoryRegion> regions;
     for (const std::string& name : guarded([&] { return stored()->historyRegions(); })) {
-      regions.emplace(odb_String(name), odb_HistoryRegion(std::make_shared<const HistoryRegionStorage>(stored(), name)));
+      regions.emplace(odb_String(name),
+                      odb_HistoryRegion(std::make_shared<const HistoryRegionStorage>(stored(), name)));
     }
     historyRegions_ = odb_HistoryRegionRepository(std::move(regions));
   }
@@ -40,8 +40,8 @@ odb_String odb_Frame::description() const { return odb_String(frameInfo(*step_, 
 odb_FieldOutputRepository& odb_Frame::fieldOutputs() const {
   if (!content_) {
     std::map<odb_String, odb_FieldOutput> fields;
-    const auto& stored = odb_detail::guarded(
-        [&]() -> const std::vector<odbstore::StoredField>& { return step_->stored()->fields(); });
+    const auto& stored =
+        odb_detail::guarded([&]() -> const std::vector<odbstore::StoredField>& { return step_->stored()->fields(); });
     for (const odbstore::StoredField& field : stored) {
       if (!field.inFrame[static_cast<std::size_t>(index_)]) continue;
       fields.emplace(odb_String(field.name),

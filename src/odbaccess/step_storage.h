@@ -46,7 +46,11 @@ class FieldStorage {
       : step_(std::move(step)), stored_(step_->stored()), field_(field), frame_(frame) {}
   // The same field with the blocks of a subset.
   FieldStorage(const FieldStorage& whole, Blocks subset)
-      : step_(whole.step_), stored_(whole.stored_), field_(whole.field_), frame_(whole.frame_), subset_(std::move(subset)) {}
+      : step_(whole.step_),
+        stored_(whole.stored_),
+        field_(whole.field_),
+        frame_(whole.frame_),
+        subset_(std::move(subset)) {}
 
   const odbstore::StoredField& field() const { return field_; }
   // New blocks at each call for a whole field, so that what they read goes with them.

@@ -165,9 +165,8 @@ void Dataset::transferSlab(hsize_t index, hid_t memoryType, void* out, bool writ
       H5Sselect_hyperslab(fileSpace.get(), H5S_SELECT_SET, start.data(), nullptr, extent.data(), nullptr) < 0) {
     failHdf5("a frame cannot be selected");
   }
-  const herr_t status = writing
-                            ? H5Dwrite(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out)
-                            : H5Dread(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out);
+  const herr_t status = writing ? H5Dwrite(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out)
+                                : H5Dread(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out);
   if (status < 0) failHdf5(fmt::format("slab {} cannot be {}", index, writing ? "written" : "read"));
 }
 

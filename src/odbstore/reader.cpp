@@ -21,7 +21,8 @@ std::shared_ptr<FileAccess> openNewest(const std::string& path) {
   int layout = 0;
   h5::Group root = h5::openFile(path, layout);
   if (layout != kNewestLayout) {
-    throw StoreError(path, "", fmt::format("has layout {} and must be upgraded to layout {} first", layout, kNewestLayout));
+    throw StoreError(path, "",
+                     fmt::format("has layout {} and must be upgraded to layout {} first", layout, kNewestLayout));
   }
   return std::make_shared<FileAccess>(path, std::move(root));
 }

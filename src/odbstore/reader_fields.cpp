@@ -69,8 +69,8 @@ std::shared_ptr<const StoredLocation> FileAccess::location(const std::string& id
   if (known != locations_.end()) return known->second;
   const std::optional<h5::Group> all = root_.findGroup("locations");
   if (!all || !all->has(linkFromName(id))) user.fail(fmt::format("there is no location \"{}\"", id));
-  auto location = std::make_shared<const StoredLocation>(
-      std::make_unique<StoredLocation::Impl>(all->group(linkFromName(id))));
+  auto location =
+      std::make_shared<const StoredLocation>(std::make_unique<StoredLocation::Impl>(all->group(linkFromName(id))));
   locations_.emplace(id, location);
   return location;
 }

@@ -78,12 +78,9 @@ StepInfo readStepInfo(const h5::Group& group) {
 }
 
 HistoryRegionInfo readHistoryRegionInfo(const h5::Group& group) {
-  return {group.stringAttribute("description", ""),
-          group.intAttribute("node", -1),
-          group.intAttribute("element", -1),
-          group.intAttribute("integrationPoint", 0),
-          group.intAttribute("sectionPoint", 0),
-          group.stringAttribute("sectionPointDescription", ""),
+  return {group.stringAttribute("description", ""), group.intAttribute("node", -1),
+          group.intAttribute("element", -1),        group.intAttribute("integrationPoint", 0),
+          group.intAttribute("sectionPoint", 0),    group.stringAttribute("sectionPointDescription", ""),
           group.stringAttribute("set", "")};
 }
 

@@ -77,8 +77,7 @@ void Writer::addElements(const std::string& instance, const std::string& type, s
 }
 
 void Writer::addSet(const Owner& owner, SetKind kind, const std::string& name, std::span<const SetMembers> members) {
-  const h5::Group sets =
-      Impl::openOrCreate(impl_->owner(owner), kind == SetKind::element ? "elementSets" : "nodeSets");
+  const h5::Group sets = Impl::openOrCreate(impl_->owner(owner), kind == SetKind::element ? "elementSets" : "nodeSets");
   if (owner.kind == OwnerKind::assembly) {
     const h5::Group set = sets.createGroup(linkFromName(name));
     for (const SetMembers& group : members) set.createInts(linkFromName(group.instance), group.labels);

@@ -99,12 +99,14 @@ FieldId Writer::Impl::addField(FrameId frame, const std::string& name, const Fie
   StepState& step = this->step(frame.step);
   const auto [known, isNew] = step.fieldIndex.emplace(name, static_cast<int>(step.fields.size()));
   if (isNew) {
-    if (!isKnownType(info.type)) step.group.fail(fmt::format("field \"{}\": the type {} is not known", name, info.type));
+    if (!isKnownType(info.type))
+      step.group.fail(fmt::format("field \"{}\": the type {} is not known", name, info.type));
     step.fields.push_back({name, info, {}, {}});
   }
   FieldState& field = step.fields[static_cast<std::size_t>(known->second)];
   if (!(field.info == info)) {
-    step.group.fail(fmt::format("field \"{}\": frame {} describes it differently than the frames before", name, frame.index));
+    step.group.fail(
+        fmt::format("field \"{}\": frame {} describes it differently than the frames before", name, frame.index));
   }
   if (!field.nextBlock.emplace(frame.index, 0).second) {
     step.group.fail(fmt::format("field \"{}\": frame {} has it already", name, frame.index));
@@ -125,7 +127,8 @@ std::int64_t Writer::Impl::widthOf(const h5::Object& user, const LocationState& 
 
 void Writer::Impl::checkBlock(const h5::Object& user, const BlockState& block, const FieldInfo& field) const {
   if (!isKnownType(block.type)) user.fail(fmt::format("the type {} is not known", block.type));
-  const std::vector<std::string>& labels = block.componentLabels.empty() ? field.componentLabels : block.componentLabels;
+  const std::vector<std::string>& labels =
+      block.componentLabels.empty() ? field.componentLabels : block.componentLabels;
   const auto count = static_cast<std::int64_t>(labels.size());
   if (count != 0 && count != block.width) {
     user.fail(fmt::format("rows of {} numbers do not fit {} component labels", block.width, count));
@@ -142,8 +145,12 @@ void Writer::Impl::addBlock(FieldId id, LocationId location, std::span<const Num
   StepState& step = this->step(id.frame.step);
   FieldState& field = step.fields.at(static_cast<std::size_t>(id.index));
   const LocationState& place = locations_.at(static_cast<std::size_t>(location.index));
-  BlockState block{location.index, overrides.type.value_or(field.info.type), overrides.componentLabels,
-                   std::is_same_v<Number, double>, widthOf(step.group, place, rows.size(), widthOfEmpty), {}};
+  BlockState block{location.index,
+                   overrides.type.value_or(field.info.type),
+                   overrides.componentLabels,
+                   std::is_same_v<Number, double>,
+                   widthOf(step.group, place, rows.size(), widthOfEmpty),
+                   {}};
   if (block.componentLabels == field.info.componentLabels) block.componentLabels.clear();
   checkBlock(step.group, block, field.info);
   const Slab slab{id.frame.index, spool_.append(rows.data(), rows.size_bytes())};

@@ -19,8 +19,8 @@ struct Descending {
   bool operator()(double a, double b) const { return a > b; }
 };
 
-// The engineering minimum (Ascending) or maximum (Descending) of values, at least one. They are reordered: the selection
-// targets position k = engineeringCount(), and the value at k - 1 (0 when k is 0) is the result.
+// The engineering minimum (Ascending) or maximum (Descending) of values, at least one. They are reordered: the
+// selection targets position k = engineeringCount(), and the value at k - 1 (0 when k is 0) is the result.
 template <class Number, class Order>
 Number engineeringExtreme(std::span<Number> values, double percentage, Order order) {
   const int k = engineeringCount(static_cast<int>(values.size()), percentage);

@@ -56,9 +56,8 @@ odb_SequenceDouble dataDouble(const odb_FieldValue& value) {
 
 double readFieldValue(const odb_FieldValue& value, std::ostream&, const odb_Sequence<odb_InvariantEnum>&,
                       const ComponentFlags& componentPresent, const odb_String&, bool) {
-  const double first = value.precision() != odb_Enum::singlePrecision
-                           ? dataDouble(value).constGet(0)
-                           : static_cast<double>(data(value).constGet(0));
+  const double first = value.precision() != odb_Enum::singlePrecision ? dataDouble(value).constGet(0)
+                                                                      : static_cast<double>(data(value).constGet(0));
   const int type = value.type();
   if (type == odb_Enum::scalar) return first;
   const bool components = extractionSwitches().fieldComponents;

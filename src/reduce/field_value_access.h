@@ -32,9 +32,8 @@ odb_SequenceDouble dataDouble(const odb_FieldValue& value);
 // other type. Sets the vector slots when components are wanted, and the slots of the present tensor components (for
 // the full three-dimensional kind only when components are wanted). Components are read in single precision alone,
 // whatever the value has. `out`, `invariants`, `valueName` and `flag` are part of the interface and not used.
-double readFieldValue(const odb_FieldValue& value, std::ostream& out,
-                      const odb_Sequence<odb_InvariantEnum>& invariants, const ComponentFlags& componentPresent,
-                      const odb_String& valueName, bool flag);
+double readFieldValue(const odb_FieldValue& value, std::ostream& out, const odb_Sequence<odb_InvariantEnum>& invariants,
+                      const ComponentFlags& componentPresent, const odb_String& valueName, bool flag);
 
 // The invariant of slot 0 to 8: tresca, press, inv3, maximum, middle and minimum principal value, maximum and minimum
 // in-plane and out-of-plane principal value. The lowest finite double for any other slot.

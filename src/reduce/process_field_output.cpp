@@ -34,7 +34,8 @@ void processFieldOutput(const odb_FieldOutput& field, std::ostream& out, const o
   if (isScreenedRegion(regionTag)) return;
   const bool wholeModel = regionKind == odb_String("ALL");
   if (!extractionSwitches().computeValues) {
-    if (isWanted(field)) listRecordNames(field, out, RecordHead(stepName, increment, regionTag, field.name()), wholeModel);
+    if (isWanted(field))
+      listRecordNames(field, out, RecordHead(stepName, increment, regionTag, field.name()), wholeModel);
     return;
   }
   if (depth <= 0) return;

@@ -9,12 +9,11 @@
 //
 //   stepName, increment   of the frame
 //   regionKind  "ALL", "ELEMENT_SET" or "NODE_SET"
-//   regionTag   empty for the whole model, else with its leading "__"; a tag that contains "Warn" or "Info" writes nothing
-//   depth       levels still allowed; below 1 nothing is reduced (names are still listed)
+//   regionTag   empty for the whole model, else with its leading "__"; a tag that contains "Warn" or "Info" writes
+//   nothing depth       levels still allowed; below 1 nothing is reduced (names are still listed)
 //
 // A field output is wanted by what its description names, or when all are. The whole model is reduced from the bulk
 // data, a set value by value. When values are not to be computed, the names that the reduction would write are listed
 // instead, each with the value 0. Exceptions of the library pass through.
 void processFieldOutput(const odb_FieldOutput& field, std::ostream& out, const odb_String& stepName, int increment,
-                        const odb_String& regionKind, const odb_String& regionTag, const odb_String& indent,
-                        int depth);
+                        const odb_String& regionKind, const odb_String& regionTag, const odb_String& indent, int depth);

@@ -194,7 +194,8 @@ void reduceFieldOutputValues(const odb_SequenceFieldValue& values, std::ostream&
   readValues(values, out, invariants, valueName, flag, reduction);
   selectEngineering(reduction);
   const bool wholeModel = scope == odb_String("ALL");
-  writeRecords(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName), wholeModel, reduction);
+  writeRecords(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName), wholeModel,
+               reduction);
   if (extractionSwitches().tensorInvariants && cleanedName(fieldName) == "S") {
     reduceInvariants(values, out, RecordHead(prefix, frame, regionName, fieldName), invariants);
   }

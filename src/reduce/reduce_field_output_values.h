@@ -10,7 +10,8 @@
 //
 //   prefix      the step name; with `fieldName` and `regionName` it is cleaned for the record names
 //   frame       the increment number
-//   scope       "ALL" when the values cover the whole model: the region's name is then left out of the record names, and
+//   scope       "ALL" when the values cover the whole model: the region's name is then left out of the record names,
+//   and
 //               records are written even where no value was read
 //   regionName  the region tag, with its leading "__"; one that contains "Warn" or "Info" writes nothing
 //   componentLabels  is cut down to the last two characters of each label, in place

@@ -64,8 +64,8 @@ TEST(Invariants, PrincipalValuesSolveTheCharacteristicEquation) {
     EXPECT_GE(p[1], p[2]);
     const double trace = s[0] + s[1] + s[2];
     const double squares = s[0] * s[0] + s[1] * s[1] + s[2] * s[2] + 2 * (s[3] * s[3] + s[4] * s[4] + s[5] * s[5]);
-    const double determinant = s[0] * (s[1] * s[2] - s[5] * s[5]) - s[3] * (s[3] * s[2] - s[5] * s[4]) +
-                               s[4] * (s[3] * s[5] - s[1] * s[4]);
+    const double determinant =
+        s[0] * (s[1] * s[2] - s[5] * s[5]) - s[3] * (s[3] * s[2] - s[5] * s[4]) + s[4] * (s[3] * s[5] - s[1] * s[4]);
     ASSERT_NEAR(p[0] + p[1] + p[2], trace, 1e-13);
     ASSERT_NEAR(p[0] * p[0] + p[1] * p[1] + p[2] * p[2], squares, 1e-12);
     ASSERT_NEAR(p[0] * p[1] * p[2], determinant, 1e-12);

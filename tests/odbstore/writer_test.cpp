@@ -256,9 +256,13 @@ TEST_F(WriterTest, AFieldDescribedDifferentlyInALaterFrameIsRefused) {
 
 TEST_F(WriterTest, LabelsThatDoNotFitThePositionAreRefused) {
   Writer writer(path_);
-  EXPECT_THAT(failureOf([&] { writer.addLocation({"I", Position::nodal, "", 0, ""}, {{1}, {1}, {}}); }),
+  EXPECT_THAT(failureOf([&] {
+                writer.addLocation({"I", Position::nodal, "", 0, ""}, {{1}, {1}, {}});
+              }),
               HasSubstr("the labels do not fit the position nodal"));
-  EXPECT_THAT(failureOf([&] { writer.addLocation({"I", Position::elementNodal, "", 0, ""}, {{1, 2}, {1}, {}}); }),
+  EXPECT_THAT(failureOf([&] {
+                writer.addLocation({"I", Position::elementNodal, "", 0, ""}, {{1, 2}, {1}, {}});
+              }),
               HasSubstr("the labels do not fit the position elementNodal"));
 }
 

@@ -167,7 +167,8 @@ class DeckReader {
     return *value;
   }
 
-  // An element's nodes go on over lines until there are enough; of a type that is not known, while a line ends in a comma.
+  // An element's nodes go on over lines until there are enough; of a type that is not known, while a line ends in a
+  // comma.
   void takeElement(std::string_view line, LineReader& lines) {
     const std::vector<std::string_view> items = dataItems(line);
     int nodes = static_cast<int>(items.size());

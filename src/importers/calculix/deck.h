@@ -25,7 +25,7 @@ struct Deck {
   // The element types in the order of their first use, and the label ranges that have them.
   std::vector<std::string> elementTypes;
   std::unordered_map<int, int> typeOfElement;  // label to place in elementTypes
-  std::vector<std::string> stepTitles;  // of each step its first line of text, or empty
+  std::vector<std::string> stepTitles;         // of each step its first line of text, or empty
 };
 
 // Reads the deck and the files that it includes. A number that is none, a set without a name, or a file that includes

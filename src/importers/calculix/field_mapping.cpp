@@ -87,9 +87,8 @@ std::optional<std::vector<MappedField>> mapContact(const FrdResult& result) {
   if (result.name != "CONTACT" || result.components.size() != 6) return std::nullopt;
   std::vector<std::string> labels;
   for (const FrdComponent& component : result.components) labels.push_back(component.name);
-  return std::vector<MappedField>{
-      vectorField("CDIS", "Contact displacement", {labels.begin(), labels.begin() + 3}, 0),
-      vectorField("CSTR", "Contact Stress", {labels.begin() + 3, labels.end()}, 3)};
+  return std::vector<MappedField>{vectorField("CDIS", "Contact displacement", {labels.begin(), labels.begin() + 3}, 0),
+                                  vectorField("CSTR", "Contact Stress", {labels.begin() + 3, labels.end()}, 3)};
 }
 
 bool allAre(const FrdResult& result, ComponentKind kind) {
@@ -102,7 +101,8 @@ bool allAre(const FrdResult& result, ComponentKind kind) {
 std::vector<MappedField> mapResult(const FrdResult& result) {
   if (auto contact = mapContact(result)) return *contact;
   const BlockName name = nameOf(result.name);
-  if (result.components.size() == kTensorComponents && allAre(result, ComponentKind::matrix)) return {tensorField(name)};
+  if (result.components.size() == kTensorComponents && allAre(result, ComponentKind::matrix))
+    return {tensorField(name)};
   if (result.components.size() == 3 && allAre(result, ComponentKind::vector)) {
     return {vectorField(name.field, name.description, {"1", "2", "3"}, 0)};
   }

@@ -12,9 +12,7 @@ namespace {
 // How much a frequency or buckling step adds to the total time, unless its deck says otherwise.
 constexpr double kUsualPeriod = 1.0;
 
-bool isSteadyStateDynamics(const FrdResult& block) {
-  return block.kind == AnalysisKind::time && block.increment == 0;
-}
+bool isSteadyStateDynamics(const FrdResult& block) { return block.kind == AnalysisKind::time && block.increment == 0; }
 
 bool advancesInTime(const FrdResult& block) {
   return block.kind != AnalysisKind::modal && block.kind != AnalysisKind::buckling && !isSteadyStateDynamics(block);
@@ -84,7 +82,7 @@ odbstore::FrameId Frames::frameOf(const FrdResult& block, const std::vector<std:
     frame = frames_.insert_or_assign(place, Frame{writer_.addFrame(step.id, info), {}}).first;
     ++frameCount_;
     lastPlace_ = fmt::format("step {}, {} {:.6g}", block.step,
-                             advancesInTime(block) ? "time"
+                             advancesInTime(block)                  ? "time"
                              : block.kind == AnalysisKind::buckling ? "buckling factor"
                                                                     : "frequency",
                              block.value);

@@ -21,8 +21,8 @@ class Frames {
   Frames(StepTimes times, std::vector<std::string> stepTitles, odbstore::Writer& writer)
       : times_(std::move(times)), stepTitles_(std::move(stepTitles)), writer_(writer) {}
 
-  // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is another
-  // one than the block's.
+  // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is
+  // another one than the block's.
   odbstore::FrameId frameOf(const FrdResult& block, const std::vector<std::string>& fields);
 
   int stepCount() const { return static_cast<int>(steps_.size()); }

@@ -100,7 +100,8 @@ std::size_t FrdReader::countAt(std::string_view line) const {
 void FrdReader::requireAscii(std::string_view line, char ascii) const {
   const std::string_view format = trimmed(line.size() > 72 ? line.substr(72) : std::string_view());
   if (!format.empty() && format.back() != ascii) {
-    lines_.fail("the block is binary; only ASCII result files can be imported (ask the solver for *NODE FILE and *EL FILE)");
+    lines_.fail(
+        "the block is binary; only ASCII result files can be imported (ask the solver for *NODE FILE and *EL FILE)");
   }
 }
 

@@ -69,8 +69,8 @@ class FrdReader {
   const FrdHeader& header() const { return header_; }
   std::int64_t bytes() const { return lines_.bytes(); }
 
-  // The next complete block; nothing at the end of the file. A damaged line, and a binary block, are an ImportError. A file that
-  // ends inside a block, or without its last line, is cut off: that block is not handed out.
+  // The next complete block; nothing at the end of the file. A damaged line, and a binary block, are an ImportError. A
+  // file that ends inside a block, or without its last line, is cut off: that block is not handed out.
   std::optional<FrdBlock> next();
 
   // After next() has returned nothing: whether the file ended before its last line.

@@ -24,9 +24,9 @@ struct ImportSummary {
   int sets = 0;
 };
 
-// Reads the result file block by block and writes the database, which appears under its name when it is complete. Throws
-// ImportError for what cannot be read and odbstore::StoreError for what cannot be written. A result file that is cut off
-// gives what is complete in it, and a warning.
+// Reads the result file block by block and writes the database, which appears under its name when it is complete.
+// Throws ImportError for what cannot be read and odbstore::StoreError for what cannot be written. A result file that is
+// cut off gives what is complete in it, and a warning.
 ImportSummary importCalculix(const ImportRequest& request, const WarningSink& warn);
 
 }  // namespace importers::calculix

@@ -91,9 +91,10 @@ void Model::addSetsOf(odbstore::SetKind kind, const std::map<std::string, DeckSe
     if (!set.labels.empty() && !known.empty() && !matches) strangers.push_back(set.name);
   }
   if (strangers.empty()) return;
-  warn(fmt::format("{}: warning: no {} of the results is in {}; shells and beams are written as solids with new node "
-                   "labels unless the deck asks for OUTPUT=2D",
-                   deckPath, kind == odbstore::SetKind::node ? "node" : "element", fmt::join(strangers, ", ")));
+  warn(
+      fmt::format("{}: warning: no {} of the results is in {}; shells and beams are written as solids with new node "
+                  "labels unless the deck asks for OUTPUT=2D",
+                  deckPath, kind == odbstore::SetKind::node ? "node" : "element", fmt::join(strangers, ", ")));
 }
 
 void Model::addSets(const std::string& deckPath, const WarningSink& warn) {

@@ -25,8 +25,8 @@ struct ElementGroup {
   std::vector<int> connectivity;  // [elements, nodesPerElement]
 };
 
-// Rows of a nodal block spread over the nodes of the elements of one group: row i of the location is row gather[i] of the
-// block.
+// Rows of a nodal block spread over the nodes of the elements of one group: row i of the location is row gather[i] of
+// the block.
 struct ElementNodalRows {
   odbstore::LocationId location;
   std::vector<int> gather;

@@ -1,0 +1,52 @@
+# What the scripts share: saying what they do, stopping with a reason, installing packages.
+# shellcheck shell=bash
+
+stage="starting"
+stage_begin=$SECONDS
+
+# Announces the next stage, with the time that the last one took.
+say() {
+  if [ "$stage" != "starting" ]; then printf '    (%d s)\n' $((SECONDS - stage_begin)); fi
+  stage="$1"
+  stage_begin=$SECONDS
+  printf '==> %s\n' "$stage"
+}
+
+# Stops with a reason.
+give_up() {
+  printf '%s: stopped while %s: %s\n' "$(basename "$0")" "$stage" "$1" >&2
+  exit 1
+}
+
+trap 'give_up "line $LINENO failed: $BASH_COMMAND"' ERR
+
+# What building takes, what the demo runs, and what the tests want besides.
+build_packages=(g++ cmake ninja-build pkg-config libhdf5-dev libcli11-dev libfmt-dev)
+demo_packages=(calculix-ccx)
+test_packages=(libgtest-dev libgmock-dev python3 python3-h5py python3-numpy hdf5-tools clang-format)
+
+# Installs those of the packages named that are missing.
+install_packages() {
+  local missing=() package
+  for package in "$@"; do
+    if ! dpkg-query -W -f='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed; then
+      missing+=("$package")
+    fi
+  done
+  if [ ${#missing[@]} -eq 0 ]; then return 0; fi
+  printf '    missing: %s\n' "${missing[*]}"
+  if [ "$(id -u)" -ne 0 ]; then give_up "only root can install packages: apt-get install ${missing[*]}"; fi
+  export DEBIAN_FRONTEND=noninteractive
+  apt-get update -qq >"$log_dir/apt.log" 2>&1 || give_up "apt-get update failed: $(tail -n 3 "$log_dir/apt.log")"
+  apt-get install -y -qq --no-install-recommends "${missing[@]}" >>"$log_dir/apt.log" 2>&1 ||
+    give_up "apt-get install failed: $(tail -n 3 "$log_dir/apt.log")"
+}
+
+# Configures and builds a preset.
+build_preset() {
+  cmake --preset "$1" >"$log_dir/configure-$1.log" 2>&1 || { cat "$log_dir/configure-$1.log" >&2; give_up "cmake failed"; }
+  cmake --build --preset "$1" >"$log_dir/build-$1.log" 2>&1 || { tail -n 60 "$log_dir/build-$1.log" >&2; give_up "the build failed"; }
+}
+
+log_dir=build/logs
+mkdir -p "$log_dir"
