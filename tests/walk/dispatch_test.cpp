@@ -19,6 +19,7 @@ class DispatchTest : public WalkTest {
     tensor_.labels = kSixLabels;
     tensor_.invariants = {odb_Enum::maxPrincipal, odb_Enum::tresca, odb_Enum::inv3, odb_Enum::outOfPlanePrincipal};
     tensor_.blocks = {elementBlock(odb_Enum::tensor3dFull, 6, {1, 2, 3, 4, 5, 6}, {7})};
+    tensor_.blocks[0].labels = kSixLabels;
     tensor_.values = {tensorValue(odb_Enum::tensor3dFull, {1, 2, 3, 4, 5, 6}, 7)};
     vector_.name = "U";
     vector_.description = "Spatial displacement";
