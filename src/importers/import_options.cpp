@@ -9,7 +9,13 @@ namespace importers {
 namespace {
 
 constexpr int kUsageError = 2;
-constexpr const char* kResultsEnding = ".frd";
+
+std::string withoutEnding(std::string name) {
+  for (const std::string ending : {".frd", ".inp", "."}) {
+    if (name.size() > ending.size() && name.ends_with(ending)) return name.substr(0, name.size() - ending.size());
+  }
+  return name;
+}
 
 }  // namespace
 
@@ -19,7 +25,10 @@ ImportOptions parseImportOptions(std::vector<std::string> arguments) {
   app.set_version_flag("--version", std::string("kolvex import ") + KOLVEX_VERSION);
   app.add_option("job", options.input, "The result file, job.frd, or the name of the job")->required();
   app.add_option("-o,--output", options.output, "The database to write (default: job.odb beside the results)");
-  app.add_option("--deck", options.deck, "The input deck with the sets (default: job.inp beside the results)");
+  CLI::Option* const deck =
+      app.add_option("--deck", options.deck, "The input deck with the sets (default: job.inp beside the results)");
+  app.add_flag("--no-deck", options.withoutDeck, "Import no sets")->excludes(deck);
+  app.add_flag("--strict", options.isStrict, "Take a result file that is cut off for an error");
   app.add_flag("--compress", options.compress, "Store results packed: a small file that is slower to read");
   app.add_flag("--checksum", options.checksum, "Store a checksum with every frame of results");
   try {
@@ -36,14 +45,8 @@ ImportOptions parseImportOptions(std::vector<std::string> arguments) {
 }
 
 JobFiles jobFiles(const ImportOptions& options) {
-  std::string stem = options.input;
-  const std::string ending = kResultsEnding;
-  if (stem.ends_with(ending)) {
-    stem.erase(stem.size() - ending.size());
-  } else if (stem.ends_with(".")) {
-    stem.pop_back();
-  }
-  return {stem + ending, options.deck.empty() ? stem + ".inp" : options.deck, stem + ".sta",
+  const std::string stem = withoutEnding(options.input);
+  return {stem + ".frd", options.deck.empty() ? stem + ".inp" : options.deck, stem + ".sta",
           options.output.empty() ? stem + ".odb" : options.output};
 }
 

@@ -10,6 +10,8 @@ struct ImportOptions {
   std::string input;   // as given
   std::string output;  // empty: beside the results
   std::string deck;    // empty: beside the results
+  bool withoutDeck = false;
+  bool isStrict = false;
   bool compress = false;
   bool checksum = false;
 
@@ -22,7 +24,7 @@ struct ImportOptions {
 // Reads the arguments, the program's name not among them. Touches no file. Wrong usage has status 2.
 ImportOptions parseImportOptions(std::vector<std::string> arguments);
 
-// The files of a run, by name: "job", "job." and "job.frd" mean the same.
+// The files of a run, by name: "job", "job.", "job.frd" and "job.inp" mean the same.
 struct JobFiles {
   std::string results;
   std::string deck;

@@ -63,6 +63,7 @@ bool LineReader::next(std::string_view& line) {
   if (end != begin && end[-1] == '\r') --end;
   line = std::string_view(begin, static_cast<std::size_t>(end - begin));
   ++lineNumber_;
+  terminated_ = feed != nullptr;
   return true;
 }
 

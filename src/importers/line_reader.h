@@ -22,6 +22,8 @@ class LineReader {
 
   // The number of the line handed out last, from 1.
   std::int64_t lineNumber() const { return lineNumber_; }
+  // Whether that line had an end: only the last one of a file can lack it, where the file is cut off.
+  bool isTerminated() const { return terminated_; }
   const std::string& path() const { return path_; }
   std::int64_t bytes() const { return bytes_; }
 
@@ -40,6 +42,7 @@ class LineReader {
   std::size_t at_ = 0;
   std::size_t end_ = 0;
   std::int64_t lineNumber_ = 0;
+  bool terminated_ = true;
   std::int64_t bytes_ = 0;
 };
 

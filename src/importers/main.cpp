@@ -15,19 +15,44 @@ namespace {
 
 void warn(const std::string& text) { fmt::print(stderr, "{}\n", text); }
 
+// The deck to read: the one asked for, else the one beside the results if there is one.
+std::string findDeck(const importers::ImportOptions& options, const importers::JobFiles& files) {
+  if (options.withoutDeck) return {};
+  if (std::filesystem::exists(files.deck)) return files.deck;
+  if (!options.deck.empty()) throw importers::ImportError(files.deck, 0, "the deck does not exist");
+  warn(fmt::format("{}: warning: there is no deck {}, so no sets are imported", files.results, files.deck));
+  return {};
+}
+
+// The database takes the place of a file of its name; that must not be one of those that are read.
+void checkOutput(const importers::JobFiles& files) {
+  for (const std::string& input : {files.results, files.deck, files.status}) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(input, files.output, ignored)) {
+      throw importers::ImportError(files.output, 0, "the database would replace what it is made of");
+    }
+  }
+}
+
+void printSummary(const importers::JobFiles& files, const importers::calculix::ImportSummary& summary, double seconds) {
+  fmt::print("{}: {} steps, {} frames, {} fields, {} sets; {} bytes from {}, {:.2f} s\n", files.output, summary.steps,
+             summary.frames, summary.fields, summary.sets, std::filesystem::file_size(files.output), summary.bytesRead,
+             seconds);
+  if (!summary.cutOffBehind.empty()) {
+    fmt::print("incomplete: the results end behind {}\n", summary.cutOffBehind);
+  }
+}
+
 void run(const importers::ImportOptions& options) {
   const auto begin = std::chrono::steady_clock::now();
-  importers::JobFiles files = importers::jobFiles(options);
-  if (!std::filesystem::exists(files.deck)) {
-    if (!options.deck.empty()) throw importers::ImportError(files.deck, 0, "the deck does not exist");
-    warn(files.results + ": warning: there is no deck " + files.deck + ", so no sets are imported");
-    files.deck.clear();
-  }
-  const importers::calculix::ImportSummary summary = importers::calculix::importCalculix(
-      {files.results, files.deck, files.status, files.output, {options.compress, options.checksum}}, warn);
+  const importers::JobFiles files = importers::jobFiles(options);
+  checkOutput(files);
+  const importers::calculix::ImportRequest request = {
+      files.results,   findDeck(options, files), files.status, files.output, {options.compress, options.checksum},
+      options.isStrict};
+  const importers::calculix::ImportSummary summary = importers::calculix::importCalculix(request, warn);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-  fmt::print("{}: {} steps, {} frames, {} fields, {} sets, {} bytes, {:.2f} s\n", files.output, summary.steps,
-             summary.frames, summary.fields, summary.sets, std::filesystem::file_size(files.output), seconds.count());
+  printSummary(files, summary, seconds.count());
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace importers::calculix {
 
 // A line such as `*NSET, NSET=Top face, GENERATE`.
 struct Keyword {
-  std::string name;                               // in capitals, without the star
+  std::string name;                               // in capitals, without star and blanks
   std::map<std::string, std::string> parameters;  // by name in capitals; values as spelled, without quotes
 
   bool has(const std::string& parameter) const { return parameters.contains(parameter); }

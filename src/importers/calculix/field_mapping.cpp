@@ -4,6 +4,7 @@
 #include <array>
 #include <numeric>
 #include <optional>
+#include <set>
 #include <string_view>
 
 namespace importers::calculix {
@@ -13,7 +14,13 @@ namespace {
 constexpr int kScalar = 2;
 constexpr int kVector = 3;
 constexpr int kFullTensor = 5;
+constexpr std::size_t kVectorComponents = 3;
 constexpr std::size_t kTensorComponents = 6;
+
+// Codes of the invariants that make sense for a field.
+const std::vector<int> kMagnitude = {8};
+const std::vector<int> kPrincipals = {1, 2, 3, 9, 10, 11};
+const std::vector<int> kAllOfTensor = {1, 2, 3, 4, 5, 6, 7, 9, 10, 11};
 
 struct KnownBlock {
   std::string_view block;
@@ -24,7 +31,7 @@ struct KnownBlock {
 constexpr std::array kKnownBlocks = {
     KnownBlock{"DISP", "U", "Spatial displacement"},
     KnownBlock{"VELO", "V", "Spatial velocity"},
-    KnownBlock{"FORC", "RF", "Total force, loads included"},
+    KnownBlock{"FORC", "RF", "Total external force, loads included"},
     KnownBlock{"NDTEMP", "NT", "Nodal temperature"},
     KnownBlock{"STRESS", "S", "Stress components"},
     KnownBlock{"TOSTRAIN", "E", "Total strain components"},
@@ -33,8 +40,8 @@ constexpr std::array kKnownBlocks = {
     KnownBlock{"PE", "PEEQ", "Equivalent plastic strain"},
     KnownBlock{"ENER", "ENER", "Internal energy density"},
     KnownBlock{"FLUX", "HFL", "Heat flux vector"},
-    KnownBlock{"RFL", "RFL", "Total heat flux of a node"},
-    KnownBlock{"ERROR", "S_ERROR", "Estimated relative error, percent"},
+    KnownBlock{"RFL", "RFL", "External concentrated heat source"},
+    KnownBlock{"ERROR", "S_ERROR", "Estimated relative error of the stress, percent"},
 };
 
 constexpr std::string_view kImaginaryEnding = "_IM";
@@ -45,55 +52,103 @@ struct BlockName {
   std::string description;
 };
 
+const KnownBlock* findKnown(std::string_view block) {
+  const auto found = std::find_if(kKnownBlocks.begin(), kKnownBlocks.end(),
+                                  [&](const KnownBlock& known) { return known.block == block; });
+  return found != kKnownBlocks.end() ? &*found : nullptr;
+}
+
 BlockName nameOf(const std::string& block) {
-  const auto known = [](std::string_view name) {
-    return std::find_if(kKnownBlocks.begin(), kKnownBlocks.end(), [&](const KnownBlock& k) { return k.block == name; });
-  };
-  if (const auto found = known(block); found != kKnownBlocks.end()) {
-    return {std::string(found->field), std::string(found->description)};
+  if (const KnownBlock* const known = findKnown(block)) {
+    return {std::string(known->field), std::string(known->description)};
   }
-  if (!block.empty() && block.back() == 'I') {
-    if (const auto found = known(std::string_view(block).substr(0, block.size() - 1)); found != kKnownBlocks.end()) {
-      return {std::string(found->field).append(kImaginaryEnding),
-              std::string(found->description).append(kImaginaryDescription)};
+  if (block.ends_with('I')) {
+    if (const KnownBlock* const known = findKnown(std::string_view(block).substr(0, block.size() - 1))) {
+      return {std::string(known->field).append(kImaginaryEnding),
+              std::string(known->description).append(kImaginaryDescription)};
     }
   }
   return {block, "Result block " + block};
 }
 
-// The file has 11, 22, 33, 12, 23, 13.
-MappedField tensorField(const BlockName& name) {
-  // All nine, and the equivalent value.
-  const std::vector<int> invariants = {1, 2, 3, 4, 5, 6, 7, 9, 10, 11};
-  return {name.field,
-          {name.description, kFullTensor, odbstore::defaultTensorLabels(kFullTensor), invariants, false},
-          {0, 1, 2, 3, 5, 4}};
+MappedField scalarField(const std::string& name, const std::string& description, std::size_t column) {
+  return {name, {description, kScalar, {}, {}, false}, {static_cast<int>(column)}};
 }
 
+// Three columns that follow each other.
 MappedField vectorField(const std::string& name, const std::string& description, std::vector<std::string> labels,
                         int firstColumn) {
   std::vector<int> columns(labels.size());
   std::iota(columns.begin(), columns.end(), firstColumn);
-  const int magnitude = 8;
-  return {name, {description, kVector, std::move(labels), {magnitude}, false}, std::move(columns)};
+  return {name, {description, kVector, std::move(labels), kMagnitude, false}, std::move(columns)};
 }
 
-MappedField scalarField(const std::string& name, const std::string& description, int column) {
-  return {name, {description, kScalar, {}, {}, false}, {column}};
+// Whether the components from the first on share a stem and end in these, one each.
+bool haveEndings(const FrdResult& result, std::initializer_list<std::string_view> endings) {
+  if (result.components.size() < endings.size()) return false;
+  std::string_view stem;
+  std::size_t place = 0;
+  for (const std::string_view ending : endings) {
+    const std::string_view name = result.components[place].name;
+    if (!name.ends_with(ending)) return false;
+    const std::string_view start = name.substr(0, name.size() - ending.size());
+    if (place++ == 0) stem = start;
+    if (start != stem) return false;
+  }
+  return true;
+}
+
+// State variables, and magnitudes with phases, are numbered too, but not declared to be vectors.
+bool startsWithVector(const FrdResult& result) {
+  return haveEndings(result, {"1", "2", "3"}) &&
+         std::all_of(result.components.begin(), result.components.begin() + kVectorComponents,
+                     [](const FrdComponent& c) { return c.kind == static_cast<int>(ComponentKind::vector); });
+}
+
+bool isTensor(const FrdResult& result) {
+  return result.components.size() == kTensorComponents && haveEndings(result, {"XX", "YY", "ZZ", "XY", "YZ", "ZX"});
+}
+
+MappedField tensorField(const FrdResult& result, const BlockName& name) {
+  const bool isStress = result.name.starts_with("STRESS");
+  // The file has 13 last, the database 23.
+  return {name.field,
+          {name.description, kFullTensor, odbstore::defaultTensorLabels(kFullTensor),
+           isStress ? kAllOfTensor : kPrincipals, false},
+          {0, 1, 2, 3, 5, 4}};
 }
 
 // Opening and slips, pressure and shears of a contact: two triples with names of their own.
 std::optional<std::vector<MappedField>> mapContact(const FrdResult& result) {
-  if (result.name != "CONTACT" || result.components.size() != 6) return std::nullopt;
-  std::vector<std::string> labels;
-  for (const FrdComponent& component : result.components) labels.push_back(component.name);
-  return std::vector<MappedField>{vectorField("CDIS", "Contact displacement", {labels.begin(), labels.begin() + 3}, 0),
-                                  vectorField("CSTR", "Contact Stress", {labels.begin() + 3, labels.end()}, 3)};
+  constexpr std::array<std::string_view, 6> expected = {"COPEN", "CSLIP1", "CSLIP2", "CPRESS", "CSHEAR1", "CSHEAR2"};
+  const bool isContact =
+      result.name == "CONTACT" &&
+      std::equal(result.components.begin(), result.components.end(), expected.begin(), expected.end(),
+                 [](const FrdComponent& c, std::string_view name) { return c.name == name; });
+  if (!isContact) return std::nullopt;
+  return std::vector<MappedField>{
+      vectorField("CDIS", "Contact opening and slips", {expected.begin(), expected.begin() + 3}, 0),
+      vectorField("CSTR", "Contact pressure and shears", {expected.begin() + 3, expected.end()}, 3)};
 }
 
-bool allAre(const FrdResult& result, ComponentKind kind) {
-  return std::all_of(result.components.begin(), result.components.end(),
-                     [&](const FrdComponent& c) { return c.kind == static_cast<int>(kind); });
+// One scalar per component from `first` on.
+void addScalars(const FrdResult& result, const BlockName& name, std::size_t first, std::vector<MappedField>& fields) {
+  for (std::size_t c = first; c < result.components.size(); ++c) {
+    const std::string& component = result.components[c].name;
+    // State variables carry the name of their block already.
+    const bool isNamed = component.starts_with(result.name) && component != result.name;
+    fields.push_back(scalarField(isNamed ? component : result.name + "_" + component,
+                                 name.description + ", component " + component, c));
+  }
+}
+
+// Numbers those that share a name.
+void makeUnique(std::vector<MappedField>& fields) {
+  std::set<std::string> names;
+  for (MappedField& field : fields) {
+    const std::string name = field.name;
+    for (int number = 2; !names.insert(field.name).second; ++number) field.name = name + "_" + std::to_string(number);
+  }
 }
 
 }  // namespace
@@ -101,20 +156,13 @@ bool allAre(const FrdResult& result, ComponentKind kind) {
 std::vector<MappedField> mapResult(const FrdResult& result) {
   if (auto contact = mapContact(result)) return *contact;
   const BlockName name = nameOf(result.name);
-  if (result.components.size() == kTensorComponents && allAre(result, ComponentKind::matrix))
-    return {tensorField(name)};
-  if (result.components.size() == 3 && allAre(result, ComponentKind::vector)) {
-    return {vectorField(name.field, name.description, {"1", "2", "3"}, 0)};
-  }
   if (result.components.size() == 1) return {scalarField(name.field, name.description, 0)};
+  if (isTensor(result)) return {tensorField(result, name)};
   std::vector<MappedField> fields;
-  for (std::size_t c = 0; c < result.components.size(); ++c) {
-    const std::string& component = result.components[c].name;
-    // State variables carry the name of their block already.
-    const bool isNamed = component.starts_with(result.name);
-    fields.push_back(scalarField(isNamed ? component : name.field + "_" + component,
-                                 name.description + ", component " + component, static_cast<int>(c)));
-  }
+  const bool hasVector = startsWithVector(result);
+  if (hasVector) fields.push_back(vectorField(name.field, name.description, {"1", "2", "3"}, 0));
+  addScalars(result, name, hasVector ? kVectorComponents : 0, fields);
+  makeUnique(fields);
   return fields;
 }
 

@@ -18,9 +18,10 @@ struct MappedField {
   bool isTensor() const { return odbstore::isTensorType(info.type); }
 };
 
-// Known blocks under the names that users of field outputs know, all others under their own: vectors and tensors by
-// what the file says of their components, all else one scalar per component, "<block>_<component>" ("<block>" when
-// there is one component). Imaginary parts end in "_IM".
+// Known blocks under the names that users of field outputs know, all others under their own. What a block holds is told
+// by its components: six named ..XX, ..YY, ..ZZ, ..XY, ..YZ, ..ZX are a tensor; three named ..1, ..2, ..3 that the file
+// declares as a vector are one, and more may follow. All else becomes one scalar per component, "<block>_<component>",
+// or "<block>" when there is one component. Imaginary parts end in "_IM". No two fields of a block have the same name.
 std::vector<MappedField> mapResult(const FrdResult& result);
 
 }  // namespace importers::calculix

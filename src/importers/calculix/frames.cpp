@@ -5,13 +5,17 @@
 #include <algorithm>
 #include <cmath>
 
+#include "importers/text_fields.h"
+
 namespace importers::calculix {
 
 namespace {
 
-// How much a frequency or buckling step adds to the total time, unless its deck says otherwise.
-constexpr double kUsualPeriod = 1.0;
+// Total times come with up to ten digits, those of the status file with six.
+constexpr int kDigitsOfTime = 10;
+constexpr double kStatusPrecision = 1e-5;
 
+// All frames of steady-state dynamics have the increment 0, which no increment in time has.
 bool isSteadyStateDynamics(const FrdResult& block) { return block.kind == AnalysisKind::time && block.increment == 0; }
 
 bool advancesInTime(const FrdResult& block) {
@@ -23,17 +27,30 @@ std::string timeText(double time) {
   return time == 0.0 || std::abs(time) >= 1e-3 ? fmt::format("{:.4f}", time) : fmt::format("{:.5g}", time);
 }
 
+// What is left of `total` behind `start`, without the digits that the subtraction makes up.
+double difference(double total, double start) {
+  if (total == 0.0 || !std::isfinite(total)) return total - start;
+  const int decimals = kDigitsOfTime - 1 - static_cast<int>(std::floor(std::log10(std::abs(total))));
+  return numberFrom(fmt::format("{:.{}f}", total - start, std::max(decimals, 0))).value_or(total - start);
+}
+
+bool agree(double time, double status) { return std::abs(time - status) <= kStatusPrecision * std::abs(status); }
+
 }  // namespace
 
 double Frames::startOf(int step) const {
   const auto first = times_.lower_bound({step, 0});
-  if (first != times_.end() && first->first.first == step) return first->second.total - first->second.step;
+  if (first != times_.end() && first->first.first == step) {
+    const IncrementTime& time = first->second.front();
+    return difference(time.total, time.step);
+  }
+  // Modes, buckling factors and steady-state dynamics take no time.
   double start = 0.0;
   for (const auto& [number, known] : steps_) {
     if (number < step) start = std::max(start, known.end);
   }
-  for (const auto& [place, time] : times_) {
-    if (place.first < step) start = std::max(start, time.total);
+  for (const auto& [place, times] : times_) {
+    if (place.first < step) start = std::max(start, times.back().total);
   }
   return start;
 }
@@ -47,27 +64,44 @@ Frames::Step& Frames::stepOf(const FrdResult& block) {
   if (block.step > 0 && place < stepTitles_.size()) info.description = stepTitles_[place];
   step.id = writer_.addStep(fmt::format("Step-{}", block.step), info);
   step.start = startOf(block.step);
-  step.end = step.start + kUsualPeriod;
+  step.end = step.start;
   return step;
 }
 
+double Frames::timeInStep(const FrdResult& block, Step& step) {
+  const auto known = times_.find({block.step, block.increment});
+  if (known == times_.end()) return difference(block.value, step.start);
+  const auto status = std::find_if(known->second.begin(), known->second.end(),
+                                   [&](const IncrementTime& time) { return agree(block.value, time.total); });
+  if (status == known->second.end()) {
+    warn_(statusPath_ + ": warning: its times are not those of the results, and are not used");
+    times_.clear();
+    step.start = startOf(block.step);
+    return difference(block.value, step.start);
+  }
+  // Where both say the same, the total times do it with more digits.
+  const double time = difference(block.value, step.start);
+  return agree(time, status->step) ? time : status->step;
+}
+
 odbstore::FrameInfo Frames::describe(const FrdResult& block, Step& step) {
-  ++step.frames;
   if (advancesInTime(block)) {
-    step.end = step.frames == 1 ? block.value : std::max(step.end, block.value);
-    const auto known = times_.find({block.step, block.increment});
-    const double time = known != times_.end() ? known->second.step : block.value - step.start;
+    step.end = std::max(step.end, block.value);
+    const double time = timeInStep(block, step);
     return {block.increment, time, fmt::format("Increment {}: Step Time = {}", block.increment, timeText(time))};
   }
-  const char* const what = block.kind == AnalysisKind::buckling ? "Mode {}: Buckling factor = {:.5g}"
-                           : block.kind == AnalysisKind::modal  ? "Mode {}: Frequency = {:.5g}"
-                                                                : "Increment {}: Frequency = {:.5g}";
-  // The first frame of a buckling step is the state that it starts from.
-  if (block.kind == AnalysisKind::buckling && step.frames == 1 && block.value == 0.0) {
-    step.frames = 0;
-    return {0, 0.0, "Base state"};
+  if (block.kind == AnalysisKind::buckling && step.frames == 0 && block.value == 0.0) return {0, 0.0, "Base State"};
+  const int number = ++step.frames;
+  std::string description;
+  if (block.kind == AnalysisKind::buckling) {
+    description = fmt::format("Mode {}: Buckling Factor = {:.5g}", number, block.value);
+  } else if (block.kind == AnalysisKind::modal) {
+    description = fmt::format("Mode {}: Frequency = {:.5g}", number, block.value);
+  } else {
+    description = fmt::format("Increment {}: Frequency = {:.5g}", number, block.value);
   }
-  return {step.frames, block.value, fmt::format(fmt::runtime(what), step.frames, block.value)};
+  if (block.nodalDiameter) description += fmt::format(", Nodal Diameter = {}", *block.nodalDiameter);
+  return {number, block.value, description};
 }
 
 odbstore::FrameId Frames::frameOf(const FrdResult& block, const std::vector<std::string>& fields) {

@@ -9,17 +9,26 @@
 
 #include "importers/calculix/frd_reader.h"
 #include "importers/calculix/step_times.h"
+#include "importers/diagnostics.h"
 #include "odbstore/writer.h"
 
 namespace importers::calculix {
 
 // Blocks with the same step and frame counter make one frame. Frames of modes, buckling factors and steady-state
-// dynamics are numbered from 1 in their step, because the solver gives all of them the same increment; all others keep
-// their increment. The value of a frame is the time in its step, the frequency or the buckling factor.
+// dynamics are numbered from 1 in their step, because the solver gives all of them the same increment; the state that a
+// buckling step starts from has 0; all others keep their increment. The value of a frame is the time in its step, the
+// frequency or the buckling factor.
 class Frames {
  public:
-  Frames(StepTimes times, std::vector<std::string> stepTitles, odbstore::Writer& writer)
-      : times_(std::move(times)), stepTitles_(std::move(stepTitles)), writer_(writer) {}
+  // `statusPath` names the status file, which need not exist. One that contradicts the results is passed over with a
+  // warning.
+  Frames(const std::string& statusPath, std::vector<std::string> stepTitles, odbstore::Writer& writer,
+         const WarningSink& warn)
+      : statusPath_(statusPath),
+        times_(readStepTimes(statusPath)),
+        stepTitles_(std::move(stepTitles)),
+        writer_(writer),
+        warn_(warn) {}
 
   // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is
   // another one than the block's.
@@ -27,7 +36,7 @@ class Frames {
 
   int stepCount() const { return static_cast<int>(steps_.size()); }
   int frameCount() const { return frameCount_; }
-  // "step 2, time 0.5": the last frame begun.
+  // "step 2, time 0.5": the last frame begun, with its total time.
   const std::string& lastPlace() const { return lastPlace_; }
 
  private:
@@ -35,7 +44,7 @@ class Frames {
     odbstore::StepId id;
     double start = 0.0;  // total time
     double end = 0.0;
-    int frames = 0;
+    int frames = 0;  // those that are numbered
   };
   struct Frame {
     odbstore::FrameId id;
@@ -44,11 +53,14 @@ class Frames {
 
   Step& stepOf(const FrdResult& block);
   double startOf(int step) const;
+  double timeInStep(const FrdResult& block, Step& step);
   odbstore::FrameInfo describe(const FrdResult& block, Step& step);
 
+  std::string statusPath_;
   StepTimes times_;
   std::vector<std::string> stepTitles_;
   odbstore::Writer& writer_;
+  const WarningSink& warn_;
   std::map<int, Step> steps_;
   std::map<std::pair<int, int>, Frame> frames_;  // by step and frame counter
   int frameCount_ = 0;

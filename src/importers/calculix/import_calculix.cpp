@@ -14,18 +14,17 @@ namespace importers::calculix {
 
 namespace {
 
-// The chosen columns of the chosen rows of a block.
-std::vector<float> gather(const FrdResult& block, const std::vector<int>& columns, const std::vector<int>* rows) {
+// The chosen columns of row after row of a block; `row(i)` is the i-th row to take.
+template <class Row>
+void gather(const FrdResult& block, const std::vector<int>& columns, std::size_t count, Row&& row,
+            std::vector<float>& out) {
   const std::size_t width = block.components.size();
-  const std::size_t count = rows != nullptr ? rows->size() : block.labels.size();
-  std::vector<float> out;
-  out.reserve(count * columns.size());
+  out.resize(count * columns.size());
+  float* to = out.data();
   for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t row = rows != nullptr ? static_cast<std::size_t>((*rows)[i]) : i;
-    const float* const from = block.values.data() + row * width;
-    for (const int column : columns) out.push_back(from[column]);
+    const float* const from = block.values.data() + row(i) * width;
+    for (const int column : columns) *to++ = from[column];
   }
-  return out;
 }
 
 class Import {
@@ -36,8 +35,8 @@ class Import {
         reader_(request.results),
         deck_(request.deck.empty() ? Deck{} : readDeck(request.deck, warn)),
         writer_(request.output, request.storage),
-        model_(deck_, writer_),
-        frames_(readStepTimes(request.status), deck_.stepTitles, writer_) {}
+        model_(deck_, request.results, writer_),
+        frames_(request.status, deck_.stepTitles, writer_, warn) {}
 
   ImportSummary run() {
     writer_.setTitle(deck_.heading.empty() ? reader_.header().title : deck_.heading);
@@ -48,42 +47,35 @@ class Import {
     while (const std::optional<FrdBlock> block = reader_.next()) {
       std::visit([this](const auto& content) { take(content); }, *block);
     }
-    if (!request_.deck.empty()) model_.addSets(request_.deck, warn_);
-    tellOfTheEnd();
+    checkEnd();
+    if (!request_.deck.empty()) model_.addSets(warn_);
     writer_.finish();
-    return {frames_.stepCount(), frames_.frameCount(), static_cast<int>(fields_.size()), model_.setCount()};
+    return {frames_.stepCount(), frames_.frameCount(), static_cast<int>(fields_.size()),
+            model_.setCount(),   reader_.bytes(),      reader_.isCutOff() ? endOfResults() : ""};
   }
 
  private:
   void take(const FrdNodes& nodes) {
-    if (model_.hasNodes()) {
-      warnOfResults("a second block of nodes is passed over");
-    } else {
-      model_.addNodes(nodes);
-    }
+    if (model_.hasNodes()) fail(nodes.line, "a second model in one file cannot be imported");
+    model_.addNodes(nodes);
   }
 
   void take(const FrdElements& elements) {
-    if (model_.hasElements()) {
-      warnOfResults("a second block of elements is passed over");
-    } else {
-      model_.addElements(elements);
-    }
+    if (model_.hasElements()) fail(elements.line, "a second model in one file cannot be imported");
+    model_.addElements(elements);
   }
 
   void take(const FrdResult& block) {
+    if (!model_.hasNodes()) fail(block.line, "results come before the nodes that they belong to");
     if (block.labels.empty()) {
-      if (empty_.insert(block.name).second) {
-        warn_(fmt::format("{}: warning: {} has no rows and is left out", placeIn(request_.results, block.line),
-                          block.name));
-      }
+      warnOnce(block, "has no rows and is left out");
       return;
     }
     const std::vector<MappedField> fields = mapResult(block);
     std::vector<std::string> names;
     for (const MappedField& field : fields) names.push_back(field.name);
     const odbstore::FrameId frame = frames_.frameOf(block, names);
-    RowPlaces& places = model_.placesOf(block.labels);
+    RowPlaces& places = model_.placesOf(block);
     for (const MappedField& field : fields) addField(block, field, frame, places);
   }
 
@@ -91,25 +83,50 @@ class Import {
     fields_.insert(field.name);
     const odbstore::FieldId id = writer_.addField(frame, field.name, field.info);
     if (!field.isTensor()) {
-      writer_.addBlock(id, places.nodal(), std::span<const float>(gather(block, field.columns, nullptr)));
+      gather(
+          block, field.columns, block.labels.size(), [](std::size_t i) { return i; }, rows_);
+      writer_.addBlock(id, places.nodal(), std::span<const float>(rows_));
       return;
     }
-    for (const ElementNodalRows& rows : places.elementNodal()) {
-      writer_.addBlock(id, rows.location, std::span<const float>(gather(block, field.columns, &rows.gather)));
+    for (const ElementNodalRows& group : places.elementNodal()) {
+      const auto row = [&](std::size_t i) { return static_cast<std::size_t>(group.gather[i]); };
+      gather(block, field.columns, group.gather.size(), row, rows_);
+      writer_.addBlock(id, group.location, std::span<const float>(rows_));
+    }
+    if (places.looseRows() > 0) {
+      warnOnce(block, fmt::format("has tensors at {} nodes that belong to no element, and they are left out",
+                                  places.looseRows()));
     }
   }
 
-  void tellOfTheEnd() {
+  std::string endOfResults() const { return frames_.frameCount() > 0 ? frames_.lastPlace() : "the model"; }
+
+  void checkEnd() {
+    if (!model_.hasNodes()) {
+      fail(reader_.lineNumber(),
+           reader_.isCutOff() ? "the file ends before its model is complete" : "there is no model");
+    }
     if (reader_.isCutOff()) {
-      warnOfResults(frames_.frameCount() > 0
-                        ? "the file is cut off; complete results were imported up to " + frames_.lastPlace()
-                        : std::string("the file is cut off before its first complete result"));
+      const std::string text = "the file is cut off here; what is complete in it ends behind " + endOfResults();
+      if (request_.isStrict) fail(reader_.lineNumber(), text);
+      warnAt(reader_.lineNumber(), text);
     } else if (frames_.frameCount() == 0) {
-      warnOfResults("the file holds no results");
+      warnAt(0, "the file holds no results");
     }
   }
 
-  void warnOfResults(const std::string& text) { warn_(fmt::format("{}: warning: {}", request_.results, text)); }
+  [[noreturn]] void fail(std::int64_t line, const std::string& reason) const {
+    throw ImportError(request_.results, line, reason);
+  }
+
+  void warnAt(std::int64_t line, const std::string& text) const {
+    warn_(fmt::format("{}: warning: {}", placeIn(request_.results, line), text));
+  }
+
+  // What is true of a field in one frame often is in all of them.
+  void warnOnce(const FrdResult& block, const std::string& text) {
+    if (warnedOf_.insert(block.name).second) warnAt(block.line, block.name + " " + text);
+  }
 
   const ImportRequest& request_;
   const WarningSink& warn_;
@@ -118,8 +135,9 @@ class Import {
   odbstore::Writer writer_;
   Model model_;
   Frames frames_;
+  std::vector<float> rows_;  // of the block being written
   std::set<std::string> fields_;
-  std::set<std::string> empty_;  // names of blocks without rows
+  std::set<std::string> warnedOf_;  // names of blocks
 };
 
 }  // namespace

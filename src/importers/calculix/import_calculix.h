@@ -15,6 +15,7 @@ struct ImportRequest {
   std::string status;   // the .sta file, which need not exist
   std::string output;   // the database to write
   odbstore::WriterOptions storage;
+  bool isStrict = false;  // whether a result file that is cut off is an error
 };
 
 struct ImportSummary {
@@ -22,11 +23,14 @@ struct ImportSummary {
   int frames = 0;
   int fields = 0;  // different names
   int sets = 0;
+  std::int64_t bytesRead = 0;  // of the result file
+  // Where the results end that were imported of a file that is cut off, "step 2, time 0.5"; empty for a whole one.
+  std::string cutOffBehind;
 };
 
 // Reads the result file block by block and writes the database, which appears under its name when it is complete.
 // Throws ImportError for what cannot be read and odbstore::StoreError for what cannot be written. A result file that is
-// cut off gives what is complete in it, and a warning.
+// cut off behind its model gives what is complete in it, and a warning.
 ImportSummary importCalculix(const ImportRequest& request, const WarningSink& warn);
 
 }  // namespace importers::calculix

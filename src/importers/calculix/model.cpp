@@ -6,6 +6,7 @@
 #include <map>
 
 #include "importers/calculix/deck_keyword.h"
+#include "importers/calculix/element_codes.h"
 
 namespace importers::calculix {
 
@@ -13,17 +14,6 @@ namespace {
 
 // Results come for all nodes or for a few sets again and again; more different ones are seldom in use at once.
 constexpr std::size_t kKeptPlaces = 8;
-
-// The deck's name for the type of an element, where it has one and the solver has not turned the element into another
-// (shells and beams are written as solids).
-std::string typeName(const Deck& deck, int label, int code, int nodesPerElement) {
-  const auto found = deck.typeOfElement.find(label);
-  if (found != deck.typeOfElement.end()) {
-    const std::string& type = deck.elementTypes[static_cast<std::size_t>(found->second)];
-    if (nodesOfElementType(type) == nodesPerElement) return type;
-  }
-  return elementTypeName(code);
-}
 
 }  // namespace
 
@@ -33,80 +23,122 @@ odbstore::LocationId RowPlaces::nodal() {
 }
 
 const std::vector<ElementNodalRows>& RowPlaces::elementNodal() {
-  if (elementNodal_) return *elementNodal_;
-  std::unordered_map<int, int> rowOfNode;
-  rowOfNode.reserve(labels_.size());
-  for (std::size_t row = 0; row < labels_.size(); ++row) rowOfNode.emplace(labels_[row], static_cast<int>(row));
+  if (!elementNodal_) findElementNodal();
+  return *elementNodal_;
+}
+
+void RowPlaces::findElementNodal() {
   elementNodal_.emplace();
+  const LabelIndex rowOfNode(labels_);
+  std::vector<char> isUsed(labels_.size(), 0);
   for (const ElementGroup& group : groups_) {
     odbstore::LocationLabels labels;
     ElementNodalRows rows;
     for (std::size_t i = 0; i < group.connectivity.size(); ++i) {
-      const auto row = rowOfNode.find(group.connectivity[i]);
-      if (row == rowOfNode.end()) continue;
+      const int row = rowOfNode.placeOf(group.connectivity[i]);
+      if (row < 0) continue;
+      isUsed[static_cast<std::size_t>(row)] = 1;
       labels.nodes.push_back(group.connectivity[i]);
       labels.elements.push_back(group.labels[i / static_cast<std::size_t>(group.nodesPerElement)]);
-      rows.gather.push_back(row->second);
+      rows.gather.push_back(row);
     }
     if (rows.gather.empty()) continue;
     rows.location = writer_.addLocation({kInstance, odbstore::Position::elementNodal, group.type, 0, ""}, labels);
     elementNodal_->push_back(std::move(rows));
   }
-  return *elementNodal_;
+  looseRows_ = static_cast<std::size_t>(std::count(isUsed.begin(), isUsed.end(), 0));
 }
 
+Model::Model(const Deck& deck, const std::string& resultsPath, odbstore::Writer& writer)
+    : deck_(deck), resultsPath_(resultsPath), writer_(writer), deckElements_(deck.elementLabels) {}
+
 void Model::addNodes(const FrdNodes& nodes) {
+  nodes_ = LabelIndex(nodes.labels);
+  if (const auto twice = nodes_.repeated()) {
+    throw ImportError(resultsPath_, nodes.line, fmt::format("the node {} is there twice", *twice));
+  }
   writer_.addNodes(kInstance, nodes.labels, nodes.coordinates);
-  nodes_.insert(nodes.labels.begin(), nodes.labels.end());
+}
+
+// The group by the deck's name for the type of an element, where it has one and the solver has not turned the element
+// into another (shells and beams are written as solids).
+ElementGroup& Model::groupOf(const FrdElementGroup& source, int label) {
+  std::string type = elementCode(source.code).name;
+  if (const int place = deckElements_.placeOf(label); place >= 0) {
+    const int ofDeck = deck_.typeOfElement[static_cast<std::size_t>(place)];
+    const std::string& name = deck_.elementTypes[static_cast<std::size_t>(ofDeck)];
+    if (nodesOfElementType(name) == source.nodesPerElement) type = name;
+  }
+  const auto known =
+      std::find_if(groups_.rbegin(), groups_.rend(), [&](const ElementGroup& group) { return group.type == type; });
+  if (known != groups_.rend()) return *known;
+  groups_.push_back({type, source.nodesPerElement, {}, {}});
+  return groups_.back();
+}
+
+void Model::addGroup(const FrdElementGroup& source, std::int64_t line) {
+  const auto width = static_cast<std::size_t>(source.nodesPerElement);
+  for (std::size_t i = 0; i < source.labels.size(); ++i) {
+    ElementGroup& group = groupOf(source, source.labels[i]);
+    group.labels.push_back(source.labels[i]);
+    for (std::size_t k = i * width; k < (i + 1) * width; ++k) {
+      const int node = source.connectivity[k];
+      if (!nodes_.contains(node)) {
+        throw ImportError(resultsPath_, line,
+                          fmt::format("the element {} has the node {}, which is not there", source.labels[i], node));
+      }
+      group.connectivity.push_back(node);
+    }
+  }
 }
 
 void Model::addElements(const FrdElements& elements) {
-  std::map<std::string, std::size_t> groupOfType;
-  for (const FrdElementGroup& source : elements.groups) {
-    const auto width = static_cast<std::size_t>(source.nodesPerElement);
-    for (std::size_t i = 0; i < source.labels.size(); ++i) {
-      const std::string type = typeName(deck_, source.labels[i], source.code, source.nodesPerElement);
-      const auto [known, isNew] = groupOfType.emplace(type, groups_.size());
-      if (isNew) groups_.push_back({type, source.nodesPerElement, {}, {}});
-      ElementGroup& group = groups_[known->second];
-      group.labels.push_back(source.labels[i]);
-      const auto first = source.connectivity.begin() + static_cast<std::ptrdiff_t>(i * width);
-      group.connectivity.insert(group.connectivity.end(), first, first + source.nodesPerElement);
-      elements_.insert(source.labels[i]);
-    }
-  }
+  for (const FrdElementGroup& source : elements.groups) addGroup(source, elements.line);
+  std::vector<int> all;
   for (const ElementGroup& group : groups_) {
     writer_.addElements(kInstance, group.type, group.labels, group.connectivity);
+    all.insert(all.end(), group.labels.begin(), group.labels.end());
+  }
+  elements_ = LabelIndex(all);
+  if (const auto twice = elements_.repeated()) {
+    throw ImportError(resultsPath_, elements.line, fmt::format("the element {} is there twice", *twice));
   }
 }
 
-void Model::addSetsOf(odbstore::SetKind kind, const std::map<std::string, DeckSet>& sets,
-                      const std::unordered_set<int>& known, const std::string& deckPath, const WarningSink& warn) {
+void Model::addSetsOf(odbstore::SetKind kind, const WarningSink& warn) {
+  const bool isOfNodes = kind == odbstore::SetKind::node;
+  const LabelIndex& known = isOfNodes ? nodes_ : elements_;
   std::vector<std::string> strangers;
-  for (const auto& [canonical, set] : sets) {
+  std::string firstPlace;
+  for (const auto& [canonical, set] : isOfNodes ? deck_.nodeSets : deck_.elementSets) {
     std::vector<odbstore::SetMembers> members;
     if (!set.labels.empty()) members.push_back({kInstance, set.labels});
     writer_.addSet({}, kind, set.name, members);
-    const bool matches = std::any_of(set.labels.begin(), set.labels.end(), [&](int l) { return known.contains(l); });
-    if (!set.labels.empty() && !known.empty() && !matches) strangers.push_back(set.name);
+    if (std::any_of(set.labels.begin(), set.labels.end(), [&](int label) { return known.contains(label); })) continue;
+    if (strangers.empty()) firstPlace = set.place;
+    strangers.push_back(set.name);
   }
   if (strangers.empty()) return;
-  warn(
-      fmt::format("{}: warning: no {} of the results is in {}; shells and beams are written as solids with new node "
-                  "labels unless the deck asks for OUTPUT=2D",
-                  deckPath, kind == odbstore::SetKind::node ? "node" : "element", fmt::join(strangers, ", ")));
+  warn(fmt::format("{}: warning: no {} of the results is in {}{}", firstPlace, isOfNodes ? "node" : "element",
+                   fmt::join(strangers, ", "),
+                   isOfNodes ? "; shells and beams are written as solids with new nodes unless *NODE FILE and *EL FILE "
+                               "have OUTPUT=2D"
+                             : ""));
 }
 
-void Model::addSets(const std::string& deckPath, const WarningSink& warn) {
-  addSetsOf(odbstore::SetKind::node, deck_.nodeSets, nodes_, deckPath, warn);
-  addSetsOf(odbstore::SetKind::element, deck_.elementSets, elements_, deckPath, warn);
+void Model::addSets(const WarningSink& warn) {
+  addSetsOf(odbstore::SetKind::node, warn);
+  addSetsOf(odbstore::SetKind::element, warn);
 }
 
-RowPlaces& Model::placesOf(const std::vector<int>& labels) {
-  auto found = std::find_if(places_.begin(), places_.end(), [&](const auto& p) { return p->labels() == labels; });
+RowPlaces& Model::placesOf(const FrdResult& block) {
+  auto found = std::find_if(places_.begin(), places_.end(), [&](const auto& p) { return p->labels() == block.labels; });
   if (found == places_.end()) {
+    if (const auto twice = LabelIndex(block.labels).repeated()) {
+      throw ImportError(resultsPath_, block.line, fmt::format("{} has two rows for the node {}", block.name, *twice));
+    }
     if (places_.size() == kKeptPlaces) places_.pop_back();
-    places_.push_back(std::make_unique<RowPlaces>(labels, groups_, writer_));
+    places_.push_back(std::make_unique<RowPlaces>(block.labels, groups_, writer_));
     found = places_.end() - 1;
   }
   std::rotate(places_.begin(), found, found + 1);

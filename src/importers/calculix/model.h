@@ -2,13 +2,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "importers/calculix/deck.h"
 #include "importers/calculix/frd_reader.h"
+#include "importers/label_index.h"
 #include "odbstore/writer.h"
 
 namespace importers::calculix {
@@ -32,7 +32,7 @@ struct ElementNodalRows {
   std::vector<int> gather;
 };
 
-// Where the rows of a block with certain node labels lie.
+// Where the rows of a block with certain node labels lie. What is not asked for is not looked for.
 class RowPlaces {
  public:
   RowPlaces(std::vector<int> labels, const std::vector<ElementGroup>& groups, odbstore::Writer& writer)
@@ -42,40 +42,52 @@ class RowPlaces {
   odbstore::LocationId nodal();
   // One entry per group that has rows; element nodes without a row are left out.
   const std::vector<ElementNodalRows>& elementNodal();
+  // How many rows belong to no element, known after elementNodal().
+  std::size_t looseRows() const { return looseRows_; }
 
  private:
+  void findElementNodal();
+
   std::vector<int> labels_;
   const std::vector<ElementGroup>& groups_;
   odbstore::Writer& writer_;
   std::optional<odbstore::LocationId> nodal_;
   std::optional<std::vector<ElementNodalRows>> elementNodal_;
+  std::size_t looseRows_ = 0;
 };
 
 // The mesh of a result file as it goes into the database.
 class Model {
  public:
-  Model(const Deck& deck, odbstore::Writer& writer) : deck_(deck), writer_(writer) {}
+  // `resultsPath` is named in errors.
+  Model(const Deck& deck, const std::string& resultsPath, odbstore::Writer& writer);
 
+  // Nodes before elements, each once. A label that comes twice, and a node of an element that is none, are an
+  // ImportError.
   void addNodes(const FrdNodes& nodes);
   void addElements(const FrdElements& elements);
   // The sets of the deck. Those that match nothing of the mesh are kept, and named in a warning.
-  void addSets(const std::string& deckPath, const WarningSink& warn);
+  void addSets(const WarningSink& warn);
 
-  bool hasNodes() const { return !nodes_.empty(); }
+  bool hasNodes() const { return !nodes_.isEmpty(); }
   bool hasElements() const { return !groups_.empty(); }
   int setCount() const { return static_cast<int>(deck_.nodeSets.size() + deck_.elementSets.size()); }
 
-  // Where the rows of a block with these node labels lie; found once for all blocks with the same labels.
-  RowPlaces& placesOf(const std::vector<int>& labels);
+  // Where the rows of a block lie; found once for all blocks with the same labels. They may lie at nodes that the model
+  // does not show (those of elements that are switched off, and of networks). Two rows for one node are an ImportError.
+  RowPlaces& placesOf(const FrdResult& block);
 
  private:
-  void addSetsOf(odbstore::SetKind kind, const std::map<std::string, DeckSet>& sets,
-                 const std::unordered_set<int>& known, const std::string& deckPath, const WarningSink& warn);
+  void addGroup(const FrdElementGroup& source, std::int64_t line);
+  ElementGroup& groupOf(const FrdElementGroup& source, int label);
+  void addSetsOf(odbstore::SetKind kind, const WarningSink& warn);
 
   const Deck& deck_;
+  std::string resultsPath_;
   odbstore::Writer& writer_;
-  std::unordered_set<int> nodes_;
-  std::unordered_set<int> elements_;
+  LabelIndex deckElements_;
+  LabelIndex nodes_;
+  LabelIndex elements_;
   std::vector<ElementGroup> groups_;
   std::vector<std::unique_ptr<RowPlaces>> places_;  // the ones used last, the latest first
 };

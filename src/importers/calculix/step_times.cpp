@@ -29,14 +29,15 @@ StepTimes readStepTimes(const std::string& path) {
   LineReader lines(path);
   std::string_view line;
   while (lines.next(line)) {
-    // STEP INC ATT ITRS TOT_TIME STEP_TIME INC_TIME; the increment may carry a letter after a cut-back.
+    // STEP INC ATT ITRS TOT_TIME STEP_TIME INC_TIME; an attempt that failed carries a letter.
     const std::vector<std::string_view> columns = words(line);
     if (columns.size() < 7) continue;
     const std::optional<int> step = integerFrom(columns[0]);
     const std::optional<int> increment = integerFrom(columns[1]);
+    const std::optional<int> attempt = integerFrom(columns[2]);
     const std::optional<double> total = numberFrom(columns[4]);
     const std::optional<double> inStep = numberFrom(columns[5]);
-    if (step && increment && total && inStep) times[{*step, *increment}] = {*total, *inStep};
+    if (step && increment && attempt && total && inStep) times[{*step, *increment}].push_back({*total, *inStep});
   }
   return times;
 }

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace importers::calculix {
 
@@ -12,10 +13,11 @@ struct IncrementTime {
   double step = 0.0;
 };
 
-// By step and increment, both from 1. Steps without increments are not in the file.
-using StepTimes = std::map<std::pair<int, int>, IncrementTime>;
+// By step and increment, both from 1, in the order of the file: a deck that starts a second analysis in a step has some
+// increments twice. Modes, buckling factors and modal dynamics are not in the file.
+using StepTimes = std::map<std::pair<int, int>, std::vector<IncrementTime>>;
 
-// Lines that are no increments are passed over; a file that is not there gives no times.
+// Lines that are no increments, and attempts that failed, are passed over; a file that is not there gives no times.
 StepTimes readStepTimes(const std::string& path);
 
 }  // namespace importers::calculix
