@@ -20,7 +20,6 @@ LineReader::LineReader(const std::string& path) : path_(path), buffer_(2 * kLong
     ::close(file_);
     throw ImportError(path, 0, "is not a regular file");
   }
-  bytes_ = status.st_size;
 }
 
 LineReader::~LineReader() { ::close(file_); }

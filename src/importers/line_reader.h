@@ -25,7 +25,6 @@ class LineReader {
   // Whether that line had an end: only the last one of a file can lack it, where the file is cut off.
   bool isTerminated() const { return terminated_; }
   const std::string& path() const { return path_; }
-  std::int64_t bytes() const { return bytes_; }
 
   // Throws ImportError at the line handed out last.
   [[noreturn]] void fail(const std::string& reason) const;
@@ -43,7 +42,6 @@ class LineReader {
   std::size_t end_ = 0;
   std::int64_t lineNumber_ = 0;
   bool terminated_ = true;
-  std::int64_t bytes_ = 0;
 };
 
 }  // namespace importers

@@ -35,9 +35,8 @@ void checkOutput(const importers::JobFiles& files) {
 }
 
 void printSummary(const importers::JobFiles& files, const importers::calculix::ImportSummary& summary, double seconds) {
-  fmt::print("{}: {} steps, {} frames, {} fields, {} sets; {} bytes from {}, {:.2f} s\n", files.output, summary.steps,
-             summary.frames, summary.fields, summary.sets, std::filesystem::file_size(files.output), summary.bytesRead,
-             seconds);
+  fmt::print("{}: {} steps, {} frames, {} fields, {} sets, {} bytes, {:.2f} s\n", files.output, summary.steps,
+             summary.frames, summary.fields, summary.sets, std::filesystem::file_size(files.output), seconds);
   if (!summary.cutOffBehind.empty()) {
     fmt::print("incomplete: the results end behind {}\n", summary.cutOffBehind);
   }

@@ -70,7 +70,6 @@ class FrdReader {
   explicit FrdReader(const std::string& path);
 
   const FrdHeader& header() const { return header_; }
-  std::int64_t bytes() const { return lines_.bytes(); }
   std::int64_t lineNumber() const { return lines_.lineNumber(); }
 
   // The next complete block; nothing at the end of the file. A damaged line, rows that are not as many as announced,

@@ -50,8 +50,8 @@ class Import {
     checkEnd();
     if (!request_.deck.empty()) model_.addSets(warn_);
     writer_.finish();
-    return {frames_.stepCount(), frames_.frameCount(), static_cast<int>(fields_.size()),
-            model_.setCount(),   reader_.bytes(),      reader_.isCutOff() ? endOfResults() : ""};
+    return {frames_.stepCount(), frames_.frameCount(), static_cast<int>(fields_.size()), model_.setCount(),
+            reader_.isCutOff() ? endOfResults() : ""};
   }
 
  private:

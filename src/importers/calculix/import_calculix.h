@@ -1,7 +1,6 @@
 // Imports the results of a CalculiX run.
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "importers/diagnostics.h"
@@ -23,7 +22,6 @@ struct ImportSummary {
   int frames = 0;
   int fields = 0;  // different names
   int sets = 0;
-  std::int64_t bytesRead = 0;  // of the result file
   // Where the results end that were imported of a file that is cut off, "step 2, time 0.5"; empty for a whole one.
   std::string cutOffBehind;
 };
