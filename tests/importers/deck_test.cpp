@@ -1,0 +1,220 @@
+#include "importers/calculix/deck.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "importers_test.h"
+
+namespace importers::calculix {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class DeckTest : public testing::Test {
+ protected:
+  Deck read(const std::string& text) {
+    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    return readDeck(writeText(directory_, "job.inp", text), warn);
+  }
+
+  std::string failure(const std::string& text) {
+    return failureOf([&] { read(text); });
+  }
+
+  static std::vector<int> nodesOf(const Deck& deck, const std::string& set) { return deck.nodeSets.at(set).labels; }
+  static std::vector<int> elementsOf(const Deck& deck, const std::string& set) {
+    return deck.elementSets.at(set).labels;
+  }
+
+  TemporaryDirectory directory_;
+  std::vector<std::string> warnings_;
+};
+
+TEST_F(DeckTest, ListsLabelsInOrderOnce) {
+  const Deck deck = read("*NSET,NSET=A\n3, 1,2,\n 2\n*ELSET, ELSET=A\n9\n");
+  EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(1, 2, 3));
+  EXPECT_THAT(elementsOf(deck, "A"), ElementsAre(9));
+  EXPECT_THAT(warnings_, IsEmpty());
+}
+
+TEST_F(DeckTest, GeneratesRanges) {
+  const Deck deck = read("*NSET,NSET=A,GENERATE\n1,9,4\n20,22\n30\n");
+  EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(1, 5, 9, 20, 21, 22, 30));
+}
+
+TEST_F(DeckTest, KeywordsAndNamesAreTheSameInAnyCase) {
+  const Deck deck = read("*nset, nset=Top\n1\n*Nset,NSET=TOP\n2\n* NSET , Nset = both\ntop, 3\n");
+  EXPECT_EQ(deck.nodeSets.at("TOP").name, "Top");
+  EXPECT_THAT(nodesOf(deck, "TOP"), ElementsAre(1, 2));
+  EXPECT_THAT(nodesOf(deck, "BOTH"), ElementsAre(1, 2, 3));
+}
+
+TEST_F(DeckTest, NamesMayHaveQuotesAndBlanks) {
+  const Deck deck =
+      read("*NSET,NSET=\"Top, left face\"\n1\n*NSET,NSET=top face\n2\n*NSET,NSET=ALL\n\"top, LEFT face\",TOPFACE\n");
+  EXPECT_EQ(deck.nodeSets.at("TOP,LEFTFACE").name, "Top, left face");
+  EXPECT_EQ(deck.nodeSets.at("TOPFACE").name, "top face");
+  EXPECT_THAT(nodesOf(deck, "ALL"), ElementsAre(1, 2));
+}
+
+TEST_F(DeckTest, AKeywordGoesOnBehindAComma) {
+  const Deck deck = read("*NSET,\n** why not\n  NSET=A,\nGENERATE\n1,3\n");
+  EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(1, 2, 3));
+}
+
+TEST_F(DeckTest, NodesAndElementsFillSetsAsTheyAreDefined) {
+  const Deck deck = read(
+      "*NODE,NSET=ALL\n1, 0., 0., 0.\n2, 1., 0., 0.\n*NODE\n3,0,0,0\n"
+      "*ELEMENT,TYPE=T3D2,ELSET=BARS\n10,1,2\n20,2,3\n");
+  EXPECT_THAT(nodesOf(deck, "ALL"), ElementsAre(1, 2));
+  EXPECT_THAT(elementsOf(deck, "BARS"), ElementsAre(10, 20));
+  EXPECT_THAT(deck.elementTypes, ElementsAre("T3D2"));
+  EXPECT_THAT(deck.elementLabels, ElementsAre(10, 20));
+  EXPECT_THAT(deck.typeOfElement, ElementsAre(0, 0));
+}
+
+TEST_F(DeckTest, ElementsGoOnOverLines) {
+  const Deck deck = read(
+      "*ELEMENT,TYPE=c3d20r,ELSET=E\n"
+      "1,101,102,103,104,105,106,107,108,109,110,\n111,112,113,114,115,116,117,118,119,120\n"
+      "2,201,202,203,204,205,206,207,208,209,210\n211,212,213,214,215,216,217,218,219,220,\n"
+      "*ELEMENT,TYPE=C3D8,ELSET=E\n3,\n1,2,3,4,\n5,6,7,8\n4,1,2,3,4,5,6,7,8\n");
+  EXPECT_THAT(elementsOf(deck, "E"), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(deck.elementTypes, ElementsAre("C3D20R", "C3D8"));
+  EXPECT_THAT(deck.typeOfElement, ElementsAre(0, 0, 1, 1));
+}
+
+TEST_F(DeckTest, ElementsOfUnknownTypesGoOnBehindACommaOnly) {
+  const Deck deck = read("*ELEMENT,TYPE=XYZ,ELSET=E\n1,101,\n102\n2,201,202\n3,301\n");
+  EXPECT_THAT(elementsOf(deck, "E"), ElementsAre(1, 2, 3));
+}
+
+TEST_F(DeckTest, ElementsOfTheUserHaveAsManyNodesAsTheyDeclare) {
+  const Deck deck = read("*USER ELEMENT,TYPE=U1,NODES=3\n*ELEMENT,TYPE=U1,ELSET=E\n1,101,102\n103\n2,201,202,203\n");
+  EXPECT_THAT(elementsOf(deck, "E"), ElementsAre(1, 2));
+}
+
+TEST_F(DeckTest, OtherKeywordsTakeTheirDataWithThem) {
+  const Deck deck =
+      read("*NSET,NSET=A\n1\n*NODE FILE,NSET=A\nU,S\n*BOUNDARY\nA,1,3\n*NODE PRINT,NSET=A\nU\n*ELEMENT OUTPUT\nS\n");
+  EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(1));
+  EXPECT_EQ(deck.nodeSets.size(), 1U);
+  EXPECT_THAT(warnings_, IsEmpty());
+}
+
+TEST_F(DeckTest, IncludedFilesBelongToTheDeck) {
+  writeText(directory_, "sets of mine.inc", "5\n*NSET,NSET=B\n6\n");
+  std::filesystem::create_directory(directory_.file("mesh"));
+  writeText(directory_, "mesh/mesh.inc", "*INCLUDE,INPUT=inner.inc\n*INCLUDE,INPUT=beside.inc\n");
+  writeText(directory_, "mesh/inner.inc", "*NSET,NSET=INNER\n7\n");
+  writeText(directory_, "beside.inc", "*NSET,NSET=BESIDE\n8\n");
+  const Deck deck = read("*NSET,NSET=A\n*include, input=\"sets of mine.inc\"\n*INCLUDE,INPUT=mesh/mesh.inc\n");
+  EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(5));
+  EXPECT_THAT(nodesOf(deck, "B"), ElementsAre(6));
+  EXPECT_THAT(nodesOf(deck, "INNER"), ElementsAre(7));
+  EXPECT_THAT(nodesOf(deck, "BESIDE"), ElementsAre(8));
+}
+
+TEST_F(DeckTest, AFileMayBeIncludedTwice) {
+  writeText(directory_, "part.inc", "5\n");
+  const Deck deck = read("*NSET,NSET=A\n*INCLUDE,INPUT=part.inc\n*NSET,NSET=B\n*INCLUDE,INPUT=part.inc\n");
+  EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(5));
+  EXPECT_THAT(nodesOf(deck, "B"), ElementsAre(5));
+}
+
+TEST_F(DeckTest, HeadingAndStepsMayHaveText) {
+  const Deck deck = read(
+      "*HEADING\nA bracket\nof steel\n*STEP,NLGEOM\npull the lug\n*STATIC\n0.1,1.\n*END STEP\n"
+      "*STEP\n** no text\n*FREQUENCY\n10\n*END STEP\n");
+  EXPECT_EQ(deck.heading, "A bracket");
+  EXPECT_THAT(deck.stepTitles, ElementsAre("pull the lug", ""));
+}
+
+TEST_F(DeckTest, CommentsBlankLinesAndCarriageReturnsDoNotMatter) {
+  const Deck deck = read("** *NSET,NSET=NO\r\n*NSET,NSET=A\r\n\r\n  1 \r\n** 2\r\n   ** 3\r\n4\r\n");
+  EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(1, 4));
+  EXPECT_EQ(deck.nodeSets.size(), 1U);
+}
+
+TEST_F(DeckTest, NamesOfAnyEncodingBecomeUtf8) {
+  EXPECT_EQ(read("*NSET,NSET=Tr\xE4ger\n1\n").nodeSets.begin()->second.name, "Tr\xC3\xA4ger");
+}
+
+TEST_F(DeckTest, AnEmptySetIsASet) {
+  const Deck deck = read("*NSET,NSET=EMPTY\n*ELSET,ELSET=LAST\n");
+  EXPECT_THAT(nodesOf(deck, "EMPTY"), IsEmpty());
+  EXPECT_THAT(elementsOf(deck, "LAST"), IsEmpty());
+}
+
+TEST_F(DeckTest, ASetThatTakesInAnUnknownOneIsNamed) {
+  const Deck deck = read("*ELSET,ELSET=E\n1\n*NSET,NSET=A\n1,E\n2\n");
+  EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(1, 2));
+  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:4: warning: the set A takes in E, which is no set yet")));
+}
+
+TEST_F(DeckTest, ASetRemembersWhereItWasNamedFirst) {
+  EXPECT_THAT(read("*HEADING\n\n*NSET,NSET=A\n1\n*NSET,NSET=A\n2\n").nodeSets.at("A").place, EndsWith("job.inp:3"));
+}
+
+TEST_F(DeckTest, DamagedNumbersAreNamedWithTheirLine) {
+  EXPECT_THAT(failure("*NODE,NSET=A\n1,0,0\n1x,0,0\n"), EndsWith("job.inp:3: error: \"1x\" is not a label"));
+  EXPECT_THAT(failure("*ELEMENT,TYPE=T3D2\n1.5,1,2\n"), EndsWith("job.inp:2: error: \"1.5\" is not a label"));
+  EXPECT_THAT(failure("*NSET,NSET=A\n1,2\n3,4x\n"), EndsWith("job.inp:3: error: \"4x\" is neither a label nor a set"));
+  EXPECT_THAT(failure("*NSET,NSET=A\n99999999999\n"),
+              EndsWith("job.inp:2: error: \"99999999999\" is neither a label nor a set"));
+  EXPECT_THAT(failure("*NSET,NSET=A,GENERATE\n1,abc\n"), EndsWith("job.inp:2: error: \"abc\" is not a label"));
+  EXPECT_THAT(failure("*USER ELEMENT,TYPE=U1,NODES=three\n"),
+              EndsWith("job.inp:1: error: \"three\" is not a number of nodes"));
+}
+
+TEST_F(DeckTest, RangesThatMakeNoSenseAreRefused) {
+  EXPECT_THAT(failure("*NSET,NSET=A,GENERATE\n9,1\n"), EndsWith(":2: error: GENERATE cannot run from 9 down to 1"));
+  EXPECT_THAT(failure("*NSET,NSET=A,GENERATE\n1,9,0\n"),
+              EndsWith(":2: error: the increment of GENERATE must be positive"));
+  EXPECT_THAT(failure("*NSET,NSET=A,GENERATE\n1,9,-1\n"), HasSubstr("must be positive"));
+  EXPECT_THAT(failure("*NSET,NSET=A,GENERATE\n1,2,3,4\n"), HasSubstr("takes a first label, a last label"));
+  EXPECT_THAT(failure("*NSET,NSET=A,GENERATE\n1,2147483647\n"), HasSubstr("makes more than 100000000 labels"));
+}
+
+TEST_F(DeckTest, KeywordsThatMissSomethingAreRefused) {
+  EXPECT_THAT(failure("*NSET\n1\n"), EndsWith("job.inp:1: error: *NSET names no set"));
+  EXPECT_THAT(failure("\n*ELSET,ELSET=\n1\n"), EndsWith("job.inp:2: error: *ELSET names no set"));
+  EXPECT_THAT(failure("*NSET,NSET=\" \"\n1\n"), EndsWith("job.inp:1: error: the set has no name"));
+  EXPECT_THAT(failure("*ELEMENT,ELSET=E\n1,2\n"), EndsWith("job.inp:1: error: *ELEMENT names no type"));
+  EXPECT_THAT(failure("*INCLUDE\n"), EndsWith("job.inp:1: error: *INCLUDE names no file"));
+}
+
+TEST_F(DeckTest, IncludesThatLeadNowhereAreRefused) {
+  EXPECT_THAT(failure("*HEADING\n*INCLUDE,INPUT=none.inc\n"),
+              EndsWith("job.inp:2: error: the included file none.inc does not exist"));
+  EXPECT_THAT(failure("*INCLUDE,INPUT=job.inp\n"), EndsWith("job.inp:1: error: job.inp includes itself"));
+  writeText(directory_, "a.inc", "*INCLUDE,INPUT=b.inc\n");
+  writeText(directory_, "b.inc", "** again\n*INCLUDE,INPUT=./a.inc\n");
+  EXPECT_THAT(failure("*INCLUDE,INPUT=a.inc\n"), EndsWith("b.inc:2: error: ./a.inc includes itself"));
+}
+
+TEST_F(DeckTest, AChainOfIncludesHasAnEnd) {
+  for (int i = 1; i <= 50; ++i) {
+    writeText(directory_, std::to_string(i), "*INCLUDE,INPUT=" + std::to_string(i + 1) + "\n");
+  }
+  EXPECT_THAT(failure("*INCLUDE,INPUT=1\n"), HasSubstr("files include each other too deep"));
+}
+
+TEST_F(DeckTest, DamageInAnIncludedFileIsNamedThere) {
+  writeText(directory_, "sets.inc", "*NSET,NSET=A\n1,\n-\n1.\n");
+  EXPECT_THAT(failure("*INCLUDE,INPUT=sets.inc\n"), EndsWith("sets.inc:4: error: \"1.\" is neither a label nor a set"));
+}
+
+TEST_F(DeckTest, AFileThatIsNoTextIsRefused) {
+  EXPECT_THAT(failure(std::string("*HEADING\n\x89HDF\r\n\0\0\0\n", 18)), EndsWith("job.inp:3: error: this is no text"));
+}
+
+}  // namespace
+}  // namespace importers::calculix

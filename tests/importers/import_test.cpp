@@ -1,0 +1,477 @@
+// Result file, deck and status file in; what stands in the database, read back through the store.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "frd_text.h"
+#include "importers/calculix/import_calculix.h"
+#include "importers_test.h"
+#include "odbstore/reader.h"
+
+namespace importers::calculix {
+namespace {
+
+using namespace frd_text;
+using odbstore::Position;
+using odbstore::Reader;
+using odbstore::SetKind;
+using odbstore::StoredBlock;
+using odbstore::StoredField;
+using odbstore::StoredStep;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class ImportTest : public testing::Test {
+ protected:
+  ImportSummary import(const std::string& results, const std::string& deck = "", const std::string& status = "",
+                       bool isStrict = false) {
+    ImportRequest request;
+    request.results = writeText(directory_, "job.frd", results);
+    if (!deck.empty()) request.deck = writeText(directory_, "job.inp", deck);
+    request.status = directory_.file("job.sta");
+    if (!status.empty()) writeText(directory_, "job.sta", status);
+    request.output = output_;
+    request.isStrict = isStrict;
+    warnings_.clear();
+    return importCalculix(request, [this](const std::string& warning) { warnings_.push_back(warning); });
+  }
+
+  std::string failure(const std::string& results, const std::string& deck = "", bool isStrict = false) {
+    const std::string message = failureOf([&] { import(results, deck, "", isStrict); });
+    EXPECT_FALSE(std::filesystem::exists(output_)) << "nothing may stand under the final name";
+    return message;
+  }
+
+  // A field of a step; good as long as the step.
+  static const StoredField& fieldOf(const StoredStep& step, const std::string& name) {
+    for (const StoredField& field : step.fields()) {
+      if (field.name == name) return field;
+    }
+    throw std::runtime_error("no field " + name);
+  }
+
+  static std::vector<float> rowsOf(const StoredBlock& block, int frame = 0) {
+    std::vector<float> rows(static_cast<std::size_t>(block.rows() * block.width()));
+    block.read(frame, rows.data());
+    return rows;
+  }
+
+  std::vector<odbstore::FrameInfo> framesOf(const std::string& step) { return Reader(output_).step(step)->frames(); }
+
+  std::vector<double> frameValues(const std::string& step) {
+    std::vector<double> values;
+    for (const odbstore::FrameInfo& frame : framesOf(step)) values.push_back(frame.value);
+    return values;
+  }
+
+  std::vector<int> increments(const std::string& step) {
+    std::vector<int> numbers;
+    for (const odbstore::FrameInfo& frame : framesOf(step)) numbers.push_back(frame.incrementNumber);
+    return numbers;
+  }
+
+  std::vector<std::string> descriptions(const std::string& step) {
+    std::vector<std::string> texts;
+    for (const odbstore::FrameInfo& frame : framesOf(step)) texts.push_back(frame.description);
+    return texts;
+  }
+
+  TemporaryDirectory directory_;
+  std::string output_ = directory_.file("job.odb");
+  std::vector<std::string> warnings_;
+};
+
+// A temperature at one node, to make a frame.
+std::string temperature(const Frame& at, double value = 20) {
+  return result(at, "NDTEMP", kTemperature, {{1, {value}}});
+}
+
+TEST_F(ImportTest, SaysWhatCameOfIt) {
+  const ImportSummary summary =
+      import(twoBars() + temperature({}) + temperature({.increment = 2, .counter = 2}) +
+                 result({.increment = 2, .counter = 2}, "DISP", kDisplacement, {{1, {1, 2, 3}}}) +
+                 temperature({.step = 2, .counter = 3}) + kEnd,
+             "*NSET,NSET=A\n1\n*ELSET,ELSET=A\n10\n");
+  EXPECT_EQ(summary.steps, 2);
+  EXPECT_EQ(summary.frames, 3);
+  EXPECT_EQ(summary.fields, 2);
+  EXPECT_EQ(summary.sets, 2);
+  EXPECT_EQ(summary.cutOffBehind, "");
+  EXPECT_THAT(warnings_, IsEmpty());
+}
+
+TEST_F(ImportTest, ModelHasOneInstanceOfOnePart) {
+  import(twoBars() + temperature({}) + kEnd);
+  const Reader reader(output_);
+  EXPECT_THAT(reader.parts(), ElementsAre("PART-1"));
+  ASSERT_EQ(reader.instances().size(), 1U);
+  EXPECT_EQ(reader.instances()[0].name, "PART-1-1");
+  EXPECT_EQ(reader.instances()[0].part, "PART-1");
+  EXPECT_EQ(reader.title(), "a title of two words");
+  EXPECT_EQ(reader.producer(), "CalculiX Version 2.20");
+}
+
+TEST_F(ImportTest, DecksHeadingGoesBeforeThatOfTheResults) {
+  import(twoBars() + kEnd, "*HEADING\nA longer title\n");
+  EXPECT_EQ(Reader(output_).title(), "A longer title");
+}
+
+TEST_F(ImportTest, SetsOfTheDeckAreSetsOfTheAssembly) {
+  import(twoBars() + kEnd, "*NSET,NSET=Both ends\n3,1\n*NSET,NSET=Tip\n3\n*ELSET,ELSET=Tip\n20\n*NSET,NSET=NONE\n");
+  const Reader reader(output_);
+  EXPECT_THAT(reader.sets({}, SetKind::node), ElementsAre("Both ends", "NONE", "Tip"));
+  EXPECT_THAT(reader.sets({}, SetKind::element), ElementsAre("Tip"));
+  const auto ends = reader.setMembers({}, SetKind::node, "Both ends");
+  ASSERT_EQ(ends.size(), 1U);
+  EXPECT_EQ(ends[0].instance, "PART-1-1");
+  EXPECT_THAT(ends[0].labels, ElementsAre(1, 3));
+  EXPECT_THAT(reader.setMembers({}, SetKind::element, "Tip").at(0).labels, ElementsAre(20));
+  EXPECT_THAT(reader.setMembers({}, SetKind::node, "NONE"), IsEmpty());
+}
+
+TEST_F(ImportTest, SetsThatMatchNothingAreKeptAndNamed) {
+  import(twoBars() + kEnd, "*NSET,NSET=OLD\n7\n*NSET,NSET=NEW\n3\n*ELSET,ELSET=SPRINGS\n99\n");
+  EXPECT_THAT(Reader(output_).setMembers({}, SetKind::node, "OLD").at(0).labels, ElementsAre(7));
+  ASSERT_EQ(warnings_.size(), 3U);
+  EXPECT_THAT(warnings_[0], EndsWith("job.frd: warning: the file holds no results"));
+  EXPECT_THAT(warnings_[1], HasSubstr("job.inp:1: warning: no node of the results is in OLD; shells and beams"));
+  EXPECT_THAT(warnings_[2], EndsWith("job.inp:5: warning: no element of the results is in SPRINGS"));
+}
+
+TEST_F(ImportTest, VectorsAndScalarsLieAtTheNodes) {
+  import(twoBars() + result({}, "DISP", kDisplacement, {{3, { 1, 2, 3 }}, { 1, { 4, 5, 6 } }}) + kEnd);
+  const auto step = Reader(output_).step("Step-1");
+  const StoredField& field = fieldOf(*step, "U");
+  EXPECT_EQ(field.info.type, 3);
+  ASSERT_EQ(field.blocks.size(), 1U);
+  const auto& location = *field.blocks[0].location();
+  EXPECT_EQ(location.info().position, Position::nodal);
+  EXPECT_EQ(location.info().instance, "PART-1-1");
+  EXPECT_THAT(location.nodeLabels(), ElementsAre(3, 1)) << "rows keep their order";
+  EXPECT_THAT(rowsOf(field.blocks[0]), ElementsAre(1, 2, 3, 4, 5, 6));
+}
+
+TEST_F(ImportTest, TensorsLieAtTheNodesOfEveryElement) {
+  import(twoBars() +
+         result({}, "STRESS", kStress,
+                {{2,
+                  { 21,
+                    22,
+                    23,
+                    24,
+                    25,
+                    26 }},
+                 {1,
+                  { 11,
+                    12,
+                    13,
+                    14,
+                    15,
+                    16 }},
+                 { 3,
+                   { 31,
+                     32,
+                     33,
+                     34,
+                     35,
+                     36 } }}) +
+         kEnd);
+  const auto step = Reader(output_).step("Step-1");
+  const StoredField& field = fieldOf(*step, "S");
+  EXPECT_EQ(field.info.type, 5);
+  ASSERT_EQ(field.blocks.size(), 1U);
+  const auto& location = *field.blocks[0].location();
+  EXPECT_EQ(location.info().position, Position::elementNodal);
+  EXPECT_EQ(location.info().elementType, "LINE2");
+  EXPECT_THAT(location.elementLabels(), ElementsAre(10, 10, 20, 20));
+  EXPECT_THAT(location.nodeLabels(), ElementsAre(1, 2, 2, 3));
+  // 11, 22, 33, 12, 13, 23 from XX, YY, ZZ, XY, YZ, ZX.
+  EXPECT_THAT(rowsOf(field.blocks[0]), ElementsAre(11, 12, 13, 14, 16, 15, 21, 22, 23, 24, 26, 25,  //
+                                                   21, 22, 23, 24, 26, 25, 31, 32, 33, 34, 36, 35));
+}
+
+TEST_F(ImportTest, TensorsOfSomeNodesLieAtThoseOnly) {
+  import(twoBars() + result({}, "STRESS", kStress, {{ 3, { 1, 2, 3, 4, 5, 6 } }}) + kEnd);
+  const auto step = Reader(output_).step("Step-1");
+  const StoredBlock& block = fieldOf(*step, "S").blocks.at(0);
+  EXPECT_THAT(block.location()->elementLabels(), ElementsAre(20));
+  EXPECT_THAT(block.location()->nodeLabels(), ElementsAre(3));
+  EXPECT_THAT(rowsOf(block), ElementsAre(1, 2, 3, 4, 6, 5));
+}
+
+TEST_F(ImportTest, TensorsAtNodesOfNoElementAreLeftOutWithAWarning) {
+  import(twoBars() + result({}, "STRESS", kStress, {{1, { 1, 2, 3, 4, 5, 6 }}, { 77, { 1, 2, 3, 4, 5, 6 } }}) + kEnd);
+  ASSERT_EQ(warnings_.size(), 1U);
+  EXPECT_THAT(
+      warnings_[0],
+      EndsWith("job.frd:19: warning: STRESS has tensors at 1 nodes that belong to no element, and they are left out"));
+  const auto step = Reader(output_).step("Step-1");
+  EXPECT_EQ(fieldOf(*step, "S").blocks.at(0).rows(), 1);
+}
+
+TEST_F(ImportTest, EachElementTypeHasItsBlock) {
+  import(kHeading +
+             nodes({{1,
+                     { 0,
+                       0,
+                       0 }},
+                    {2,
+                     { 1,
+                       0,
+                       0 }},
+                    { 3,
+                      { 1,
+                        1,
+                        0 } }}) +
+             elements({{5,
+                        7,
+                        { 1,
+                          2,
+                          3 }},
+                       {6,
+                        11,
+                        { 1,
+                          2 }},
+                       {7,
+                        11,
+                        { 3,
+                          2 }},
+                       { 8,
+                         11,
+                         { 3,
+                           1 } }}) +
+             result({}, "STRESS", kStress,
+                    {{1,
+                      { 1,
+                        0,
+                        0,
+                        0,
+                        0,
+                        0 }},
+                     {2,
+                      { 2,
+                        0,
+                        0,
+                        0,
+                        0,
+                        0 }},
+                     { 3,
+                       { 3,
+                         0,
+                         0,
+                         0,
+                         0,
+                         0 } }}) +
+             kEnd,
+         "*ELEMENT,TYPE=T3D2\n6,1,2\n*ELEMENT,TYPE=B31\n7,3,2\n*ELEMENT,TYPE=S8\n5,1,2,3,4,5,6,7,8\n");
+  const auto step = Reader(output_).step("Step-1");
+  const StoredField& field = fieldOf(*step, "S");
+  std::vector<std::string> types;
+  std::vector<std::vector<int>> elements;
+  for (const StoredBlock& block : field.blocks) {
+    types.push_back(block.location()->info().elementType);
+    elements.push_back(block.location()->elementLabels());
+  }
+  EXPECT_THAT(types, ElementsAre("TRI3", "T3D2", "B31", "LINE2"))
+      << "the deck's name where the file has that element, else the one of the shape";
+  EXPECT_THAT(elements, ElementsAre(ElementsAre(5, 5, 5), ElementsAre(6, 6), ElementsAre(7, 7), ElementsAre(8, 8)));
+}
+
+TEST_F(ImportTest, FramesThatLieAlikeShareTheirLocation) {
+  const std::vector<Row> all = {{1, {1, 2, 3, 4, 5, 6}}, {2, {1, 2, 3, 4, 5, 6}}, {3, {1, 2, 3, 4, 5, 6}}};
+  std::string text = twoBars();
+  for (int i = 1; i <= 20; ++i) {
+    text += result({.increment = i, .counter = i}, "STRESS", kStress, i == 7 ? std::vector<Row>{all[0]} : all);
+  }
+  import(text + kEnd);
+  const auto step = Reader(output_).step("Step-1");
+  const StoredField& field = fieldOf(*step, "S");
+  ASSERT_EQ(field.blocks.size(), 2U);
+  EXPECT_FALSE(field.blocks[0].existsIn(6));
+  EXPECT_TRUE(field.blocks[0].existsIn(19));
+  EXPECT_TRUE(field.blocks[1].existsIn(6));
+  EXPECT_FALSE(field.blocks[1].existsIn(7));
+}
+
+TEST_F(ImportTest, BlocksWithoutRowsAreLeftOutWithOneWarning) {
+  const ImportSummary summary = import(twoBars() + result({}, "MAFLOW", {{"MF", 1}}, {}) + temperature({}) +
+                                       result({.increment = 2, .counter = 2}, "MAFLOW", {{"MF", 1}}, {}) + kEnd);
+  EXPECT_EQ(summary.fields, 1);
+  EXPECT_EQ(summary.frames, 1);
+  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.frd:19: warning: MAFLOW has no rows and is left out")));
+}
+
+TEST_F(ImportTest, FieldsOfOneCounterMakeOneFrame) {
+  import(twoBars() + temperature({.value = 0.5}) +
+         result({.value = 0.5}, "DISP", kDisplacement,
+                {{ 1,
+                   { 1,
+                     2,
+                     3 } }}) +
+         temperature({.increment = 3, .counter = 2, .value = 1.0}) + kEnd);
+  EXPECT_THAT(increments("Step-1"), ElementsAre(1, 3));
+  EXPECT_THAT(frameValues("Step-1"), ElementsAre(0.5, 1.0));
+  EXPECT_THAT(descriptions("Step-1"),
+              ElementsAre("Increment 1: Step Time = 0.5000", "Increment 3: Step Time = 1.0000"));
+  const auto step = Reader(output_).step("Step-1");
+  EXPECT_THAT(fieldOf(*step, "U").inFrame, ElementsAre(1, 0));
+}
+
+TEST_F(ImportTest, StepsAreNamedByTheirNumberAndDescribedByTheDeck) {
+  import(twoBars() + temperature({}) + temperature({.step = 3, .counter = 2, .value = 2.0}) + kEnd,
+         "*STEP\nfirst\n*STATIC\n*END STEP\n*STEP\n*STATIC\n*END STEP\n*STEP\nthe third\n*STATIC\n*END STEP\n");
+  const Reader reader(output_);
+  EXPECT_THAT(reader.steps(), ElementsAre("Step-1", "Step-3"));
+  EXPECT_EQ(reader.step("Step-1")->info().description, "first");
+  EXPECT_EQ(reader.step("Step-3")->info().description, "the third");
+}
+
+TEST_F(ImportTest, TimesCountFromTheStartOfTheStep) {
+  import(twoBars() + temperature({.value = 0.1}) + temperature({.increment = 2, .counter = 2, .value = 0.3}) +
+         temperature({.step = 2, .counter = 3, .value = 0.4}) + kEnd);
+  EXPECT_THAT(frameValues("Step-1"), ElementsAre(0.1, 0.3));
+  EXPECT_THAT(frameValues("Step-2"), ElementsAre(0.1)) << "without the digits that a subtraction makes up";
+}
+
+constexpr const char* kStatusHeading =
+    "SUMMARY OF JOB INFORMATION\n  STEP      INC     ATT  ITRS     TOT TIME     STEP TIME      INC TIME\n";
+
+TEST_F(ImportTest, TheStatusFileKnowsWhenAStepStarted) {
+  // The last increments of step 1, which ended at 2, were not asked for, nor the first one of step 2.
+  import(twoBars() + temperature({.value = 0.5}) +
+             temperature({.step = 2, .increment = 2, .counter = 2, .value = 2.75}) + kEnd,
+         "",
+         std::string(kStatusHeading) +
+             "     1          1     1     2  0.500000E+00  0.500000E+00  0.500000E+00\n"
+             "     1          2     1     2  0.200000E+01  0.200000E+01  0.150000E+01\n"
+             "     2          1     1U    2  0.200000E+01  0.000000E+00  0.100000E+01\n"
+             "     2          1     2     2  0.225000E+01  0.250000E+00  0.250000E+00\n"
+             "     2          2     1     2  0.275000E+01  0.750000E+00  0.500000E+00\n");
+  EXPECT_THAT(frameValues("Step-2"), ElementsAre(0.75));
+  EXPECT_THAT(warnings_, IsEmpty());
+}
+
+TEST_F(ImportTest, AStatusFileOfAnotherRunIsNotUsed) {
+  import(twoBars() + temperature({.value = 0.5}) + temperature({.step = 2, .counter = 2, .value = 0.75}) + kEnd, "",
+         std::string(kStatusHeading) +
+             "     1          1     1     2  0.100000E+01  0.100000E+01  0.100000E+01\n"
+             "     2          1     1     2  0.500000E+01  0.400000E+01  0.100000E+01\n");
+  EXPECT_THAT(frameValues("Step-1"), ElementsAre(0.5));
+  EXPECT_THAT(frameValues("Step-2"), ElementsAre(0.25));
+  EXPECT_THAT(warnings_,
+              ElementsAre(EndsWith("job.sta: warning: its times are not those of the results, and are not used")));
+}
+
+TEST_F(ImportTest, ModesAreNumberedAndTakeNoTime) {
+  import(twoBars() + temperature({.value = 1.0}) + temperature({.step = 2, .counter = 2, .value = 139.82, .kind = 2}) +
+         temperature(
+             {.step = 2, .counter = 3, .value = 8775.4, .kind = 2, .more = "    1PHID                          4\n"}) +
+         temperature({.step = 3, .counter = 4, .value = 1.00001, .kind = 1}) + kEnd);
+  EXPECT_THAT(increments("Step-2"), ElementsAre(1, 2));
+  EXPECT_THAT(frameValues("Step-2"), ElementsAre(139.82, 8775.4));
+  EXPECT_THAT(descriptions("Step-2"),
+              ElementsAre("Mode 1: Frequency = 139.82", "Mode 2: Frequency = 8775.4, Nodal Diameter = 4"));
+  EXPECT_THAT(frameValues("Step-3"), ElementsAre(1e-5));
+  EXPECT_THAT(descriptions("Step-3"), ElementsAre("Increment 1: Step Time = 1e-05"));
+}
+
+TEST_F(ImportTest, BucklingStartsFromABaseState) {
+  import(twoBars() + temperature({.counter = 1, .value = 0.0, .kind = 4}) +
+         temperature({.counter = 2, .value = 10.75, .kind = 4}) +
+         temperature({.counter = 3, .value = 22.5, .kind = 4}) + kEnd);
+  EXPECT_THAT(increments("Step-1"), ElementsAre(0, 1, 2));
+  EXPECT_THAT(frameValues("Step-1"), ElementsAre(0.0, 10.75, 22.5));
+  EXPECT_THAT(descriptions("Step-1"),
+              ElementsAre("Base State", "Mode 1: Buckling Factor = 10.75", "Mode 2: Buckling Factor = 22.5"));
+}
+
+TEST_F(ImportTest, SteadyStateDynamicsHasFrequenciesAndImaginaryParts) {
+  import(twoBars() +
+         result({.increment = 0, .counter = 1, .value = 100, .kind = 1}, "DISP", kDisplacement,
+                {{ 1,
+                   { 1,
+                     2,
+                     3 } }}) +
+         result({.increment = 0, .counter = 1, .value = 100, .kind = 1}, "DISPI", kDisplacement,
+                {{ 1,
+                   { 4,
+                     5,
+                     6 } }}) +
+         result({.increment = 0, .counter = 2, .value = 200, .kind = 1}, "DISP", kDisplacement,
+                {{ 1,
+                   { 7,
+                     8,
+                     9 } }}) +
+         kEnd);
+  EXPECT_THAT(increments("Step-1"), ElementsAre(1, 2));
+  EXPECT_THAT(descriptions("Step-1"), ElementsAre("Increment 1: Frequency = 100", "Increment 2: Frequency = 200"));
+  const auto step = Reader(output_).step("Step-1");
+  EXPECT_THAT(rowsOf(fieldOf(*step, "U_IM").blocks.at(0)), ElementsAre(4, 5, 6));
+  EXPECT_THAT(rowsOf(fieldOf(*step, "U").blocks.at(0), 1), ElementsAre(7, 8, 9));
+}
+
+TEST_F(ImportTest, AFieldThatComesAgainMakesAnotherFrame) {
+  import(twoBars() + temperature({}, 1) + temperature({}, 2) + kEnd);
+  const auto step = Reader(output_).step("Step-1");
+  ASSERT_EQ(step->frames().size(), 2U);
+  EXPECT_THAT(rowsOf(fieldOf(*step, "NT").blocks.at(0), 1), ElementsAre(2));
+}
+
+TEST_F(ImportTest, AFileThatIsCutOffGivesWhatIsComplete) {
+  const std::string text =
+      twoBars() + temperature({.value = 0.5}) + temperature({.increment = 2, .counter = 2, .value = 1.0});
+  const ImportSummary summary = import(text.substr(0, text.size() - 20));
+  EXPECT_EQ(summary.frames, 1);
+  EXPECT_EQ(summary.cutOffBehind, "step 1, time 0.5");
+  EXPECT_THAT(warnings_,
+              ElementsAre(EndsWith("job.frd:28: warning: the file is cut off here; what is complete in it ends "
+                                   "behind step 1, time 0.5")));
+  std::filesystem::remove(output_);
+  EXPECT_THAT(failure(text, "", true),
+              EndsWith("error: the file is cut off here; what is complete in it ends behind step 1, time 1"));
+}
+
+TEST_F(ImportTest, AFileThatIsCutOffInItsModelIsRefused) {
+  const std::string model = twoBars();
+  const std::size_t nodesEnd = model.find("    3C");
+  for (std::size_t cut = 8; cut + 1 < nodesEnd; ++cut) {
+    ASSERT_THAT(failure(model.substr(0, cut)), EndsWith("error: the file ends before its model is complete")) << cut;
+  }
+}
+
+TEST_F(ImportTest, AModelThatContradictsItselfIsRefused) {
+  const std::string bars = nodes({{1, {0, 0, 0}}, {2, {1, 0, 0}}});
+  EXPECT_THAT(failure(kHeading + kEnd), EndsWith("job.frd:7: error: there is no model"));
+  EXPECT_THAT(failure(kHeading + nodes({{1, {0, 0, 0}}, {1, {1, 0, 0}}}) + kEnd),
+              EndsWith("job.frd:7: error: the node 1 is there twice"));
+  EXPECT_THAT(failure(kHeading + bars + elements({{5, 11, {1, 3}}}) + kEnd),
+              EndsWith("job.frd:11: error: the element 5 has the node 3, which is not there"));
+  EXPECT_THAT(failure(kHeading + bars + elements({{5, 11, {1, 2}}, {5, 11, {2, 1}}}) + kEnd),
+              EndsWith("job.frd:11: error: the element 5 is there twice"));
+  EXPECT_THAT(failure(twoBars() + bars + kEnd),
+              EndsWith("job.frd:18: error: a second model in one file cannot be imported"));
+  EXPECT_THAT(failure(kHeading + temperature({}) + twoBars()),
+              EndsWith("job.frd:8: error: results come before the nodes that they belong to"));
+  EXPECT_THAT(failure(twoBars() + result({}, "NDTEMP", kTemperature, {{2, {1}}, {2, {1}}}) + kEnd),
+              EndsWith("job.frd:19: error: NDTEMP has two rows for the node 2"));
+}
+
+TEST_F(ImportTest, DamageLeavesTheOldDatabaseAlone) {
+  import(twoBars() + temperature({}, 1) + kEnd);
+  const auto size = std::filesystem::file_size(output_);
+  EXPECT_THAT(failureOf([&] { import(twoBars() + temperature({}) + "garbled\n" + kEnd); }),
+              EndsWith("job.frd:24: error: no block of a result file starts like this"));
+  EXPECT_EQ(std::filesystem::file_size(output_), size);
+  EXPECT_EQ(directory_.entries(), 2U) << "the result file and the old database, no temporary ones";
+}
+
+TEST_F(ImportTest, ADamagedDeckStopsTheImport) {
+  EXPECT_THAT(failure(twoBars() + kEnd, "*NSET,NSET=A\n1,2z\n"),
+              EndsWith("job.inp:2: error: \"2z\" is neither a label nor a set"));
+}
+
+}  // namespace
+}  // namespace importers::calculix

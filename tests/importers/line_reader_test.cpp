@@ -1,0 +1,79 @@
+#include "importers/line_reader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <string>
+#include <vector>
+
+#include "importers/diagnostics.h"
+#include "importers_test.h"
+
+namespace importers {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class LineReaderTest : public testing::Test {
+ protected:
+  std::vector<std::string> linesOf(const std::string& text) {
+    LineReader lines(writeText(directory_, "text", text));
+    std::vector<std::string> all;
+    std::string_view line;
+    while (lines.next(line)) all.emplace_back(line);
+    return all;
+  }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_F(LineReaderTest, TakesEitherLineEndAndALastLineWithoutOne) {
+  EXPECT_THAT(linesOf("a\nb\r\n\nc"), ElementsAre("a", "b", "", "c"));
+  EXPECT_THAT(linesOf("a\n"), ElementsAre("a"));
+  EXPECT_THAT(linesOf(""), ElementsAre());
+}
+
+TEST_F(LineReaderTest, CountsLinesAndTellsWhetherTheLastHasAnEnd) {
+  LineReader lines(writeText(directory_, "text", "a\nb"));
+  std::string_view line;
+  ASSERT_TRUE(lines.next(line));
+  EXPECT_EQ(lines.lineNumber(), 1);
+  EXPECT_TRUE(lines.isTerminated());
+  ASSERT_TRUE(lines.next(line));
+  EXPECT_EQ(lines.lineNumber(), 2);
+  EXPECT_FALSE(lines.isTerminated());
+  EXPECT_FALSE(lines.next(line));
+}
+
+TEST_F(LineReaderTest, KeepsLinesWholeAcrossItsBuffer) {
+  std::string text;
+  std::vector<std::string> expected;
+  for (int i = 0; i < 300000; ++i) {
+    expected.push_back("line number " + std::to_string(i));
+    text += expected.back() + "\n";
+  }
+  EXPECT_EQ(linesOf(text), expected);
+}
+
+TEST_F(LineReaderTest, RefusesALineWithoutEnd) {
+  const std::string longest(LineReader::kLongestLine, 'x');
+  EXPECT_EQ(linesOf("a\n" + longest).size(), 2U);
+  EXPECT_THAT(failureOf([&] { linesOf("a\n" + longest + longest + "xx\n"); }),
+              testing::EndsWith("text:2: error: the line is too long"));
+}
+
+TEST_F(LineReaderTest, NamesAFileThatCannotBeRead) {
+  EXPECT_THAT(failureOf([&] { LineReader(directory_.file("none")); }), HasSubstr("none: error: No such file"));
+  EXPECT_THAT(failureOf([&] { LineReader(directory_.file("")); }), HasSubstr("is not a regular file"));
+}
+
+TEST_F(LineReaderTest, DoesNotWaitForAPipe) {
+  const std::string path = directory_.file("pipe");
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  EXPECT_THAT(failureOf([&] { LineReader{path}; }), HasSubstr("is not a regular file"));
+}
+
+}  // namespace
+}  // namespace importers
