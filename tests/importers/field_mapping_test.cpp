@@ -96,6 +96,9 @@ TEST(FieldMapping, ImaginaryPartsAreNamedAfterTheirRealOnes) {
   const std::vector<MappedField> stress = mapResult(tensor("STRESSI", "S"));
   EXPECT_THAT(namesOf(stress), ElementsAre("S_IM"));
   EXPECT_EQ(stress[0].info.description, "Stress components, imaginary part");
+  EXPECT_THAT(namesOf(mapResult(tensor("TOSTRAII", "E"))), ElementsAre("E_IM"))
+      << "names have no more than eight letters";
+  EXPECT_THAT(namesOf(mapResult(tensor("MESTRAII", "E"))), ElementsAre("ME_IM"));
   EXPECT_THAT(namesOf(mapResult(block("ERRORI", {{"STR(%)", 1}}))), ElementsAre("S_ERROR_IM"));
   EXPECT_THAT(namesOf(mapResult(block("XI", {{"X", 1}}))), ElementsAre("XI"));
 }

@@ -192,10 +192,12 @@ TEST_F(FrdReaderTest, CountsMayBeBlankAndHeadingsRepeated) {
   EXPECT_THAT(std::get<FrdElements>(blocks[1]).groups.at(0).connectivity, ElementsAre(1, 2));
 }
 
-TEST_F(FrdReaderTest, ABlockMayHaveNoRows) {
-  const FrdResult result = readResult(frd_text::result({}, "MAFLOW", {{"MF", 1}}, {}));
-  EXPECT_THAT(result.labels, IsEmpty());
-  EXPECT_THAT(result.values, IsEmpty());
+TEST_F(FrdReaderTest, ABlockMayHaveNoRowsEvenIfSomeAreAnnounced) {
+  for (const std::size_t announced : {0U, 84U}) {
+    const FrdResult result = readResult(frame({}, announced) + components("MAFLOW", {{"MF", 1}}) + kEndOfBlock);
+    EXPECT_THAT(result.labels, IsEmpty());
+    EXPECT_THAT(result.values, IsEmpty());
+  }
 }
 
 TEST_F(FrdReaderTest, AFileWithoutItsLastLineIsCutOff) {
@@ -306,13 +308,15 @@ TEST_F(FrdReaderTest, DamagedRowsAreNamedWithTheirLine) {
   EXPECT_THAT(failureBehindHeading(header + " -1        1a 1.00000E+00 1.00000E+00 1.00000E+00\n"),
               HasSubstr(":14: error: the node"));
   EXPECT_THAT(failureBehindHeading(header + " -1\n"), HasSubstr(":14: error: the node"));
-  EXPECT_THAT(failureBehindHeading(header + kEndOfBlock),
-              EndsWith("job.frd:8: error: 1 rows are announced here, but there are 0"));
+  const std::string row = " -1         1 1.00000E+00 1.00000E+00 1.00000E+00\n";
+  EXPECT_THAT(failureBehindHeading(header + row + row + kEndOfBlock),
+              EndsWith("job.frd:8: error: 1 rows are announced here, but there are 2"));
 }
 
 TEST_F(FrdReaderTest, HeadersThatLieAboutCountsCostNoMemory) {
-  EXPECT_THAT(failureBehindHeading(frame({}, 2147483647) + components("DISP", kDisplacement) + kEndOfBlock),
-              HasSubstr("2147483647 rows are announced here, but there are 0"));
+  EXPECT_THAT(failureBehindHeading(frame({}, 2147483647) + components("NDTEMP", kTemperature) + rows({{1, {20}}}) +
+                                   kEndOfBlock),
+              HasSubstr("2147483647 rows are announced here, but there are 1"));
   std::string negative = frame({}, 1);
   negative.replace(negative.rfind("           1  "), 12, "          -1");
   EXPECT_THAT(failureBehindHeading(negative + " -4\n"), EndsWith("job.frd:8: error: the count is negative"));

@@ -58,15 +58,22 @@ const KnownBlock* findKnown(std::string_view block) {
   return found != kKnownBlocks.end() ? &*found : nullptr;
 }
 
+// The known block whose imaginary part a block is: names have eight characters, the last of which is an I then.
+const KnownBlock* findReal(std::string_view block) {
+  constexpr std::size_t stem = 7;
+  const auto found = std::find_if(kKnownBlocks.begin(), kKnownBlocks.end(), [&](const KnownBlock& known) {
+    return block.ends_with('I') && block.substr(0, block.size() - 1) == known.block.substr(0, stem);
+  });
+  return found != kKnownBlocks.end() ? &*found : nullptr;
+}
+
 BlockName nameOf(const std::string& block) {
   if (const KnownBlock* const known = findKnown(block)) {
     return {std::string(known->field), std::string(known->description)};
   }
-  if (block.ends_with('I')) {
-    if (const KnownBlock* const known = findKnown(std::string_view(block).substr(0, block.size() - 1))) {
-      return {std::string(known->field).append(kImaginaryEnding),
-              std::string(known->description).append(kImaginaryDescription)};
-    }
+  if (const KnownBlock* const real = findReal(block)) {
+    return {std::string(real->field).append(kImaginaryEnding),
+            std::string(real->description).append(kImaginaryDescription)};
   }
   return {block, "Result block " + block};
 }
