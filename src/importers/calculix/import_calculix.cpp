@@ -102,15 +102,16 @@ class Import {
   std::string endOfResults() const { return frames_.frameCount() > 0 ? frames_.lastPlace() : "the model"; }
 
   void checkEnd() {
-    if (!model_.hasNodes()) {
-      fail(reader_.lineNumber(),
-           reader_.isCutOff() ? "the file ends before its model is complete" : "there is no model");
+    const bool hasResults = frames_.frameCount() > 0;
+    if (reader_.isCutOff() && !model_.hasElements() && !hasResults) {
+      fail(reader_.lineNumber(), "the file ends before its model is complete");
     }
+    if (!model_.hasNodes()) fail(reader_.lineNumber(), "there is no model");
     if (reader_.isCutOff()) {
       const std::string text = "the file is cut off here; what is complete in it ends behind " + endOfResults();
       if (request_.isStrict) fail(reader_.lineNumber(), text);
       warnAt(reader_.lineNumber(), text);
-    } else if (frames_.frameCount() == 0) {
+    } else if (!hasResults) {
       warnAt(0, "the file holds no results");
     }
   }

@@ -1,0 +1,186 @@
+"""`kolvex import` as a user runs it: streams, statuses, and what stands under the final name."""
+import os
+import random
+import re
+
+import h5py
+
+from support import ProgramTest
+
+HEADING = "    1C\n    1Uthree nodes                                                         \n"
+NODES = ("    2C                             3                                     1\n"
+         " -1         1 0.00000E+00 0.00000E+00 0.00000E+00\n"
+         " -1         2 1.00000E+00 0.00000E+00 0.00000E+00\n"
+         " -1         3 2.00000E+00 0.00000E+00 0.00000E+00\n -3\n")
+ELEMENTS = ("    3C                             2                                     1\n"
+            " -1         1   11    0    1\n -2         1         2\n"
+            " -1         2   11    0    1\n -2         2         3\n -3\n")
+RESULTS = ("    1PSTEP                         1           1           1          \n"
+           "  100CL  101 1.000000000           3                     0    1           1\n"
+           " -4  NDTEMP      1    1\n -5  T           1    1    0    0\n"
+           " -1         1 2.00000E+01\n -1         2-3.00000E+01\n -1         3 1.23457E+06\n -3\n"
+           "    1PSTEP                         2           1           1          \n"
+           "  100CL  101 1.000000000           2                     0    1           1\n"
+           " -4  STRESS      6    1\n -5  SXX         1    4    1    1\n -5  SYY         1    4    2    2\n"
+           " -5  SZZ         1    4    3    3\n -5  SXY         1    4    1    2\n -5  SYZ         1    4    2    3\n"
+           " -5  SZX         1    4    3    1\n"
+           " -1         1 1.00000E+00 2.00000E+00 3.00000E+00 4.00000E+00 5.00000E+00 6.00000E+00\n"
+           " -1         3-1.00000E+00-2.00000E+00-3.00000E+00-4.00000E+00-5.00000E+00-6.00000E+00\n -3\n")
+WHOLE = HEADING + NODES + ELEMENTS + RESULTS + " 9999\n"
+DECK = "*HEADING\nbars\n*NSET,NSET=Ends\n1,3\n*ELSET,ELSET=Bars,GENERATE\n1,2\n*STEP\nwarm\n*END STEP\n"
+
+
+class ImportProgramTest(ProgramTest):
+    def run_import(self, *arguments, **options):
+        return self.run_program("import", *arguments, program="kolvex", **options)
+
+    def test_the_name_of_the_job_is_enough(self):
+        self.write("job.frd", WHOLE)
+        self.write("job.inp", DECK)
+        run = self.run_import("job")
+        self.assertEqual((run.status, run.err), (0, b""))
+        size = self.path("job.odb").stat().st_size
+        self.assertRegex(run.out.decode(),
+                         rf"^job\.odb: 1 steps, 1 frames, 2 fields, 2 sets, {size} bytes, \d+\.\d\d s\n$")
+        self.assertEqual(sorted(p.name for p in self.directory.iterdir()), ["job.frd", "job.inp", "job.odb"])
+        with h5py.File(self.path("job.odb")) as odb:
+            self.assertEqual(odb.attrs["title"], b"bars")
+            self.assertEqual(odb["steps/Step-1/fields/NT/blocks/0/data"][()].tolist(), [[20, -30, 1234570]])
+            self.assertEqual(odb["assembly/nodeSets/Ends/PART-1-1"][()].tolist(), [1, 3])
+
+    def test_the_database_goes_where_it_is_wanted(self):
+        os.mkdir(self.path("runs"))
+        os.mkdir(self.path("out"))
+        self.write("runs/job.frd", WHOLE)
+        self.write("other.inp", DECK)
+        run = self.run_import("runs/job.frd", "-o", "out/result.odb", "--deck", "other.inp")
+        self.assertEqual((run.status, run.err), (0, b""))
+        self.assertTrue(run.out.startswith(b"out/result.odb: 1 steps, 1 frames, 2 fields, 2 sets, "))
+        self.assertEqual(os.listdir(self.path("out")), ["result.odb"])
+
+    def test_without_a_deck_there_are_no_sets(self):
+        self.write("job.frd", WHOLE)
+        run = self.run_import("job")
+        self.assertEqual(run.status, 0)
+        self.assertEqual(run.err, b"job.frd: warning: there is no deck job.inp, so no sets are imported\n")
+        self.write("job.inp", "*NSET,NSET=A\n1,?,2x\n")
+        self.assertEqual(self.run_import("job").status, 1)
+        run = self.run_import("job", "--no-deck")
+        self.assertEqual((run.status, run.err), (0, b""))
+
+    def test_a_deck_that_is_asked_for_must_exist(self):
+        self.write("job.frd", WHOLE)
+        run = self.run_import("job", "--deck", "none.inp")
+        self.assertEqual((run.status, run.out, run.err), (1, b"", b"none.inp: error: the deck does not exist\n"))
+
+    def test_storage_can_be_packed_and_checked(self):
+        self.write("job.frd", WHOLE)
+        self.write("job.inp", DECK)
+        self.assertEqual(self.run_import("job", "--compress", "--checksum").status, 0)
+        with h5py.File(self.path("job.odb")) as odb:
+            data = odb["steps/Step-1/fields/S/blocks/0/data"]
+            self.assertEqual((data.compression, data.fletcher32), ("gzip", True))
+            self.assertEqual(data[0, 0].tolist(), [1, 2, 3, 4, 6, 5])
+
+    def test_wrong_usage_has_its_own_status(self):
+        for arguments in ((), ("a", "b"), ("--no-such-option", "a"), ("a", "-o")):
+            run = self.run_import(*arguments)
+            self.assertEqual((run.status, run.out), (2, b""))
+            self.assertNotEqual(run.err, b"")
+
+    def test_help_and_version_go_to_standard_output(self):
+        run = self.run_import("--help")
+        self.assertEqual((run.status, run.err), (0, b""))
+        self.assertIn(b"--deck", run.out)
+        run = self.run_import("--version")
+        self.assertEqual((run.status, run.err), (0, b""))
+        self.assertRegex(run.out, rb"^kolvex import \d+\.\d+\.\d+\n$")
+
+    def assert_refused(self, message, *arguments):
+        run = self.run_import(*(arguments or ("job",)))
+        self.assertEqual((run.status, run.out), (1, b""))
+        self.assertEqual(run.err.decode().splitlines()[-1], message)
+        self.assertFalse(self.path("job.odb").exists())
+
+    def test_what_is_no_result_file_is_refused(self):
+        self.assert_refused("job.frd: error: No such file or directory")
+        self.write("job.frd", "")
+        self.assert_refused("job.frd: error: the file is empty")
+        self.write("job.frd", "hello\n")
+        self.assert_refused('job.frd:1: error: this is no result file of CalculiX: those start with "    1C"')
+        self.write("job.frd", b"\x89HDF\r\n\x1a\n" + bytes(1000))
+        self.assert_refused('job.frd:1: error: this is no result file of CalculiX: those start with "    1C"')
+        self.write("job.frd", "    1C\n" + "x" * 3000000)
+        self.assert_refused("job.frd:2: error: the line is too long")
+        os.remove(self.path("job.frd"))
+        os.mkdir(self.path("job.frd"))
+        self.assert_refused("job.frd: error: is not a regular file")
+
+    def test_damage_is_named_with_its_line(self):
+        self.write("job.frd", WHOLE.replace("-3.00000E+01", "-3.0?000E+01"))
+        self.assert_refused('job.frd:19: error: "-3.0?000E+01" is not a number')
+        self.write("job.frd", WHOLE)
+        self.write("job.inp", DECK.replace("1,2\n", "1,2,x\n"))
+        self.assert_refused('job.inp:6: error: "x" is not a label')
+
+    def test_a_failure_leaves_the_old_database_alone(self):
+        self.write("job.frd", WHOLE.replace(" 9999", "what?"))
+        self.write("job.odb", "old")
+        run = self.run_import("job")
+        self.assertEqual(run.status, 1)
+        self.assertEqual(run.text("job.odb"), b"old")
+        self.assertEqual(sorted(p.name for p in self.directory.iterdir()), ["job.frd", "job.odb"])
+
+    def test_a_database_replaces_an_old_one(self):
+        self.write("job.frd", WHOLE)
+        self.write("job.odb", "old")
+        self.assertEqual(self.run_import("job").status, 0)
+        self.assertNotEqual(self.path("job.odb").read_bytes(), b"old")
+
+    def test_the_database_never_replaces_what_it_is_made_of(self):
+        self.write("job.frd", WHOLE)
+        self.write("job.inp", DECK)
+        for name in ("job.frd", "job.inp", "./job.frd"):
+            self.assert_refused(name + ": error: the database would replace what it is made of", "job", "-o", name)
+        self.assertEqual(self.path("job.frd").read_text(), WHOLE)
+
+    def test_an_output_that_cannot_be_written_is_named(self):
+        self.write("job.frd", WHOLE)
+        run = self.run_import("job", "-o", "no/such/directory/job.odb")
+        self.assertEqual((run.status, run.out), (1, b""))
+        self.assertTrue(run.err.splitlines()[-1].startswith(b"no/such/directory/job.odb: "), run.err)
+
+    def test_a_cut_at_any_place_is_told(self):
+        model = len(HEADING + NODES + ELEMENTS)
+        for cut in range(0, len(WHOLE) - 1, 7):
+            self.write("job.frd", WHOLE[:cut])
+            run = self.run_import("job", "--no-deck")
+            if cut < model - 1:
+                self.assertEqual((run.status, run.out), (1, b""), cut)
+                self.assertRegex(run.err, rb"^job\.frd(:\d+)?: error: ")
+                self.assertFalse(self.path("job.odb").exists())
+                continue
+            self.assertEqual(run.status, 0, (cut, run.err))
+            self.assertRegex(run.err, rb"^job\.frd:\d+: warning: the file is cut off here; .*\n$")
+            self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end behind ")
+            os.remove(self.path("job.odb"))
+
+    def test_flipped_bytes_never_crash_it(self):
+        chance = random.Random(20240229)
+        statuses = set()
+        for _ in range(300):
+            frd, inp = bytearray(WHOLE, "ascii"), bytearray(DECK, "ascii")
+            for _ in range(chance.randint(1, 4)):
+                text = frd if chance.random() < 0.8 else inp
+                text[chance.randrange(len(text))] = chance.choice(b"\n\r\0 -*,.=0159EXx\xff")
+            self.write("job.frd", bytes(frd))
+            self.write("job.inp", bytes(inp))
+            run = self.run_import("job")
+            statuses.add(run.status)
+            self.assertIn(run.status, (0, 1), (bytes(frd), bytes(inp), run.err))
+            self.assertEqual(self.path("job.odb").exists(), run.status == 0)
+            if run.status == 0:
+                os.remove(self.path("job.odb"))
+            else:
+                self.assertTrue(re.match(rb"job\.(frd|inp)(:\d+)?: error: ", run.err.splitlines()[-1]), run.err)
+        self.assertEqual(statuses, {0, 1})
