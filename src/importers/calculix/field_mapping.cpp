@@ -134,8 +134,8 @@ std::optional<std::vector<MappedField>> mapContact(const FrdResult& result) {
                  [](const FrdComponent& c, std::string_view name) { return c.name == name; });
   if (!isContact) return std::nullopt;
   return std::vector<MappedField>{
-      vectorField("CDIS", "Contact opening and slips", {expected.begin(), expected.begin() + 3}, 0),
-      vectorField("CSTR", "Contact pressure and shears", {expected.begin() + 3, expected.end()}, 3)};
+      vectorField("CDIS", "Contact displacement", {expected.begin(), expected.begin() + 3}, 0),
+      vectorField("CSTR", "Contact Stress", {expected.begin() + 3, expected.end()}, 3)};
 }
 
 // One scalar per component from `first` on.
