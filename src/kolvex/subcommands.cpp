@@ -27,12 +27,13 @@ std::optional<Subcommand> findSubcommand(std::string_view name) {
 }
 
 std::optional<std::string> programPath(const std::string& launcher, std::string_view name) {
-  const std::filesystem::path directory = std::filesystem::path(launcher).parent_path();
-  for (const auto& candidate : {directory.parent_path() / "libexec" / "kolvex" / name, directory / name}) {
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(candidate, ignored)) return candidate.string();
-  }
-  return std::nullopt;
+  const std::filesystem::path beside = std::filesystem::path(launcher).parent_path();
+  const std::filesystem::path installed = beside.parent_path() / "libexec" / "kolvex";
+  std::error_code ignored;
+  const bool isInstalled = std::filesystem::is_directory(installed, ignored);
+  const std::filesystem::path program = (isInstalled ? installed : beside) / name;
+  if (!std::filesystem::is_regular_file(program, ignored)) return std::nullopt;
+  return program.string();
 }
 
 std::string helpText() {
@@ -44,7 +45,7 @@ std::string helpText() {
   for (const Subcommand& subcommand : kSubcommands) {
     text += fmt::format("  {:<12}{}\n", subcommand.name, subcommand.summary);
   }
-  text += "\n'kolvex <command> -help' tells more of a command.\n";
+  text += "\n'kolvex import --help' and 'kolvex quarnish -help' tell more.\n";
   return text;
 }
 

@@ -20,7 +20,8 @@ std::span<const Subcommand> subcommands();
 std::optional<Subcommand> findSubcommand(std::string_view name);
 
 // Where the program of a subcommand is installed with the launcher at `launcher` (an absolute path): in
-// ../libexec/kolvex, else beside it. Nothing where neither exists.
+// ../libexec/kolvex, or beside it where there is no such directory, as after a build. Nothing when it is not there; the
+// directory of an installed launcher is not searched, since other programs called `import` live there.
 std::optional<std::string> programPath(const std::string& launcher, std::string_view name);
 
 // The text of `kolvex --help`.
