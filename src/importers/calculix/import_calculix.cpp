@@ -73,6 +73,7 @@ class Import {
     }
     const std::vector<MappedField> fields = mapResult(block);
     std::vector<std::string> names;
+    names.reserve(fields.size());
     for (const MappedField& field : fields) names.push_back(field.name);
     const odbstore::FrameId frame = frames_.frameOf(block, names);
     RowPlaces& places = model_.placesOf(block);
