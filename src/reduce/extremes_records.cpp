@@ -48,8 +48,8 @@ bool isScreenedRegion(const odb_String& regionTag) {
   return tag.find("Warn") != std::string_view::npos || tag.find("Info") != std::string_view::npos;
 }
 
-std::array<bool, 6> cutToComponents(odb_Sequence<odb_String>& labels) {
-  std::array<bool, 6> present{};
+ComponentFlags cutToComponents(odb_Sequence<odb_String>& labels) {
+  ComponentFlags present{};
   for (int i = 0; i < labels.size(); ++i) {
     const std::string_view label = labels.constGet(i).cStr();
     const odb_String ending(label.substr(label.size() - std::min<std::size_t>(label.size(), 2)));

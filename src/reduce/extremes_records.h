@@ -35,8 +35,9 @@ void writeVectorComponents(std::ostream& out, const RecordHead& head,
 inline constexpr std::array<std::string_view, 6> kTensorQuantities = {"__11", "__22", "__33", "__12", "__13", "__23"};
 inline constexpr std::array<std::string_view, 3> kVectorQuantities = {"__1", "__2", "__3"};
 
-// An invariant that can be reduced: its code, the slot under which a value gives it, its quantity token. The three
-// in-plane and out-of-plane spellings differ in their underscores; readers of the records know them so.
+// An invariant that can be reduced: its code and its quantity token. Its place in the table is the slot under which a
+// value gives it. The three in-plane and out-of-plane spellings differ in their underscores; readers of the records
+// know them so.
 struct InvariantQuantity {
   odb_InvariantEnum code;
   std::string_view quantity;
@@ -57,4 +58,4 @@ inline constexpr std::array<InvariantQuantity, 9> kInvariantQuantities = {{
 bool isScreenedRegion(const odb_String& regionTag);
 
 // Cuts every label down to its last two characters, in place, and tells which tensor components they name.
-std::array<bool, 6> cutToComponents(odb_Sequence<odb_String>& labels);
+ComponentFlags cutToComponents(odb_Sequence<odb_String>& labels);

@@ -5,7 +5,7 @@
 namespace {
 
 // Where the accessors stand in the interface that scripts and traces know.
-constexpr const char* kAccessorFile = "odb_FieldValue";
+constexpr const char* kAccessorFile = "odb_FieldValue.h";
 constexpr int kDataLine = 92;
 constexpr int kDataDoubleLine = 110;
 

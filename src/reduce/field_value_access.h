@@ -20,11 +20,8 @@ ComponentSlots& componentSlots();
 // Points the tensor slots at the process's own numbers.
 void connectTensorSlots(ComponentSlots& slots);
 
-// Which tensor components a field has, in the order of kTensorComponents.
-using ComponentFlags = std::array<bool, kTensorComponents.size()>;
-
 // The numbers of a value, one per component label of its field. Asking for the wrong precision raises an
-// odb_Exception with the code precisionError.
+// odb_Exception with the code precisionError, which names the accessor that refused.
 odb_SequenceFloat data(const odb_FieldValue& value);
 odb_SequenceDouble dataDouble(const odb_FieldValue& value);
 

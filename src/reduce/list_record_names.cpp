@@ -20,7 +20,7 @@ void listTensor(const odb_FieldOutput& field, std::ostream& out, const RecordHea
   writeZeroExtremes(out, head, "__mises");
   if (!extractionSwitches().fieldComponents) return;
   odb_Sequence<odb_String> labels = field.componentLabels();
-  const std::array<bool, 6> present = cutToComponents(labels);
+  const ComponentFlags present = cutToComponents(labels);
   for (std::size_t c = 0; c < present.size(); ++c) {
     if (present[c]) writeZeroExtremes(out, head, kTensorQuantities[c]);
   }

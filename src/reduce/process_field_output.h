@@ -9,8 +9,9 @@
 //
 //   stepName, increment   of the frame
 //   regionKind  "ALL", "ELEMENT_SET" or "NODE_SET"
-//   regionTag   empty for the whole model, else with its leading "__"; a tag that contains "Warn" or "Info" writes
-//   nothing depth       levels still allowed; below 1 nothing is reduced (names are still listed)
+//   regionTag   empty for the whole model, else with its leading "__"; one that contains "Warn" or "Info" writes
+//               nothing
+//   depth       levels still allowed; below 1 nothing is reduced (names are still listed)
 //
 // A field output is wanted by what its description names, or when all are. The whole model is reduced from the bulk
 // data, a set value by value. When values are not to be computed, the names that the reduction would write are listed

@@ -29,12 +29,10 @@ struct Rows {
   const Number* row(int i) const { return numbers + static_cast<std::ptrdiff_t>(i) * width; }
 };
 
-bool wantsEngineering() { return extractionSwitches().engineeringMin || extractionSwitches().engineeringMax; }
-
 // An array for a value of each row, empty where no selection will ask for it.
 template <class Number>
 std::vector<Number> scratchFor(int rows) {
-  return std::vector<Number>(wantsEngineering() ? static_cast<std::size_t>(rows) : 0);
+  return std::vector<Number>(extractionSwitches().wantsEngineering() ? static_cast<std::size_t>(rows) : 0);
 }
 
 template <class Number>
@@ -124,8 +122,6 @@ BlockExtremes<Number> reduceNodes(const Rows<Number>& rows) {
   return rows.type == odb_Enum::vector ? reduceNodeVectors(rows) : reduceNodeNumbers(rows);
 }
 
-using ComponentFlags = std::array<bool, kTensorComponents.size()>;
-
 template <class Number>
 void reduceTensorComponents(const Rows<Number>& rows, const ComponentFlags& present) {
   for (std::size_t c = 0; c < present.size(); ++c) {
@@ -212,6 +208,7 @@ void reduceRows(const odb_FieldBulkData& block, const Number* numbers) {
 
 void reduceBulkBlock(const odb_FieldBulkData& block, std::ostream&, const odb_String&, int, const odb_String&,
                      const odb_Sequence<odb_InvariantEnum>&, const odb_String&, bool) {
+  reductionResults().clearBlock();
   if (block.precision() == odb_Enum::singlePrecision) {
     reduceRows<float>(block, block.data());
   } else {

@@ -29,8 +29,6 @@ struct Quantity {
   }
 };
 
-bool wantsEngineering() { return extractionSwitches().engineeringMin || extractionSwitches().engineeringMax; }
-
 // All that the value pass finds out.
 struct Reduction {
   explicit Reduction(const ComponentFlags& components) : present(components) {}
@@ -43,7 +41,7 @@ struct Reduction {
 };
 
 void allocateValues(Reduction& reduction, int count) {
-  if (!wantsEngineering()) return;
+  if (!extractionSwitches().wantsEngineering()) return;
   const auto size = static_cast<std::size_t>(count);
   reduction.main.values.resize(size);
   if (!extractionSwitches().fieldComponents) return;
@@ -174,7 +172,7 @@ void reduceInvariants(const odb_SequenceFieldValue& values, std::ostream& out, c
   for (std::size_t slot = 0; slot < kInvariantQuantities.size(); ++slot) {
     if (!valid.isMember(kInvariantQuantities[slot].code)) continue;
     Quantity quantity;
-    if (wantsEngineering()) quantity.values.resize(static_cast<std::size_t>(values.size()));
+    if (extractionSwitches().wantsEngineering()) quantity.values.resize(static_cast<std::size_t>(values.size()));
     reduceInvariant(values, static_cast<int>(slot), quantity);
     writeInvariantRecords(out, head, kInvariantQuantities[slot].quantity, quantity.extremes);
   }
@@ -186,6 +184,7 @@ void reduceFieldOutputValues(const odb_SequenceFieldValue& values, std::ostream&
                              odb_String scope, odb_String regionName, odb_String fieldName,
                              const odb_Sequence<odb_InvariantEnum>& invariants,
                              odb_Sequence<odb_String>& componentLabels, int, odb_String valueName, bool flag) {
+  reductionResults().clearBlock();
   if (isScreenedRegion(regionName)) return;
   valueName.append("    ");
   connectTensorSlots(componentSlots());

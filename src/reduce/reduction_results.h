@@ -9,12 +9,18 @@
 inline constexpr std::array<const char*, 6> kTensorComponents = {"11", "22", "33", "12", "13", "23"};
 inline constexpr int kVectorComponents = 3;
 
+// Which tensor components a field or block has, in the order of kTensorComponents.
+using ComponentFlags = std::array<bool, kTensorComponents.size()>;
+
 // The results of the block reduced last. What a block does not set stays from the blocks and fields before it, and is
 // written as it is: readers of the records rely on that.
 struct ReductionResults {
   Extremes block;
   std::array<Extremes, kVectorComponents> vector;
   std::array<Extremes, kTensorComponents.size()> tensor;
+
+  // Every reduction starts with this, so that one which fails leaves no maximum and minimum of an earlier block.
+  void clearBlock() { block.max = block.min = 0.0; }
 };
 
 // The one set of results of the process, all 0 at its start.

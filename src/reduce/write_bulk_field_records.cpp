@@ -11,7 +11,7 @@ namespace {
 struct FieldReduction {
   Extremes extremes = startingExtremes();
   int type = 0;
-  std::array<bool, kTensorComponents.size()> present{};
+  ComponentFlags present{};
 
   void takeBlock(const Extremes& block) {
     if (block.max > extremes.max) extremes.max = block.max;

@@ -23,6 +23,9 @@ struct ExtractionSwitches {
   bool tensorInvariants = false;
   // How many of the most extreme values, in percent, the engineering extremes pass over.
   double percentage = 0.0;
+
+  // Whether either engineering extreme is asked for.
+  bool wantsEngineering() const { return engineeringMin || engineeringMax; }
 };
 
 // The one set of switches of the process.

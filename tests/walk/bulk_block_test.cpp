@@ -1,8 +1,8 @@
-#include "reduce/reduce_bulk_block.h"
-
 #include <cmath>
 #include <limits>
 
+#include "reduce/reduce_bulk_block.h"
+#include "selection_oracle.h"
 #include "walk_test.h"
 
 namespace {
@@ -57,6 +57,19 @@ TEST_F(BulkBlockTest, NodeScalarsOfFloatsHaveTheirSecondSmallestAsBothEngineerin
   EXPECT_EQ(result.min, 1.0);
   EXPECT_EQ(result.engineeringMin, 2.0);
   EXPECT_EQ(result.engineeringMax, 2.0);
+}
+
+TEST_F(BulkBlockTest, NodeScalarsOfFloatsSelectAscendingTwiceOverTheSameArray) {
+  switches().engineeringMax = switches().engineeringMin = true;
+  switches().percentage = 20;
+  constexpr int kPassed = 32;
+  const std::vector<float> numbers = scrambledNumbers<float>(161, 71);
+  const std::vector<float> once = selectedAscending(numbers, kPassed);
+  const std::vector<float> twice = selectedAscending(once, kPassed);
+  ASSERT_NE(once[kPassed - 1], twice[kPassed - 1]);
+  const Extremes& result = reduce(nodeBlock(odb_Enum::scalar, 1, numbers));
+  EXPECT_EQ(result.engineeringMin, static_cast<double>(once[kPassed - 1]));
+  EXPECT_EQ(result.engineeringMax, static_cast<double>(twice[kPassed - 1]));
 }
 
 TEST_F(BulkBlockTest, NodeScalarsOfDoublesSelectTheMaximumFromAbove) {
@@ -130,8 +143,7 @@ TEST_F(BulkBlockTest, ElementVectorsLeaveTheEngineeringExtremesOfTheirComponents
 TEST_F(BulkBlockTest, ElementTensorsAreReducedByTheirEquivalentStress) {
   switches().engineeringMax = switches().engineeringMin = true;
   switches().percentage = 50;
-  const Extremes& result =
-      reduce(elementBlock(odb_Enum::tensor3dFull, 6, std::vector<float>(24, 1.0F), {4, 1, 3, 2}));
+  const Extremes& result = reduce(elementBlock(odb_Enum::tensor3dFull, 6, std::vector<float>(24, 1.0F), {4, 1, 3, 2}));
   EXPECT_EQ(result.max, 4.0);
   EXPECT_EQ(result.min, 1.0);
   EXPECT_EQ(result.engineeringMax, 3.0);
@@ -181,6 +193,45 @@ TEST_F(BulkBlockTest, ElementScalarsSelectFromBothEnds) {
   const Extremes& result = reduce(elementBlock(odb_Enum::scalar, 1, oneTo(25)));
   EXPECT_EQ(result.engineeringMin, 2.0);
   EXPECT_EQ(result.engineeringMax, 24.0);
+}
+
+TEST_F(BulkBlockTest, ElementScalarsOfSeveralColumnsKeepTheLastForTheEngineeringExtremes) {
+  switches().engineeringMax = switches().engineeringMin = true;
+  const Extremes& result = reduce(elementBlock(odb_Enum::scalar, 2, {9, 1, -5, 2}));
+  EXPECT_EQ(result.max, 9.0);
+  EXPECT_EQ(result.min, -5.0);
+  EXPECT_EQ(result.engineeringMax, 2.0);
+  EXPECT_EQ(result.engineeringMin, 1.0);
+}
+
+TEST_F(BulkBlockTest, ElementScalarsOfDoublesAreNotRoundedToFloats) {
+  switches().engineeringMax = switches().engineeringMin = true;
+  memory::Block block = elementBlock(odb_Enum::scalar, 1, {});
+  block.doubles = {1.0 / 3.0, 2.0 / 3.0};
+  const Extremes& result = reduce(block);
+  EXPECT_EQ(result.max, 2.0 / 3.0);
+  EXPECT_EQ(result.engineeringMax, 2.0 / 3.0);
+  EXPECT_EQ(result.engineeringMin, 1.0 / 3.0);
+}
+
+TEST_F(BulkBlockTest, TheEquivalentStressOfDoublesStaysAFloat) {
+  switches().engineeringMax = switches().engineeringMin = switches().fieldComponents = true;
+  memory::Block block = elementBlock(odb_Enum::tensor3dFull, 1, {}, {0.1F, 0.2F});
+  block.doubles = {1.0 / 3.0, 2.0 / 3.0};
+  block.labels = {"11"};
+  const Extremes& result = reduce(block);
+  EXPECT_EQ(result.max, static_cast<double>(0.2F));
+  EXPECT_EQ(result.engineeringMin, static_cast<double>(0.1F));
+  EXPECT_EQ(tensor(0).max, 2.0 / 3.0);
+  EXPECT_EQ(tensor(0).engineeringMin, 1.0 / 3.0);
+}
+
+TEST_F(BulkBlockTest, ElementVectorsOfDoublesReportTheDoubleStartingValues) {
+  switches().engineeringMax = switches().engineeringMin = true;
+  const Extremes& result = reduce(inDouble(elementBlock(odb_Enum::vector, 3, {3, 4, 0})));
+  EXPECT_EQ(result.max, 5.0);
+  EXPECT_EQ(result.engineeringMax, kLowestDouble);
+  EXPECT_EQ(result.engineeringMin, kHighestDouble);
 }
 
 TEST_F(BulkBlockTest, NoRowsLeaveTheStartingValues) {

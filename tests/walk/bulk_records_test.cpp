@@ -102,8 +102,7 @@ TEST_F(BulkRecordsTest, EngineeringExtremesCombineLikePlainOnes) {
 TEST_F(BulkRecordsTest, VectorComponentsGatherOverTheBlocksOfOneFieldAndStartAnewWithTheNext) {
   switches().fieldComponents = true;
   write({nodeBlock(odb_Enum::vector, 1, {1}), nodeBlock(odb_Enum::vector, 1, {-5})});
-  EXPECT_THAT(linesOf("Step_1__Frame_3__F__"),
-              testing::IsSupersetOf({"1__max\t1", "1__min\t-5"}));
+  EXPECT_THAT(linesOf("Step_1__Frame_3__F__"), testing::IsSupersetOf({"1__max\t1", "1__min\t-5"}));
   write({nodeBlock(odb_Enum::vector, 1, {2})});
   EXPECT_THAT(linesOf("Step_1__Frame_3__F__"), testing::IsSupersetOf({"1__max\t2", "1__min\t2"}));
 }
@@ -115,7 +114,8 @@ TEST_F(BulkRecordsTest, NodeTensorsReportTheComponentsThatAnEarlierFieldLeft) {
   memory::Block block = nodeBlock(odb_Enum::tensor3dFull, 1, {1});
   block.labels = {"11"};
   write({block});
-  EXPECT_THAT(linesOf("Step_1__Frame_3__F__"), ElementsAre("mises__max\t1", "mises__min\t1", "11__max\t42", "11__min\t42"));
+  EXPECT_THAT(linesOf("Step_1__Frame_3__F__"),
+              ElementsAre("mises__max\t1", "mises__min\t1", "11__max\t42", "11__min\t42"));
 }
 
 TEST_F(BulkRecordsTest, AtTheStartOfTheProcessTheComponentsOfNodeTensorsAreZero) {
@@ -123,7 +123,8 @@ TEST_F(BulkRecordsTest, AtTheStartOfTheProcessTheComponentsOfNodeTensorsAreZero)
   memory::Block block = nodeBlock(odb_Enum::tensor3dFull, 1, {1});
   block.labels = {"23"};
   write({block});
-  EXPECT_THAT(linesOf("Step_1__Frame_3__F__"), ElementsAre("mises__max\t1", "mises__min\t1", "23__max\t0", "23__min\t0"));
+  EXPECT_THAT(linesOf("Step_1__Frame_3__F__"),
+              ElementsAre("mises__max\t1", "mises__min\t1", "23__max\t0", "23__min\t0"));
 }
 
 TEST_F(BulkRecordsTest, TheTypeOfTheLastBlockDecidesTheFamily) {

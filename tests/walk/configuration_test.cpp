@@ -1,6 +1,6 @@
 #include <fstream>
+#include <limits>
 
-#include "driver/command_line.h"
 #include "driver/read_configuration.h"
 #include "support/temporary_directory.h"
 #include "walk_test.h"
@@ -118,14 +118,6 @@ TEST(LeadingNumber, HasAnyLength) {
   EXPECT_EQ(leadingNumber(std::string(300, '0') + "7.25" + std::string(300, '0')), 7.25);
   EXPECT_EQ(leadingNumber("1" + std::string(400, '0')), std::numeric_limits<double>::infinity());
   EXPECT_EQ(leadingNumber("12.500000000000000000000000000"), 12.5);
-}
-
-TEST(DatabaseName, IsCompletedUnlessItContainsTheEnding) {
-  EXPECT_STREQ(completedDatabaseName("model").cStr(), "model.odb");
-  EXPECT_STREQ(completedDatabaseName("model.odb").cStr(), "model.odb");
-  EXPECT_STREQ(completedDatabaseName("model.odb.old").cStr(), "model.odb.old");
-  EXPECT_STREQ(completedDatabaseName("a.odb/model").cStr(), "a.odb/model");
-  EXPECT_STREQ(completedDatabaseName("").cStr(), ".odb");
 }
 
 }  // namespace

@@ -86,6 +86,24 @@ TEST_F(DispatchTest, InvariantsOrAllMakeEveryFieldWantedWhateverItsDescription) 
   EXPECT_EQ(takeLines().size(), 2U);
 }
 
+TEST_F(DispatchTest, AbsoluteExtremesChangeNoRecord) {
+  switches().allFieldOutputs = switches().fieldComponents = true;
+  for (const bool compute : {true, false}) {
+    switches().computeValues = compute;
+    for (const memory::Field* field : {&scalar_, &tensor_}) {
+      switches().absoluteMax = switches().absoluteMin = false;
+      dispatchWhole(*field);
+      dispatchSet(*field);
+      const std::vector<std::string> usual = takeLines();
+      EXPECT_FALSE(usual.empty());
+      switches().absoluteMax = switches().absoluteMin = true;
+      dispatchWhole(*field);
+      dispatchSet(*field);
+      EXPECT_EQ(takeLines(), usual);
+    }
+  }
+}
+
 TEST_F(DispatchTest, TheWholeModelIsReducedFromBlocksAndASetFromValues) {
   switches().allFieldOutputs = true;
   dispatchWhole(scalar_);
@@ -154,8 +172,8 @@ TEST_F(DispatchTest, ListingOfATensorNamesTheComponentsItsLabelsEndIn) {
   switches().allFieldOutputs = switches().fieldComponents = true;
   tensor_.labels = {"S11", "E22", "12"};
   dispatchWhole(tensor_);
-  EXPECT_THAT(takeNames("Step_1__Frame_3__S__"), ElementsAre("mises__max", "mises__min", "11__max", "11__min", "22__max",
-                                                             "22__min", "12__max", "12__min"));
+  EXPECT_THAT(takeNames("Step_1__Frame_3__S__"), ElementsAre("mises__max", "mises__min", "11__max", "11__min",
+                                                             "22__max", "22__min", "12__max", "12__min"));
   tensor_.labels.clear();
   dispatchWhole(tensor_);
   EXPECT_THAT(takeNames("Step_1__Frame_3__S__"), ElementsAre("mises__max", "mises__min"));
@@ -167,9 +185,9 @@ TEST_F(DispatchTest, ListingOfAVectorNamesAllThreeComponentsWhateverItHas) {
   switches().engineeringMax = switches().engineeringMin = true;
   dispatchWhole(vector_);
   EXPECT_THAT(takeNames("Step_1__Frame_3__U__"),
-              ElementsAre("mag__max", "mag__min", "mag__enggmax", "mag__enggmin", "1__max", "1__min", "2__max", "2__min",
-                          "3__max", "3__min", "1__enggmax", "2__enggmax", "3__enggmax", "1__enggmin", "2__enggmin",
-                          "3__enggmin"));
+              ElementsAre("mag__max", "mag__min", "mag__enggmax", "mag__enggmin", "1__max", "1__min", "2__max",
+                          "2__min", "3__max", "3__min", "1__enggmax", "2__enggmax", "3__enggmax", "1__enggmin",
+                          "2__enggmin", "3__enggmin"));
 }
 
 TEST_F(DispatchTest, ListingGoesByTheTypeOfTheFirstBlock) {

@@ -85,6 +85,28 @@ TEST_F(FieldValueTest, TheWrongPrecisionIsRefusedWithItsMessage) {
   EXPECT_EQ(errorOf([] { dataDouble(odb_FieldValue(scalarValue(1))); }), "Data is single precision.  Use data()");
 }
 
+TEST_F(FieldValueTest, ARefusalNamesItsAccessor) {
+  const auto placeOf = [](auto&& action) {
+    try {
+      action();
+    } catch (const odb_Exception& error) {
+      return std::string(error.file()) + ":" + std::to_string(error.line());
+    }
+    return std::string("no error");
+  };
+  EXPECT_EQ(placeOf([] { data(odb_FieldValue(doubleTensor(5))); }), "odb_FieldValue.h:92");
+  EXPECT_EQ(placeOf([] { dataDouble(odb_FieldValue(scalarValue(1))); }), "odb_FieldValue.h:110");
+}
+
+TEST_F(FieldValueTest, AnyPrecisionButOneIsReadInSingleAndAnyButZeroInDouble) {
+  memory::Value value = scalarValue(1.5F);
+  value.doubles = {2.5};
+  value.precision = 2;
+  EXPECT_EQ(data(odb_FieldValue(value)).constGet(0), 1.5F);
+  EXPECT_EQ(dataDouble(odb_FieldValue(value)).constGet(0), 2.5);
+  EXPECT_EQ(read(value), 2.5);
+}
+
 TEST_F(FieldValueTest, ComponentsAreReadInSinglePrecisionAloneSoDoubleOnesAreRefused) {
   const ComponentFlags all = {true, true, true, true, true, true};
   const std::string refused = "Data is double precision.  Use dataDouble()";

@@ -1,5 +1,4 @@
 #include "traversal/process_frame.h"
-
 #include "walk_test.h"
 
 namespace {
@@ -32,7 +31,9 @@ class FramesTest : public WalkTest {
                      visibleField("NT", {"Top", "Edge-1", "Tip", "Set-1", "N"})};
   }
 
-  void walk(int depth = 9998) { processFrame(odb_Odb(database_), odb_Frame(frame_), out_, "Step-1", "        ", depth); }
+  void walk(int depth = 9998) {
+    processFrame(odb_Odb(database_), odb_Frame(frame_), out_, "Step-1", "        ", depth);
+  }
 
   memory::Database database_;
   memory::Frame frame_;

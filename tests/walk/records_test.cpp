@@ -1,10 +1,9 @@
-#include "result/record_name.h"
-
 #include <cmath>
 #include <fstream>
 #include <limits>
 
 #include "reduce/process_field_output.h"
+#include "result/record_name.h"
 #include "result/result_file.h"
 #include "support/temporary_directory.h"
 #include "walk_test.h"

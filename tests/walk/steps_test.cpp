@@ -1,5 +1,5 @@
-#include "traversal/traverse_steps.h"
 #include "traversal/process_step.h"
+#include "traversal/traverse_steps.h"
 #include "walk_test.h"
 
 namespace {

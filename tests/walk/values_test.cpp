@@ -1,9 +1,9 @@
-#include "reduce/reduce_field_output_values.h"
-
 #include <cmath>
 #include <limits>
 #include <numeric>
 
+#include "reduce/reduce_field_output_values.h"
+#include "selection_oracle.h"
 #include "walk_test.h"
 
 namespace {
@@ -17,8 +17,8 @@ class ValuesTest : public WalkTest {
               const char* scope = "ELEMENT_SET", const char* region = "__TOP", const char* field = "F") {
     odb_Sequence<odb_String> sequence;
     for (const std::string& label : labels) sequence.append(odb_String(label));
-    reduceFieldOutputValues(odb_SequenceFieldValue(values), out_, "Step-1", 2, scope, region, field, invariants_, sequence,
-                            0, "", false);
+    reduceFieldOutputValues(odb_SequenceFieldValue(values), out_, "Step-1", 2, scope, region, field, invariants_,
+                            sequence, 0, "", false);
     labelsAfterwards_ = sequence;
   }
   std::vector<std::string> linesOf(const std::string& head) {
@@ -49,8 +49,7 @@ TEST_F(ValuesTest, ARegionOfWarningsOrInformationWritesNothing) {
 TEST_F(ValuesTest, ScalarsOverARegionWriteTheEngineeringMaximumBeforeTheMinimum) {
   switches().engineeringMax = switches().engineeringMin = true;
   reduce(scalars(10));
-  EXPECT_THAT(linesOf("Step_1__Frame_2__TOP__F__"),
-              ElementsAre("max\t10", "min\t1", "enggmax\t10", "enggmin\t1"));
+  EXPECT_THAT(linesOf("Step_1__Frame_2__TOP__F__"), ElementsAre("max\t10", "min\t1", "enggmax\t10", "enggmin\t1"));
 }
 
 TEST_F(ValuesTest, ScalarsOverTheWholeModelWriteTheEngineeringMinimumBeforeTheMaximum) {
@@ -151,6 +150,52 @@ TEST_F(ValuesTest, ScalarsAmongVectorsTakeTheComponentsThatWereLeftInTheSlots) {
   const std::vector<std::string> lines = linesOf("Step_1__Frame_2__TOP__F__");
   EXPECT_THAT(lines, testing::Contains("1__max\t100"));
   EXPECT_THAT(lines, testing::Contains("2__min\t-100"));
+}
+
+TEST_F(ValuesTest, ScalarsAmongTensorsCountAsZeroAmongTheEngineeringValuesOfComponents) {
+  switches().fieldComponents = switches().engineeringMin = true;
+  reduce({scalarValue(3), tensorValue(5, {5}, 9)}, {"11"});
+  EXPECT_THAT(linesOf("Step_1__Frame_2__TOP__F__"), ElementsAre("mises__max\t9", "mises__min\t3", "mises__enggmin\t3",
+                                                                "11__max\t5", "11__min\t5", "11__enggmin\t0"));
+}
+
+TEST_F(ValuesTest, TensorComponentsSelectTheirMaximumFirstAllElseTheMinimum) {
+  switches().fieldComponents = switches().engineeringMin = switches().engineeringMax = true;
+  switches().percentage = 50;
+  // Long enough for what the first selection moved to show in the result of the second.
+  constexpr int kCount = 211;
+  constexpr int kPassed = 105;
+  constexpr std::size_t kRead = kPassed - 1;
+  const std::vector<double> numbers = scrambledNumbers<double>(kCount, 71);
+  const std::vector<double> minFirst = selectedAscending(numbers, kPassed);
+  const std::vector<double> maxFirst = selectedDescending(numbers, kPassed);
+  const std::vector<double> maxSecond = selectedDescending(minFirst, kPassed);
+  const std::vector<double> minSecond = selectedAscending(maxFirst, kPassed);
+  ASSERT_NE(minFirst[kRead], minSecond[kRead]);
+  ASSERT_NE(maxFirst[kRead], maxSecond[kRead]);
+
+  std::vector<memory::Value> values;
+  for (const double number : numbers) {
+    values.push_back(tensorValue(5, {static_cast<float>(number)}, static_cast<float>(number)));
+  }
+  const auto record = [](const char* name, double value) {
+    return std::string(name) + "\t" + std::to_string(static_cast<int>(value));
+  };
+  reduce(values, {"11"});
+  EXPECT_THAT(linesOf("Step_1__Frame_2__TOP__F__"),
+              ElementsAre("mises__max\t211", "mises__min\t1", record("mises__enggmax", maxSecond[kRead]),
+                          record("mises__enggmin", minFirst[kRead]), "11__max\t211", "11__min\t1",
+                          record("11__enggmax", maxFirst[kRead]), record("11__enggmin", minSecond[kRead])));
+}
+
+TEST_F(ValuesTest, TheSharedMaximumAndMinimumOfBlocksAreSetToZeroAndAllElseIsLeft) {
+  reductionResults().block = {1, 2, 3, 4};
+  reductionResults().tensor[0] = {5, 6, 7, 8};
+  reduce(scalars(3));
+  EXPECT_EQ(reductionResults().block.max, 0.0);
+  EXPECT_EQ(reductionResults().block.min, 0.0);
+  EXPECT_EQ(reductionResults().block.engineeringMax, 3.0);
+  EXPECT_EQ(reductionResults().tensor[0].max, 5.0);
 }
 
 TEST_F(ValuesTest, NamesAreCleanedAndTheRegionFollowsTheFrameDirectly) {
