@@ -3,6 +3,7 @@
 // nothing else.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <optional>
@@ -101,7 +102,7 @@ class odb_FieldValue {
   int precision() const { return v.precision; }
   const float* floatData() const { return v.floats.data(); }
   const double* doubleData() const { return v.doubles.data(); }
-  int dataCount() const { return static_cast<int>(v.floats.size() + v.doubles.size()); }
+  int dataCount() const { return static_cast<int>(std::max(v.floats.size(), v.doubles.size())); }
   float magnitude() const { return v.magnitude; }
   float mises() const { return v.mises; }
   float tresca() const { return v.tresca; }
