@@ -1,0 +1,23 @@
+# The libraries that are linked in instead of loaded, where that is possible: loading shared libraries takes most of the
+# time of a small extraction. Targets: kolvex_hdf5, kolvex_fmt.
+option(KOLVEX_STATIC_LIBRARIES "Link HDF5, fmt and the C++ library into the programs where there are archives" ON)
+
+pkg_check_modules(HDF5 REQUIRED IMPORTED_TARGET hdf5-serial)
+find_package(fmt REQUIRED)
+
+set(archives)
+# Each needs the ones behind it.
+foreach(name hdf5 sz aec z)
+  find_library(KOLVEX_ARCHIVE_${name} lib${name}.a HINTS ${HDF5_LIBRARY_DIRS})
+  list(APPEND archives ${KOLVEX_ARCHIVE_${name}})
+endforeach()
+add_library(kolvex_hdf5 INTERFACE)
+target_include_directories(kolvex_hdf5 SYSTEM INTERFACE ${HDF5_INCLUDE_DIRS})
+if(KOLVEX_STATIC_LIBRARIES AND NOT "${archives}" MATCHES "NOTFOUND")
+  target_link_libraries(kolvex_hdf5 INTERFACE ${archives} ${CMAKE_DL_LIBS} m Threads::Threads)
+else()
+  target_link_libraries(kolvex_hdf5 INTERFACE PkgConfig::HDF5)
+endif()
+
+add_library(kolvex_fmt INTERFACE)
+target_link_libraries(kolvex_fmt INTERFACE $<IF:$<BOOL:${KOLVEX_STATIC_LIBRARIES}>,fmt::fmt-header-only,fmt::fmt>)
