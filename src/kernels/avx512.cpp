@@ -1,0 +1,3 @@
+#define KOLVEX_KERNELS avx512
+#define KOLVEX_VECTOR_BYTES 64
+#include "kernels/version.inc"

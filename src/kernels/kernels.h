@@ -1,0 +1,70 @@
+// The inner loops over rows of numbers, in versions for the vector units that the machine may have.
+//
+// Every version gives the same result to the bit as the plain loop that its comment describes: comparisons are strict,
+// so that NaN never replaces anything and of equal zeros the first one met stays; sums and products are evaluated in
+// the order written, without fused multiply-adds. docs/kernels.md explains how.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+namespace kernels {
+
+// The largest and smallest of 0.5 (d1^2 + d2^2 + d3^2) + 3 (s12^2 + s13^2 + s23^2) over tensors, the square of the
+// equivalent stress, in double. Rounding and the square root keep the order, so the extremes of the equivalent stress
+// are those of its square. As they start, no tensor has been seen.
+struct EquivalentRange {
+  double largest = -1.0;
+  double smallest = __builtin_inf();
+};
+
+// All rows are contiguous, [count, width], width at least 1; pointers need no alignment.
+struct Kernels {
+  const char* name;
+
+  // for each row, for each column c: if (x > max[c]) max[c] = x; if (x < min[c]) min[c] = x;
+  // `max` and `min` hold `width` running values.
+  void (*columnExtremesFloat)(const float* rows, std::size_t count, int width, float* max, float* min);
+  void (*columnExtremesDouble)(const double* rows, std::size_t count, int width, double* max, double* min);
+
+  // The same for the length of each row: sum = 0; sum += x * x for each column; sqrt(sum), all in the rows' precision.
+  void (*lengthExtremesFloat)(const float* rows, std::size_t count, int width, float* max, float* min);
+  void (*lengthExtremesDouble)(const double* rows, std::size_t count, int width, double* max, double* min);
+  // The lengths themselves, one per row.
+  void (*lengthsFloat)(const float* rows, std::size_t count, int width, float* out);
+  void (*lengthsDouble)(const double* rows, std::size_t count, int width, double* out);
+
+  // Rows are tensors, components 11, 22, 33, 12, 13, 23 up to `width`, at most 6; those beyond count as 0. With
+  // `halvedShear` the last three are halved first.
+  void (*equivalentRange)(const float* rows, std::size_t count, int width, bool halvedShear, EquivalentRange* range);
+  // The equivalent stress of each row: the root of that square, rounded to float.
+  void (*equivalents)(const float* rows, std::size_t count, int width, bool halvedShear, float* out);
+};
+
+// The fastest version that this machine can run, found once.
+const Kernels& best();
+
+// Those of the best version that exist in both precisions, by the precision of their rows.
+inline void columnExtremes(const float* rows, std::size_t count, int width, float* max, float* min) {
+  best().columnExtremesFloat(rows, count, width, max, min);
+}
+inline void columnExtremes(const double* rows, std::size_t count, int width, double* max, double* min) {
+  best().columnExtremesDouble(rows, count, width, max, min);
+}
+inline void lengthExtremes(const float* rows, std::size_t count, int width, float* max, float* min) {
+  best().lengthExtremesFloat(rows, count, width, max, min);
+}
+inline void lengthExtremes(const double* rows, std::size_t count, int width, double* max, double* min) {
+  best().lengthExtremesDouble(rows, count, width, max, min);
+}
+inline void lengths(const float* rows, std::size_t count, int width, float* out) {
+  best().lengthsFloat(rows, count, width, out);
+}
+inline void lengths(const double* rows, std::size_t count, int width, double* out) {
+  best().lengthsDouble(rows, count, width, out);
+}
+
+// All versions that it can run, the plain one first.
+std::span<const Kernels* const> runnable();
+
+}  // namespace kernels
