@@ -4,6 +4,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "kernels/kernels.h"
 #include "odbaccess/block_storage.h"
 #include "odbaccess/guard.h"
 #include "odbaccess/odb_Enum.h"
@@ -69,6 +70,27 @@ std::vector<Number>& BlockContent::stored() const {
 template std::vector<float>& BlockContent::stored() const;
 template std::vector<double>& BlockContent::stored() const;
 
+bool BlockContent::isAtHand() const {
+  return std::get<0>(numbers_) || std::get<1>(numbers_) || !block_.hasDirectRows();
+}
+
+template <class Number>
+void BlockContent::forEachPiece(const std::function<void(int, int, const Number*)>& take) const {
+  ReadAhead& reader = location_->readAhead();
+  const std::size_t rowBytes = static_cast<std::size_t>(width()) * sizeof(Number);
+  const auto inAll = static_cast<std::size_t>(rows());
+  const std::size_t inPiece = std::max<std::size_t>(reader.pieceBytes() / rowBytes, 1);
+  const auto countOf = [=](std::size_t index) { return std::min(inPiece, inAll - index * inPiece); };
+  const ReadAhead::Read read = [&](std::size_t index, std::byte* buffer) {
+    block_.readRows(frame_, static_cast<std::int64_t>(index * inPiece), static_cast<std::int64_t>(countOf(index)),
+                    buffer);
+  };
+  const ReadAhead::Take hand = [&](std::size_t index, const std::byte* buffer) {
+    take(static_cast<int>(index * inPiece), static_cast<int>(countOf(index)), reinterpret_cast<const Number*>(buffer));
+  };
+  guarded([&] { reader.run((inAll + inPiece - 1) / inPiece, read, hand); });
+}
+
 namespace {
 
 constexpr std::size_t kFirstShear = 3;
@@ -121,18 +143,26 @@ bool isElementBased(const BlockContent& content) {
   return odbstore::hasElementLabels(content.location().info().position) && content.rows() > 0;
 }
 
-// Copies columns of selected rows: column `columns[j]` goes to place j, 0 where it is negative.
-template <class Number, class Columns>
-std::vector<Number> gather(const BlockStorage& block, const Columns& columns, std::size_t width) {
-  const std::vector<Number>& stored = block.content()->template stored<Number>();
-  const auto storedWidth = static_cast<std::size_t>(block.content()->width());
-  std::vector<Number> out(static_cast<std::size_t>(block.rows()) * width);
+// Copies columns of rows: column `columns[j]` goes to place j, 0 where it is negative. `from(i)` is row i.
+template <class Number, class From>
+std::vector<Number> gather(const std::vector<int>& columns, int rows, From&& from) {
+  const std::size_t width = columns.size();
+  std::vector<Number> out(static_cast<std::size_t>(rows) * width);
   Number* to = out.data();
-  for (int row = 0; row < block.rows(); ++row, to += width) {
-    const Number* from = stored.data() + static_cast<std::size_t>(block.contentRow(row)) * storedWidth;
-    for (std::size_t j = 0; j < width; ++j) to[j] = columns[j] < 0 ? Number{0} : from[columns[j]];
+  for (int i = 0; i < rows; ++i, to += width) {
+    const Number* const row = from(i);
+    for (std::size_t j = 0; j < width; ++j) to[j] = columns[j] < 0 ? Number{0} : row[columns[j]];
   }
   return out;
+}
+
+// The same of all rows of a block.
+template <class Number>
+std::vector<Number> gather(const BlockStorage& block, const std::vector<int>& columns) {
+  const Number* const stored = block.content()->template stored<Number>().data();
+  const auto width = static_cast<std::size_t>(block.content()->width());
+  return gather<Number>(columns, block.rows(),
+                        [&](int row) { return stored + static_cast<std::size_t>(block.contentRow(row)) * width; });
 }
 
 // The columns of the bulk rows: canonical places for tensors on elements, as stored for all else.
@@ -164,7 +194,7 @@ Number* BlockStorage::bulkRows() const {
   const std::vector<int> columns = bulkColumns(*content_);
   if (!selection_ && isWholeRow(columns, content_->width())) return content_->stored<Number>().data();
   Kept<Number>& kept = std::get<Kept<Number>>(bulk_);
-  if (!kept) kept = gather<Number>(*this, columns, columns.size());
+  if (!kept) kept = gather<Number>(*this, columns);
   return kept->data();
 }
 
@@ -176,7 +206,7 @@ int BlockStorage::fieldRowLength() const { return static_cast<int>(content_->col
 template <class Number>
 const std::vector<Number>& BlockStorage::inFieldOrder() const {
   Kept<Number>& kept = std::get<Kept<Number>>(fieldOrder_);
-  if (!kept) kept = gather<Number>(*this, content_->columnsOfField(), content_->columnsOfField().size());
+  if (!kept) kept = gather<Number>(*this, content_->columnsOfField());
   return *kept;
 }
 
@@ -195,6 +225,8 @@ template const double* BlockStorage::fieldRow(int) const;
 
 int* BlockStorage::labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const {
   if (all.empty()) return nullptr;
+  // Nobody writes to them; the interface hands out plain pointers.
+  if (!selection_) return const_cast<int*>(all.data());
   if (!kept) {
     kept.emplace();
     kept->reserve(static_cast<std::size_t>(rows()));
@@ -213,8 +245,8 @@ int* BlockStorage::integrationPoints() const {
 
 int BlockStorage::numberOfElements() const {
   if (!selection_) return content_->location().numberOfElements();
-  static_cast<void>(elementLabels());
-  return elementLabels_ ? countDifferent(*elementLabels_) : 0;
+  const int* const labels = elementLabels();
+  return labels == nullptr ? 0 : countDifferent(*elementLabels_);
 }
 
 float* BlockStorage::mises() const {
@@ -228,7 +260,71 @@ float* BlockStorage::mises() const {
   return mises_->data();
 }
 
+template <class Number>
+void BlockStorage::forEachTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+  const auto hand = [&](int first, int count, const Number* rows) {
+    if constexpr (std::is_same_v<Number, float>) {
+      take(odb_FieldBulkTile(*this, first, count, rows, nullptr));
+    } else {
+      take(odb_FieldBulkTile(*this, first, count, nullptr, rows));
+    }
+  };
+  if (rows() == 0) return;
+  if (selection_ || content_->isAtHand()) return hand(0, rows(), bulkRows<Number>());
+  const std::vector<int> columns = bulkColumns(*content_);
+  if (isWholeRow(columns, content_->width())) return content_->forEachPiece<Number>(hand);
+  content_->forEachPiece<Number>([&](int first, int count, const Number* rows) {
+    hand(first, count, gather<Number>(columns, count, [&](int i) { return rows + i * content_->width(); }).data());
+  });
+}
+
+void BlockStorage::forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+  return content_->block().isDouble() ? forEachTileOf<double>(take) : forEachTileOf<float>(take);
+}
+
 }  // namespace odb_detail
+
+namespace {
+
+// Calls `take` with the equivalent stress of each row of a tile in double precision. Rows have the components in their
+// canonical places, up to the last one that there is.
+template <class Take>
+void forEachMises(const double* rows, int count, int width, bool halvedShear, Take&& take) {
+  for (int i = 0; i < count; ++i, rows += width) {
+    odb_detail::Tensor tensor{};
+    for (int j = 0; j < width; ++j) tensor[static_cast<std::size_t>(j)] = rows[j] * (halvedShear && j >= 3 ? 0.5 : 1.0);
+    take(i, odb_detail::misesOf(tensor));
+  }
+}
+
+}  // namespace
+
+void odb_FieldBulkTile::mises(float* out) const {
+  const bool halved = block_.content()->field().info.engineeringShear;
+  const int width = block_.bulkWidth();
+  if (floats_ != nullptr) {
+    kernels::best().equivalents(floats_, static_cast<std::size_t>(count_), width, halved, out);
+  } else {
+    forEachMises(doubles_, count_, width, halved, [&](int i, float value) { out[i] = value; });
+  }
+}
+
+void odb_FieldBulkTile::takeMises(float& max, float& min) const {
+  const auto take = [&](float high, float low) {
+    if (high > max) max = high;
+    if (low < min) min = low;
+  };
+  const bool halved = block_.content()->field().info.engineeringShear;
+  const int width = block_.bulkWidth();
+  if (floats_ != nullptr) {
+    kernels::EquivalentRange squares;
+    kernels::best().equivalentRange(floats_, static_cast<std::size_t>(count_), width, halved, &squares);
+    // Not a number, and so nothing to be taken, where no row has counted.
+    take(static_cast<float>(std::sqrt(squares.largest)), static_cast<float>(std::sqrt(squares.smallest)));
+  } else {
+    forEachMises(doubles_, count_, width, halved, [&](int, float value) { take(value, value); });
+  }
+}
 
 int odb_FieldBulkData::type() const { return storage_->content()->block().type(); }
 
@@ -252,3 +348,7 @@ int* odb_FieldBulkData::elementLabels() const { return storage_->elementLabels()
 int* odb_FieldBulkData::nodeLabels() const { return storage_->nodeLabels(); }
 int* odb_FieldBulkData::integrationPoints() const { return storage_->integrationPoints(); }
 float* odb_FieldBulkData::mises() const { return storage_->mises(); }
+
+void odb_FieldBulkData::forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+  storage_->forEachTile(take);
+}

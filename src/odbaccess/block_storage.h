@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -10,6 +11,8 @@
 #include <vector>
 
 #include "odbaccess/invariants.h"
+#include "odbaccess/odb_FieldBulkTile.h"
+#include "odbaccess/read_ahead.h"
 #include "odbaccess/set_storage.h"
 #include "odbstore/reader.h"
 
@@ -32,7 +35,8 @@ class LabelIndex {
 // A location of the file with what has been derived from it, shared by all blocks that lie there.
 class LocationStorage {
  public:
-  explicit LocationStorage(std::shared_ptr<const odbstore::StoredLocation> stored) : stored_(std::move(stored)) {}
+  LocationStorage(std::shared_ptr<const odbstore::StoredLocation> stored, std::shared_ptr<ReadAhead> readAhead)
+      : stored_(std::move(stored)), readAhead_(std::move(readAhead)) {}
 
   const odbstore::LocationInfo& info() const { return stored_->info(); }
   const std::vector<int>& nodeLabels() const;
@@ -43,8 +47,12 @@ class LocationStorage {
   // The rows, ascending, that belong to a set.
   std::vector<int> rowsIn(SetStorage& set);
 
+  // The reader of large blocks, one for the database.
+  ReadAhead& readAhead() const { return *readAhead_; }
+
  private:
   std::shared_ptr<const odbstore::StoredLocation> stored_;
+  std::shared_ptr<ReadAhead> readAhead_;
   std::unique_ptr<LabelIndex> nodeIndex_;
   std::unique_ptr<LabelIndex> elementIndex_;
   std::optional<int> numberOfElements_;
@@ -53,9 +61,12 @@ class LocationStorage {
 // One location object for each location of the file.
 class LocationCache {
  public:
+  LocationCache();
+
   std::shared_ptr<LocationStorage> of(const std::shared_ptr<const odbstore::StoredLocation>& stored);
 
  private:
+  std::shared_ptr<ReadAhead> readAhead_;
   std::map<const odbstore::StoredLocation*, std::shared_ptr<LocationStorage>> locations_;
 };
 
@@ -85,6 +96,13 @@ class BlockContent {
   bool isInFieldOrder() const { return inFieldOrder_; }
   // By tensor component, in the canonical order: the column that holds it, -1 when none does.
   const std::array<int, 6>& columnsOfTensor() const { return columnsOfTensor_; }
+
+  // Whether the numbers are in memory, or can only be had as a whole.
+  bool isAtHand() const;
+  // Reads the rows from the file, in order, a piece at a time; isAtHand() is false. `take` gets the place of the first
+  // row, the number of rows and the rows as stored.
+  template <class Number>
+  void forEachPiece(const std::function<void(int first, int count, const Number* rows)>& take) const;
 
   // The row as a tensor, 0 where no component is stored, engineering shears halved.
   Tensor tensor(int row) const;
@@ -128,6 +146,7 @@ class BlockStorage {
   int* integrationPoints() const;
   int numberOfElements() const;
   float* mises() const;
+  void forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const;
 
   // The numbers of row `row` by component of the field, in the block's precision.
   template <class Number>
@@ -137,6 +156,8 @@ class BlockStorage {
  private:
   template <class Number>
   const std::vector<Number>& inFieldOrder() const;
+  template <class Number>
+  void forEachTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const;
   int* labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const;
 
   std::shared_ptr<const BlockContent> content_;

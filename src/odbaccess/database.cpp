@@ -1,6 +1,8 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 
 #include "odbaccess/guard.h"
 #include "odbaccess/odb_Odb.h"
@@ -13,8 +15,8 @@ namespace odb_detail {
 
 class DatabaseStorage {
  public:
-  explicit DatabaseStorage(const std::string& path)
-      : reader_(guarded([&] { return std::make_shared<const odbstore::Reader>(path); })),
+  explicit DatabaseStorage(std::shared_ptr<const odbstore::Reader> reader)
+      : reader_(std::move(reader)),
         locations_(std::make_shared<LocationCache>()),
         assembly_(std::make_shared<EntityStorage>(reader_, odbstore::Owner{},
                                                   guarded([&] { return reader_->assemblyName(); }))) {}
@@ -65,19 +67,44 @@ std::map<const DatabaseStorage*, std::unique_ptr<odb_Odb>>& openDatabases() {
   return open;
 }
 
+// A database that was looked into and most likely is opened next. It stays open until then: opening is what takes
+// longest with a small one, and so it is the same file that was looked into.
+struct LookedInto {
+  std::string path;
+  std::shared_ptr<const odbstore::Reader> reader;
+};
+LookedInto& lookedInto() {
+  static LookedInto last;
+  return last;
+}
+
+std::shared_ptr<const odbstore::Reader> takeReader(const std::string& path) {
+  LookedInto last = std::exchange(lookedInto(), {});
+  if (last.reader && last.path == path) return std::move(last.reader);
+  return guarded([&] { return std::make_shared<const odbstore::Reader>(path); });
+}
+
 }  // namespace
 
 }  // namespace odb_detail
 
 void odb_initializeAPI() {
-  // Made here, so that it outlives the exit handlers that are registered from now on.
+  // Made here, so that they outlive the exit handlers that are registered from now on.
   odb_detail::openDatabases();
+  odb_detail::lookedInto();
 }
 
-void odb_finalizeAPI() { odb_detail::openDatabases().clear(); }
+void odb_finalizeAPI() {
+  odb_detail::openDatabases().clear();
+  odb_detail::lookedInto() = {};
+}
 
 bool isUpgradeRequiredForOdb(const odb_String& path) {
-  return odb_detail::guarded([&] { return odbstore::layoutOf(path.cStr()) < odbstore::kNewestLayout; });
+  odb_detail::lookedInto() = {};
+  auto reader = odb_detail::guarded([&] { return odbstore::Reader::openIfNewest(path.cStr()); });
+  const bool isOld = !reader;
+  odb_detail::lookedInto() = {path.cStr(), std::move(reader)};
+  return isOld;
 }
 
 void upgradeOdb(const odb_String& path, const odb_String& newPath) {
@@ -89,7 +116,7 @@ odb_Odb& openOdb(const odb_String& path, bool readOnly, bool) {
     odb_Exception(odb_Exception::fileError, atr_String(std::string(path.cStr()) + ": can only be opened for reading"))
         .Propagate();
   }
-  auto storage = std::make_shared<odb_detail::DatabaseStorage>(path.cStr());
+  auto storage = std::make_shared<odb_detail::DatabaseStorage>(odb_detail::takeReader(path.cStr()));
   const odb_detail::DatabaseStorage* const key = storage.get();
   auto& handle = odb_detail::openDatabases()[key];
   handle = std::make_unique<odb_Odb>(std::move(storage));

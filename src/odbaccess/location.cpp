@@ -76,9 +76,18 @@ std::vector<int> LocationStorage::rowsIn(SetStorage& set) {
   return index->rowsOf(wanted);
 }
 
+namespace {
+
+// What fits into the cache beside what is done with it.
+constexpr std::size_t kPieceBytes = std::size_t{256} << 10U;
+
+}  // namespace
+
+LocationCache::LocationCache() : readAhead_(std::make_shared<ReadAhead>(kPieceBytes)) {}
+
 std::shared_ptr<LocationStorage> LocationCache::of(const std::shared_ptr<const odbstore::StoredLocation>& stored) {
   std::shared_ptr<LocationStorage>& kept = locations_[stored.get()];
-  if (!kept) kept = std::make_shared<LocationStorage>(stored);
+  if (!kept) kept = std::make_shared<LocationStorage>(stored, readAhead_);
   return kept;
 }
 

@@ -1,14 +1,12 @@
 // The rows of one field output at one location of the model, as whole arrays.
 #pragma once
 
+#include <functional>
 #include <memory>
 
+#include "odbaccess/odb_FieldBulkTile.h"
 #include "odbaccess/odb_Sequence.h"
 #include "odbaccess/odb_String.h"
-
-namespace odb_detail {
-class BlockStorage;
-}
 
 // A block, shared with the field output that handed it out. Its numbers and labels are read from the
 // file when they are first asked for; pointers are good while a copy of the block lives. What cannot
@@ -44,6 +42,10 @@ class odb_FieldBulkData {
 
   // The equivalent (Mises) stress of every row of a tensor block; null otherwise.
   float* mises() const;
+
+  // Hands out all rows in order, a tile after the other, so that a reduction which needs each row once never has a
+  // large block in memory. Nothing that data() would keep is kept. What `take` throws passes through.
+  void forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const;
 
  private:
   std::shared_ptr<const odb_detail::BlockStorage> storage_;

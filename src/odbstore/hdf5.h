@@ -49,8 +49,8 @@ struct FileContext {
   Handle id;
 };
 
-// Silences HDF5's own printing of errors, once per process.
-void quietHdf5();
+// Starts the library, once per process, and silences its own printing of errors.
+void startHdf5();
 
 // Why the last HDF5 call of this thread failed, in HDF5's words; empty when it did not say.
 std::string lastHdf5Error();
@@ -127,6 +127,13 @@ class Dataset : public Object {
   // Slab `index` along the first dimension into `out`, which has room for it.
   void readSlab(hsize_t index, float* out) const;
   void readSlab(hsize_t index, double* out) const;
+
+  // Whether the numbers stand in the file one after the other as this machine holds them, so that readDirect() can take
+  // them from there.
+  bool isDirect() const { return direct_.has_value(); }
+  // Numbers `first` to `first + count - 1` of the whole data set into `out`, without HDF5; isDirect() must hold.
+  // Threads may call it at the same time.
+  void readDirect(std::int64_t first, std::int64_t count, void* out) const;
   void writeSlab(hsize_t index, const float* rows) const;
   void writeSlab(hsize_t index, const double* rows) const;
 
@@ -134,7 +141,14 @@ class Dataset : public Object {
   void write(const void* numbers, hid_t memoryType) const;
 
  private:
+  // Where in which open file the numbers stand.
+  struct Direct {
+    int file;
+    std::int64_t offset;
+  };
+
   void checkProfile() const;
+  std::optional<Direct> findDirect(hid_t type) const;
   void transferSlab(hsize_t index, hid_t memoryType, void* out, bool writing) const;
   void requireFloat() const;
   void readAll(hid_t memoryType, void* out) const;
@@ -142,6 +156,7 @@ class Dataset : public Object {
   Dims dims_;
   H5T_class_t class_ = H5T_NO_CLASS;
   std::size_t numberSize_ = 0;
+  std::optional<Direct> direct_;
 };
 
 enum class LinkOrder { byName, byCreation };

@@ -69,7 +69,7 @@ int readLayout(const Group& root, const std::string& name) {
 }  // namespace
 
 Group openFile(const std::string& path, int& layout) {
-  quietHdf5();
+  startHdf5();
   auto file = std::make_shared<FileContext>();
   file->name = path;
   file->bytes = sizeOfRegularFile(path);
@@ -83,7 +83,7 @@ Group openFile(const std::string& path, int& layout) {
 }
 
 Group createFile(const std::string& path, const std::string& name) {
-  quietHdf5();
+  startHdf5();
   auto file = std::make_shared<FileContext>();
   file->name = name;
   file->profile = Profile::free;  // what we are writing ourselves is not checked while it is incomplete

@@ -17,14 +17,21 @@ int layoutOf(const std::string& path) {
 
 namespace {
 
-std::shared_ptr<FileAccess> openNewest(const std::string& path) {
+// The file and its layout; no file access for an older one.
+std::pair<std::shared_ptr<FileAccess>, int> openAccess(const std::string& path) {
   int layout = 0;
   h5::Group root = h5::openFile(path, layout);
-  if (layout != kNewestLayout) {
+  if (layout != kNewestLayout) return {nullptr, layout};
+  return {std::make_shared<FileAccess>(path, std::move(root)), layout};
+}
+
+std::shared_ptr<FileAccess> openNewest(const std::string& path) {
+  auto [file, layout] = openAccess(path);
+  if (!file) {
     throw StoreError(path, "",
                      fmt::format("has layout {} and must be upgraded to layout {} first", layout, kNewestLayout));
   }
-  return std::make_shared<FileAccess>(path, std::move(root));
+  return file;
 }
 
 }  // namespace
@@ -89,6 +96,13 @@ std::optional<std::array<float, 6>> readSymmetryAxis(const h5::Group& root) {
 }
 
 Reader::Reader(const std::string& path) : file_(openNewest(path)) {}
+
+Reader::Reader(std::shared_ptr<FileAccess> file) : file_(std::move(file)) {}
+
+std::shared_ptr<const Reader> Reader::openIfNewest(const std::string& path) {
+  std::shared_ptr<FileAccess> file = openAccess(path).first;
+  return file ? std::shared_ptr<const Reader>(new Reader(std::move(file))) : nullptr;
+}
 
 Reader::~Reader() = default;
 

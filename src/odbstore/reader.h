@@ -61,6 +61,12 @@ class StoredBlock {
   void read(int frame, float* out) const;
   void read(int frame, double* out) const;
 
+  // Whether readRows() is possible: not for packed rows, nor for those of another machine's number format.
+  bool hasDirectRows() const;
+  // `count` rows from `first` on in a frame in which the block exists, [count, width], in the block's precision.
+  // Another thread than the one that uses the database may call it.
+  void readRows(int frame, std::int64_t first, std::int64_t count, void* out) const;
+
  private:
   std::unique_ptr<Impl> impl_;
 };
@@ -107,6 +113,8 @@ struct InstanceInfo {
 class Reader {
  public:
   explicit Reader(const std::string& path);
+  // Null where the database is of an older layout, which must be upgraded first.
+  static std::shared_ptr<const Reader> openIfNewest(const std::string& path);
   ~Reader();
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;
@@ -129,6 +137,8 @@ class Reader {
   std::shared_ptr<const StoredStep> step(const std::string& name) const;
 
  private:
+  explicit Reader(std::shared_ptr<FileAccess> file);
+
   std::shared_ptr<FileAccess> file_;
   mutable std::optional<std::vector<InstanceInfo>> instances_;
 };

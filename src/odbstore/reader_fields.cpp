@@ -160,11 +160,20 @@ std::int64_t StoredBlock::width() const { return impl_->width(); }
 bool StoredBlock::existsIn(int frame) const { return impl_->slabOf(frame) >= 0; }
 
 void StoredBlock::read(int frame, float* out) const {
+  if (hasDirectRows() && !isDouble()) return readRows(frame, 0, rows(), out);
   impl_->data().readSlab(static_cast<hsize_t>(impl_->slabOf(frame)), out);
 }
 
 void StoredBlock::read(int frame, double* out) const {
+  if (hasDirectRows() && isDouble()) return readRows(frame, 0, rows(), out);
   impl_->data().readSlab(static_cast<hsize_t>(impl_->slabOf(frame)), out);
+}
+
+bool StoredBlock::hasDirectRows() const { return impl_->data().isDirect(); }
+
+void StoredBlock::readRows(int frame, std::int64_t first, std::int64_t count, void* out) const {
+  const std::int64_t row = impl_->slabOf(frame) * rows() + first;
+  impl_->data().readDirect(row * width(), count * width(), out);
 }
 
 FieldInfo readFieldInfo(const h5::Group& group) {

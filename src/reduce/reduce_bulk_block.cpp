@@ -1,10 +1,12 @@
 #include "reduce/reduce_bulk_block.h"
 
-#include <cmath>
+#include <array>
+#include <limits>
 #include <span>
 #include <type_traits>
 #include <vector>
 
+#include "kernels/kernels.h"
 #include "reduce/engineering_extremes.h"
 #include "reduce/reduction_results.h"
 #include "result/extraction_switches.h"
@@ -18,15 +20,26 @@ struct BlockExtremes {
   Number engineeringMin = kHighest<Number>;
 };
 
-// The rows of a block in one precision.
+// A block in one precision.
 template <class Number>
 struct Rows {
-  const Number* numbers;
+  const odb_FieldBulkData& block;
   int count;
   int width;
   int type;
 
-  const Number* row(int i) const { return numbers + static_cast<std::ptrdiff_t>(i) * width; }
+  // Calls take(place of the first row, number of rows, rows, tile) for tile after tile.
+  template <class Take>
+  void forEachTile(Take&& take) const {
+    block.forEachTile([&](const odb_FieldBulkTile& tile) {
+      const auto count = static_cast<std::size_t>(tile.count());
+      if constexpr (std::is_same_v<Number, float>) {
+        take(static_cast<std::size_t>(tile.first()), count, tile.data(), tile);
+      } else {
+        take(static_cast<std::size_t>(tile.first()), count, tile.dataDouble(), tile);
+      }
+    });
+  }
 };
 
 // An array for a value of each row, empty where no selection will ask for it.
@@ -35,9 +48,12 @@ std::vector<Number> scratchFor(int rows) {
   return std::vector<Number>(extractionSwitches().wantsEngineering() ? static_cast<std::size_t>(rows) : 0);
 }
 
+// Keeps a column of some rows in such an array.
 template <class Number>
-void keep(std::vector<Number>& scratch, int row, Number value) {
-  if (!scratch.empty()) scratch[static_cast<std::size_t>(row)] = value;
+void keepColumn(std::vector<Number>& scratch, std::size_t first, std::size_t count, const Number* rows, int width,
+                int column) {
+  if (scratch.empty()) return;
+  for (std::size_t i = 0; i < count; ++i, rows += width) scratch[first + i] = rows[column];
 }
 
 // Both engineering extremes of an array, as far as they are wanted; the maximum in the order given.
@@ -53,57 +69,85 @@ void selectInto(std::span<Number> values, MaxOrder maxOrder, Result& engineering
   }
 }
 
-// The components of a vector block, as far as a row has them.
+// The extremes of every column of a block, and the columns themselves where a selection will ask for them. Infinities
+// stand for a column without a value; no running extreme is replaced by one of them that a value would not replace.
 template <class Number>
-void takeVectorComponents(const Rows<Number>& rows) {
-  for (int j = 0; j < kVectorComponents && j < rows.width; ++j) {
-    Extremes& component = reductionResults().vector[static_cast<std::size_t>(j)];
-    for (int i = 0; i < rows.count; ++i) component.takePlain(static_cast<double>(rows.row(i)[j]));
+class ColumnReduction {
+ public:
+  ColumnReduction(const Rows<Number>& rows, int columns)
+      : max_(static_cast<std::size_t>(rows.width), -std::numeric_limits<Number>::infinity()),
+        min_(static_cast<std::size_t>(rows.width), std::numeric_limits<Number>::infinity()),
+        columns_(static_cast<std::size_t>(columns)) {
+    for (std::vector<Number>& column : columns_) column = scratchFor<Number>(rows.count);
   }
-}
 
-template <class Number>
-Number magnitude(const Number* row, int width) {
-  Number sum = 0;
-  for (int j = 0; j < width; ++j) sum += row[j] * row[j];
-  return std::sqrt(sum);
-}
-
-template <class Number>
-void selectVectorComponents(const Rows<Number>& rows) {
-  for (int j = 0; j < kVectorComponents && j < rows.width; ++j) {
-    std::vector<Number> values = scratchFor<Number>(rows.count);
-    for (int i = 0; i < rows.count; ++i) keep(values, i, rows.row(i)[j]);
-    Extremes& component = reductionResults().vector[static_cast<std::size_t>(j)];
-    selectInto<Number>(values, Descending(), component.engineeringMax, component.engineeringMin);
+  void take(std::size_t first, std::size_t count, const Number* rows) {
+    const int width = static_cast<int>(max_.size());
+    kernels::columnExtremes(rows, count, width, max_.data(), min_.data());
+    for (std::size_t c = 0; c < columns_.size(); ++c) {
+      keepColumn(columns_[c], first, count, rows, width, static_cast<int>(c));
+    }
   }
+
+  void addPlainTo(std::size_t column, Extremes& extremes) const {
+    const auto max = static_cast<double>(max_[column]);
+    const auto min = static_cast<double>(min_[column]);
+    if (max > extremes.max) extremes.max = max;
+    if (min < extremes.min) extremes.min = min;
+  }
+
+  void selectInto(std::size_t column, Extremes& extremes) {
+    ::selectInto<Number>(columns_[column], Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  }
+
+ private:
+  std::vector<Number> max_;
+  std::vector<Number> min_;
+  std::vector<std::vector<Number>> columns_;  // the first ones
+};
+
+// How many components the rows of a vector block have.
+template <class Number>
+int vectorComponents(const Rows<Number>& rows) {
+  return std::min(rows.width, kVectorComponents);
 }
 
 template <class Number>
 BlockExtremes<Number> reduceNodeVectors(const Rows<Number>& rows) {
+  const bool components = extractionSwitches().fieldComponents;
   BlockExtremes<Number> extremes;
   std::vector<Number> magnitudes = scratchFor<Number>(rows.count);
-  for (int i = 0; i < rows.count; ++i) {
-    const Number value = magnitude(rows.row(i), rows.width);
-    extremes.plain.take(value);
-    keep(magnitudes, i, value);
-  }
+  ColumnReduction<Number> columns(rows, components ? vectorComponents(rows) : 0);
+  rows.forEachTile([&](std::size_t first, std::size_t count, const Number* numbers, const odb_FieldBulkTile&) {
+    kernels::lengthExtremes(numbers, count, rows.width, &extremes.plain.max, &extremes.plain.min);
+    if (!magnitudes.empty()) kernels::lengths(numbers, count, rows.width, magnitudes.data() + first);
+    if (components) columns.take(first, count, numbers);
+  });
   selectInto<Number>(magnitudes, Descending(), extremes.engineeringMax, extremes.engineeringMin);
-  if (extractionSwitches().fieldComponents) {
-    takeVectorComponents(rows);
-    selectVectorComponents(rows);
+  for (int j = 0; components && j < vectorComponents(rows); ++j) {
+    const auto column = static_cast<std::size_t>(j);
+    columns.addPlainTo(column, reductionResults().vector[column]);
+    columns.selectInto(column, reductionResults().vector[column]);
   }
   return extremes;
+}
+
+// Every number counts for the plain extremes, the last of a row for the engineering ones; returns those.
+template <class Number>
+std::vector<Number> takeNumbers(const Rows<Number>& rows, BlockExtremes<Number>& extremes) {
+  std::vector<Number> last = scratchFor<Number>(rows.count);
+  rows.forEachTile([&](std::size_t first, std::size_t count, const Number* numbers, const odb_FieldBulkTile&) {
+    const std::size_t all = count * static_cast<std::size_t>(rows.width);
+    kernels::columnExtremes(numbers, all, 1, &extremes.plain.max, &extremes.plain.min);
+    keepColumn(last, first, count, numbers, rows.width, rows.width - 1);
+  });
+  return last;
 }
 
 template <class Number>
 BlockExtremes<Number> reduceNodeNumbers(const Rows<Number>& rows) {
   BlockExtremes<Number> extremes;
-  std::vector<Number> last = scratchFor<Number>(rows.count);
-  for (int i = 0; i < rows.count; ++i) {
-    for (int j = 0; j < rows.width; ++j) extremes.plain.take(rows.row(i)[j]);
-    keep(last, i, rows.row(i)[rows.width - 1]);
-  }
+  std::vector<Number> last = takeNumbers(rows, extremes);
   // In single precision, and here alone, the maximum is selected in ascending order too: a result that readers of the
   // records rely on.
   if constexpr (std::is_same_v<Number, float>) {
@@ -122,64 +166,62 @@ BlockExtremes<Number> reduceNodes(const Rows<Number>& rows) {
   return rows.type == odb_Enum::vector ? reduceNodeVectors(rows) : reduceNodeNumbers(rows);
 }
 
+// The equivalent stress stays a float whatever the precision of the rows.
 template <class Number>
-void reduceTensorComponents(const Rows<Number>& rows, const ComponentFlags& present) {
-  for (std::size_t c = 0; c < present.size(); ++c) {
-    if (!present[c] || static_cast<int>(c) >= rows.width) continue;
+BlockExtremes<Number> reduceElementTensors(const Rows<Number>& rows, const ComponentFlags& present) {
+  const bool components = extractionSwitches().fieldComponents;
+  RunningExtremes<float> mises{-std::numeric_limits<float>::infinity(), std::numeric_limits<float>::infinity()};
+  std::vector<float> values = scratchFor<float>(rows.count);
+  ColumnReduction<Number> columns(rows, components ? rows.width : 0);
+  rows.forEachTile([&](std::size_t first, std::size_t count, const Number* numbers, const odb_FieldBulkTile& tile) {
+    tile.takeMises(mises.max, mises.min);
+    if (!values.empty()) tile.mises(values.data() + first);
+    if (components) columns.take(first, count, numbers);
+  });
+  BlockExtremes<Number> extremes;
+  if (static_cast<Number>(mises.max) > extremes.plain.max) extremes.plain.max = static_cast<Number>(mises.max);
+  if (static_cast<Number>(mises.min) < extremes.plain.min) extremes.plain.min = static_cast<Number>(mises.min);
+  selectInto<float>(values, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  for (std::size_t c = 0; components && c < present.size() && c < static_cast<std::size_t>(rows.width); ++c) {
+    if (!present[c]) continue;
     Extremes& component = reductionResults().tensor[c];
     component.resetEngineering();
-    std::vector<double> values = scratchFor<double>(rows.count);
-    for (int i = 0; i < rows.count; ++i) {
-      const auto value = static_cast<double>(rows.row(i)[c]);
-      component.takePlain(value);
-      keep(values, i, value);
-    }
-    selectInto<double>(values, Descending(), component.engineeringMax, component.engineeringMin);
+    columns.addPlainTo(c, component);
+    columns.selectInto(c, component);
   }
-}
-
-template <class Number>
-BlockExtremes<Number> reduceElementTensors(const Rows<Number>& rows, const float* mises,
-                                           const ComponentFlags& present) {
-  BlockExtremes<Number> extremes;
-  std::vector<float> values = scratchFor<float>(rows.count);
-  for (int i = 0; i < rows.count; ++i) {
-    extremes.plain.take(static_cast<Number>(mises[i]));
-    keep(values, i, mises[i]);
-  }
-  selectInto<float>(values, Descending(), extremes.engineeringMax, extremes.engineeringMin);
-  if (extractionSwitches().fieldComponents) reduceTensorComponents(rows, present);
   return extremes;
 }
 
 template <class Number>
 BlockExtremes<Number> reduceElementVectors(const Rows<Number>& rows) {
+  const bool components = extractionSwitches().fieldComponents;
   BlockExtremes<Number> extremes;
-  for (int i = 0; i < rows.count; ++i) extremes.plain.take(magnitude(rows.row(i), rows.width));
-  if (extractionSwitches().fieldComponents) takeVectorComponents(rows);
+  ColumnReduction<Number> columns(rows, 0);
+  rows.forEachTile([&](std::size_t first, std::size_t count, const Number* numbers, const odb_FieldBulkTile&) {
+    kernels::lengthExtremes(numbers, count, rows.width, &extremes.plain.max, &extremes.plain.min);
+    if (components) columns.take(first, count, numbers);
+  });
+  for (int j = 0; components && j < vectorComponents(rows); ++j) {
+    columns.addPlainTo(static_cast<std::size_t>(j), reductionResults().vector[static_cast<std::size_t>(j)]);
+  }
   return extremes;
 }
 
 template <class Number>
 BlockExtremes<Number> reduceElementScalars(const Rows<Number>& rows) {
   BlockExtremes<Number> extremes;
-  std::vector<double> values = scratchFor<double>(rows.count);
-  for (int i = 0; i < rows.count; ++i) {
-    for (int j = 0; j < rows.width; ++j) extremes.plain.take(rows.row(i)[j]);
-    keep(values, i, static_cast<double>(rows.row(i)[rows.width - 1]));
-  }
-  selectInto<double>(values, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  std::vector<Number> last = takeNumbers(rows, extremes);
+  selectInto<Number>(last, Descending(), extremes.engineeringMax, extremes.engineeringMin);
   return extremes;
 }
 
 template <class Number>
-BlockExtremes<Number> reduceElements(const Rows<Number>& rows, const odb_FieldBulkData& block,
-                                     const ComponentFlags& present) {
+BlockExtremes<Number> reduceElements(const Rows<Number>& rows, const ComponentFlags& present) {
   if (extractionSwitches().fieldComponents) {
     for (Extremes& component : reductionResults().vector) component.resetPlain();
     for (Extremes& component : reductionResults().tensor) component.resetPlain();
   }
-  if (odb_isTensor(rows.type)) return reduceElementTensors(rows, block.mises(), present);
+  if (odb_isTensor(rows.type)) return reduceElementTensors(rows, present);
   return rows.type == odb_Enum::vector ? reduceElementVectors(rows) : reduceElementScalars(rows);
 }
 
@@ -192,11 +234,11 @@ ComponentFlags presentComponents(const odb_FieldBulkData& block) {
 }
 
 template <class Number>
-void reduceRows(const odb_FieldBulkData& block, const Number* numbers) {
-  const Rows<Number> rows{numbers, block.valueCount(), block.width(), block.type()};
+void reduceRows(const odb_FieldBulkData& block) {
+  const Rows<Number> rows{block, block.valueCount(), block.width(), block.type()};
   const bool elementBased = block.numberOfElements() != 0 && block.elementLabels() != nullptr;
   const BlockExtremes<Number> extremes =
-      elementBased ? reduceElements(rows, block, presentComponents(block)) : reduceNodes(rows);
+      elementBased ? reduceElements(rows, presentComponents(block)) : reduceNodes(rows);
   Extremes& results = reductionResults().block;
   results.max = static_cast<double>(extremes.plain.max);
   results.min = static_cast<double>(extremes.plain.min);
@@ -210,8 +252,8 @@ void reduceBulkBlock(const odb_FieldBulkData& block, std::ostream&, const odb_St
                      const odb_Sequence<odb_InvariantEnum>&, const odb_String&, bool) {
   reductionResults().clearBlock();
   if (block.precision() == odb_Enum::singlePrecision) {
-    reduceRows<float>(block, block.data());
+    reduceRows<float>(block);
   } else {
-    reduceRows<double>(block, block.dataDouble());
+    reduceRows<double>(block);
   }
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -130,6 +131,28 @@ class odb_SequenceFieldValue {
   std::vector<memory::Value> v;
 };
 
+class odb_FieldBulkTile {
+ public:
+  odb_FieldBulkTile(const memory::Block& block, int first, int count) : b(block), first_(first), count_(count) {}
+  int first() const { return first_; }
+  int count() const { return count_; }
+  const float* data() const { return b.doubles.empty() ? b.floats.data() + first_ * b.width : nullptr; }
+  const double* dataDouble() const { return b.doubles.empty() ? nullptr : b.doubles.data() + first_ * b.width; }
+  void mises(float* out) const { std::copy_n(b.mises.begin() + first_, count_, out); }
+  void takeMises(float& max, float& min) const {
+    for (int i = first_; i < first_ + count_; ++i) {
+      const float value = b.mises[static_cast<std::size_t>(i)];
+      if (value > max) max = value;
+      if (value < min) min = value;
+    }
+  }
+
+ private:
+  const memory::Block& b;
+  int first_;
+  int count_;
+};
+
 class odb_FieldBulkData {
  public:
   explicit odb_FieldBulkData(memory::Block block) : b(std::move(block)), labels_(b.rows(), 1) {}
@@ -147,6 +170,13 @@ class odb_FieldBulkData {
   int numberOfElements() const { return b.elementBased ? b.rows() : 0; }
   const int* elementLabels() const { return b.elementBased ? labels_.data() : nullptr; }
   const float* mises() const { return b.mises.data(); }
+  // In tiles of few rows, so that every block of some length has several.
+  void forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+    constexpr int kTileRows = 37;
+    for (int first = 0; first < b.rows(); first += kTileRows) {
+      take(odb_FieldBulkTile(b, first, std::min(kTileRows, b.rows() - first)));
+    }
+  }
 
  private:
   memory::Block b;
