@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -20,11 +21,26 @@ LineReader::LineReader(const std::string& path) : path_(path), buffer_(2 * kLong
     ::close(file_);
     throw ImportError(path, 0, "is not a regular file");
   }
+  size_ = static_cast<std::uint64_t>(status.st_size);
 }
 
 LineReader::~LineReader() { ::close(file_); }
 
-void LineReader::fail(const std::string& reason) const { throw ImportError(path_, lineNumber_, reason); }
+void LineReader::fail(const std::string& reason) const {
+  throw ImportError(path_, lineNumber_,
+                    hasBytes_ ? reason + " (before byte " + std::to_string(offset()) + ")" : reason);
+}
+
+// Reads on into `to`; 0 at the end of the file.
+std::size_t LineReader::readSome(char* to, std::size_t size) {
+  ssize_t got = 0;
+  do {
+    got = ::read(file_, to, size);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) fail(std::strerror(errno));
+  readTo_ += static_cast<std::uint64_t>(got);
+  return static_cast<std::size_t>(got);
+}
 
 // Moves what is left to the front and reads behind it; false when nothing came.
 bool LineReader::refill() {
@@ -32,13 +48,59 @@ bool LineReader::refill() {
   end_ -= at_;
   at_ = 0;
   if (end_ == buffer_.size()) return false;
-  ssize_t got = 0;
-  do {
-    got = ::read(file_, buffer_.data() + end_, buffer_.size() - end_);
-  } while (got < 0 && errno == EINTR);
-  if (got < 0) fail(std::strerror(errno));
-  end_ += static_cast<std::size_t>(got);
+  const std::size_t got = readSome(buffer_.data() + end_, buffer_.size() - end_);
+  end_ += got;
   return got > 0;
+}
+
+bool LineReader::readBytes(void* to, std::size_t size) {
+  if (size > bytesLeft()) return false;
+  hasBytes_ = true;
+  auto* out = static_cast<char*>(to);
+  const std::size_t buffered = std::min(size, end_ - at_);
+  std::memcpy(out, buffer_.data() + at_, buffered);
+  at_ += buffered;
+  out += buffered;
+  size -= buffered;
+  // Little comes through the buffer, much directly.
+  while (size >= kLongestLine) {
+    const std::size_t got = readSome(out, size);
+    if (got == 0) return false;
+    out += got;
+    size -= got;
+  }
+  while (end_ - at_ < size) {
+    if (!refill()) return false;
+  }
+  std::memcpy(out, buffer_.data() + at_, size);
+  at_ += size;
+  return true;
+}
+
+std::string_view LineReader::peekAt(std::uint64_t distance, std::size_t size) {
+  while (end_ - at_ < distance + size && distance + size <= kLongestLine) {
+    if (!refill()) break;
+  }
+  if (distance + size <= end_ - at_ || distance + size <= kLongestLine) {
+    const std::size_t begin = std::min<std::size_t>(distance, end_ - at_);
+    return std::string_view(buffer_.data() + at_, end_ - at_).substr(begin, size);
+  }
+  ahead_.resize(size);
+  const ssize_t got = ::pread(file_, ahead_.data(), size, static_cast<off_t>(offset() + distance));
+  return {ahead_.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0))};
+}
+
+void LineReader::skipBytes(std::uint64_t size, std::int64_t lines) {
+  lineNumber_ += lines;
+  if (lines == 0 && size > 0) hasBytes_ = true;
+  if (size <= end_ - at_) {
+    at_ += size;
+    return;
+  }
+  const std::uint64_t target = offset() + size;
+  if (::lseek(file_, static_cast<off_t>(target), SEEK_SET) < 0) fail(std::strerror(errno));
+  readTo_ = target;
+  at_ = end_ = 0;
 }
 
 bool LineReader::next(std::string_view& line) {

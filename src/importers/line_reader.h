@@ -1,4 +1,4 @@
-// Reads a text file line by line through one large buffer.
+// Reads a file line by line through one large buffer, and bytes where there is no text.
 #pragma once
 
 #include <cstdint>
@@ -20,13 +20,27 @@ class LineReader {
   // without an end counts. Throws ImportError for a read error and for a line of more than kLongestLine bytes.
   bool next(std::string_view& line);
 
-  // The number of the line handed out last, from 1.
+  // Copies the next `size` bytes; false, and nothing read, when the file has fewer left.
+  bool readBytes(void* to, std::size_t size);
+  // Up to `size` bytes from `distance` bytes ahead on, fewer at the end of the file; good until the next call of any
+  // member. `size` is at most kLongestLine.
+  std::string_view peekAt(std::uint64_t distance, std::size_t size);
+  // Passes over bytes, not more than are left, that are known to hold so many lines.
+  void skipBytes(std::uint64_t size, std::int64_t lines);
+
+  // How many bytes have been read, how many there were when the file was opened, and how many of them are left.
+  std::uint64_t offset() const { return readTo_ - (end_ - at_); }
+  std::uint64_t size() const { return size_; }
+  std::uint64_t bytesLeft() const { return size_ > offset() ? size_ - offset() : 0; }
+
+  // The number of the line handed out last, from 1. What was read as bytes counts for no line.
   std::int64_t lineNumber() const { return lineNumber_; }
   // Whether that line had an end: only the last one of a file can lack it, where the file is cut off.
   bool isTerminated() const { return terminated_; }
   const std::string& path() const { return path_; }
 
-  // Throws ImportError at the line handed out last.
+  // Throws ImportError at the line handed out last; the reason names the byte too once bytes have been read that are no
+  // lines.
   [[noreturn]] void fail(const std::string& reason) const;
 
   // No text that an importer reads has lines anywhere near this.
@@ -34,12 +48,17 @@ class LineReader {
 
  private:
   bool refill();
+  std::size_t readSome(char* to, std::size_t size);
 
   std::string path_;
   int file_ = -1;
   std::vector<char> buffer_;
   std::size_t at_ = 0;
   std::size_t end_ = 0;
+  std::uint64_t readTo_ = 0;  // where in the file the buffer ends
+  std::uint64_t size_ = 0;
+  bool hasBytes_ = false;
+  std::vector<char> ahead_;  // what peekAt() shows beyond the buffer
   std::int64_t lineNumber_ = 0;
   bool terminated_ = true;
 };

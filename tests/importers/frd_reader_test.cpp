@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <string>
@@ -233,21 +234,32 @@ TEST_F(FrdReaderTest, OtherFilesAreRefused) {
               EndsWith("job.frd:7: error: no block of a result file starts like this"));
 }
 
-TEST_F(FrdReaderTest, BinaryBlocksAreToldApartFromDamage) {
-  const std::string binary = "the block is binary, which cannot be imported yet";
-  EXPECT_THAT(failureBehindHeading(fmt::format("    2C{:18}{:12}{:37}3\n\x01\x02\n", "", 1, "")),
-              HasSubstr(":7: error: " + binary));
-  EXPECT_THAT(failureBehindHeading(fmt::format("    3C{:18}{:12}{:37}2\n", "", 1, "")),
-              HasSubstr(":7: error: " + binary));
-  for (const char format : {'2', '3'}) {
-    std::string header = frame({}, 1);
-    header[header.size() - 2] = format;
-    EXPECT_THAT(failureBehindHeading(header + " -4\n"), HasSubstr(":8: error: " + binary));
-  }
+TEST_F(FrdReaderTest, UnknownFormatsAreRefused) {
   std::string unknown = frame({}, 1);
   unknown[unknown.size() - 2] = '7';
   EXPECT_THAT(failureBehindHeading(unknown + " -4\n"),
               EndsWith(":8: error: the format \"7\" of the block is not known"));
+}
+
+TEST_F(FrdReaderTest, UnwantedResultsArePassedOverAndCounted) {
+  const std::vector<Row> few = {{1, {1, 2, 3}}, {2, {4, 5, 6}}};
+  const std::string wanted = result({.counter = 2}, "NDTEMP", kTemperature, {{2, {30}}});
+  const std::string rowsOfAnotherLength = " -1         1 1.00000E+00 1.00000E+00 1.00000E+00   \n -3\n";
+  const std::vector<std::pair<std::string, std::size_t>> cases = {
+      {result({}, "DISP", kDisplacement, few), 2},
+      {frame({}, 1) + components("DISP", kDisplacement) + rowsOfAnotherLength, 1},
+      {result({}, "SDV", std::vector<Component>(7, {"SDV", 1}), {{1, {1, 2, 3, 4, 5, 6, 7}}}), 1}};
+  for (const auto& [passed, rows] : cases) {
+    FrdReader reader(writeText(directory_, "job.frd", kHeading + passed + wanted + kEnd));
+    const auto isWanted = [](const FrdResult& result) { return result.name == "NDTEMP"; };
+    const auto first = std::get<FrdResult>(reader.next(isWanted).value());
+    EXPECT_EQ(first.rows, rows);
+    EXPECT_THAT(first.labels, IsEmpty());
+    const auto second = std::get<FrdResult>(reader.next(isWanted).value());
+    EXPECT_THAT(second.values, ElementsAre(30.0F));
+    const auto linesBefore = std::count(passed.begin(), passed.end(), '\n');
+    EXPECT_EQ(second.line, 6 + linesBefore + 2) << "lines that are passed over count";
+  }
 }
 
 TEST_F(FrdReaderTest, DamagedNodesAreNamedWithTheirLine) {

@@ -75,5 +75,43 @@ TEST_F(LineReaderTest, DoesNotWaitForAPipe) {
   EXPECT_THAT(failureOf([&] { LineReader{path}; }), HasSubstr("is not a regular file"));
 }
 
+TEST_F(LineReaderTest, BytesMayStandBetweenLines) {
+  LineReader lines(writeText(directory_, "a.txt", std::string("first\n\0\n\1second\n", 16)));
+  std::string_view line;
+  ASSERT_TRUE(lines.next(line));
+  EXPECT_EQ(lines.peekAt(1, 2), "\n\1");
+  char bytes[3];
+  ASSERT_TRUE(lines.readBytes(bytes, 3));
+  EXPECT_EQ(std::string(bytes, 3), std::string("\0\n\1", 3));
+  EXPECT_EQ(lines.offset(), 9U);
+  EXPECT_EQ(lines.bytesLeft(), 7U);
+  ASSERT_TRUE(lines.next(line));
+  EXPECT_EQ(line, "second");
+  EXPECT_EQ(lines.lineNumber(), 2);
+  EXPECT_FALSE(lines.readBytes(bytes, 1)) << "nothing is left";
+  EXPECT_EQ(lines.peekAt(0, 5), "");
+}
+
+TEST_F(LineReaderTest, ManyBytesComeWhole) {
+  std::string text = "start\n";
+  while (text.size() < 5 * LineReader::kLongestLine + 1234) text += std::to_string(text.size()) + ' ';
+  text += "\nend\n";
+  const std::string path = writeText(directory_, "a.txt", text);
+  for (const std::size_t size : {std::size_t{3}, LineReader::kLongestLine, 5 * LineReader::kLongestLine}) {
+    LineReader lines(path);
+    std::string_view line;
+    ASSERT_TRUE(lines.next(line));
+    std::string bytes(size, ' ');
+    ASSERT_EQ(lines.peekAt(size, 10), text.substr(6 + size, 10));
+    ASSERT_TRUE(lines.readBytes(bytes.data(), size));
+    EXPECT_EQ(bytes, text.substr(6, size));
+    EXPECT_EQ(lines.offset(), 6 + size);
+    lines.skipBytes(text.size() - 4 - lines.offset(), 7);
+    ASSERT_TRUE(lines.next(line));
+    EXPECT_EQ(line, "end");
+    EXPECT_EQ(lines.lineNumber(), 9);
+  }
+}
+
 }  // namespace
 }  // namespace importers

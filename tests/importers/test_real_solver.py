@@ -4,6 +4,7 @@ import shutil
 import subprocess
 
 import h5py
+import numpy
 
 import frd_check
 from decks import BRICK_EDGES, CORNERS, Mesh, deck, solids, step
@@ -173,8 +174,45 @@ class OtherAnalysesTest(SolverTest):
         self.assert_numbers_equal(1, 3)
 
 
+class BinaryTest(SolverTest):
+    """The same run with its results as text, in floats and in doubles."""
+
+    def stored_numbers(self, text):
+        """Every array of the database by its name."""
+        odb = self.imported(text)
+        arrays = {}
+        odb.visititems(lambda name, item: arrays.update({name: item[()]} if isinstance(item, h5py.Dataset) else {}))
+        return arrays
+
+    def assert_binary_is_text(self, make_deck):
+        text = self.stored_numbers(make_deck("*NODE FILE", "*EL FILE"))
+        for precision in ("", ", DOUBLE"):
+            binary = self.stored_numbers(make_deck("*NODE OUTPUT" + precision, "*ELEMENT OUTPUT" + precision))
+            self.assertEqual(binary.keys(), text.keys())
+            for name, array in text.items():
+                if name.endswith("/data"):
+                    # Six digits of text: half a unit of the last one, and half of a float's.
+                    numpy.testing.assert_allclose(binary[name], array, rtol=5.1e-6, atol=1e-37, err_msg=name)
+                else:
+                    numpy.testing.assert_array_equal(binary[name], array, err_msg=name)
+
+    def test_solids_of_every_shape(self):
+        self.assert_binary_is_text(lambda nodes, elements: deck(solids(), [
+            step("*STATIC\n0.5, 1.", PULL, options=", NLGEOM", output=f"{nodes}\nU, RF\n{elements}\nS, E, ENER\n"),
+            step("*STATIC", PULL, output=f"{nodes}, NSET=TOP\nU\n{elements}, NSET=TOP\nS\n")]))
+
+    def test_complex_results(self):
+        mesh = Mesh()
+        for z in range(3):
+            mesh.add("C3D8I", (0, 0, z), CORNERS)
+        self.assert_binary_is_text(lambda nodes, elements: deck(mesh, [
+            step("*FREQUENCY, STORAGE=YES\n3", output=f"{nodes}\nU\n"),
+            step("*STEADY STATE DYNAMICS\n1000., 90000., 2", "*MODAL DAMPING\n1, 3, 0.02\n" + PULL,
+                 output=f"{nodes}\nU, PU\n{elements}\nS, PHS\n")]))
+
+
 class OddFilesTest(SolverTest):
-    """Expanded shells, files that are cut off, binary files."""
+    """Expanded shells, files that are cut off, what the extraction finds."""
 
     def test_shells_are_solids_with_new_nodes(self):
         mesh = Mesh()
@@ -211,16 +249,6 @@ class OddFilesTest(SolverTest):
         self.assertIn(f"job.frd:{line}: warning: the file is cut off here", run.err.decode())
         self.assertRegex(run.out.decode().splitlines()[-1], r"^incomplete: the results end behind step 1, time \S+$")
         self.assert_numbers_equal(len(self.status_times()), 6)
-
-    def test_binary_results_are_named_so(self):
-        output = "*NODE OUTPUT\nU\n*ELEMENT OUTPUT\nS\n"
-        self.solve(deck(solids(), [step("*STATIC", PULL, output=output)]))
-        run = self.import_job()
-        self.assertEqual(run.status, 1)
-        self.assertRegex(run.err.decode(),
-                         r"^job\.frd:\d+: error: the block is binary, which cannot be imported yet;"
-                         r" ask the solver for \*NODE FILE and \*EL FILE\n$")
-        self.assertIsNone(run.text("job.odb"))
 
     def test_the_extraction_finds_what_was_imported(self):
         self.solve(deck(solids(), [step("*STATIC", PULL)]))
