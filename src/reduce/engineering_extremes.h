@@ -11,12 +11,18 @@
 // that is not a number.
 int engineeringCount(int count, double percentage);
 
-// Smaller first, and larger first; floats are compared as the doubles they are.
+// Smaller first, and larger first.
 struct Ascending {
-  bool operator()(double a, double b) const { return a < b; }
+  template <class Number>
+  bool operator()(Number a, Number b) const {
+    return a < b;
+  }
 };
 struct Descending {
-  bool operator()(double a, double b) const { return a > b; }
+  template <class Number>
+  bool operator()(Number a, Number b) const {
+    return a > b;
+  }
 };
 
 // The engineering minimum (Ascending) or maximum (Descending) of values, at least one. They are reordered: the

@@ -84,6 +84,49 @@ TYPED_TEST(SelectionTest, MovesEveryValueAsDescribedForEveryLengthShapeOrderAndT
   }
 }
 
+// Long enough for whole stretches on both sides of a pivot, with equals of the pivot from none to many.
+TYPED_TEST(SelectionTest, MovesEveryValueAsDescribedInLongRanges) {
+  std::mt19937 random(21);
+  for (const int n : {257, 300, 511, 1000, 4096, 20000}) {
+    for (const int different : {1, 2, 3, 20, n / 8, n / 2, 50 * n}) {
+      std::vector<TypeParam> numbers(static_cast<std::size_t>(n));
+      for (auto& number : numbers) {
+        number = static_cast<TypeParam>(std::uniform_int_distribution<int>(0, different)(random) - different / 2);
+        if (number == 0 && random() % 2 == 0) number = -number;
+      }
+      for (const int k : {0, 1, n / 100, n / 10, n / 2, n - 2, n}) {
+        expectSelection(numbers, k, Ascending());
+        expectSelection(numbers, k, Descending());
+        if (testing::Test::HasFatalFailure()) FAIL() << "n = " << n << ", " << different << " different, k = " << k;
+      }
+    }
+    for (const Shape shape : kShapes) {
+      const std::vector<TypeParam> numbers = numbersOf<TypeParam>(shape, n, random);
+      for (const int k : {0, n / 100, n / 3, n}) {
+        expectSelection(numbers, k, Ascending());
+        expectSelection(numbers, k, Descending());
+        if (testing::Test::HasFatalFailure()) FAIL() << "n = " << n << ", k = " << k;
+      }
+    }
+  }
+}
+
+TYPED_TEST(SelectionTest, MovesEveryValueAsDescribedWithNaNAmongThem) {
+  std::mt19937 random(22);
+  for (const int n : {20, 100, 300, 1000, 5000}) {
+    std::vector<TypeParam> numbers = numbersOf<TypeParam>(Shape::random, n, random);
+    for (int i = 0; i < n; i += 40) numbers[static_cast<std::size_t>(i)] = std::numeric_limits<TypeParam>::quiet_NaN();
+    for (const int k : {0, n / 10, n / 2, n}) {
+      std::vector<TypeParam> moved = numbers;
+      selectPosition(moved.data(), moved.data() + k, moved.data() + n, Ascending());
+      const std::vector<TypeParam> expected = SelectionOracle<TypeParam>(numbers, Ascending()).select(k);
+      for (std::size_t i = 0; i < moved.size(); ++i) {
+        ASSERT_TRUE(moved[i] == expected[i] || (std::isnan(moved[i]) && std::isnan(expected[i]))) << n << ", " << i;
+      }
+    }
+  }
+}
+
 TYPED_TEST(SelectionTest, StaysInTheRangeAndKeepsAllValuesWithNaNAmongThem) {
   std::mt19937 random(3);
   for (int n = 1; n <= 150; ++n) {
