@@ -212,6 +212,13 @@ TEST_F(DeckTest, DamageInAnIncludedFileIsNamedThere) {
   EXPECT_THAT(failure("*INCLUDE,INPUT=sets.inc\n"), EndsWith("sets.inc:4: error: \"1.\" is neither a label nor a set"));
 }
 
+TEST_F(DeckTest, SectionForcesAreWrittenFromTheStepOnThatAsksForThem) {
+  const std::string stresses = "*STEP\n*EL FILE\nS\n*END STEP\n";
+  EXPECT_EQ(read(stresses + stresses).sectionForcesFrom, 0);
+  EXPECT_EQ(read("*STEP\n*EL FILE, Section Forces\nS\n").sectionForcesFrom, 1);
+  EXPECT_EQ(read(stresses + "*STEP\n*ELEMENT OUTPUT,SECTION FORCES\nS\n" + stresses).sectionForcesFrom, 2);
+}
+
 TEST_F(DeckTest, AFileThatIsNoTextIsRefused) {
   EXPECT_THAT(failure(std::string("*HEADING\n\x89HDF\r\n\0\0\0\n", 18)), EndsWith("job.inp:3: error: this is no text"));
 }

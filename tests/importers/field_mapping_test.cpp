@@ -45,6 +45,20 @@ TEST(FieldMapping, StressIsATensorWithAllInvariants) {
   EXPECT_FALSE(fields[0].info.engineeringShear);
 }
 
+TEST(FieldMapping, SectionForcesAreTwoVectorsInTheBlockOfStresses) {
+  const std::vector<MappedField> fields = mapResult(tensor("STRESS", "S"), StressContent::sectionForces);
+  ASSERT_THAT(namesOf(fields), ElementsAre("SF", "SM"));
+  for (const MappedField& field : fields) {
+    EXPECT_EQ(field.info.type, 3);
+    EXPECT_THAT(field.info.componentLabels, ElementsAre("1", "2", "3"));
+    EXPECT_THAT(field.info.validInvariants, ElementsAre(8));
+  }
+  EXPECT_THAT(fields[0].columns, ElementsAre(0, 1, 2));
+  EXPECT_THAT(fields[1].columns, ElementsAre(4, 5, 3)) << "the file has XY, YZ, ZX";
+  EXPECT_THAT(namesOf(mapResult(tensor("STRESSI", "S"), StressContent::sectionForces)), ElementsAre("SF_IM", "SM_IM"));
+  EXPECT_THAT(namesOf(mapResult(tensor("TOSTRAIN", "E"), StressContent::sectionForces)), ElementsAre("E"));
+}
+
 TEST(FieldMapping, StrainsAreTensorsWithPrincipalValues) {
   for (const auto& [name, field] : {std::pair{"TOSTRAIN", "E"}, {"MESTRAIN", "ME"}, {"THSTRAIN", "THE"}}) {
     const std::vector<MappedField> fields = mapResult(tensor(name, "E"));

@@ -211,6 +211,33 @@ class BinaryTest(SolverTest):
                  output=f"{nodes}\nU, PU\n{elements}\nS, PHS\n")]))
 
 
+class SectionForcesTest(SolverTest):
+    """A cantilever of length 10 along z, loaded at its free end: section forces follow by hand."""
+
+    BEAM = ("*NODE\n1,0,0,0\n2,0,0,5\n3,0,0,10\n*ELEMENT,TYPE=B32R,ELSET=E\n1,1,2,3\n*BOUNDARY\n3,1,6\n"
+            "*MATERIAL,NAME=M\n*ELASTIC\n1.E7,.3\n*BEAM SECTION,ELSET=E,MATERIAL=M,SECTION=RECT\n.25,.25\n1.,0.,0.\n")
+
+    def forces(self, loads):
+        output = "*NODE FILE,OUTPUT=2D\nU\n*EL FILE,SECTION FORCES\nS\n"
+        odb = self.imported(self.BEAM + step("*STATIC", "*CLOAD\n" + loads, output=output))
+        fields = odb["steps/Step-1/fields"]
+        self.assertNotIn("S", fields)
+        return [fields[name]["blocks/0/data"][0] for name in ("SF", "SM")]
+
+    def test_shear_bends_about_the_other_axis(self):
+        force, moment = self.forces("1,1,2.\n")
+        numpy.testing.assert_allclose(force, [[-2, 0, 0]] * 3, atol=1e-3)
+        numpy.testing.assert_allclose(moment, [[0, 0, 0], [0, 10, 0], [0, 20, 0]], atol=1e-2)
+        force, moment = self.forces("1,2,2.\n")
+        numpy.testing.assert_allclose(force, [[0, -2, 0]] * 3, atol=1e-3)
+        numpy.testing.assert_allclose(moment, [[0, 0, 0], [-10, 0, 0], [-20, 0, 0]], atol=1e-2)
+
+    def test_push_and_torque_are_the_third_components(self):
+        force, moment = self.forces("1,3,2.\n1,6,4.\n")
+        numpy.testing.assert_allclose(force, [[0, 0, -2]] * 3, atol=1e-3)
+        numpy.testing.assert_allclose(moment, [[0, 0, -4]] * 3, atol=1e-3)
+
+
 class OddFilesTest(SolverTest):
     """Expanded shells, files that are cut off, what the extraction finds."""
 

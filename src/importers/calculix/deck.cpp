@@ -78,6 +78,9 @@ class DeckReader {
     } else if (keyword.name == "STEP") {
       deck_.stepTitles.emplace_back();
       data_ = Data::stepTitle;
+    } else if (keyword.name == "ELFILE" || keyword.name == "ELEMENTOUTPUT") {
+      const bool isFirst = deck_.sectionForcesFrom == 0 && keyword.has("SECTIONFORCES");
+      if (isFirst) deck_.sectionForcesFrom = static_cast<int>(deck_.stepTitles.size());
     } else if (keyword.name == "NODE") {
       data_ = Data::nodes;
       if (const auto name = keyword.value("NSET")) set_ = &nodeSets_.open(*name, lines);

@@ -27,6 +27,9 @@ struct Deck {
   std::vector<int> elementLabels;
   std::vector<int> typeOfElement;       // place in elementTypes
   std::vector<std::string> stepTitles;  // of each step its first line of text, or empty
+  // The step that first asks for SECTION FORCES, 0 where none does. From there on the solver writes them instead of
+  // stresses, even if a later step asks for stresses again.
+  int sectionForcesFrom = 0;
 };
 
 // Reads the deck and the files that it includes, which are looked for beside the file that names them, then beside the

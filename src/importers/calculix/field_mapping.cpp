@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -22,6 +21,8 @@ const std::vector<int> kMagnitude = {8};
 const std::vector<int> kPrincipals = {1, 2, 3, 9, 10, 11};
 const std::vector<int> kAllOfTensor = {1, 2, 3, 4, 5, 6, 7, 9, 10, 11};
 
+constexpr std::string_view kStress = "STRESS";
+
 struct KnownBlock {
   std::string_view block;
   std::string_view field;
@@ -33,7 +34,7 @@ constexpr std::array kKnownBlocks = {
     KnownBlock{"VELO", "V", "Spatial velocity"},
     KnownBlock{"FORC", "RF", "Total external force, loads included"},
     KnownBlock{"NDTEMP", "NT", "Nodal temperature"},
-    KnownBlock{"STRESS", "S", "Stress components"},
+    KnownBlock{kStress, "S", "Stress components"},
     KnownBlock{"TOSTRAIN", "E", "Total strain components"},
     KnownBlock{"MESTRAIN", "ME", "Mechanical strain components"},
     KnownBlock{"THSTRAIN", "THE", "Thermal strain components"},
@@ -82,11 +83,8 @@ MappedField scalarField(const std::string& name, const std::string& description,
   return {name, {description, kScalar, {}, {}, false}, {static_cast<int>(column)}};
 }
 
-// Three columns that follow each other.
 MappedField vectorField(const std::string& name, const std::string& description, std::vector<std::string> labels,
-                        int firstColumn) {
-  std::vector<int> columns(labels.size());
-  std::iota(columns.begin(), columns.end(), firstColumn);
+                        std::vector<int> columns) {
   return {name, {description, kVector, std::move(labels), kMagnitude, false}, std::move(columns)};
 }
 
@@ -117,7 +115,7 @@ bool isTensor(const FrdResult& result) {
 }
 
 MappedField tensorField(const FrdResult& result, const BlockName& name) {
-  const bool isStress = result.name.starts_with("STRESS");
+  const bool isStress = result.name.starts_with(kStress);
   // The file has 13 last, the database 23.
   return {name.field,
           {name.description, kFullTensor, odbstore::defaultTensorLabels(kFullTensor),
@@ -134,8 +132,20 @@ std::optional<std::vector<MappedField>> mapContact(const FrdResult& result) {
                  [](const FrdComponent& c, std::string_view name) { return c.name == name; });
   if (!isContact) return std::nullopt;
   return std::vector<MappedField>{
-      vectorField("CDIS", "Contact displacement", {expected.begin(), expected.begin() + 3}, 0),
-      vectorField("CSTR", "Contact Stress", {expected.begin() + 3, expected.end()}, 3)};
+      vectorField("CDIS", "Contact displacement", {expected.begin(), expected.begin() + 3}, {0, 1, 2}),
+      vectorField("CSTR", "Contact Stress", {expected.begin() + 3, expected.end()}, {3, 4, 5})};
+}
+
+// The solver keeps them in the columns of the stresses, XX YY ZZ XY YZ ZX.
+std::vector<MappedField> mapSectionForces(const FrdResult& result) {
+  const bool isImaginary = result.name != kStress;
+  const auto field = [&](const char* name, const char* description, std::vector<int> columns) {
+    return vectorField(std::string(name).append(isImaginary ? kImaginaryEnding : ""),
+                       std::string(description).append(isImaginary ? kImaginaryDescription : ""), {"1", "2", "3"},
+                       std::move(columns));
+  };
+  return {field("SF", "Section force: shear along 1 and 2, normal force", {0, 1, 2}),
+          field("SM", "Section moment: bending about 1 and 2, torque", {4, 5, 3})};
 }
 
 // One scalar per component from `first` on.
@@ -160,14 +170,16 @@ void makeUnique(std::vector<MappedField>& fields) {
 
 }  // namespace
 
-std::vector<MappedField> mapResult(const FrdResult& result) {
+std::vector<MappedField> mapResult(const FrdResult& result, StressContent content) {
   if (auto contact = mapContact(result)) return *contact;
+  const bool isStress = isTensor(result) && result.name.starts_with(kStress);
+  if (isStress && content == StressContent::sectionForces) return mapSectionForces(result);
   const BlockName name = nameOf(result.name);
   if (result.components.size() == 1) return {scalarField(name.field, name.description, 0)};
   if (isTensor(result)) return {tensorField(result, name)};
   std::vector<MappedField> fields;
   const bool hasVector = startsWithVector(result);
-  if (hasVector) fields.push_back(vectorField(name.field, name.description, {"1", "2", "3"}, 0));
+  if (hasVector) fields.push_back(vectorField(name.field, name.description, {"1", "2", "3"}, {0, 1, 2}));
   addScalars(result, name, hasVector ? kVectorComponents : 0, fields);
   makeUnique(fields);
   return fields;

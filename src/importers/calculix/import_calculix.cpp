@@ -71,13 +71,18 @@ class Import {
       warnOnce(block, "has no rows and is left out");
       return;
     }
-    const std::vector<MappedField> fields = mapResult(block);
+    const std::vector<MappedField> fields = mapResult(block, stressContent(block));
     std::vector<std::string> names;
     names.reserve(fields.size());
     for (const MappedField& field : fields) names.push_back(field.name);
     const odbstore::FrameId frame = frames_.frameOf(block, names);
     RowPlaces& places = model_.placesOf(block);
     for (const MappedField& field : fields) addField(block, field, frame, places);
+  }
+
+  StressContent stressContent(const FrdResult& block) const {
+    const bool hasForces = deck_.sectionForcesFrom > 0 && block.step >= deck_.sectionForcesFrom;
+    return hasForces ? StressContent::sectionForces : StressContent::stress;
   }
 
   void addField(const FrdResult& block, const MappedField& field, odbstore::FrameId frame, RowPlaces& places) {
