@@ -59,13 +59,19 @@ Frames::Step& Frames::stepOf(const FrdResult& block) {
   const auto [known, isNew] = steps_.emplace(block.step, Step{});
   Step& step = known->second;
   if (!isNew) return step;
-  odbstore::StepInfo info;
-  const auto place = static_cast<std::size_t>(block.step) - 1;
-  if (block.step > 0 && place < stepTitles_.size()) info.description = stepTitles_[place];
-  step.id = writer_.addStep(fmt::format("Step-{}", block.step), info);
   step.start = startOf(block.step);
   step.end = step.start;
   return step;
+}
+
+odbstore::StepId Frames::writeStep(int number, Step& step) {
+  if (step.id) return *step.id;
+  odbstore::StepInfo info;
+  const auto place = static_cast<std::size_t>(number) - 1;
+  if (number > 0 && place < stepTitles_.size()) info.description = stepTitles_[place];
+  step.id = writer_->addStep(fmt::format("Step-{}", number), info);
+  ++stepCount_;
+  return *step.id;
 }
 
 double Frames::timeInStep(const FrdResult& block, Step& step) {
@@ -90,8 +96,8 @@ odbstore::FrameInfo Frames::describe(const FrdResult& block, Step& step) {
     const double time = timeInStep(block, step);
     return {block.increment, time, fmt::format("Increment {}: Step Time = {}", block.increment, timeText(time))};
   }
-  if (block.kind == AnalysisKind::buckling && step.frames == 0 && block.value == 0.0) return {0, 0.0, "Base State"};
-  const int number = ++step.frames;
+  if (block.kind == AnalysisKind::buckling && step.numbered == 0 && block.value == 0.0) return {0, 0.0, "Base State"};
+  const int number = ++step.numbered;
   std::string description;
   if (block.kind == AnalysisKind::buckling) {
     description = fmt::format("Mode {}: Buckling Factor = {:.5g}", number, block.value);
@@ -104,7 +110,7 @@ odbstore::FrameInfo Frames::describe(const FrdResult& block, Step& step) {
   return {number, block.value, description};
 }
 
-odbstore::FrameId Frames::frameOf(const FrdResult& block, const std::vector<std::string>& fields) {
+Frames::Frame& Frames::find(const FrdResult& block, const std::vector<std::string>& fields) {
   Step& step = stepOf(block);
   const std::pair<int, int> place{block.step, block.frameCounter};
   auto frame = frames_.find(place);
@@ -113,8 +119,7 @@ odbstore::FrameId Frames::frameOf(const FrdResult& block, const std::vector<std:
   };
   if (frame == frames_.end() || hasOne(frame->second.fields)) {
     const odbstore::FrameInfo info = describe(block, step);
-    frame = frames_.insert_or_assign(place, Frame{writer_.addFrame(step.id, info), {}}).first;
-    ++frameCount_;
+    frame = frames_.insert_or_assign(place, Frame{step.frames++, info, {}, {}}).first;
     lastPlace_ = fmt::format("step {}, {} {:.6g}", block.step,
                              advancesInTime(block)                  ? "time"
                              : block.kind == AnalysisKind::buckling ? "buckling factor"
@@ -122,7 +127,16 @@ odbstore::FrameId Frames::frameOf(const FrdResult& block, const std::vector<std:
                              block.value);
   }
   frame->second.fields.insert(fields.begin(), fields.end());
-  return frame->second.id;
+  return frame->second;
+}
+
+odbstore::FrameId Frames::write(const FrdResult& block, const std::vector<std::string>& fields) {
+  Frame& frame = find(block, fields);
+  if (!frame.id) {
+    frame.id = writer_->addFrame(writeStep(block.step, steps_.at(block.step)), frame.info);
+    ++frameCount_;
+  }
+  return *frame.id;
 }
 
 }  // namespace importers::calculix

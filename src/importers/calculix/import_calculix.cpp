@@ -36,7 +36,7 @@ class Import {
         deck_(request.deck.empty() ? Deck{} : readDeck(request.deck, warn)),
         writer_(request.output, request.storage),
         model_(deck_, request.results, writer_),
-        frames_(request.status, deck_.stepTitles, writer_, warn) {}
+        frames_(request.status, deck_.stepTitles, &writer_, warn) {}
 
   ImportSummary run() {
     writer_.setTitle(deck_.heading.empty() ? reader_.header().title : deck_.heading);
@@ -75,7 +75,7 @@ class Import {
     std::vector<std::string> names;
     names.reserve(fields.size());
     for (const MappedField& field : fields) names.push_back(field.name);
-    const odbstore::FrameId frame = frames_.frameOf(block, names);
+    const odbstore::FrameId frame = frames_.write(block, names);
     RowPlaces& places = model_.placesOf(block);
     for (const MappedField& field : fields) addField(block, field, frame, places);
   }
