@@ -17,6 +17,25 @@ std::string withoutEnding(std::string name) {
   return name;
 }
 
+void addSelection(CLI::App& app, calculix::Selection& selection) {
+  app.add_option("--field", selection.fields, "Import this field only, in any case; may be repeated")
+      ->allow_extra_args(false)
+      ->type_name("NAME");
+  app.add_option("--step", selection.steps, "Import this step only; may be repeated, or be a list \"1,3\"")
+      ->allow_extra_args(false)
+      ->delimiter(',')
+      ->check(CLI::PositiveNumber)
+      ->type_name("N");
+  const auto takeFrames = [&selection](const std::string& text) {
+    const auto choice = calculix::frameChoiceFrom(text);
+    if (!choice) throw CLI::ValidationError("--frames", "\"" + text + "\" is none of first, last, all, N, N-M");
+    selection.frames = *choice;
+  };
+  app.add_option_function<std::string>("--frames", takeFrames,
+                                       "Of every step import the frames first, last, all, N or N-M")
+      ->type_name("FRAMES");
+}
+
 }  // namespace
 
 ImportOptions parseImportOptions(std::vector<std::string> arguments) {
@@ -31,6 +50,8 @@ ImportOptions parseImportOptions(std::vector<std::string> arguments) {
   app.add_flag("--strict", options.isStrict, "Take a result file that is cut off for an error");
   app.add_flag("--compress", options.compress, "Store results packed: a small file that is slower to read");
   app.add_flag("--checksum", options.checksum, "Store a checksum with every frame of results");
+  app.add_flag("--list", options.isList, "Show what would be imported, and write nothing");
+  addSelection(app, options.selection);
   try {
     std::reverse(arguments.begin(), arguments.end());
     app.parse(std::move(arguments));

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "importers/calculix/selection.h"
+
 namespace importers {
 
 struct ImportOptions {
@@ -14,6 +16,8 @@ struct ImportOptions {
   bool isStrict = false;
   bool compress = false;
   bool checksum = false;
+  bool isList = false;  // show what would be imported, and write nothing
+  calculix::Selection selection;
 
   // Set when there is nothing to run: print `message` (on standard error when the status is not 0) and exit.
   bool isDone = false;

@@ -10,6 +10,7 @@
 #include "importers/calculix/import_calculix.h"
 #include "importers/diagnostics.h"
 #include "importers/import_options.h"
+#include "importers/progress_line.h"
 
 namespace {
 
@@ -45,11 +46,22 @@ void printSummary(const importers::JobFiles& files, const importers::calculix::I
 void run(const importers::ImportOptions& options) {
   const auto begin = std::chrono::steady_clock::now();
   const importers::JobFiles files = importers::jobFiles(options);
-  checkOutput(files);
   const importers::calculix::ImportRequest request = {
-      files.results,   findDeck(options, files), files.status, files.output, {options.compress, options.checksum},
-      options.isStrict};
-  const importers::calculix::ImportSummary summary = importers::calculix::importCalculix(request, warn);
+      files.results,    findDeck(options, files), files.status, files.output, {options.compress, options.checksum},
+      options.isStrict, options.selection};
+  if (options.isList) {
+    fmt::print("{}", importers::calculix::listCalculix(request, warn));
+    return;
+  }
+  checkOutput(files);
+  importers::ProgressLine progress(files.results, stderr);
+  const auto warnBeside = [&progress](const std::string& text) {
+    progress.wipe();
+    warn(text);
+  };
+  const auto show = [&progress](std::uint64_t done, std::uint64_t all) { progress.show(done, all); };
+  const importers::calculix::ImportSummary summary = importers::calculix::importCalculix(request, warnBeside, show);
+  progress.wipe();
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   printSummary(files, summary, seconds.count());
 }

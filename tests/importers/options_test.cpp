@@ -6,6 +6,7 @@
 namespace importers {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -35,7 +36,8 @@ TEST(ImportOptions, HelpAndVersionEndWithoutAnError) {
   EXPECT_TRUE(help.isDone);
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.message, HasSubstr("kolvex import"));
-  for (const char* option : {"--output", "--deck", "--no-deck", "--strict", "--compress", "--checksum", "--version"}) {
+  for (const char* option : {"--output", "--deck", "--no-deck", "--strict", "--compress", "--checksum", "--list",
+                             "--field", "--step", "--frames", "--version"}) {
     EXPECT_THAT(help.message, HasSubstr(option));
   }
   const ImportOptions version = parseImportOptions({"--version"});
@@ -75,6 +77,29 @@ TEST(JobFiles, GiveWayToOptions) {
   EXPECT_EQ(files.deck, "z.inp");
   EXPECT_EQ(files.output, "x/y.odb");
   EXPECT_EQ(files.status, "job.sta");
+}
+
+TEST(ImportOptions, ASelectionMayNameSeveralFieldsAndSteps) {
+  const ImportOptions options =
+      parseImportOptions({"--field", "S", "--field=u", "--step", "1,3", "--step", "5", "--frames", "2-4", "job"});
+  EXPECT_FALSE(options.isDone) << options.message;
+  EXPECT_EQ(options.input, "job");
+  EXPECT_THAT(options.selection.fields, ElementsAre("S", "u"));
+  EXPECT_THAT(options.selection.steps, ElementsAre(1, 3, 5));
+  EXPECT_EQ(options.selection.frames.kind, calculix::FrameChoice::Kind::range);
+  EXPECT_EQ(options.selection.frames.from, 2);
+  EXPECT_EQ(options.selection.frames.to, 4);
+  EXPECT_FALSE(options.selection.isEverything());
+  EXPECT_TRUE(parseImportOptions({"job", "--frames", "all"}).selection.isEverything());
+}
+
+TEST(ImportOptions, SelectionsOfNothingAreWrongUsage) {
+  for (const char* frames : {"", "none", "-1", "3-", "-3", "5-2", "1-2-3", "1.5"}) {
+    EXPECT_EQ(parseImportOptions({"job", std::string("--frames=") + frames}).status, 2) << frames;
+  }
+  for (const char* step : {"0", "-1", "x", "1;2", "1.5"}) {
+    EXPECT_EQ(parseImportOptions({"job", std::string("--step=") + step}).status, 2) << step;
+  }
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 """`kolvex import` as a user runs it: streams, statuses, and what stands under the final name."""
 import os
+import pty
 import random
 import re
+import subprocess
 
 import h5py
 
@@ -164,6 +166,43 @@ class ImportProgramTest(ProgramTest):
             self.assertRegex(run.err, rb"^job\.frd:\d+: warning: the file is cut off here; .*\n$")
             self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end behind ")
             os.remove(self.path("job.odb"))
+
+    def test_a_list_writes_nothing(self):
+        self.write("job.frd", WHOLE)
+        self.write("job.inp", DECK)
+        run = self.run_import("job", "--list", "--field", "nt")
+        self.assertEqual((run.status, run.err), (0, b""))
+        self.assertEqual(run.out.decode().splitlines(), [
+            "job.frd: 3 nodes, 2 elements, ASCII results", "",
+            "set   of        members", "Ends  nodes     2", "Bars  elements  2", "",
+            "step    frame  value  description", "Step-1  1      1      Increment 1: Step Time = 1.0000", "",
+            "step    field  block   kind    components  nodes  frames",
+            "Step-1  NT     NDTEMP  scalar              3      1"])
+        self.assertEqual(sorted(p.name for p in self.directory.iterdir()), ["job.frd", "job.inp"])
+
+    def test_a_selection_of_nothing_lists_what_there_is(self):
+        self.write("job.frd", WHOLE)
+        for arguments in (("--field", "U"), ("--step", "2"), ("--list", "--frames", "5")):
+            run = self.run_import("job", "--no-deck", *arguments)
+            self.assertEqual((run.status, run.out), (1, b""))
+            self.assertTrue(run.err.endswith(b"; the file holds step 1 (frames 1) with the fields NT, S\n"), run.err)
+            self.assertFalse(self.path("job.odb").exists())
+        self.assertEqual(self.run_import("job", "--frames", "some").status, 2)
+
+    def test_progress_is_shown_on_a_terminal_only(self):
+        self.write("job.frd", WHOLE)
+        self.assertEqual(self.run_import("job", "--no-deck").err, b"")
+        ours, theirs = pty.openpty()
+        program = os.path.join(os.environ["KOLVEX_BIN"], "kolvex")
+        status = subprocess.run([program, "import", "job"], cwd=self.directory, stdout=subprocess.DEVNULL,
+                                stderr=theirs, timeout=60, check=False).returncode
+        os.close(theirs)
+        shown = os.read(ours, 4096)
+        os.close(ours)
+        self.assertEqual(status, 0)
+        warning, progress = shown.split(b"\r\n")
+        self.assertIn(b"there is no deck", warning)
+        self.assertEqual(progress, b"\rjob.frd: writing the database\x1b[K\r\x1b[K")
 
     def test_flipped_bytes_never_crash_it(self):
         chance = random.Random(20240229)

@@ -185,4 +185,11 @@ std::vector<MappedField> mapResult(const FrdResult& result, StressContent conten
   return fields;
 }
 
+std::vector<std::string> namesOfFields(const std::vector<MappedField>& fields) {
+  std::vector<std::string> names;
+  names.reserve(fields.size());
+  for (const MappedField& field : fields) names.push_back(field.name);
+  return names;
+}
+
 }  // namespace importers::calculix

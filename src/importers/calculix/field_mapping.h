@@ -29,4 +29,6 @@ enum class StressContent { stress, sectionForces };
 // with bending about 1, bending about 2 and the torque.
 std::vector<MappedField> mapResult(const FrdResult& result, StressContent content = StressContent::stress);
 
+std::vector<std::string> namesOfFields(const std::vector<MappedField>& fields);
+
 }  // namespace importers::calculix

@@ -2,8 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <optional>
 #include <set>
 
+#include "importers/calculix/contents.h"
+#include "importers/calculix/contents_table.h"
 #include "importers/calculix/deck.h"
 #include "importers/calculix/field_mapping.h"
 #include "importers/calculix/frames.h"
@@ -27,13 +30,30 @@ void gather(const FrdResult& block, const std::vector<int>& columns, std::size_t
   }
 }
 
+Deck deckOf(const ImportRequest& request, const WarningSink& warn) {
+  return request.deck.empty() ? Deck{} : readDeck(request.deck, warn);
+}
+
+// Which result blocks are selected, by their place among all of them; nothing for all.
+std::optional<std::set<std::size_t>> selectedBlocks(const ImportRequest& request, const Deck& deck) {
+  if (request.selection.isEverything()) return std::nullopt;
+  // Whatever there is to warn of comes up again when the rows are read.
+  Contents contents = readContents(request.results, request.status, deck, [](const std::string&) {});
+  select(contents, request.selection, request.results);
+  std::set<std::size_t> ordinals;
+  for (const ContentsBlock& block : contents.blocks) ordinals.insert(block.ordinal);
+  return ordinals;
+}
+
 class Import {
  public:
-  Import(const ImportRequest& request, const WarningSink& warn)
+  Import(const ImportRequest& request, const WarningSink& warn, const ProgressSink& progress)
       : request_(request),
         warn_(warn),
+        progress_(progress),
         reader_(request.results),
-        deck_(request.deck.empty() ? Deck{} : readDeck(request.deck, warn)),
+        deck_(deckOf(request, warn)),
+        selected_(selectedBlocks(request, deck_)),
         writer_(request.output, request.storage),
         model_(deck_, request.results, writer_),
         frames_(request.status, deck_.stepTitles, &writer_, warn) {}
@@ -44,11 +64,14 @@ class Import {
     writer_.setAssemblyName("ASSEMBLY");
     writer_.addPart(kPart);
     writer_.addInstance(kInstance, kPart);
-    while (const std::optional<FrdBlock> block = reader_.next()) {
+    const ResultFilter isWanted = [this](const FrdResult&) { return startResult(); };
+    while (const std::optional<FrdBlock> block = reader_.next(isWanted)) {
       std::visit([this](const auto& content) { take(content); }, *block);
+      if (progress_) progress_(reader_.offset(), reader_.size());
     }
     checkEnd();
     if (!request_.deck.empty()) model_.addSets(warn_);
+    if (progress_) progress_(reader_.size(), reader_.size());
     writer_.finish();
     return {frames_.stepCount(), frames_.frameCount(), static_cast<int>(fields_.size()), model_.setCount(),
             reader_.isCutOff() ? endOfResults() : ""};
@@ -65,24 +88,29 @@ class Import {
     model_.addElements(elements);
   }
 
+  // Counts the result block that comes next, and tells whether it is selected.
+  bool startResult() {
+    const std::size_t ordinal = resultCount_++;
+    isSelected_ = !selected_ || selected_->contains(ordinal);
+    return isSelected_;
+  }
+
   void take(const FrdResult& block) {
     if (!model_.hasNodes()) fail(block.line, "results come before the nodes that they belong to");
+    const std::vector<MappedField> fields = mapResult(block, stressContentOf(block, deck_));
+    if (!isSelected_) {
+      if (block.rows > 0) frames_.find(block, namesOfFields(fields));
+      return;
+    }
     if (block.labels.empty()) {
       warnOnce(block, "has no rows and is left out");
       return;
     }
-    const std::vector<MappedField> fields = mapResult(block, stressContent(block));
-    std::vector<std::string> names;
-    names.reserve(fields.size());
-    for (const MappedField& field : fields) names.push_back(field.name);
-    const odbstore::FrameId frame = frames_.write(block, names);
+    const odbstore::FrameId frame = frames_.write(block, namesOfFields(fields));
     RowPlaces& places = model_.placesOf(block);
-    for (const MappedField& field : fields) addField(block, field, frame, places);
-  }
-
-  StressContent stressContent(const FrdResult& block) const {
-    const bool hasForces = deck_.sectionForcesFrom > 0 && block.step >= deck_.sectionForcesFrom;
-    return hasForces ? StressContent::sectionForces : StressContent::stress;
+    for (const MappedField& field : fields) {
+      if (request_.selection.takesField(field.name)) addField(block, field, frame, places);
+    }
   }
 
   void addField(const FrdResult& block, const MappedField& field, odbstore::FrameId frame, RowPlaces& places) {
@@ -137,11 +165,15 @@ class Import {
 
   const ImportRequest& request_;
   const WarningSink& warn_;
+  const ProgressSink& progress_;
   FrdReader reader_;
   Deck deck_;
+  std::optional<std::set<std::size_t>> selected_;
   odbstore::Writer writer_;
   Model model_;
   Frames frames_;
+  std::size_t resultCount_ = 0;
+  bool isSelected_ = true;   // the result block being read
   std::vector<float> rows_;  // of the block being written
   std::set<std::string> fields_;
   std::set<std::string> warnedOf_;  // names of blocks
@@ -149,8 +181,15 @@ class Import {
 
 }  // namespace
 
-ImportSummary importCalculix(const ImportRequest& request, const WarningSink& warn) {
-  return Import(request, warn).run();
+ImportSummary importCalculix(const ImportRequest& request, const WarningSink& warn, const ProgressSink& progress) {
+  return Import(request, warn, progress).run();
+}
+
+std::string listCalculix(const ImportRequest& request, const WarningSink& warn) {
+  const Deck deck = deckOf(request, warn);
+  Contents contents = readContents(request.results, request.status, deck, warn);
+  select(contents, request.selection, request.results);
+  return contentsTable(contents, deck, request.results);
 }
 
 }  // namespace importers::calculix

@@ -1,8 +1,11 @@
 // Imports the results of a CalculiX run.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 
+#include "importers/calculix/selection.h"
 #include "importers/diagnostics.h"
 #include "odbstore/writer.h"
 
@@ -15,6 +18,7 @@ struct ImportRequest {
   std::string output;   // the database to write
   odbstore::WriterOptions storage;
   bool isStrict = false;  // whether a result file that is cut off is an error
+  Selection selection;
 };
 
 struct ImportSummary {
@@ -26,9 +30,16 @@ struct ImportSummary {
   std::string cutOffBehind;
 };
 
+// Told block by block how many bytes of the result file have been read; all of them while the database is completed.
+using ProgressSink = std::function<void(std::uint64_t done, std::uint64_t all)>;
+
 // Reads the result file block by block and writes the database, which appears under its name when it is complete.
 // Throws ImportError for what cannot be read and odbstore::StoreError for what cannot be written. A result file that is
-// cut off behind its model gives what is complete in it, and a warning.
-ImportSummary importCalculix(const ImportRequest& request, const WarningSink& warn);
+// cut off behind its model gives what is complete in it, and a warning. A selection that matches nothing is an
+// ImportError that lists what there is.
+ImportSummary importCalculix(const ImportRequest& request, const WarningSink& warn, const ProgressSink& progress = {});
+
+// What such an import would take, as tables for a reader. Writes no file.
+std::string listCalculix(const ImportRequest& request, const WarningSink& warn);
 
 }  // namespace importers::calculix
