@@ -91,6 +91,9 @@ void BlockContent::forEachPiece(const std::function<void(int, int, const Number*
   guarded([&] { reader.run((inAll + inPiece - 1) / inPiece, read, hand); });
 }
 
+template void BlockContent::forEachPiece(const std::function<void(int, int, const float*)>& take) const;
+template void BlockContent::forEachPiece(const std::function<void(int, int, const double*)>& take) const;
+
 namespace {
 
 constexpr std::size_t kFirstShear = 3;
@@ -126,229 +129,37 @@ double BlockContent::magnitude(int row) const {
   return block_.isDouble() ? magnitudeOf(&stored<double>()[at], width()) : magnitudeOf(&stored<float>()[at], width());
 }
 
-std::shared_ptr<const BlockStorage> BlockStorage::subset(SetStorage& set) const {
-  std::vector<int> rows = content_->location().rowsIn(set);
-  if (selection_) {
-    std::vector<int> both;
-    std::set_intersection(rows.begin(), rows.end(), selection_->begin(), selection_->end(), std::back_inserter(both));
-    rows = std::move(both);
-  }
-  if (rows.empty()) return nullptr;
-  return std::make_shared<const BlockStorage>(content_, std::move(rows));
-}
-
 namespace {
 
-bool isElementBased(const BlockContent& content) {
-  return odbstore::hasElementLabels(content.location().info().position) && content.rows() > 0;
-}
-
-// Copies columns of rows: column `columns[j]` goes to place j, 0 where it is negative. `from(i)` is row i.
-template <class Number, class From>
-std::vector<Number> gather(const std::vector<int>& columns, int rows, From&& from) {
-  const std::size_t width = columns.size();
-  std::vector<Number> out(static_cast<std::size_t>(rows) * width);
-  Number* to = out.data();
-  for (int i = 0; i < rows; ++i, to += width) {
-    const Number* const row = from(i);
-    for (std::size_t j = 0; j < width; ++j) to[j] = columns[j] < 0 ? Number{0} : row[columns[j]];
-  }
-  return out;
-}
-
-// The same of all rows of a block.
-template <class Number>
-std::vector<Number> gather(const BlockStorage& block, const std::vector<int>& columns) {
-  const Number* const stored = block.content()->template stored<Number>().data();
-  const auto width = static_cast<std::size_t>(block.content()->width());
-  return gather<Number>(columns, block.rows(),
-                        [&](int row) { return stored + static_cast<std::size_t>(block.contentRow(row)) * width; });
-}
-
-// The columns of the bulk rows: canonical places for tensors on elements, as stored for all else.
-std::vector<int> bulkColumns(const BlockContent& content) {
-  std::vector<int> columns;
-  if (isElementBased(content) && content.isTensor()) {
-    columns.assign(content.columnsOfTensor().begin(), content.columnsOfTensor().end());
-    while (!columns.empty() && columns.back() < 0) columns.pop_back();
-  } else {
-    columns.resize(static_cast<std::size_t>(content.width()));
-    std::iota(columns.begin(), columns.end(), 0);
-  }
-  return columns;
-}
-
-bool isWholeRow(const std::vector<int>& columns, int width) {
-  int place = 0;
-  return static_cast<int>(columns.size()) == width &&
-         std::all_of(columns.begin(), columns.end(), [&](int c) { return c == place++; });
-}
+// Invariants are found for so many rows at a time.
+constexpr int kStretch = 256;
 
 }  // namespace
 
-int BlockStorage::bulkWidth() const { return static_cast<int>(bulkColumns(*content_).size()); }
-
-template <class Number>
-Number* BlockStorage::bulkRows() const {
-  if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
-  const std::vector<int> columns = bulkColumns(*content_);
-  if (!selection_ && isWholeRow(columns, content_->width())) return content_->stored<Number>().data();
-  Kept<Number>& kept = std::get<Kept<Number>>(bulk_);
-  if (!kept) kept = gather<Number>(*this, columns);
-  return kept->data();
-}
-
-template float* BlockStorage::bulkRows() const;
-template double* BlockStorage::bulkRows() const;
-
-int BlockStorage::fieldRowLength() const { return static_cast<int>(content_->columnsOfField().size()); }
-
-template <class Number>
-const std::vector<Number>& BlockStorage::inFieldOrder() const {
-  Kept<Number>& kept = std::get<Kept<Number>>(fieldOrder_);
-  if (!kept) kept = gather<Number>(*this, content_->columnsOfField());
-  return *kept;
-}
-
-template <class Number>
-const Number* BlockStorage::fieldRow(int row) const {
-  if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
-  if (!content_->isInFieldOrder()) {
-    return inFieldOrder<Number>().data() + static_cast<std::size_t>(row) * content_->columnsOfField().size();
-  }
-  return content_->stored<Number>().data() +
-         static_cast<std::size_t>(contentRow(row)) * static_cast<std::size_t>(content_->width());
-}
-
-template const float* BlockStorage::fieldRow(int) const;
-template const double* BlockStorage::fieldRow(int) const;
-
-int* BlockStorage::labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const {
-  if (all.empty()) return nullptr;
-  // Nobody writes to them; the interface hands out plain pointers.
-  if (!selection_) return const_cast<int*>(all.data());
-  if (!kept) {
-    kept.emplace();
-    kept->reserve(static_cast<std::size_t>(rows()));
-    for (int row = 0; row < rows(); ++row) kept->push_back(all[static_cast<std::size_t>(contentRow(row))]);
-  }
-  return kept->data();
-}
-
-int* BlockStorage::elementLabels() const { return labels(content_->location().elementLabels(), elementLabels_); }
-
-int* BlockStorage::nodeLabels() const { return labels(content_->location().nodeLabels(), nodeLabels_); }
-
-int* BlockStorage::integrationPoints() const {
-  return labels(content_->location().integrationPoints(), integrationPoints_);
-}
-
-int BlockStorage::numberOfElements() const {
-  if (!selection_) return content_->location().numberOfElements();
-  const int* const labels = elementLabels();
-  return labels == nullptr ? 0 : countDifferent(*elementLabels_);
-}
-
-float* BlockStorage::mises() const {
-  if (!content_->isTensor()) return nullptr;
+const std::vector<float>& BlockContent::mises() const {
   if (!mises_) {
     mises_.emplace(static_cast<std::size_t>(rows()));
-    for (int row = 0; row < rows(); ++row) {
-      (*mises_)[static_cast<std::size_t>(row)] = misesOf(content_->tensor(contentRow(row)));
+    constexpr std::array<int, 6> canonical = {0, 1, 2, 3, 4, 5};
+    if (!block_.isDouble() && width() == 6 && columnsOfTensor_ == canonical) {
+      kernels::best().equivalents(stored<float>().data(), mises_->size(), width(), field_.info.engineeringShear,
+                                  mises_->data());
+    } else {
+      for (int row = 0; row < rows(); ++row) (*mises_)[static_cast<std::size_t>(row)] = misesOf(tensor(row));
     }
   }
-  return mises_->data();
+  return *mises_;
 }
 
-template <class Number>
-void BlockStorage::forEachTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const {
-  const auto hand = [&](int first, int count, const Number* rows) {
-    if constexpr (std::is_same_v<Number, float>) {
-      take(odb_FieldBulkTile(*this, first, count, rows, nullptr));
-    } else {
-      take(odb_FieldBulkTile(*this, first, count, nullptr, rows));
-    }
-  };
-  if (rows() == 0) return;
-  if (selection_ || content_->isAtHand()) return hand(0, rows(), bulkRows<Number>());
-  const std::vector<int> columns = bulkColumns(*content_);
-  if (isWholeRow(columns, content_->width())) return content_->forEachPiece<Number>(hand);
-  content_->forEachPiece<Number>([&](int first, int count, const Number* rows) {
-    hand(first, count, gather<Number>(columns, count, [&](int i) { return rows + i * content_->width(); }).data());
-  });
-}
-
-void BlockStorage::forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
-  return content_->block().isDouble() ? forEachTileOf<double>(take) : forEachTileOf<float>(take);
+const Invariants& BlockContent::invariants(int row) const {
+  if (invariants_.empty()) invariants_.resize(static_cast<std::size_t>((rows() + kStretch - 1) / kStretch));
+  std::unique_ptr<Invariants[]>& stretch = invariants_[static_cast<std::size_t>(row / kStretch)];
+  if (!stretch) {
+    const int first = row / kStretch * kStretch;
+    const int count = std::min(kStretch, rows() - first);
+    stretch = std::make_unique_for_overwrite<Invariants[]>(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) stretch[static_cast<std::size_t>(i)] = invariantsOf(tensor(first + i));
+  }
+  return stretch[static_cast<std::size_t>(row % kStretch)];
 }
 
 }  // namespace odb_detail
-
-namespace {
-
-// Calls `take` with the equivalent stress of each row of a tile in double precision. Rows have the components in their
-// canonical places, up to the last one that there is.
-template <class Take>
-void forEachMises(const double* rows, int count, int width, bool halvedShear, Take&& take) {
-  for (int i = 0; i < count; ++i, rows += width) {
-    odb_detail::Tensor tensor{};
-    for (int j = 0; j < width; ++j) tensor[static_cast<std::size_t>(j)] = rows[j] * (halvedShear && j >= 3 ? 0.5 : 1.0);
-    take(i, odb_detail::misesOf(tensor));
-  }
-}
-
-}  // namespace
-
-void odb_FieldBulkTile::mises(float* out) const {
-  const bool halved = block_.content()->field().info.engineeringShear;
-  const int width = block_.bulkWidth();
-  if (floats_ != nullptr) {
-    kernels::best().equivalents(floats_, static_cast<std::size_t>(count_), width, halved, out);
-  } else {
-    forEachMises(doubles_, count_, width, halved, [&](int i, float value) { out[i] = value; });
-  }
-}
-
-void odb_FieldBulkTile::takeMises(float& max, float& min) const {
-  const auto take = [&](float high, float low) {
-    if (high > max) max = high;
-    if (low < min) min = low;
-  };
-  const bool halved = block_.content()->field().info.engineeringShear;
-  const int width = block_.bulkWidth();
-  if (floats_ != nullptr) {
-    kernels::EquivalentRange squares;
-    kernels::best().equivalentRange(floats_, static_cast<std::size_t>(count_), width, halved, &squares);
-    // Not a number, and so nothing to be taken, where no row has counted.
-    take(static_cast<float>(std::sqrt(squares.largest)), static_cast<float>(std::sqrt(squares.smallest)));
-  } else {
-    forEachMises(doubles_, count_, width, halved, [&](int, float value) { take(value, value); });
-  }
-}
-
-int odb_FieldBulkData::type() const { return storage_->content()->block().type(); }
-
-int odb_FieldBulkData::precision() const {
-  return storage_->content()->block().isDouble() ? odb_Enum::doublePrecision : odb_Enum::singlePrecision;
-}
-
-int odb_FieldBulkData::valueCount() const { return storage_->rows(); }
-int odb_FieldBulkData::width() const { return storage_->bulkWidth(); }
-float* odb_FieldBulkData::data() const { return storage_->bulkRows<float>(); }
-double* odb_FieldBulkData::dataDouble() const { return storage_->bulkRows<double>(); }
-
-odb_Sequence<odb_String> odb_FieldBulkData::componentLabels() const {
-  odb_Sequence<odb_String> labels;
-  for (const std::string& label : storage_->content()->block().componentLabels()) labels.append(odb_String(label));
-  return labels;
-}
-
-int odb_FieldBulkData::numberOfElements() const { return storage_->numberOfElements(); }
-int* odb_FieldBulkData::elementLabels() const { return storage_->elementLabels(); }
-int* odb_FieldBulkData::nodeLabels() const { return storage_->nodeLabels(); }
-int* odb_FieldBulkData::integrationPoints() const { return storage_->integrationPoints(); }
-float* odb_FieldBulkData::mises() const { return storage_->mises(); }
-
-void odb_FieldBulkData::forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
-  storage_->forEachTile(take);
-}

@@ -18,6 +18,8 @@
 
 namespace odb_detail {
 
+using SharedRows = std::shared_ptr<const std::vector<int>>;
+
 // The rows in which each label occurs, ascending by label, then by row: built once per location.
 class LabelIndex {
  public:
@@ -45,7 +47,7 @@ class LocationStorage {
   int numberOfElements();
 
   // The rows, ascending, that belong to a set.
-  std::vector<int> rowsIn(SetStorage& set);
+  SharedRows rowsIn(const std::shared_ptr<SetStorage>& set);
 
   // The reader of large blocks, one for the database.
   ReadAhead& readAhead() const { return *readAhead_; }
@@ -56,6 +58,9 @@ class LocationStorage {
   std::unique_ptr<LabelIndex> nodeIndex_;
   std::unique_ptr<LabelIndex> elementIndex_;
   std::optional<int> numberOfElements_;
+  // Found rows by set, as far as they are few enough to be kept.
+  std::map<std::shared_ptr<SetStorage>, SharedRows> rowsOfSets_;
+  std::size_t keptRows_ = 0;
 };
 
 // One location object for each location of the file.
@@ -108,6 +113,10 @@ class BlockContent {
   Tensor tensor(int row) const;
   double magnitude(int row) const;
 
+  // Quantities of tensor rows, found once and kept: the equivalent stress of all rows, and the invariants of a row.
+  const std::vector<float>& mises() const;
+  const Invariants& invariants(int row) const;
+
  private:
   void findColumns();
 
@@ -120,13 +129,15 @@ class BlockContent {
   bool inFieldOrder_ = false;
   std::array<int, 6> columnsOfTensor_{};
   mutable std::tuple<std::optional<std::vector<float>>, std::optional<std::vector<double>>> numbers_;
+  mutable std::optional<std::vector<float>> mises_;
+  mutable std::vector<std::unique_ptr<Invariants[]>> invariants_;  // stretches of rows, null where not asked for yet
 };
 
 // A block as a field output hands it out: all rows of its content, or those of a set.
 class BlockStorage {
  public:
   explicit BlockStorage(std::shared_ptr<const BlockContent> content) : content_(std::move(content)) {}
-  BlockStorage(std::shared_ptr<const BlockContent> content, std::vector<int> selection)
+  BlockStorage(std::shared_ptr<const BlockContent> content, SharedRows selection)
       : content_(std::move(content)), selection_(std::move(selection)) {}
 
   const std::shared_ptr<const BlockContent>& content() const { return content_; }
@@ -135,7 +146,7 @@ class BlockStorage {
   int contentRow(int row) const { return selection_ ? (*selection_)[static_cast<std::size_t>(row)] : row; }
 
   // Null when no row is in the set.
-  std::shared_ptr<const BlockStorage> subset(SetStorage& set) const;
+  std::shared_ptr<const BlockStorage> subset(const std::shared_ptr<SetStorage>& set) const;
 
   // The arrays that the bulk interface hands out; null where there is none.
   int bulkWidth() const;
@@ -151,6 +162,9 @@ class BlockStorage {
   // The numbers of row `row` by component of the field, in the block's precision.
   template <class Number>
   const Number* fieldRow(int row) const;
+  // The same of `count` rows from `from` on; gathered in `buffer` where they do not lie so already.
+  template <class Number>
+  const Number* fieldRows(int from, int count, std::vector<Number>& buffer) const;
   int fieldRowLength() const;
 
  private:
@@ -161,7 +175,7 @@ class BlockStorage {
   int* labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const;
 
   std::shared_ptr<const BlockContent> content_;
-  std::optional<std::vector<int>> selection_;  // rows of the content, ascending
+  SharedRows selection_;  // rows of the content, ascending; null for all
   // Rearranged rows in the block's precision, where the stored ones do not serve.
   template <class Number>
   using Kept = std::optional<std::vector<Number>>;

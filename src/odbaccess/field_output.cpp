@@ -80,6 +80,13 @@ odb_FieldValue odb_SequenceFieldValue::constGet(unsigned index) const {
   return odb_FieldValue(blocks_[block], row - firstRow_[block]);
 }
 
+void odb_SequenceFieldValue::forEachRun(const std::function<void(odb_FieldValueRun&)>& take) const {
+  for (std::size_t i = 0; i < blocks_.size(); ++i) {
+    odb_FieldValueRun run(blocks_[i], firstRow_[i]);
+    take(run);
+  }
+}
+
 odb_String odb_FieldOutput::name() const { return odb_String(storage_->field().name); }
 odb_String odb_FieldOutput::description() const { return odb_String(storage_->field().info.description); }
 int odb_FieldOutput::type() const { return storage_->field().info.type; }
@@ -122,7 +129,7 @@ odb_FieldOutput odb_FieldOutput::getSubset(const odb_Set& set) const {
   odb_detail::Blocks subset;
   if (set.storage()) {
     for (const auto& block : content().blocks) {
-      if (auto rows = block->subset(*set.storage())) subset.push_back(std::move(rows));
+      if (auto rows = block->subset(set.storage())) subset.push_back(std::move(rows));
     }
   }
   return odb_FieldOutput(std::make_shared<const odb_detail::FieldStorage>(*storage_, std::move(subset)));

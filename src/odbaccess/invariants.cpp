@@ -111,4 +111,43 @@ float minInPlanePrincipalOf(const Tensor& s) {
   return static_cast<float>(circle.center - circle.radius);
 }
 
+Invariants invariantsOf(const Tensor& s) {
+  const std::array<double, 3> principal = principalValuesOf(s);
+  const InPlane circle = inPlane(s);
+  return {static_cast<float>(principal[0] - principal[2]),
+          pressOf(s),
+          inv3Of(s),
+          static_cast<float>(principal[0]),
+          static_cast<float>(principal[1]),
+          static_cast<float>(principal[2]),
+          static_cast<float>(circle.center + circle.radius),
+          static_cast<float>(circle.center - circle.radius),
+          static_cast<float>(s[2])};
+}
+
+InvariantMember invariantMember(odb_Enum::odb_InvariantEnum code) {
+  switch (code) {
+    case odb_Enum::tresca:
+      return &Invariants::tresca;
+    case odb_Enum::press:
+      return &Invariants::press;
+    case odb_Enum::inv3:
+      return &Invariants::inv3;
+    case odb_Enum::maxPrincipal:
+      return &Invariants::maxPrincipal;
+    case odb_Enum::midPrincipal:
+      return &Invariants::midPrincipal;
+    case odb_Enum::minPrincipal:
+      return &Invariants::minPrincipal;
+    case odb_Enum::maxInPlanePrincipal:
+      return &Invariants::maxInPlanePrincipal;
+    case odb_Enum::minInPlanePrincipal:
+      return &Invariants::minInPlanePrincipal;
+    case odb_Enum::outOfPlanePrincipal:
+      return &Invariants::outOfPlanePrincipal;
+    default:
+      return nullptr;
+  }
+}
+
 }  // namespace odb_detail

@@ -3,6 +3,8 @@
 
 #include <array>
 
+#include "odbaccess/odb_Enum.h"
+
 namespace odb_detail {
 
 // Components 11, 22, 33, 12, 13, 23; those not stored are 0, shears are tensor components.
@@ -24,6 +26,24 @@ float inv3Of(const Tensor& s);
 // The eigenvalues, descending. Found by cyclic Jacobi rotations (Golub and Van Loan, Matrix Computations, sec.
 // 8.5), which keep the small eigenvalues of a nearly uniaxial tensor accurate where closed forms lose them.
 std::array<double, 3> principalValuesOf(const Tensor& s);
+
+// All that a field value gives of a tensor but the equivalent stress.
+struct Invariants {
+  float tresca;
+  float press;
+  float inv3;
+  float maxPrincipal;
+  float midPrincipal;
+  float minPrincipal;
+  float maxInPlanePrincipal;
+  float minInPlanePrincipal;
+  float outOfPlanePrincipal;
+};
+Invariants invariantsOf(const Tensor& s);
+
+// The one that has that code; null for the equivalent stress and the magnitude.
+using InvariantMember = float Invariants::*;
+InvariantMember invariantMember(odb_Enum::odb_InvariantEnum code);
 
 // The largest minus the smallest principal value.
 float trescaOf(const Tensor& s);

@@ -65,15 +65,30 @@ int LocationStorage::numberOfElements() {
   return *numberOfElements_;
 }
 
-std::vector<int> LocationStorage::rowsIn(SetStorage& set) {
-  const bool byElement = set.kind() == SetKind::element;
+namespace {
+
+// What is kept of the rows of sets, in all sets of a location: 16 MiB.
+constexpr std::size_t kMostKeptRows = std::size_t{4} << 20U;
+
+}  // namespace
+
+SharedRows LocationStorage::rowsIn(const std::shared_ptr<SetStorage>& set) {
+  static const SharedRows none = std::make_shared<const std::vector<int>>();
+  const bool byElement = set->kind() == SetKind::element;
   const odbstore::Position position = info().position;
-  if (byElement ? !odbstore::hasElementLabels(position) : !odbstore::hasNodeLabels(position)) return {};
-  const std::vector<int>& wanted = set.labelsIn(info().instance);
-  if (wanted.empty()) return {};
+  if (byElement ? !odbstore::hasElementLabels(position) : !odbstore::hasNodeLabels(position)) return none;
+  const auto known = rowsOfSets_.find(set);
+  if (known != rowsOfSets_.end()) return known->second;
+  const std::vector<int>& wanted = set->labelsIn(info().instance);
+  if (wanted.empty()) return none;
   std::unique_ptr<LabelIndex>& index = byElement ? elementIndex_ : nodeIndex_;
   if (!index) index = std::make_unique<LabelIndex>(byElement ? elementLabels() : nodeLabels());
-  return index->rowsOf(wanted);
+  auto rows = std::make_shared<const std::vector<int>>(index->rowsOf(wanted));
+  if (keptRows_ + rows->size() <= kMostKeptRows) {
+    keptRows_ += rows->size();
+    rowsOfSets_.emplace(set, rows);
+  }
+  return rows;
 }
 
 namespace {

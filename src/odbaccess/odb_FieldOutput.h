@@ -1,12 +1,14 @@
 // A field output: one quantity of one frame, over the model or over a set.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
 #include "odbaccess/odb_Enum.h"
 #include "odbaccess/odb_FieldBulkData.h"
 #include "odbaccess/odb_FieldValue.h"
+#include "odbaccess/odb_FieldValueRun.h"
 #include "odbaccess/odb_Repository.h"
 #include "odbaccess/odb_Sequence.h"
 #include "odbaccess/odb_Set.h"
@@ -66,6 +68,9 @@ class odb_SequenceFieldValue {
 
   int size() const { return size_; }
   odb_FieldValue constGet(unsigned index) const;
+
+  // Hands out the values in order, those of one block at a time.
+  void forEachRun(const std::function<void(odb_FieldValueRun&)>& take) const;
 
  private:
   std::vector<std::shared_ptr<const odb_detail::BlockStorage>> blocks_;

@@ -3,75 +3,16 @@
 #include <string_view>
 #include <vector>
 
-#include "reduce/engineering_extremes.h"
 #include "reduce/extremes_records.h"
 #include "reduce/field_value_access.h"
+#include "reduce/read_values.h"
+#include "reduce/value_reduction.h"
 #include "result/extraction_switches.h"
 
 namespace {
 
-// A quantity while it is reduced: what has been seen of it, and the values where a selection will need them.
-struct Quantity {
-  Extremes extremes = startingExtremes();
-  std::vector<double> values;
-
-  void take(int row, double value) {
-    extremes.takePlain(value);
-    if (!values.empty()) values[static_cast<std::size_t>(row)] = value;
-  }
-  void selectMin() {
-    if (values.empty()) return;
-    extremes.engineeringMin = engineeringExtreme<double>(values, extractionSwitches().percentage, Ascending());
-  }
-  void selectMax() {
-    if (values.empty()) return;
-    extremes.engineeringMax = engineeringExtreme<double>(values, extractionSwitches().percentage, Descending());
-  }
-};
-
-// All that the value pass finds out.
-struct Reduction {
-  explicit Reduction(const ComponentFlags& components) : present(components) {}
-
-  ComponentFlags present;
-  int type = odb_FieldValue().type();
-  Quantity main;
-  std::array<Quantity, kVectorComponents> vector;
-  std::array<Quantity, kTensorComponents.size()> tensor;
-};
-
-void allocateValues(Reduction& reduction, int count) {
-  if (!extractionSwitches().wantsEngineering()) return;
-  const auto size = static_cast<std::size_t>(count);
-  reduction.main.values.resize(size);
-  if (!extractionSwitches().fieldComponents) return;
-  for (Quantity& component : reduction.vector) component.values.resize(size);
-  for (std::size_t c = 0; c < reduction.present.size(); ++c) {
-    if (reduction.present[c]) reduction.tensor[c].values.resize(size);
-  }
-}
-
-void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
-                const odb_Sequence<odb_InvariantEnum>& invariants, const odb_String& valueName, bool flag,
-                Reduction& reduction) {
-  const bool components = extractionSwitches().fieldComponents;
-  const ComponentSlots& slots = componentSlots();
-  for (int i = 0; i < values.size(); ++i) {
-    const odb_FieldValue value = values.constGet(static_cast<unsigned>(i));
-    reduction.type = value.type();
-    reduction.main.take(i, readFieldValue(value, out, invariants, reduction.present, valueName, flag));
-    if (!components) continue;
-    // Slots of another kind of value hold what was left in them, and are taken all the same.
-    for (std::size_t c = 0; c < slots.vector.size(); ++c) reduction.vector[c].take(i, slots.vector[c]);
-    if (!odb_isTensor(reduction.type)) continue;
-    for (std::size_t c = 0; c < slots.tensor.size(); ++c) {
-      if (reduction.present[c]) reduction.tensor[c].take(i, *slots.tensor[c]);
-    }
-  }
-}
-
 // The maxima are selected in the arrays as the minima have left them; tensor components go the other way round.
-void selectEngineering(Reduction& reduction) {
+void selectEngineering(ValueReduction& reduction) {
   const ExtractionSwitches& switches = extractionSwitches();
   const bool vector = reduction.type == odb_Enum::vector;
   const bool tensor = odb_isTensor(reduction.type);
@@ -109,7 +50,7 @@ void writeScalarRecords(std::ostream& out, const RecordHead& head, bool wholeMod
   }
 }
 
-void writeVectorRecords(std::ostream& out, const RecordHead& head, const Reduction& reduction) {
+void writeVectorRecords(std::ostream& out, const RecordHead& head, const ValueReduction& reduction) {
   writeExtremes(out, head, "__mag", reduction.main.extremes);
   if (!extractionSwitches().fieldComponents) return;
   std::array<Extremes, kVectorComponents> components;
@@ -117,7 +58,7 @@ void writeVectorRecords(std::ostream& out, const RecordHead& head, const Reducti
   writeVectorComponents(out, head, components, Extreme::engineeringMin);
 }
 
-void writeTensorRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const Reduction& reduction) {
+void writeTensorRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const ValueReduction& reduction) {
   const ExtractionSwitches& switches = extractionSwitches();
   const Extremes& mises = reduction.main.extremes;
   writeExtreme(out, head, "__mises", Extreme::max, mises.max);
@@ -134,7 +75,7 @@ void writeTensorRecords(std::ostream& out, const RecordHead& head, bool wholeMod
   }
 }
 
-void writeRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const Reduction& reduction) {
+void writeRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const ValueReduction& reduction) {
   if (!wholeModel && reduction.main.extremes.max == kLowest<double>) return;
   if (reduction.type == odb_Enum::scalar) {
     writeScalarRecords(out, head, wholeModel, reduction.main.extremes);
@@ -159,9 +100,7 @@ void writeInvariantRecords(std::ostream& out, const RecordHead& head, std::strin
 }
 
 void reduceInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& quantity) {
-  for (int i = 0; i < values.size(); ++i) {
-    quantity.take(i, selectInvariant(values.constGet(static_cast<unsigned>(i)), slot));
-  }
+  readInvariant(values, slot, quantity);
   const ExtractionSwitches& switches = extractionSwitches();
   if (switches.engineeringMin && quantity.extremes.min != kHighest<double>) quantity.selectMin();
   if (switches.engineeringMax && quantity.extremes.max != kLowest<double>) quantity.selectMax();
@@ -188,8 +127,7 @@ void reduceFieldOutputValues(const odb_SequenceFieldValue& values, std::ostream&
   if (isScreenedRegion(regionName)) return;
   valueName.append("    ");
   connectTensorSlots(componentSlots());
-  Reduction reduction(cutToComponents(componentLabels));
-  allocateValues(reduction, values.size());
+  ValueReduction reduction(cutToComponents(componentLabels), values.size());
   readValues(values, out, invariants, valueName, flag, reduction);
   selectEngineering(reduction);
   const bool wholeModel = scope == odb_String("ALL");

@@ -120,12 +120,76 @@ class odb_FieldValue {
   memory::Value v;
 };
 
+// Values of one type, precision and number of data, one after the other.
+class odb_FieldValueRun {
+ public:
+  odb_FieldValueRun(const std::vector<memory::Value>& values, int first, int count)
+      : v(values), first_(first), count_(count) {}
+  int first() const { return first_; }
+  int count() const { return count_; }
+  int type() const { return at(0).type; }
+  int precision() const { return at(0).precision; }
+  int dataCount() const { return odb_FieldValue(at(0)).dataCount(); }
+  const float* floatData(int from, int count) {
+    floats_.clear();
+    for (int i = 0; i < count; ++i)
+      floats_.insert(floats_.end(), at(from + i).floats.begin(), at(from + i).floats.end());
+    return floats_.data();
+  }
+  const double* doubleData(int from, int count) {
+    doubles_.clear();
+    for (int i = 0; i < count; ++i) {
+      doubles_.insert(doubles_.end(), at(from + i).doubles.begin(), at(from + i).doubles.end());
+    }
+    return doubles_.data();
+  }
+  void magnitude(int from, int count, float* out) const { copy(&memory::Value::magnitude, from, count, out); }
+  void mises(int from, int count, float* out) const { copy(&memory::Value::mises, from, count, out); }
+  void invariant(odb_InvariantEnum code, int from, int count, float* out) const {
+    static const std::map<int, float memory::Value::*> members = {
+        {odb_Enum::maxPrincipal, &memory::Value::maxPrincipal},
+        {odb_Enum::midPrincipal, &memory::Value::midPrincipal},
+        {odb_Enum::minPrincipal, &memory::Value::minPrincipal},
+        {odb_Enum::tresca, &memory::Value::tresca},
+        {odb_Enum::press, &memory::Value::press},
+        {odb_Enum::inv3, &memory::Value::inv3},
+        {odb_Enum::maxInPlanePrincipal, &memory::Value::maxInPlanePrincipal},
+        {odb_Enum::minInPlanePrincipal, &memory::Value::minInPlanePrincipal},
+        {odb_Enum::outOfPlanePrincipal, &memory::Value::outOfPlanePrincipal}};
+    copy(members.at(code), from, count, out);
+  }
+
+ private:
+  const memory::Value& at(int i) const { return v[static_cast<std::size_t>(first_ + i)]; }
+  void copy(float memory::Value::*member, int from, int count, float* out) const {
+    for (int i = 0; i < count; ++i) out[i] = at(from + i).*member;
+  }
+
+  const std::vector<memory::Value>& v;
+  int first_;
+  int count_;
+  std::vector<float> floats_;
+  std::vector<double> doubles_;
+};
+
 class odb_SequenceFieldValue {
  public:
   odb_SequenceFieldValue() = default;
   explicit odb_SequenceFieldValue(std::vector<memory::Value> values) : v(std::move(values)) {}
   int size() const { return static_cast<int>(v.size()); }
   odb_FieldValue constGet(unsigned index) const { return v.at(index); }
+  void forEachRun(const std::function<void(odb_FieldValueRun&)>& take) const {
+    const auto isAlike = [&](std::size_t a, std::size_t b) {
+      return v[a].type == v[b].type && v[a].precision == v[b].precision && v[a].floats.size() == v[b].floats.size() &&
+             v[a].doubles.size() == v[b].doubles.size();
+    };
+    std::size_t end = 0;
+    for (std::size_t first = 0; first < v.size(); first = end) {
+      for (end = first + 1; end < v.size() && isAlike(first, end);) ++end;
+      odb_FieldValueRun run(v, static_cast<int>(first), static_cast<int>(end - first));
+      take(run);
+    }
+  }
 
  private:
   std::vector<memory::Value> v;

@@ -1,0 +1,200 @@
+#include "odbaccess/block_storage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <type_traits>
+
+#include "kernels/kernels.h"
+#include "odbaccess/odb_Enum.h"
+#include "odbaccess/odb_FieldBulkData.h"
+
+namespace odb_detail {
+
+std::shared_ptr<const BlockStorage> BlockStorage::subset(const std::shared_ptr<SetStorage>& set) const {
+  SharedRows rows = content_->location().rowsIn(set);
+  if (selection_) {
+    std::vector<int> both;
+    std::set_intersection(rows->begin(), rows->end(), selection_->begin(), selection_->end(), std::back_inserter(both));
+    rows = std::make_shared<const std::vector<int>>(std::move(both));
+  }
+  if (rows->empty()) return nullptr;
+  return std::make_shared<const BlockStorage>(content_, std::move(rows));
+}
+
+namespace {
+
+bool isElementBased(const BlockContent& content) {
+  return odbstore::hasElementLabels(content.location().info().position) && content.rows() > 0;
+}
+
+// Copies columns of rows: column `columns[j]` goes to place j, 0 where it is negative. `from(i)` is row i.
+template <class Number, class From>
+void gatherInto(const std::vector<int>& columns, int rows, From&& from, Number* to) {
+  const std::size_t width = columns.size();
+  for (int i = 0; i < rows; ++i, to += width) {
+    const Number* const row = from(i);
+    for (std::size_t j = 0; j < width; ++j) to[j] = columns[j] < 0 ? Number{0} : row[columns[j]];
+  }
+}
+
+template <class Number, class From>
+std::vector<Number> gather(const std::vector<int>& columns, int rows, From&& from) {
+  std::vector<Number> out(static_cast<std::size_t>(rows) * columns.size());
+  gatherInto(columns, rows, from, out.data());
+  return out;
+}
+
+// The same of all rows of a block.
+template <class Number>
+std::vector<Number> gather(const BlockStorage& block, const std::vector<int>& columns) {
+  const Number* const stored = block.content()->template stored<Number>().data();
+  const auto width = static_cast<std::size_t>(block.content()->width());
+  return gather<Number>(columns, block.rows(),
+                        [&](int row) { return stored + static_cast<std::size_t>(block.contentRow(row)) * width; });
+}
+
+// The columns of the bulk rows: canonical places for tensors on elements, as stored for all else.
+std::vector<int> bulkColumns(const BlockContent& content) {
+  std::vector<int> columns;
+  if (isElementBased(content) && content.isTensor()) {
+    columns.assign(content.columnsOfTensor().begin(), content.columnsOfTensor().end());
+    while (!columns.empty() && columns.back() < 0) columns.pop_back();
+  } else {
+    columns.resize(static_cast<std::size_t>(content.width()));
+    std::iota(columns.begin(), columns.end(), 0);
+  }
+  return columns;
+}
+
+bool isWholeRow(const std::vector<int>& columns, int width) {
+  int place = 0;
+  return static_cast<int>(columns.size()) == width &&
+         std::all_of(columns.begin(), columns.end(), [&](int c) { return c == place++; });
+}
+
+}  // namespace
+
+int BlockStorage::bulkWidth() const { return static_cast<int>(bulkColumns(*content_).size()); }
+
+template <class Number>
+Number* BlockStorage::bulkRows() const {
+  if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
+  const std::vector<int> columns = bulkColumns(*content_);
+  if (!selection_ && isWholeRow(columns, content_->width())) return content_->stored<Number>().data();
+  Kept<Number>& kept = std::get<Kept<Number>>(bulk_);
+  if (!kept) kept = gather<Number>(*this, columns);
+  return kept->data();
+}
+
+template float* BlockStorage::bulkRows() const;
+template double* BlockStorage::bulkRows() const;
+
+int BlockStorage::fieldRowLength() const { return static_cast<int>(content_->columnsOfField().size()); }
+
+template <class Number>
+const std::vector<Number>& BlockStorage::inFieldOrder() const {
+  Kept<Number>& kept = std::get<Kept<Number>>(fieldOrder_);
+  if (!kept) kept = gather<Number>(*this, content_->columnsOfField());
+  return *kept;
+}
+
+template <class Number>
+const Number* BlockStorage::fieldRow(int row) const {
+  if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
+  if (!content_->isInFieldOrder()) {
+    return inFieldOrder<Number>().data() + static_cast<std::size_t>(row) * content_->columnsOfField().size();
+  }
+  return content_->stored<Number>().data() +
+         static_cast<std::size_t>(contentRow(row)) * static_cast<std::size_t>(content_->width());
+}
+
+template const float* BlockStorage::fieldRow(int) const;
+template const double* BlockStorage::fieldRow(int) const;
+
+template <class Number>
+const Number* BlockStorage::fieldRows(int from, int count, std::vector<Number>& buffer) const {
+  if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
+  const auto storedWidth = static_cast<std::size_t>(content_->width());
+  const Number* const stored = content_->stored<Number>().data();
+  const auto rowAt = [&](int i) { return stored + static_cast<std::size_t>(contentRow(from + i)) * storedWidth; };
+  const bool isOneStretch = contentRow(from + count - 1) - contentRow(from) == count - 1;
+  if (isOneStretch && content_->isInFieldOrder() && content_->columnsOfField().size() == storedWidth) return rowAt(0);
+  const std::vector<int>& columns = content_->columnsOfField();
+  buffer.resize(static_cast<std::size_t>(count) * columns.size());
+  if (content_->isInFieldOrder()) {
+    for (int i = 0; i < count; ++i) {
+      std::copy_n(rowAt(i), columns.size(), buffer.data() + static_cast<std::size_t>(i) * columns.size());
+    }
+  } else {
+    gatherInto(columns, count, rowAt, buffer.data());
+  }
+  return buffer.data();
+}
+
+template const float* BlockStorage::fieldRows(int, int, std::vector<float>&) const;
+template const double* BlockStorage::fieldRows(int, int, std::vector<double>&) const;
+
+int* BlockStorage::labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const {
+  if (all.empty()) return nullptr;
+  // Nobody writes to them; the interface hands out plain pointers.
+  if (!selection_) return const_cast<int*>(all.data());
+  if (!kept) {
+    kept.emplace();
+    kept->reserve(static_cast<std::size_t>(rows()));
+    for (int row = 0; row < rows(); ++row) kept->push_back(all[static_cast<std::size_t>(contentRow(row))]);
+  }
+  return kept->data();
+}
+
+int* BlockStorage::elementLabels() const { return labels(content_->location().elementLabels(), elementLabels_); }
+
+int* BlockStorage::nodeLabels() const { return labels(content_->location().nodeLabels(), nodeLabels_); }
+
+int* BlockStorage::integrationPoints() const {
+  return labels(content_->location().integrationPoints(), integrationPoints_);
+}
+
+int BlockStorage::numberOfElements() const {
+  if (!selection_) return content_->location().numberOfElements();
+  const int* const labels = elementLabels();
+  return labels == nullptr ? 0 : countDifferent(*elementLabels_);
+}
+
+float* BlockStorage::mises() const {
+  if (!content_->isTensor()) return nullptr;
+  const std::vector<float>& all = content_->mises();
+  // Nobody writes to them; the interface hands out plain pointers.
+  if (!selection_) return const_cast<float*>(all.data());
+  if (!mises_) {
+    mises_.emplace();
+    mises_->reserve(selection_->size());
+    for (const int row : *selection_) mises_->push_back(all[static_cast<std::size_t>(row)]);
+  }
+  return mises_->data();
+}
+
+template <class Number>
+void BlockStorage::forEachTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+  const auto hand = [&](int first, int count, const Number* rows) {
+    if constexpr (std::is_same_v<Number, float>) {
+      take(odb_FieldBulkTile(*this, first, count, rows, nullptr));
+    } else {
+      take(odb_FieldBulkTile(*this, first, count, nullptr, rows));
+    }
+  };
+  if (rows() == 0) return;
+  if (selection_ || content_->isAtHand()) return hand(0, rows(), bulkRows<Number>());
+  const std::vector<int> columns = bulkColumns(*content_);
+  if (isWholeRow(columns, content_->width())) return content_->forEachPiece<Number>(hand);
+  content_->forEachPiece<Number>([&](int first, int count, const Number* rows) {
+    hand(first, count, gather<Number>(columns, count, [&](int i) { return rows + i * content_->width(); }).data());
+  });
+}
+
+void BlockStorage::forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+  return content_->block().isDouble() ? forEachTileOf<double>(take) : forEachTileOf<float>(take);
+}
+
+}  // namespace odb_detail

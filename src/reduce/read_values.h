@@ -1,0 +1,17 @@
+// The value pass: reads every value of a region once.
+#pragma once
+
+#include <ostream>
+
+#include "odbaccess/odb_api.h"
+#include "reduce/value_reduction.h"
+
+// Takes the main quantity of every value, and the components as far as they are wanted, in the order of the sequence.
+// The slots of the components hold those of the last value afterwards. Of a value that is no vector the vector slots as
+// they were left count all the same. `out`, `invariants`, `valueName` and `flag` go to readFieldValue().
+void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
+                const odb_Sequence<odb_InvariantEnum>& invariants, const odb_String& valueName, bool flag,
+                ValueReduction& reduction);
+
+// Takes an invariant of every value, by its slot, see selectInvariant().
+void readInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& quantity);
