@@ -18,6 +18,20 @@ struct EquivalentRange {
   double smallest = __builtin_inf();
 };
 
+// Where the invariants of rows go, [count] each. They are computed in double and rounded once to float. Where a
+// component is not finite, the principal values, tresca and inv3 are NaN.
+struct InvariantColumns {
+  float* tresca;        // the largest minus the smallest principal value
+  float* press;         // the hydrostatic pressure, -(s11 + s22 + s33)/3
+  float* inv3;          // cbrt(27/2 det dev s), +mises in uniaxial tension
+  float* maxPrincipal;  // the eigenvalues
+  float* midPrincipal;
+  float* minPrincipal;
+  float* maxInPlanePrincipal;  // c + r and c - r with c = (s11 + s22)/2, r = sqrt(((s11 - s22)/2)^2 + s12^2)
+  float* minInPlanePrincipal;
+  float* outOfPlanePrincipal;  // s33
+};
+
 // All rows are contiguous, [count, width], width at least 1; pointers need no alignment.
 struct Kernels {
   const char* name;
@@ -39,6 +53,10 @@ struct Kernels {
   void (*equivalentRange)(const float* rows, std::size_t count, int width, bool halvedShear, EquivalentRange* range);
   // The equivalent stress of each row: the root of that square, rounded to float.
   void (*equivalents)(const float* rows, std::size_t count, int width, bool halvedShear, float* out);
+
+  // All other invariants of each row.
+  void (*invariantsFloat)(const float* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out);
+  void (*invariantsDouble)(const double* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out);
 };
 
 // The fastest version that this machine can run, found once.
@@ -62,6 +80,12 @@ inline void lengths(const float* rows, std::size_t count, int width, float* out)
 }
 inline void lengths(const double* rows, std::size_t count, int width, double* out) {
   best().lengthsDouble(rows, count, width, out);
+}
+inline void invariants(const float* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out) {
+  best().invariantsFloat(rows, count, width, halvedShear, out);
+}
+inline void invariants(const double* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out) {
+  best().invariantsDouble(rows, count, width, halvedShear, out);
 }
 
 // All versions that it can run, the plain one first.

@@ -129,18 +129,17 @@ double BlockContent::magnitude(int row) const {
   return block_.isDouble() ? magnitudeOf(&stored<double>()[at], width()) : magnitudeOf(&stored<float>()[at], width());
 }
 
-namespace {
-
-// Invariants are found for so many rows at a time.
-constexpr int kStretch = 256;
-
-}  // namespace
+bool BlockContent::isCanonical() const {
+  for (int c = 0; c < static_cast<int>(columnsOfTensor_.size()); ++c) {
+    if (columnsOfTensor_[static_cast<std::size_t>(c)] != (c < width() ? c : -1)) return false;
+  }
+  return true;
+}
 
 const std::vector<float>& BlockContent::mises() const {
   if (!mises_) {
     mises_.emplace(static_cast<std::size_t>(rows()));
-    constexpr std::array<int, 6> canonical = {0, 1, 2, 3, 4, 5};
-    if (!block_.isDouble() && width() == 6 && columnsOfTensor_ == canonical) {
+    if (!block_.isDouble() && isCanonical()) {
       kernels::best().equivalents(stored<float>().data(), mises_->size(), width(), field_.info.engineeringShear,
                                   mises_->data());
     } else {
@@ -150,16 +149,24 @@ const std::vector<float>& BlockContent::mises() const {
   return *mises_;
 }
 
-const Invariants& BlockContent::invariants(int row) const {
-  if (invariants_.empty()) invariants_.resize(static_cast<std::size_t>((rows() + kStretch - 1) / kStretch));
-  std::unique_ptr<Invariants[]>& stretch = invariants_[static_cast<std::size_t>(row / kStretch)];
+const InvariantStretch& BlockContent::invariantsAround(int row) const {
+  constexpr int kRows = InvariantStretch::kRows;
+  if (invariants_.empty()) invariants_.resize(static_cast<std::size_t>((rows() + kRows - 1) / kRows));
+  std::unique_ptr<InvariantStretch>& stretch = invariants_[static_cast<std::size_t>(row / kRows)];
   if (!stretch) {
-    const int first = row / kStretch * kStretch;
-    const int count = std::min(kStretch, rows() - first);
-    stretch = std::make_unique_for_overwrite<Invariants[]>(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) stretch[static_cast<std::size_t>(i)] = invariantsOf(tensor(first + i));
+    stretch = std::make_unique_for_overwrite<InvariantStretch>();
+    const int first = row / kRows * kRows;
+    const auto count = static_cast<std::size_t>(std::min(kRows, rows() - first));
+    if (!block_.isDouble() && isCanonical()) {
+      const float* const from = stored<float>().data() + static_cast<std::ptrdiff_t>(first) * width();
+      findInvariants(from, count, width(), field_.info.engineeringShear, *stretch);
+    } else {
+      std::array<Tensor, kRows> tensors;
+      for (std::size_t i = 0; i < count; ++i) tensors[i] = tensor(first + static_cast<int>(i));
+      findInvariants(tensors.data(), count, *stretch);
+    }
   }
-  return stretch[static_cast<std::size_t>(row % kStretch)];
+  return *stretch;
 }
 
 }  // namespace odb_detail

@@ -113,12 +113,15 @@ class BlockContent {
   Tensor tensor(int row) const;
   double magnitude(int row) const;
 
-  // Quantities of tensor rows, found once and kept: the equivalent stress of all rows, and the invariants of a row.
+  // Quantities of tensor rows, found once and kept: the equivalent stress of all rows, and the other invariants of the
+  // stretch that a row lies in.
   const std::vector<float>& mises() const;
-  const Invariants& invariants(int row) const;
+  const InvariantStretch& invariantsAround(int row) const;
 
  private:
   void findColumns();
+  // Whether rows have the components from 11 on in their places and nothing else.
+  bool isCanonical() const;
 
   std::shared_ptr<const odbstore::StoredStep> step_;  // keeps field_ and block_ alive
   const odbstore::StoredField& field_;
@@ -130,7 +133,7 @@ class BlockContent {
   std::array<int, 6> columnsOfTensor_{};
   mutable std::tuple<std::optional<std::vector<float>>, std::optional<std::vector<double>>> numbers_;
   mutable std::optional<std::vector<float>> mises_;
-  mutable std::vector<std::unique_ptr<Invariants[]>> invariants_;  // stretches of rows, null where not asked for yet
+  mutable std::vector<std::unique_ptr<InvariantStretch>> invariants_;  // null where not asked for yet
 };
 
 // A block as a field output hands it out: all rows of its content, or those of a set.

@@ -3,19 +3,14 @@
 
 namespace {
 
-using odb_detail::BlockContent;
 using odb_detail::BlockStorage;
 
 // An invariant of a row; 0 for anything but a tensor.
-template <class Invariant>
-float ofTensor(const BlockStorage* block, int row, Invariant&& invariant) {
+float ofTensor(const BlockStorage* block, int row, odb_InvariantEnum code) {
   if (block == nullptr || !block->content()->isTensor()) return 0.0F;
-  return static_cast<float>(invariant(block->content()->tensor(block->contentRow(row))));
-}
-
-template <std::size_t Place>
-double principal(const odb_detail::Tensor& tensor) {
-  return odb_detail::principalValuesOf(tensor)[Place];
+  const int contentRow = block->contentRow(row);
+  const odb_detail::InvariantStretch& found = block->content()->invariantsAround(contentRow);
+  return found.numbers[odb_detail::invariantPlace(code)][contentRow % odb_detail::InvariantStretch::kRows];
 }
 
 }  // namespace
@@ -37,22 +32,26 @@ float odb_FieldValue::magnitude() const {
   return static_cast<float>(block_->content()->magnitude(block_->contentRow(row_)));
 }
 
-float odb_FieldValue::mises() const { return ofTensor(block_.get(), row_, odb_detail::misesOf); }
-float odb_FieldValue::tresca() const { return ofTensor(block_.get(), row_, odb_detail::trescaOf); }
-float odb_FieldValue::press() const { return ofTensor(block_.get(), row_, odb_detail::pressOf); }
-float odb_FieldValue::inv3() const { return ofTensor(block_.get(), row_, odb_detail::inv3Of); }
-float odb_FieldValue::maxPrincipal() const { return ofTensor(block_.get(), row_, principal<0>); }
-float odb_FieldValue::midPrincipal() const { return ofTensor(block_.get(), row_, principal<1>); }
-float odb_FieldValue::minPrincipal() const { return ofTensor(block_.get(), row_, principal<2>); }
+float odb_FieldValue::mises() const {
+  if (!block_ || !block_->content()->isTensor()) return 0.0F;
+  return odb_detail::misesOf(block_->content()->tensor(block_->contentRow(row_)));
+}
+
+float odb_FieldValue::tresca() const { return ofTensor(block_.get(), row_, odb_Enum::tresca); }
+float odb_FieldValue::press() const { return ofTensor(block_.get(), row_, odb_Enum::press); }
+float odb_FieldValue::inv3() const { return ofTensor(block_.get(), row_, odb_Enum::inv3); }
+float odb_FieldValue::maxPrincipal() const { return ofTensor(block_.get(), row_, odb_Enum::maxPrincipal); }
+float odb_FieldValue::midPrincipal() const { return ofTensor(block_.get(), row_, odb_Enum::midPrincipal); }
+float odb_FieldValue::minPrincipal() const { return ofTensor(block_.get(), row_, odb_Enum::minPrincipal); }
 
 float odb_FieldValue::maxInPlanePrincipal() const {
-  return ofTensor(block_.get(), row_, odb_detail::maxInPlanePrincipalOf);
+  return ofTensor(block_.get(), row_, odb_Enum::maxInPlanePrincipal);
 }
 
 float odb_FieldValue::minInPlanePrincipal() const {
-  return ofTensor(block_.get(), row_, odb_detail::minInPlanePrincipalOf);
+  return ofTensor(block_.get(), row_, odb_Enum::minInPlanePrincipal);
 }
 
 float odb_FieldValue::outOfPlanePrincipal() const {
-  return ofTensor(block_.get(), row_, [](const odb_detail::Tensor& s) { return s[2]; });
+  return ofTensor(block_.get(), row_, odb_Enum::outOfPlanePrincipal);
 }

@@ -32,6 +32,15 @@ void odb_FieldValueRun::invariant(odb_InvariantEnum code, int from, int count, f
     std::fill_n(out, count, 0.0F);
     return;
   }
-  const float odb_detail::Invariants::*const member = odb_detail::invariantMember(code);
-  for (int i = 0; i < count; ++i) out[i] = block_->content()->invariants(block_->contentRow(from + i)).*member;
+  const int place = odb_detail::invariantPlace(code);
+  for (int i = 0; i < count;) {
+    constexpr int kRows = odb_detail::InvariantStretch::kRows;
+    const int stretch = block_->contentRow(from + i) / kRows;
+    const float* const numbers = block_->content()->invariantsAround(stretch * kRows).numbers[place];
+    for (; i < count; ++i) {
+      const int row = block_->contentRow(from + i) - stretch * kRows;
+      if (row >= kRows) break;
+      out[i] = numbers[row];
+    }
+  }
 }
