@@ -57,6 +57,13 @@ void BlockContent::findColumns() {
   }
 }
 
+namespace {
+
+// Blocks up to this size are read whole.
+constexpr std::int64_t kSmallBytes = std::int64_t{32} << 10U;
+
+}  // namespace
+
 template <class Number>
 std::vector<Number>& BlockContent::stored() const {
   std::optional<std::vector<Number>>& numbers = std::get<std::optional<std::vector<Number>>>(numbers_);
@@ -71,7 +78,9 @@ template std::vector<float>& BlockContent::stored() const;
 template std::vector<double>& BlockContent::stored() const;
 
 bool BlockContent::isAtHand() const {
-  return std::get<0>(numbers_) || std::get<1>(numbers_) || !block_.hasDirectRows();
+  if (std::get<0>(numbers_) || std::get<1>(numbers_) || !block_.hasDirectRows()) return true;
+  const auto numberSize = static_cast<std::int64_t>(block_.isDouble() ? sizeof(double) : sizeof(float));
+  return block_.rows() * block_.width() * numberSize <= kSmallBytes;
 }
 
 template <class Number>

@@ -102,7 +102,7 @@ class BlockContent {
   // By tensor component, in the canonical order: the column that holds it, -1 when none does.
   const std::array<int, 6>& columnsOfTensor() const { return columnsOfTensor_; }
 
-  // Whether the numbers are in memory, or can only be had as a whole.
+  // Whether the numbers are in memory, few, or can only be had as a whole.
   bool isAtHand() const;
   // Reads the rows from the file, in order, a piece at a time; isAtHand() is false. `take` gets the place of the first
   // row, the number of rows and the rows as stored.

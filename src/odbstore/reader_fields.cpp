@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "odbstore/names.h"
@@ -95,7 +96,29 @@ class StoredBlock::Impl {
   std::int64_t width() const { return width_; }
   int slabOf(int frame) const { return slabOfFrame_[static_cast<std::size_t>(frame)]; }
 
+  // All rows in a frame of data that can be read directly. Small frames are mostly read one after the other, and a
+  // system call for each would take longer than the reading: so a window of several is read at once.
+  template <class Number>
+  void readWhole(int frame, Number* out) {
+    const std::int64_t numbers = location_->rows() * width_;
+    const std::int64_t bytes = numbers * static_cast<std::int64_t>(sizeof(Number));
+    const std::int64_t slab = slabOf(frame);
+    if (bytes == 0) return;
+    if (bytes > kWindowBytes / 4) return data_.readDirect(slab * numbers, numbers, out);
+    if (slab < windowFirst_ || slab >= windowEnd_) {
+      windowFirst_ = windowEnd_ = 0;
+      const std::int64_t count = std::min<std::int64_t>(kWindowBytes / bytes, slabs_ - slab);
+      window_.resize(static_cast<std::size_t>(count * bytes));
+      data_.readDirect(slab * numbers, count * numbers, window_.data());
+      windowFirst_ = slab;
+      windowEnd_ = slab + count;
+    }
+    std::memcpy(out, window_.data() + (slab - windowFirst_) * bytes, static_cast<std::size_t>(bytes));
+  }
+
  private:
+  static constexpr std::int64_t kWindowBytes = std::int64_t{32} << 10U;
+
   void readFrames(const h5::Group& group, const StoredField& field) {
     const int frames = static_cast<int>(field.inFrame.size());
     slabOfFrame_.assign(field.inFrame.size(), -1);
@@ -145,6 +168,9 @@ class StoredBlock::Impl {
   std::vector<int> slabOfFrame_;  // -1: the block does not exist there
   int slabs_ = 0;
   std::int64_t width_ = 0;
+  std::vector<char> window_;
+  std::int64_t windowFirst_ = 0;  // the slabs in it
+  std::int64_t windowEnd_ = 0;
 };
 
 StoredBlock::StoredBlock(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
@@ -160,12 +186,12 @@ std::int64_t StoredBlock::width() const { return impl_->width(); }
 bool StoredBlock::existsIn(int frame) const { return impl_->slabOf(frame) >= 0; }
 
 void StoredBlock::read(int frame, float* out) const {
-  if (hasDirectRows() && !isDouble()) return readRows(frame, 0, rows(), out);
+  if (hasDirectRows() && !isDouble()) return impl_->readWhole(frame, out);
   impl_->data().readSlab(static_cast<hsize_t>(impl_->slabOf(frame)), out);
 }
 
 void StoredBlock::read(int frame, double* out) const {
-  if (hasDirectRows() && isDouble()) return readRows(frame, 0, rows(), out);
+  if (hasDirectRows() && isDouble()) return impl_->readWhole(frame, out);
   impl_->data().readSlab(static_cast<hsize_t>(impl_->slabOf(frame)), out);
 }
 
