@@ -106,4 +106,9 @@ void Spool::read(std::int64_t offset, void* bytes, std::size_t size) const {
   }
 }
 
+void Spool::release(std::int64_t offset, std::size_t size) const {
+  // Where it fails the room comes back later, with the whole file.
+  static_cast<void>(::fallocate(file_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, offset, static_cast<off_t>(size)));
+}
+
 }  // namespace odbstore

@@ -41,6 +41,8 @@ class Spool {
   // Appends and returns the offset at which the bytes lie. Throws StoreError.
   std::int64_t append(const void* bytes, std::size_t size);
   void read(std::int64_t offset, void* bytes, std::size_t size) const;
+  // Gives the room of bytes back that nobody reads again, where the file system can.
+  void release(std::int64_t offset, std::size_t size) const;
 
  private:
   std::string name_;

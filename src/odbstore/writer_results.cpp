@@ -192,6 +192,8 @@ void Writer::Impl::finishBlock(const h5::Group& blocks, std::size_t index, Block
     std::vector<decltype(number)> buffer(numbers);
     for (std::size_t i = 0; i < block.slabs.size(); ++i) {
       spool_.read(block.slabs[i].offset, buffer.data(), numbers * sizeof(number));
+      // Room that is free again takes the next slab, so that the disk need not hold all rows twice.
+      spool_.release(block.slabs[i].offset, numbers * sizeof(number));
       data.writeSlab(i, buffer.data());
     }
   };

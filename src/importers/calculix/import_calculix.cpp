@@ -72,6 +72,7 @@ class Import {
     checkEnd();
     if (!request_.deck.empty()) model_.addSets(warn_);
     if (progress_) progress_(reader_.size(), reader_.size());
+    rows_ = {};  // completing the database takes as much again
     writer_.finish();
     return {frames_.stepCount(), frames_.frameCount(), static_cast<int>(fields_.size()), model_.setCount(),
             reader_.isCutOff() ? endOfResults() : ""};
