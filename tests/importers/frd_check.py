@@ -17,6 +17,8 @@ TENSORS = {"STRESS": "S", "TOSTRAIN": "E", "MESTRAIN": "ME", "THSTRAIN": "THE", 
            "TOSTRAII": "E_IM", "MESTRAII": "ME_IM"}
 SCALARS = {"NDTEMP": "NT", "PE": "PEEQ", "ENER": "ENER", "ERROR": "S_ERROR", "ERRORI": "S_ERROR_IM", "RFL": "RFL",
            "ELPOT": "ELPOT", "TOTEMP": "TOTEMP", "TOPRES": "TOPRES", "MAFLOW": "MAFLOW"}
+# Section forces stand in the columns of stresses: shear along 1 and 2, normal force, torque, bending about 1 and about 2.
+SECTION_FORCES = [("SF", [0, 1, 2]), ("SM", [4, 5, 3])]
 NODES_OF_CODE = {1: 8, 2: 6, 3: 4, 4: 20, 5: 15, 6: 10, 7: 3, 8: 6, 9: 4, 10: 8, 11: 2, 12: 3}
 
 
@@ -44,9 +46,12 @@ class Block:
         self.components = []
         self.labels = []
         self.rows = []
+        self.has_section_forces = False
 
     def mapped(self):
         """Pairs of a field's name and its columns; tensors have six."""
+        if self.name == "STRESS" and self.has_section_forces:
+            return SECTION_FORCES
         if self.name in TENSORS:
             return [(TENSORS[self.name], [0, 1, 2, 3, 5, 4])]
         if self.name in SCALARS:
@@ -58,18 +63,22 @@ class Block:
         if self.name in VECTORS:
             return ([(VECTORS[self.name], [0, 1, 2])] +
                     [(f"{self.name}_{name}", [i]) for i, name in enumerate(self.components) if i > 2])
+        if len(self.components) == 1:
+            return [(self.name, [0])]
         return [(f"{self.name}_{name}", [i]) for i, name in enumerate(self.components)]
 
 
 class ResultFile:
-    """Nodes, elements and complete blocks of a result file."""
+    """Nodes, elements and complete blocks of a result file, whose stresses are section forces from a step on."""
 
-    def __init__(self, path):
+    def __init__(self, path, section_forces_from=None):
         self.nodes = {}
         self.elements = {}  # label: nodes in the order of the deck
         self.blocks = []
         with open(path, encoding="latin-1", newline="\n") as file:
             self.read(iter(file))
+        for block in self.blocks:
+            block.has_section_forces = section_forces_from is not None and block.step >= section_forces_from
 
     def read(self, lines):
         step = increment = 0
@@ -210,10 +219,10 @@ def expect(found, expected, what):
         raise AssertionError(f"{what}: the database and the result file differ")
 
 
-def compare(frd, odb):
+def compare(frd, odb, section_forces_from=None):
     """Compares everything; returns the counts of frames, fields and numbers."""
     with h5py.File(odb) as database:
-        comparison = Comparison(ResultFile(frd), database)
+        comparison = Comparison(ResultFile(frd, section_forces_from), database)
         comparison.mesh()
         comparison.steps()
     return comparison.frames, len(comparison.fields), comparison.numbers

@@ -1,0 +1,228 @@
+#!/usr/bin/python3
+"""Runs the solver's own test decks, imports what it writes, extracts everything, and holds the records against the file.
+
+Usage: all_decks.py [--decks DIRECTORY] [--seconds 10] [--jobs 1] [DECK...]
+
+KOLVEX_BIN names the directory of the programs, KOLVEX_CCX the solver. Decks that the solver does not finish in time, or
+crashes on, are imported as far as it came. Of every deck the import and the extraction must not crash, no warning may come
+that is not known here, every number in the database must be that of the result file, and the extremes in params.txt those
+that a reading of its own finds there. Prints a line per deck that fails and a summary; the status is 1 when one has failed,
+77 when there are no decks.
+"""
+import argparse
+import collections
+import concurrent.futures
+import gzip
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import h5py
+import numpy as np
+
+import frd_check
+
+CONFIG = """ODB EXTRACTIONS
+EXTRACT_MASS EXTRACT_HISTORY MINMAX_HISTORY EXTRACT_ALL EXTRACT_FIELD EXTRACT_FIELD_SETS EXTRACT_FIELD_COMPONENTS
+TENSOR_INVARIANTS ENGINEERING_MAX ENGINEERING_MIN
+PERCENTAGE = 5
+"""
+# What the import may have to say of a deck of these, and why.
+KNOWN_MESSAGES = [
+    r"no (node|element) of the results is in ",  # shells, beams, and elements that write no results
+    r"the file is cut off here",  # the solver stopped
+    r"the file holds no results",  # it had nothing to write
+    r"the set \S+ is not known",  # decks that misspell a set
+    r" has no rows and is left out",  # flow networks announce what they do not compute
+    r" has tensors at \d+ nodes that belong to no element",  # elements that a later step adds
+    r"its times are not those of the results",  # a status file of restarts and substeps
+]
+KNOWN_FAILURES = [
+    r"the file ends before its model is complete",  # the solver stopped before its first result
+    r"there is no model",  # the same
+    r"the file is empty",
+    r"job\.frd: error: No such file or directory",
+]
+EXTREMES = {"max": np.max, "min": np.min}
+TENSOR_COMPONENTS = ["11", "22", "33", "12", "13", "23"]
+TOLERANCE = 1e-5
+
+
+def section_forces_from(deck):
+    """The step in which a deck first asks for section forces, None where none does."""
+    step = 0
+    for line in deck.read_text(encoding="latin-1").upper().splitlines():
+        line = line.replace(" ", "")
+        step += line.startswith("*STEP")
+        if re.match(r"\*(ELFILE|ELEMENTOUTPUT)\b.*,SECTIONFORCES", line):
+            return step
+    return None
+
+
+def quantities(field, columns, rows):
+    """Pairs of the name of a quantity and its values for the rows of a field."""
+    if len(columns) == 1:
+        return [(field, rows[:, 0])]
+    if len(columns) == 3:
+        names = ["1", "2", "3"] if field not in ("CDIS", "CSTR") else []
+        # In single precision, as the extraction does it: squares of the smallest numbers vanish.
+        lengths = np.sqrt((rows[:, 0] ** 2 + rows[:, 1] ** 2 + rows[:, 2] ** 2).astype("f4"))
+        return ([(f"{field}__mag", lengths)] +
+                [(f"{field}__{name}", rows[:, i]) for i, name in enumerate(names)])
+    return [(f"{field}__{name}", rows[:, i]) for i, name in enumerate(TENSOR_COMPONENTS)]
+
+
+def nodes_of_last_block(results, odb, step, field, frame):
+    """The nodes of the elements of one type: the records of tensor components are those of a field's last block."""
+    location, _ = list(frd_check.stored(odb, step, field, frame))[-1]
+    return {node for element in location["elementLabels"][()].tolist() for node in results.elements[element]}
+
+
+def expected_extremes(results, odb):
+    """Of every record of the whole model its values in the order of the frames."""
+    expected = collections.defaultdict(list)
+    places = collections.Counter()
+    for (step, _), blocks in frd_check.frames_of(results.blocks).items():
+        frame = places[step]
+        increment = odb[f"steps/Step-{step}/frames/incrementNumber"][frame]
+        places[step] += 1
+        for block in blocks:
+            for field, columns in block.mapped():
+                rows = np.array(block.rows, dtype="f8")[:, columns].astype("f4")
+                if len(columns) == 6:
+                    nodes = nodes_of_last_block(results, odb, f"Step-{step}", field, frame)
+                    rows = rows[[label in nodes for label in block.labels]]
+                for name, values in quantities(field, columns, rows) if len(rows) else []:
+                    for extreme, of in EXTREMES.items():
+                        name_of_record = f"Step_{step}__Frame_{increment}__{name}__{extreme}".replace("-", "_")
+                        expected[name_of_record.replace(" ", "_")].append(of(values))
+    return expected
+
+
+def read_records(path):
+    records = collections.defaultdict(list)
+    for line in path.read_text().splitlines():
+        name, _, value = line.partition("\t")
+        records[name].append(value)
+    return records
+
+
+def compare_extremes(results, odb, records):
+    """How many records are equal; raises AssertionError at the first that is not."""
+    compared = 0
+    for name, values in expected_extremes(results, odb).items():
+        found = records.get(name, [])
+        if len(found) != len(values):
+            raise AssertionError(f"{name}: {len(values)} records are expected, {len(found)} are there")
+        for value, text in zip(values, found):
+            if np.isnan(value):
+                continue
+            if not (float(text) == value or abs(float(text) - value) <= TOLERANCE * abs(value)):
+                raise AssertionError(f"{name}: {text}, but the result file has {value:g}")
+            compared += 1
+    return compared
+
+
+class DeckRun:
+    """One deck on its way through the programs."""
+
+    def __init__(self, deck, directory, seconds):
+        self.deck = deck
+        self.directory = directory
+        self.seconds = seconds
+
+    def program(self, *arguments):
+        process = subprocess.run([os.path.join(os.environ["KOLVEX_BIN"], arguments[0]), *arguments[1:]],
+                                 cwd=self.directory, stdin=subprocess.DEVNULL, capture_output=True, timeout=300,
+                                 check=False)
+        return process.returncode, process.stderr.decode(errors="replace").splitlines()
+
+    def solve(self):
+        # Decks include each other.
+        for file in self.deck.parent.iterdir():
+            (self.directory / file.name).symlink_to(file)
+        (self.directory / "job.inp").symlink_to(self.deck)
+        try:
+            subprocess.run([os.environ["KOLVEX_CCX"], "-i", "job"], cwd=self.directory, stdin=subprocess.DEVNULL,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=self.seconds, check=False,
+                           env={**os.environ, "OMP_NUM_THREADS": "1"})
+        except subprocess.TimeoutExpired:
+            pass
+
+    def run(self):
+        """What came of it: "imported" with the number of records that are equal, or why there is nothing to import."""
+        self.solve()
+        status, messages = self.program("import", "job")
+        unknown = [m for m in messages if not any(re.search(known, m) for known in KNOWN_MESSAGES + KNOWN_FAILURES)]
+        if unknown or status not in (0, 1):
+            raise AssertionError(f"import ended with {status}: " + " / ".join(unknown or messages))
+        if status == 1:
+            return "nothing to import", 0
+        section_forces = section_forces_from(self.deck)
+        frd_check.compare(self.directory / "job.frd", self.directory / "job.odb", section_forces)
+        (self.directory / "config.txt").write_text(CONFIG)
+        status, messages = self.program("quarnish", "-odb", "job.odb", "-config", "config.txt")
+        if status != 0 or messages or not (self.directory / "paramsdone.txt").exists():
+            raise AssertionError(f"the extraction ended with {status}: " + " / ".join(messages))
+        records = read_records(self.directory / "params.txt")
+        with h5py.File(self.directory / "job.odb") as odb:
+            results = frd_check.ResultFile(self.directory / "job.frd", section_forces)
+            return "imported", compare_extremes(results, odb, records)
+
+
+def run_deck(deck, seconds):
+    """The outcome of a deck, the number of records that were compared, and what failed."""
+    with tempfile.TemporaryDirectory(prefix="kolvex-deck.") as name:
+        try:
+            return (*DeckRun(deck, pathlib.Path(name), seconds).run(), "")
+        except (AssertionError, subprocess.TimeoutExpired, ValueError, KeyError, StopIteration) as error:
+            return "failed", 0, f"{type(error).__name__}: {error}"
+
+
+def unpack(source, target):
+    """Copies the decks of a directory, many of which are packed, and what they include."""
+    for file in source.iterdir() if source.is_dir() else ():
+        if file.suffix == ".gz" and not file.name.endswith(".ref.gz"):
+            (target / file.stem).write_bytes(gzip.decompress(file.read_bytes()))
+        elif file.suffix == ".inp":
+            shutil.copy(file, target)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--decks", type=pathlib.Path, default="/usr/share/doc/calculix-ccx-test/examples/test",
+                        help="where the decks are")
+    parser.add_argument("--seconds", type=float, default=10, help="that the solver has for a deck")
+    parser.add_argument("--jobs", type=int, default=1, help="decks that run at the same time")
+    parser.add_argument("names", nargs="*", metavar="DECK", help="decks to run, without .inp; all by default")
+    options = parser.parse_args()
+    with tempfile.TemporaryDirectory(prefix="kolvex-decks.") as name:
+        directory = pathlib.Path(name)
+        unpack(options.decks, directory)
+        decks = [directory / f"{deck}.inp" for deck in options.names] or sorted(directory.glob("*.inp"))
+        if not all(deck.exists() for deck in decks) or not decks:
+            print(f"the decks are not in {options.decks}")
+            return 77
+        return run_decks(decks, options)
+
+
+def run_decks(decks, options):
+    """The status of the whole run."""
+    outcomes = collections.Counter()
+    records = 0
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        for deck, (outcome, compared, error) in zip(decks, pool.map(lambda d: run_deck(d, options.seconds), decks)):
+            outcomes[outcome] += 1
+            records += compared
+            if error:
+                print(f"{deck.name}: {error}", flush=True)
+    print(", ".join(f"{count} {outcome}" for outcome, count in outcomes.items()) + f"; {records} records are equal")
+    return 1 if outcomes["failed"] or records == 0 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
