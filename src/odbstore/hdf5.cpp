@@ -191,7 +191,8 @@ void Dataset::transferSlab(hsize_t index, hid_t memoryType, void* out, bool writ
   for (const hsize_t d : extent) numbers *= d;
   if (numbers == 0) return;
   const Handle fileSpace(H5Dget_space(id()), H5Sclose);
-  const Handle memorySpace(H5Screate_simple(1, &numbers, nullptr), H5Sclose);
+  // Of the same shape as what is taken from the file: HDF5 pairs different shapes number by number.
+  const Handle memorySpace(H5Screate_simple(static_cast<int>(extent.size()), extent.data(), nullptr), H5Sclose);
   if (!fileSpace || !memorySpace ||
       H5Sselect_hyperslab(fileSpace.get(), H5S_SELECT_SET, start.data(), nullptr, extent.data(), nullptr) < 0) {
     failHdf5("a frame cannot be selected");

@@ -1,7 +1,7 @@
 #include "reduce/read_values.h"
 
 #include <algorithm>
-#include <vector>
+#include <array>
 
 #include "reduce/extremes_records.h"
 #include "reduce/field_value_access.h"
@@ -11,6 +11,7 @@ namespace {
 
 // So many values are taken at a time.
 constexpr int kTogether = 1024;
+using Numbers = std::array<float, kTogether>;
 
 // Calls take(first, count) for stretches of a run.
 template <class Take>
@@ -48,7 +49,7 @@ void readScalars(odb_FieldValueRun& run, ValueReduction& reduction) {
 void readVectors(odb_FieldValueRun& run, ValueReduction& reduction) {
   const bool components = extractionSwitches().fieldComponents;
   const int width = run.dataCount();
-  std::vector<float> magnitudes(kTogether);
+  Numbers magnitudes;
   forEachStretch(run, [&](int from, int count) {
     const int place = run.first() + from;
     run.magnitude(from, count, magnitudes.data());
@@ -68,7 +69,7 @@ void readVectors(odb_FieldValueRun& run, ValueReduction& reduction) {
 void readTensors(odb_FieldValueRun& run, ValueReduction& reduction) {
   const bool components = extractionSwitches().fieldComponents;
   const int width = run.dataCount();
-  std::vector<float> mises(kTogether);
+  Numbers mises;
   forEachStretch(run, [&](int from, int count) {
     const int place = run.first() + from;
     run.mises(from, count, mises.data());
@@ -139,7 +140,7 @@ void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
 
 void readInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& quantity) {
   const odb_InvariantEnum code = kInvariantQuantities[static_cast<std::size_t>(slot)].code;
-  std::vector<float> numbers(kTogether);
+  Numbers numbers;
   values.forEachRun([&](odb_FieldValueRun& run) {
     forEachStretch(run, [&](int from, int count) {
       run.invariant(code, from, count, numbers.data());
