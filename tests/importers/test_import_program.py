@@ -3,6 +3,7 @@ import os
 import pty
 import random
 import re
+import struct
 import subprocess
 
 import h5py
@@ -29,6 +30,28 @@ RESULTS = ("    1PSTEP                         1           1           1        
            " -1         1 1.00000E+00 2.00000E+00 3.00000E+00 4.00000E+00 5.00000E+00 6.00000E+00\n"
            " -1         3-1.00000E+00-2.00000E+00-3.00000E+00-4.00000E+00-5.00000E+00-6.00000E+00\n -3\n")
 WHOLE = HEADING + NODES + ELEMENTS + RESULTS + " 9999\n"
+
+
+def binary_whole():
+    """The same file in binary: the model, temperatures as floats and stresses as doubles."""
+    def header(text, form):
+        return text[:-2].encode() + form.encode() + b"\n"
+
+    parts = RESULTS.splitlines(keepends=True)
+    temperatures, stresses = parts[:4], parts[8:17]
+    return b"".join([
+        HEADING.encode(), header(NODES.splitlines(keepends=True)[0], "3"),
+        *(struct.pack("<i3d", label, label - 1, 0, 0) for label in (1, 2, 3)),
+        header(ELEMENTS.splitlines(keepends=True)[0], "2"),
+        *(struct.pack("<6i", label, 11, 0, 1, label, label + 1) for label in (1, 2)),
+        temperatures[0].encode(), header(temperatures[1], "2"), "".join(temperatures[2:]).encode(),
+        *(struct.pack("<if", *row) for row in ((1, 20), (2, -30), (3, 1.23457e6))),
+        stresses[0].encode(), header(stresses[1], "3"), "".join(stresses[2:]).encode(),
+        *(struct.pack("<i6d", label, *(sign * i for i in range(1, 7))) for label, sign in ((1, 1), (3, -1))),
+        b" 9999\n"])
+
+
+BINARY = binary_whole()
 DECK = "*HEADING\nbars\n*NSET,NSET=Ends\n1,3\n*ELSET,ELSET=Bars,GENERATE\n1,2\n*STEP\nwarm\n*END STEP\n"
 
 
@@ -153,11 +176,18 @@ class ImportProgramTest(ProgramTest):
         self.assertTrue(run.err.splitlines()[-1].startswith(b"no/such/directory/job.odb: "), run.err)
 
     def test_a_cut_at_any_place_is_told(self):
-        model = len(HEADING + NODES + ELEMENTS)
-        for cut in range(0, len(WHOLE) - 1, 7):
-            self.write("job.frd", WHOLE[:cut])
+        self.check_cuts(WHOLE.encode(), len(HEADING + NODES + ELEMENTS) - 1)
+
+    def test_a_cut_of_a_binary_file_is_told(self):
+        self.check_cuts(BINARY, BINARY.index(b"    1PSTEP"))
+
+    def check_cuts(self, whole, model):
+        """A file that ends before its byte `model` cannot be imported, any other as far as it goes."""
+        for cut in range(0, len(whole) - 1, 7):
+            self.write("job.frd", whole[:cut])
+            listed = self.run_import("job", "--no-deck", "--list")
             run = self.run_import("job", "--no-deck")
-            if cut < model - 1:
+            if cut < model:
                 self.assertEqual((run.status, run.out), (1, b""), cut)
                 self.assertRegex(run.err, rb"^job\.frd(:\d+)?: error: ")
                 self.assertFalse(self.path("job.odb").exists())
@@ -165,7 +195,17 @@ class ImportProgramTest(ProgramTest):
             self.assertEqual(run.status, 0, (cut, run.err))
             self.assertRegex(run.err, rb"^job\.frd:\d+: warning: the file is cut off here; .*\n$")
             self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end behind ")
+            self.assertTrue(listed.out.splitlines()[0].endswith(b", cut off"), (cut, listed.out))
             os.remove(self.path("job.odb"))
+
+    def test_a_binary_file_gives_the_database_of_the_text(self):
+        databases = []
+        for whole in (WHOLE, BINARY):
+            self.write("job.frd", whole)
+            run = self.run_import("job", "--no-deck")
+            self.assertEqual((run.status, run.err), (0, b""))
+            databases.append(run.text("job.odb"))
+        self.assertEqual(*databases)
 
     def test_a_list_writes_nothing(self):
         self.write("job.frd", WHOLE)
@@ -205,21 +245,35 @@ class ImportProgramTest(ProgramTest):
         self.assertEqual(progress, b"\rjob.frd: writing the database\x1b[K\r\x1b[K")
 
     def test_flipped_bytes_never_crash_it(self):
+        self.check_flips(WHOLE.encode(), b"\n\r\0 -*,.=0159EXx\xff")
+
+    def test_flipped_bytes_of_a_binary_file_never_crash_it(self):
+        self.check_flips(BINARY, b"\n\0\1 123\x7f\x80\xff")
+
+    def check_flips(self, whole, alphabet):
         chance = random.Random(20240229)
         statuses = set()
         for _ in range(300):
-            frd, inp = bytearray(WHOLE, "ascii"), bytearray(DECK, "ascii")
+            frd, inp = bytearray(whole), bytearray(DECK, "ascii")
             for _ in range(chance.randint(1, 4)):
                 text = frd if chance.random() < 0.8 else inp
-                text[chance.randrange(len(text))] = chance.choice(b"\n\r\0 -*,.=0159EXx\xff")
+                text[chance.randrange(len(text))] = chance.choice(alphabet)
             self.write("job.frd", bytes(frd))
             self.write("job.inp", bytes(inp))
-            run = self.run_import("job")
+            run = self.run_import("job", *chance.choice([(), ("--frames", "last"), ("--list",)]))
             statuses.add(run.status)
             self.assertIn(run.status, (0, 1), (bytes(frd), bytes(inp), run.err))
-            self.assertEqual(self.path("job.odb").exists(), run.status == 0)
-            if run.status == 0:
+            if self.path("job.odb").exists():
+                self.assertEqual(run.status, 0)
                 os.remove(self.path("job.odb"))
-            else:
+            if run.status == 1:
                 self.assertTrue(re.match(rb"job\.(frd|inp)(:\d+)?: error: ", run.err.splitlines()[-1]), run.err)
         self.assertEqual(statuses, {0, 1})
+
+    def test_a_long_line_ends_the_reading(self):
+        for whole in (WHOLE.encode(), BINARY):
+            at = whole.index(b" -4")
+            self.write("job.frd", whole[:at] + b" " * 3_000_000 + whole[at:])
+            run = self.run_import("job", "--no-deck")
+            self.assertEqual((run.status, run.out), (1, b""))
+            self.assertRegex(run.err, rb"^job\.frd:\d+: error: the line is too long")
