@@ -109,6 +109,14 @@ void Writer::addBlock(FieldId field, LocationId location, std::span<const double
   impl_->addBlock(field, location, rows, overrides, widthOfEmpty);
 }
 
+KeptRows Writer::keepRows(std::span<const float> rows, int width) { return impl_->keepRows(rows, width); }
+
+KeptPlaces Writer::keepPlaces(std::span<const int> places) { return impl_->keepPlaces(places); }
+
+void Writer::addBlock(FieldId field, LocationId location, const KeptRows& rows, const KeptPlaces& places) {
+  impl_->addBlock(field, location, rows, places);
+}
+
 HistoryRegionId Writer::addHistoryRegion(StepId step, const std::string& name, const HistoryRegionInfo& info) {
   const h5::Group all = Impl::openOrCreate(impl_->step(step).group, "history");
   const h5::Group region = all.createGroup(linkFromName(name));

@@ -49,6 +49,18 @@ struct BlockOverrides {
   std::vector<std::string> componentLabels;
 };
 
+// What Writer::keepRows() and keepPlaces() have kept.
+struct KeptRows {
+  std::int64_t offset = 0;
+  std::int64_t rows = 0;
+  int width = 0;
+};
+struct KeptPlaces {
+  std::int64_t offset = 0;
+  std::int64_t count = 0;
+  int largest = -1;
+};
+
 class Writer {
  public:
   // `path` is the final name; a file of that name is replaced by finish().
@@ -92,6 +104,13 @@ class Writer {
                 int widthOfEmpty = 1);
   void addBlock(FieldId field, LocationId location, std::span<const double> rows, const BlockOverrides& overrides = {},
                 int widthOfEmpty = 1);
+
+  // Rows that blocks of several locations are made of, and places among such rows. They are written once and expanded
+  // by finish(), however many blocks repeat them.
+  KeptRows keepRows(std::span<const float> rows, int width);
+  KeptPlaces keepPlaces(std::span<const int> places);
+  // The next block of that field in that frame: row i of the location is the row places[i], from 0, of the kept ones.
+  void addBlock(FieldId field, LocationId location, const KeptRows& rows, const KeptPlaces& places);
 
   HistoryRegionId addHistoryRegion(StepId step, const std::string& name, const HistoryRegionInfo& info);
   void addHistoryOutput(const HistoryRegionId& region, const std::string& name, const HistorySamples& samples);

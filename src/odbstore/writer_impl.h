@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <unordered_map>
+#include <utility>
 #include <variant>
 
 #include "odbstore/hdf5.h"
@@ -16,6 +17,8 @@ namespace odbstore {
 struct Slab {
   int frame;
   std::int64_t offset;
+  // Where the rows are to be taken from those at the offset: how many those are, and the places.
+  std::optional<std::pair<std::int64_t, KeptPlaces>> places = {};
 };
 
 // A block under construction. What has to be equal for rows of another frame to belong to it stands first.
@@ -71,6 +74,9 @@ class Writer::Impl {
   template <class Number>
   void addBlock(FieldId field, LocationId location, std::span<const Number> rows, const BlockOverrides& overrides,
                 int widthOfEmpty);
+  KeptRows keepRows(std::span<const float> rows, int width);
+  KeptPlaces keepPlaces(std::span<const int> places);
+  void addBlock(FieldId field, LocationId location, const KeptRows& rows, const KeptPlaces& places);
   h5::Group historyRegion(const HistoryRegionId& region);
   StepState& step(StepId id);
 
@@ -81,6 +87,8 @@ class Writer::Impl {
                        int widthOfEmpty) const;
   void checkBlock(const h5::Object& user, const BlockState& block, const FieldInfo& field) const;
   bool sameLocation(const LocationState& state, const LocationInfo& info, const LocationLabels& labels) const;
+  void addSlab(FieldId field, BlockState block, const Slab& slab);
+  void expand(const Slab& slab, std::int64_t width, std::vector<float>& out);
   void finishStep(StepState& step);
   void finishField(const h5::Group& fields, FieldState& field, std::size_t frames);
   void finishBlock(const h5::Group& blocks, std::size_t index, BlockState& block, const FieldState& field);
@@ -92,6 +100,11 @@ class Writer::Impl {
   std::vector<LocationState> locations_;
   std::unordered_multimap<std::size_t, int> locationByHash_;
   std::vector<StepState> steps_;
+  // What expand() has read last: most blocks share their places, and blocks of several types their rows.
+  std::vector<float> keptRows_;
+  std::int64_t keptRowsOffset_ = -1;
+  std::vector<int> keptPlaces_;
+  std::int64_t keptPlacesOffset_ = -1;
 };
 
 }  // namespace odbstore

@@ -142,18 +142,22 @@ void Writer::Impl::checkBlock(const h5::Object& user, const BlockState& block, c
 template <class Number>
 void Writer::Impl::addBlock(FieldId id, LocationId location, std::span<const Number> rows,
                             const BlockOverrides& overrides, int widthOfEmpty) {
-  StepState& step = this->step(id.frame.step);
-  FieldState& field = step.fields.at(static_cast<std::size_t>(id.index));
+  const StepState& step = this->step(id.frame.step);
+  const FieldInfo& info = step.fields.at(static_cast<std::size_t>(id.index)).info;
   const LocationState& place = locations_.at(static_cast<std::size_t>(location.index));
   BlockState block{location.index,
-                   overrides.type.value_or(field.info.type),
+                   overrides.type.value_or(info.type),
                    overrides.componentLabels,
                    std::is_same_v<Number, double>,
                    widthOf(step.group, place, rows.size(), widthOfEmpty),
                    {}};
-  if (block.componentLabels == field.info.componentLabels) block.componentLabels.clear();
-  checkBlock(step.group, block, field.info);
-  const Slab slab{id.frame.index, spool_.append(rows.data(), rows.size_bytes())};
+  if (block.componentLabels == info.componentLabels) block.componentLabels.clear();
+  checkBlock(step.group, block, info);
+  addSlab(id, std::move(block), {id.frame.index, spool_.append(rows.data(), rows.size_bytes())});
+}
+
+void Writer::Impl::addSlab(FieldId id, BlockState block, const Slab& slab) {
+  FieldState& field = step(id.frame.step).fields.at(static_cast<std::size_t>(id.index));
   // The blocks of a frame keep their order: the next may only join a block behind the one before it.
   std::size_t& next = field.nextBlock.at(id.frame.index);
   while (next < field.blocks.size() && !field.blocks[next].takes(block)) ++next;
@@ -163,6 +167,53 @@ void Writer::Impl::addBlock(FieldId id, LocationId location, std::span<const Num
 
 template void Writer::Impl::addBlock(FieldId, LocationId, std::span<const float>, const BlockOverrides&, int);
 template void Writer::Impl::addBlock(FieldId, LocationId, std::span<const double>, const BlockOverrides&, int);
+
+KeptRows Writer::Impl::keepRows(std::span<const float> rows, int width) {
+  const auto count = static_cast<std::int64_t>(rows.size());
+  if (width < 1 || count % width != 0) root().fail(fmt::format("{} numbers are no rows of {}", count, width));
+  return {spool_.append(rows.data(), rows.size_bytes()), count / width, width};
+}
+
+KeptPlaces Writer::Impl::keepPlaces(std::span<const int> places) {
+  const auto [least, largest] = std::minmax_element(places.begin(), places.end());
+  if (!places.empty() && *least < 0) root().fail(fmt::format("the place {} is none of a row", *least));
+  return {spool_.append(places.data(), places.size_bytes()), static_cast<std::int64_t>(places.size()),
+          places.empty() ? -1 : *largest};
+}
+
+void Writer::Impl::addBlock(FieldId id, LocationId location, const KeptRows& rows, const KeptPlaces& places) {
+  const StepState& step = this->step(id.frame.step);
+  const FieldInfo& info = step.fields.at(static_cast<std::size_t>(id.index)).info;
+  const LocationState& place = locations_.at(static_cast<std::size_t>(location.index));
+  if (places.count != place.rows) {
+    step.group.fail(fmt::format("{} places do not fill {} rows", places.count, place.rows));
+  }
+  if (places.largest >= rows.rows) {
+    step.group.fail(fmt::format("the row {} is not among {} rows", places.largest, rows.rows));
+  }
+  const auto numbers = static_cast<std::size_t>(places.count * rows.width);
+  BlockState block{location.index, info.type, {}, false, widthOf(step.group, place, numbers, rows.width), {}};
+  checkBlock(step.group, block, info);
+  addSlab(id, std::move(block), {id.frame.index, rows.offset, std::pair{rows.rows, places}});
+}
+
+void Writer::Impl::expand(const Slab& slab, std::int64_t width, std::vector<float>& out) {
+  const auto& [rows, places] = *slab.places;
+  const auto fill = [this](auto& kept, std::int64_t& keptOffset, std::int64_t offset, std::int64_t count) {
+    const auto numbers = static_cast<std::size_t>(count);
+    if (keptOffset == offset && kept.size() == numbers) return;
+    kept.resize(numbers);
+    spool_.read(offset, kept.data(), numbers * sizeof(kept.front()));
+    keptOffset = offset;
+  };
+  fill(keptRows_, keptRowsOffset_, slab.offset, rows * width);
+  fill(keptPlaces_, keptPlacesOffset_, places.offset, places.count);
+  const auto size = static_cast<std::size_t>(width);
+  float* to = out.data();
+  for (const int place : keptPlaces_) {
+    to = std::copy_n(keptRows_.data() + static_cast<std::size_t>(place) * size, size, to);
+  }
+}
 
 namespace {
 
@@ -191,9 +242,15 @@ void Writer::Impl::finishBlock(const h5::Group& blocks, std::size_t index, Block
   const auto copySlabs = [&](auto number) {
     std::vector<decltype(number)> buffer(numbers);
     for (std::size_t i = 0; i < block.slabs.size(); ++i) {
-      spool_.read(block.slabs[i].offset, buffer.data(), numbers * sizeof(number));
-      // Room that is free again takes the next slab, so that the disk need not hold all rows twice.
-      spool_.release(block.slabs[i].offset, numbers * sizeof(number));
+      const Slab& slab = block.slabs[i];
+      if constexpr (std::is_same_v<decltype(number), float>) {
+        if (slab.places) expand(slab, block.width, buffer);
+      }
+      if (!slab.places) {
+        spool_.read(slab.offset, buffer.data(), numbers * sizeof(number));
+        // Room that is free again takes the next slab, so that the disk need not hold all rows twice.
+        spool_.release(slab.offset, numbers * sizeof(number));
+      }
       data.writeSlab(i, buffer.data());
     }
   };

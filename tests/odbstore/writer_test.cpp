@@ -162,6 +162,54 @@ TEST_F(WriterTest, BlocksOfAFieldShareOneDataSetOverTheFrames) {
   EXPECT_EQ(rowsOf(field.blocks[0], 2)[11], 211.0F);
 }
 
+TEST_F(WriterTest, KeptRowsAreExpandedByTheirPlaces) {
+  Writer writer(path_);
+  const LocationId tets = writer.addLocation({"I", Position::elementNodal, "C3D4", 0, ""}, {{1, 2, 3}, {5, 5, 6}, {}});
+  const LocationId wedges = writer.addLocation({"I", Position::elementNodal, "C3D6", 0, ""}, {{2}, {7}, {}});
+  const KeptPlaces ofTets = writer.keepPlaces(std::vector<int>{2, 0, 2});
+  const KeptPlaces ofWedges = writer.keepPlaces(std::vector<int>{1});
+  const StepId step = writer.addStep("Step-1", {});
+  for (int i = 0; i < 2; ++i) {
+    const FieldId field = writer.addField(writer.addFrame(step, {i, 0.1 * i, ""}), "S", kStress);
+    std::vector<float> rows(18);
+    for (std::size_t k = 0; k < rows.size(); ++k) rows[k] = static_cast<float>(100 * i) + static_cast<float>(k);
+    const KeptRows kept = writer.keepRows(rows, 6);
+    writer.addBlock(field, tets, kept, ofTets);
+    writer.addBlock(field, wedges, kept, ofWedges);
+  }
+  writer.finish();
+
+  const Reader reader(path_);
+  const auto stored = reader.step("Step-1");
+  const StoredField& field = stored->fields().at(0);
+  ASSERT_EQ(field.blocks.size(), 2U);
+  EXPECT_THAT(rowsOf(field.blocks[0], 0),
+              ElementsAre(12, 13, 14, 15, 16, 17, 0, 1, 2, 3, 4, 5, 12, 13, 14, 15, 16, 17));
+  EXPECT_THAT(rowsOf(field.blocks[1], 0), ElementsAre(6, 7, 8, 9, 10, 11));
+  EXPECT_EQ(rowsOf(field.blocks[0], 1)[6], 100.0F);
+  EXPECT_THAT(rowsOf(field.blocks[1], 1), ElementsAre(106, 107, 108, 109, 110, 111));
+}
+
+TEST_F(WriterTest, KeptRowsThatDoNotFillTheirLocationAreRefused) {
+  Writer writer(path_);
+  const LocationId location = writer.addLocation({"I", Position::nodal, "", 0, ""}, {{1, 2}, {}, {}});
+  const FieldId field = writer.addField(writer.addFrame(writer.addStep("Step-1", {}), {}), "S", kStress);
+  const KeptRows rows = writer.keepRows(std::vector<float>(12), 6);
+  EXPECT_THAT(failureOf([&] { writer.addBlock(field, location, rows, writer.keepPlaces(std::vector<int>{0})); }),
+              HasSubstr("1 places do not fill 2 rows"));
+  EXPECT_THAT(failureOf([&] {
+                writer.addBlock(field, location, rows, writer.keepPlaces(std::vector<int>{0, 2}));
+              }),
+              HasSubstr("the row 2 is not among 2 rows"));
+  EXPECT_THAT(failureOf([&] { writer.keepPlaces(std::vector<int>{0, -1}); }), HasSubstr("the place -1"));
+  EXPECT_THAT(failureOf([&] { writer.keepRows(std::vector<float>(7), 6); }), HasSubstr("7 numbers are no rows of 6"));
+  const KeptRows narrow = writer.keepRows(std::vector<float>(8), 4);
+  EXPECT_THAT(failureOf([&] {
+                writer.addBlock(field, location, narrow, writer.keepPlaces(std::vector<int>{0, 1}));
+              }),
+              HasSubstr("rows of 4 numbers do not fit 6 component labels"));
+}
+
 class WriterStorageTest : public WriterTest, public testing::WithParamInterface<WriterOptions> {};
 
 TEST_P(WriterStorageTest, DoublesComeBackToTheLastBit) {

@@ -17,15 +17,12 @@ namespace importers::calculix {
 
 namespace {
 
-// The chosen columns of row after row of a block; `row(i)` is the i-th row to take.
-template <class Row>
-void gather(const FrdResult& block, const std::vector<int>& columns, std::size_t count, Row&& row,
-            std::vector<float>& out) {
+// The chosen columns of all rows of a block.
+void takeColumns(const FrdResult& block, const std::vector<int>& columns, std::vector<float>& out) {
   const std::size_t width = block.components.size();
-  out.resize(count * columns.size());
+  out.resize(block.labels.size() * columns.size());
   float* to = out.data();
-  for (std::size_t i = 0; i < count; ++i) {
-    const float* const from = block.values.data() + row(i) * width;
+  for (const float* from = block.values.data(); to != out.data() + out.size(); from += width) {
     for (const int column : columns) *to++ = from[column];
   }
 }
@@ -117,16 +114,14 @@ class Import {
   void addField(const FrdResult& block, const MappedField& field, odbstore::FrameId frame, RowPlaces& places) {
     fields_.insert(field.name);
     const odbstore::FieldId id = writer_.addField(frame, field.name, field.info);
+    takeColumns(block, field.columns, rows_);
     if (!field.isTensor()) {
-      gather(
-          block, field.columns, block.labels.size(), [](std::size_t i) { return i; }, rows_);
       writer_.addBlock(id, places.nodal(), std::span<const float>(rows_));
       return;
     }
+    const odbstore::KeptRows rows = writer_.keepRows(rows_, static_cast<int>(field.columns.size()));
     for (const ElementNodalRows& group : places.elementNodal()) {
-      const auto row = [&](std::size_t i) { return static_cast<std::size_t>(group.gather[i]); };
-      gather(block, field.columns, group.gather.size(), row, rows_);
-      writer_.addBlock(id, group.location, std::span<const float>(rows_));
+      writer_.addBlock(id, group.location, rows, group.places);
     }
     if (places.looseRows() > 0) {
       warnOnce(block, fmt::format("has tensors at {} nodes that belong to no element, and they are left out",

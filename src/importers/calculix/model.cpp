@@ -33,18 +33,19 @@ void RowPlaces::findElementNodal() {
   std::vector<char> isUsed(labels_.size(), 0);
   for (const ElementGroup& group : groups_) {
     odbstore::LocationLabels labels;
-    ElementNodalRows rows;
+    std::vector<int> places;
     for (std::size_t i = 0; i < group.connectivity.size(); ++i) {
       const int row = rowOfNode.placeOf(group.connectivity[i]);
       if (row < 0) continue;
       isUsed[static_cast<std::size_t>(row)] = 1;
       labels.nodes.push_back(group.connectivity[i]);
       labels.elements.push_back(group.labels[i / static_cast<std::size_t>(group.nodesPerElement)]);
-      rows.gather.push_back(row);
+      places.push_back(row);
     }
-    if (rows.gather.empty()) continue;
-    rows.location = writer_.addLocation({kInstance, odbstore::Position::elementNodal, group.type, 0, ""}, labels);
-    elementNodal_->push_back(std::move(rows));
+    if (places.empty()) continue;
+    elementNodal_->push_back(
+        {writer_.addLocation({kInstance, odbstore::Position::elementNodal, group.type, 0, ""}, labels),
+         writer_.keepPlaces(places)});
   }
   looseRows_ = static_cast<std::size_t>(std::count(isUsed.begin(), isUsed.end(), 0));
 }

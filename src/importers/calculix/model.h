@@ -25,11 +25,11 @@ struct ElementGroup {
   std::vector<int> connectivity;  // [elements, nodesPerElement]
 };
 
-// Rows of a nodal block spread over the nodes of the elements of one group: row i of the location is row gather[i] of
-// the block.
+// Rows of a nodal block spread over the nodes of the elements of one group: row i of the location is the row of the
+// block at the i-th of the places.
 struct ElementNodalRows {
   odbstore::LocationId location;
-  std::vector<int> gather;
+  odbstore::KeptPlaces places;
 };
 
 // Where the rows of a block with certain node labels lie. What is not asked for is not looked for.
