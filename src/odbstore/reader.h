@@ -74,6 +74,7 @@ class StoredBlock {
 struct StoredField {
   std::string name;
   FieldInfo info;
+  std::vector<int> frames;    // those that have it, in the order in which the file lists them
   std::vector<char> inFrame;  // one per frame of the step
   std::vector<StoredBlock> blocks;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <numeric>
 
 #include "odbstore/names.h"
 #include "odbstore/reader_internal.h"
@@ -124,9 +125,7 @@ class StoredBlock::Impl {
     slabOfFrame_.assign(field.inFrame.size(), -1);
     const std::optional<h5::Dataset> list = group.findDataset("frames");
     if (!list) {
-      for (int i = 0; i < frames; ++i) {
-        if (field.inFrame[static_cast<std::size_t>(i)]) slabOfFrame_[static_cast<std::size_t>(i)] = slabs_++;
-      }
+      for (const int frame : field.frames) slabOfFrame_[static_cast<std::size_t>(frame)] = slabs_++;
       return;
     }
     for (const int frame : list->readInts()) {
@@ -225,15 +224,20 @@ std::vector<StoredBlock> readBlocks(FileAccess& file, const h5::Group& group, co
 }
 
 StoredField readField(FileAccess& file, const h5::Group& group, const std::string& name, int frames) {
-  StoredField field{name, readFieldInfo(group), {}, {}};
-  if (const std::optional<h5::Dataset> list = group.findDataset("frames")) {
-    field.inFrame.assign(static_cast<std::size_t>(frames), 0);
-    for (const int frame : list->readInts()) {
-      if (frame < 0 || frame >= frames) list->fail(fmt::format("frame {} is out of range 0..{}", frame, frames - 1));
-      field.inFrame[static_cast<std::size_t>(frame)] = 1;
-    }
+  StoredField field{name, readFieldInfo(group), {}, {}, {}};
+  field.inFrame.assign(static_cast<std::size_t>(frames), 0);
+  const std::optional<h5::Dataset> list = group.findDataset("frames");
+  if (list) {
+    field.frames = list->readInts();
   } else {
-    field.inFrame.assign(static_cast<std::size_t>(frames), 1);
+    field.frames.resize(static_cast<std::size_t>(frames));
+    std::iota(field.frames.begin(), field.frames.end(), 0);
+  }
+  for (const int frame : field.frames) {
+    if (frame < 0 || frame >= frames) list->fail(fmt::format("frame {} is out of range 0..{}", frame, frames - 1));
+    char& isThere = field.inFrame[static_cast<std::size_t>(frame)];
+    if (isThere != 0) list->fail(fmt::format("frame {} occurs twice", frame));
+    isThere = 1;
   }
   field.blocks = readBlocks(file, group, field);
   return field;

@@ -32,6 +32,22 @@ class ResultsTest(ProgramTest):
         self.assertEqual(run.text("params.txt"), b"Good__Frame_1__NT__max\t1\nGood__Frame_1__NT__min\t1\n")
         self.assertIsNone(run.text("paramsdone.txt"))
 
+    def test_frames_of_a_field_that_are_listed_out_of_order_keep_their_slabs(self):
+        with Database(self.path("model.odb")) as odb:
+            odb.location("nodes", "nodal", nodeLabels=[1])
+            field = odb.field(odb.step("Step-1", increments=(1, 2, 3)), "NT", 2, [("nodes", np.array([[30], [10]], "f4"))])
+            field["frames"] = np.array([2, 0], "i4")
+        self.assertEqual(self.extract().text("params.txt"),
+                         b"Step_1__Frame_1__NT__max\t10\nStep_1__Frame_1__NT__min\t10\n"
+                         b"Step_1__Frame_3__NT__max\t30\nStep_1__Frame_3__NT__min\t30\n")
+
+    def test_a_frame_that_a_field_lists_twice_is_an_error(self):
+        with Database(self.path("model.odb")) as odb:
+            odb.location("nodes", "nodal", nodeLabels=[1])
+            field = odb.field(odb.step("Step-1"), "NT", 2, [("nodes", np.array([[30], [10]], "f4"))])
+            field["frames"] = np.array([0, 0], "i4")
+        self.assertEqual(self.extract().err, b"model.odb: /steps/Step-1/fields/NT/frames: frame 0 occurs twice\n" + FAILED)
+
     def test_old_results_are_replaced(self):
         self.write("params.txt", "x" * 10000)
         self.write("paramsdone.txt", "old")
