@@ -47,6 +47,7 @@ ImportOptions parseImportOptions(std::vector<std::string> arguments) {
   CLI::Option* const deck =
       app.add_option("--deck", options.deck, "The input deck with the sets (default: job.inp beside the results)");
   app.add_flag("--no-deck", options.withoutDeck, "Import no sets")->excludes(deck);
+  app.add_flag("!--no-mass", options.withMass, "Make no mass properties of the deck");
   app.add_flag("--strict", options.isStrict, "Take a result file that is cut off for an error");
   app.add_flag("--compress", options.compress, "Store results packed: a small file that is slower to read");
   app.add_flag("--checksum", options.checksum, "Store a checksum with every frame of results");

@@ -14,6 +14,7 @@ struct ImportOptions {
   std::string deck;    // empty: beside the results
   bool withoutDeck = false;
   bool isStrict = false;
+  bool withMass = true;
   bool compress = false;
   bool checksum = false;
   bool isList = false;  // show what would be imported, and write nothing

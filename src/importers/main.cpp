@@ -47,8 +47,8 @@ void run(const importers::ImportOptions& options) {
   const auto begin = std::chrono::steady_clock::now();
   const importers::JobFiles files = importers::jobFiles(options);
   const importers::calculix::ImportRequest request = {
-      files.results,    findDeck(options, files), files.status, files.output, {options.compress, options.checksum},
-      options.isStrict, options.selection};
+      files.results,    findDeck(options, files), files.status,     files.output, {options.compress, options.checksum},
+      options.isStrict, options.withMass,         options.selection};
   if (options.isList) {
     fmt::print("{}", importers::calculix::listCalculix(request, warn));
     return;

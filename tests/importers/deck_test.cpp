@@ -75,9 +75,9 @@ TEST_F(DeckTest, NodesAndElementsFillSetsAsTheyAreDefined) {
       "*ELEMENT,TYPE=T3D2,ELSET=BARS\n10,1,2\n20,2,3\n");
   EXPECT_THAT(nodesOf(deck, "ALL"), ElementsAre(1, 2));
   EXPECT_THAT(elementsOf(deck, "BARS"), ElementsAre(10, 20));
-  EXPECT_THAT(deck.elementTypes, ElementsAre("T3D2"));
-  EXPECT_THAT(deck.elementLabels, ElementsAre(10, 20));
-  EXPECT_THAT(deck.typeOfElement, ElementsAre(0, 0));
+  EXPECT_THAT(deck.mesh.elementTypes, ElementsAre("T3D2"));
+  EXPECT_THAT(deck.mesh.elementLabels, ElementsAre(10, 20));
+  EXPECT_THAT(deck.mesh.typeOfElement, ElementsAre(0, 0));
 }
 
 TEST_F(DeckTest, ElementsGoOnOverLines) {
@@ -87,8 +87,8 @@ TEST_F(DeckTest, ElementsGoOnOverLines) {
       "2,201,202,203,204,205,206,207,208,209,210\n211,212,213,214,215,216,217,218,219,220,\n"
       "*ELEMENT,TYPE=C3D8,ELSET=E\n3,\n1,2,3,4,\n5,6,7,8\n4,1,2,3,4,5,6,7,8\n");
   EXPECT_THAT(elementsOf(deck, "E"), ElementsAre(1, 2, 3, 4));
-  EXPECT_THAT(deck.elementTypes, ElementsAre("C3D20R", "C3D8"));
-  EXPECT_THAT(deck.typeOfElement, ElementsAre(0, 0, 1, 1));
+  EXPECT_THAT(deck.mesh.elementTypes, ElementsAre("C3D20R", "C3D8"));
+  EXPECT_THAT(deck.mesh.typeOfElement, ElementsAre(0, 0, 1, 1));
 }
 
 TEST_F(DeckTest, ElementsOfUnknownTypesGoOnBehindACommaOnly) {

@@ -19,7 +19,7 @@ class ImportTest : public testing::Test {
  protected:
   ImportSummary import(const std::string& results, const std::string& deck = "", const std::string& status = "",
                        bool isStrict = false) {
-    ImportRequest request;
+    ImportRequest request = request_;
     request.results = writeText(directory_, "job.frd", results);
     if (!deck.empty()) request.deck = writeText(directory_, "job.inp", deck);
     request.status = directory_.file("job.sta");
@@ -72,6 +72,7 @@ class ImportTest : public testing::Test {
     return texts;
   }
 
+  ImportRequest request_;  // for what the arguments do not say
   TemporaryDirectory directory_;
   std::string output_ = directory_.file("job.odb");
   std::vector<std::string> warnings_;

@@ -31,13 +31,18 @@ TEST(ImportOptions, MayComeInAnyOrder) {
   EXPECT_TRUE(options.checksum && options.isStrict && options.withoutDeck);
 }
 
+TEST(ImportOptions, MassIsMadeUnlessItIsDeclined) {
+  EXPECT_TRUE(parseImportOptions({"job"}).withMass);
+  EXPECT_FALSE(parseImportOptions({"job", "--no-mass"}).withMass);
+}
+
 TEST(ImportOptions, HelpAndVersionEndWithoutAnError) {
   const ImportOptions help = parseImportOptions({"--help"});
   EXPECT_TRUE(help.isDone);
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.message, HasSubstr("kolvex import"));
-  for (const char* option : {"--output", "--deck", "--no-deck", "--strict", "--compress", "--checksum", "--list",
-                             "--field", "--step", "--frames", "--version"}) {
+  for (const char* option : {"--output", "--deck", "--no-deck", "--no-mass", "--strict", "--compress", "--checksum",
+                             "--list", "--field", "--step", "--frames", "--version"}) {
     EXPECT_THAT(help.message, HasSubstr(option));
   }
   const ImportOptions version = parseImportOptions({"--version"});

@@ -9,6 +9,7 @@
 #include <set>
 
 #include "importers/calculix/deck_keyword.h"
+#include "importers/calculix/deck_mesh.h"
 #include "importers/calculix/deck_sets.h"
 #include "importers/line_reader.h"
 #include "importers/text_fields.h"
@@ -22,8 +23,12 @@ constexpr std::size_t kDeepestInclude = 32;
 
 class DeckReader {
  public:
-  DeckReader(const std::string& path, const WarningSink& warn)
-      : directory_(std::filesystem::path(path).parent_path()), warn_(warn) {}
+  DeckReader(const std::string& path, const WarningSink& warn, DeckDetail detail)
+      : directory_(std::filesystem::path(path).parent_path()),
+        warn_(warn),
+        mesh_(deck_.mesh, detail == DeckDetail::mass),
+        withSections_(detail == DeckDetail::mass),
+        sections_(warn) {}
 
   void readFile(const std::string& path) {
     LineReader lines(path);
@@ -46,11 +51,13 @@ class DeckReader {
   Deck finish() {
     deck_.nodeSets = nodeSets_.finish();
     deck_.elementSets = elementSets_.finish();
+    deck_.materials = sections_.finishMaterials();
+    deck_.sections = sections_.finishSections();
     return std::move(deck_);
   }
 
  private:
-  enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet };
+  enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet, section };
 
   // A keyword line that ends in a comma goes on in the next one.
   static std::string joined(LineReader& lines, std::string_view line) {
@@ -72,7 +79,6 @@ class DeckReader {
     }
     data_ = Data::none;
     set_ = nullptr;
-    missingNodes_ = 0;
     if (keyword.name == "HEADING") {
       data_ = Data::heading;
     } else if (keyword.name == "STEP") {
@@ -85,13 +91,17 @@ class DeckReader {
       data_ = Data::nodes;
       if (const auto name = keyword.value("NSET")) set_ = &nodeSets_.open(*name, lines);
     } else if (keyword.name == "ELEMENT") {
-      startElements(keyword, lines);
+      mesh_.startElements(keyword, lines);
+      data_ = Data::elements;
+      if (const auto set = keyword.value("ELSET")) set_ = &elementSets_.open(*set, lines);
     } else if (keyword.name == "USERELEMENT") {
-      defineUserElement(keyword, lines);
+      mesh_.defineUserElement(keyword, lines);
     } else if (keyword.name == "NSET") {
       startSet(keyword, nodeSets_, Data::nodeSet, lines);
     } else if (keyword.name == "ELSET") {
       startSet(keyword, elementSets_, Data::elementSet, lines);
+    } else if (withSections_ && sections_.start(keyword, lines)) {
+      data_ = Data::section;
     }
   }
 
@@ -106,28 +116,6 @@ class DeckReader {
     }
     if (openFiles_.size() >= kDeepestInclude) lines.fail("files include each other too deep");
     readFile(path.string());
-  }
-
-  void startElements(const Keyword& keyword, LineReader& lines) {
-    const auto type = keyword.value("TYPE");
-    if (!type) lines.fail("*ELEMENT names no type");
-    data_ = Data::elements;
-    const std::string name = upperCased(storableText(*type));
-    const auto known = std::find(deck_.elementTypes.begin(), deck_.elementTypes.end(), name);
-    type_ = static_cast<int>(known - deck_.elementTypes.begin());
-    if (known == deck_.elementTypes.end()) deck_.elementTypes.push_back(name);
-    const auto ofUser = nodesOfUserType_.find(name);
-    nodesPerElement_ = ofUser != nodesOfUserType_.end() ? ofUser->second : nodesOfElementType(name);
-    if (const auto set = keyword.value("ELSET")) set_ = &elementSets_.open(*set, lines);
-  }
-
-  void defineUserElement(const Keyword& keyword, LineReader& lines) {
-    const auto type = keyword.value("TYPE");
-    const auto nodes = keyword.value("NODES");
-    if (!type || !nodes) return;
-    const std::optional<int> count = integerFrom(*nodes);
-    if (!count || *count < 1) lines.fail(fmt::format("\"{}\" is not a number of nodes", storableText(*nodes)));
-    nodesOfUserType_[upperCased(storableText(*type))] = *count;
   }
 
   void startSet(const Keyword& keyword, DeckSets& sets, Data data, LineReader& lines) {
@@ -148,7 +136,7 @@ class DeckReader {
         data_ = Data::none;
         break;
       case Data::nodes:
-        if (set_ != nullptr) set_->labels.push_back(labelFrom(line.substr(0, line.find(',')), lines));
+        takeNode(line, lines);
         break;
       case Data::elements:
         takeElement(line, lines);
@@ -159,29 +147,22 @@ class DeckReader {
       case Data::elementSet:
         takeMembers(elementSets_, line, lines);
         break;
+      case Data::section:
+        sections_.takeData(line, lines);
+        break;
       case Data::none:
         break;
     }
   }
 
-  // An element's nodes go on over lines until there are enough; of a type that is not known, while a line ends in a
-  // comma.
-  void takeElement(std::string_view line, LineReader& lines) {
-    const auto commas = static_cast<int>(std::count(line.begin(), line.end(), ','));
-    int nodes = line.back() == ',' ? commas : commas + 1;
-    if (missingNodes_ == 0) {
-      const int element = labelFrom(line.substr(0, line.find(',')), lines);
-      deck_.elementLabels.push_back(element);
-      deck_.typeOfElement.push_back(type_);
-      if (set_ != nullptr) set_->labels.push_back(element);
-      missingNodes_ = nodesPerElement_;
-      --nodes;
-    }
-    if (nodesPerElement_ > 0) {
-      missingNodes_ = std::max(0, missingNodes_ - nodes);
-    } else {
-      missingNodes_ = line.back() == ',' ? 1 : 0;
-    }
+  void takeNode(std::string_view line, const LineReader& lines) {
+    const int label = mesh_.takeNode(line, lines);
+    if (set_ != nullptr) set_->labels.push_back(label);
+  }
+
+  void takeElement(std::string_view line, const LineReader& lines) {
+    const std::optional<int> label = mesh_.takeElement(line, lines);
+    if (label && set_ != nullptr) set_->labels.push_back(*label);
   }
 
   void takeMembers(const DeckSets& sets, std::string_view line, LineReader& lines) {
@@ -198,19 +179,31 @@ class DeckReader {
   DeckSets nodeSets_;
   DeckSets elementSets_;
   std::set<std::string> openFiles_;
-  std::map<std::string, int> nodesOfUserType_;
+  DeckMeshReader mesh_;
+  bool withSections_;
+  DeckSections sections_;
   Data data_ = Data::none;
   DeckSet* set_ = nullptr;  // the set that the data lines belong to
   bool generate_ = false;
-  int type_ = 0;
-  int nodesPerElement_ = 0;
-  int missingNodes_ = 0;
 };
 
 }  // namespace
 
-Deck readDeck(const std::string& path, const WarningSink& warn) {
-  DeckReader reader(path, warn);
+std::span<const int> DeckMesh::nodesOf(std::size_t element) const {
+  const bool isLast = element + 1 == firstNode.size();
+  const std::size_t end = isLast ? elementNodes.size() : firstNode[element + 1];
+  return std::span(elementNodes).subspan(firstNode[element], end - firstNode[element]);
+}
+
+void DeckMesh::dropNodes() {
+  elementNodes = {};
+  firstNode = {};
+  nodeLabels = {};
+  coordinates = {};
+}
+
+Deck readDeck(const std::string& path, const WarningSink& warn, DeckDetail detail) {
+  DeckReader reader(path, warn, detail);
   reader.readFile(path);
   return reader.finish();
 }

@@ -28,7 +28,4 @@ Keyword parseKeyword(std::string_view line);
 // The items of a data line between commas, trimmed. An empty last one, after a comma at the end, is left out.
 std::vector<std::string_view> dataItems(std::string_view line);
 
-// How many nodes an element of that type has; 0 for a type that is not known.
-int nodesOfElementType(std::string_view type);
-
 }  // namespace importers::calculix

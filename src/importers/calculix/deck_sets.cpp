@@ -34,6 +34,15 @@ int labelFrom(std::string_view item, const LineReader& lines) {
   return *value;
 }
 
+double realFrom(std::string_view item, const LineReader& lines) {
+  std::string text(item);
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == 'd' || c == 'D'; }, 'E');
+  const std::optional<double> value = numberFrom(text);
+  if (!value) lines.fail(fmt::format("\"{}\" is not a number", storableText(item)));
+  return *value;
+}
+
 DeckSet& DeckSets::open(const std::string& name, const LineReader& lines) {
   const std::string canonical = canonicalName(name);
   if (canonical.empty()) lines.fail("the set has no name");

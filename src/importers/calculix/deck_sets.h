@@ -33,4 +33,7 @@ class DeckSets {
 // A label out of a data line; an ImportError if it is none.
 int labelFrom(std::string_view item, const LineReader& lines);
 
+// A number out of a data line, its exponent written with E or D; an ImportError if it is none.
+double realFrom(std::string_view item, const LineReader& lines);
+
 }  // namespace importers::calculix

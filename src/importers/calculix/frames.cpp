@@ -69,6 +69,12 @@ odbstore::StepId Frames::writeStep(int number, Step& step) {
   odbstore::StepInfo info;
   const auto place = static_cast<std::size_t>(number) - 1;
   if (number > 0 && place < stepTitles_.size()) info.description = stepTitles_[place];
+  if (mass_) {
+    info.mass = mass_->mass;
+    info.massCenter.assign(mass_->centre.begin(), mass_->centre.end());
+    info.inertiaAboutCenter.assign(mass_->inertiaAboutCentre.begin(), mass_->inertiaAboutCentre.end());
+    info.inertiaAboutOrigin.assign(mass_->inertiaAboutOrigin.begin(), mass_->inertiaAboutOrigin.end());
+  }
   step.id = writer_->addStep(fmt::format("Step-{}", number), info);
   ++stepCount_;
   return *step.id;

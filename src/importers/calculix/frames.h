@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "importers/calculix/frd_reader.h"
+#include "importers/calculix/step_mass.h"
 #include "importers/calculix/step_times.h"
 #include "importers/diagnostics.h"
 #include "odbstore/writer.h"
@@ -38,6 +39,9 @@ class Frames {
         stepTitles_(std::move(stepTitles)),
         writer_(writer),
         warn_(warn) {}
+
+  // The mass of the steps that are written from now on.
+  void setMass(const StepMass& mass) { mass_ = mass; }
 
   // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is
   // another one than the block's. Good until the next call.
@@ -72,6 +76,7 @@ class Frames {
   std::vector<std::string> stepTitles_;
   odbstore::Writer* writer_;
   const WarningSink& warn_;
+  std::optional<StepMass> mass_;
   std::map<int, Step> steps_;
   std::map<std::pair<int, int>, Frame> frames_;  // by step and frame counter
   int stepCount_ = 0;

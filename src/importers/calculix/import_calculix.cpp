@@ -11,6 +11,7 @@
 #include "importers/calculix/field_mapping.h"
 #include "importers/calculix/frames.h"
 #include "importers/calculix/frd_reader.h"
+#include "importers/calculix/mass_properties.h"
 #include "importers/calculix/model.h"
 
 namespace importers::calculix {
@@ -27,8 +28,8 @@ void takeColumns(const FrdResult& block, const std::vector<int>& columns, std::v
   }
 }
 
-Deck deckOf(const ImportRequest& request, const WarningSink& warn) {
-  return request.deck.empty() ? Deck{} : readDeck(request.deck, warn);
+Deck deckOf(const ImportRequest& request, const WarningSink& warn, DeckDetail detail) {
+  return request.deck.empty() ? Deck{} : readDeck(request.deck, warn, detail);
 }
 
 // Which result blocks are selected, by their place among all of them; nothing for all.
@@ -49,11 +50,16 @@ class Import {
         warn_(warn),
         progress_(progress),
         reader_(request.results),
-        deck_(deckOf(request, warn)),
+        deck_(deckOf(request, warn, request.withMass ? DeckDetail::mass : DeckDetail::sets)),
         selected_(selectedBlocks(request, deck_)),
         writer_(request.output, request.storage),
         model_(deck_, request.results, writer_),
-        frames_(request.status, deck_.stepTitles, &writer_, warn) {}
+        frames_(request.status, deck_.stepTitles, &writer_, warn) {
+    if (request.withMass) {
+      if (const std::optional<StepMass> mass = massOf(deck_, warn)) frames_.setMass(*mass);
+    }
+    deck_.mesh.dropNodes();
+  }
 
   ImportSummary run() {
     writer_.setTitle(deck_.heading.empty() ? reader_.header().title : deck_.heading);
@@ -182,7 +188,7 @@ ImportSummary importCalculix(const ImportRequest& request, const WarningSink& wa
 }
 
 std::string listCalculix(const ImportRequest& request, const WarningSink& warn) {
-  const Deck deck = deckOf(request, warn);
+  const Deck deck = deckOf(request, warn, DeckDetail::sets);
   Contents contents = readContents(request.results, request.status, deck, warn);
   select(contents, request.selection, request.results);
   return contentsTable(contents, deck, request.results);

@@ -18,6 +18,7 @@ struct ImportRequest {
   std::string output;   // the database to write
   odbstore::WriterOptions storage;
   bool isStrict = false;  // whether a result file that is cut off is an error
+  bool withMass = true;   // whether steps have the mass of the deck's model
   Selection selection;
 };
 

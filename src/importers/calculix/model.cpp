@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <map>
 
-#include "importers/calculix/deck_keyword.h"
 #include "importers/calculix/element_codes.h"
+#include "importers/calculix/element_kinds.h"
 
 namespace importers::calculix {
 
@@ -51,7 +51,7 @@ void RowPlaces::findElementNodal() {
 }
 
 Model::Model(const Deck& deck, const std::string& resultsPath, odbstore::Writer& writer)
-    : deck_(deck), resultsPath_(resultsPath), writer_(writer), deckElements_(deck.elementLabels) {}
+    : deck_(deck), resultsPath_(resultsPath), writer_(writer), deckElements_(deck.mesh.elementLabels) {}
 
 void Model::addNodes(const FrdNodes& nodes) {
   nodes_ = LabelIndex(nodes.labels);
@@ -66,9 +66,9 @@ void Model::addNodes(const FrdNodes& nodes) {
 ElementGroup& Model::groupOf(const FrdElementGroup& source, int label) {
   std::string type = elementCode(source.code).name;
   if (const int place = deckElements_.placeOf(label); place >= 0) {
-    const int ofDeck = deck_.typeOfElement[static_cast<std::size_t>(place)];
-    const std::string& name = deck_.elementTypes[static_cast<std::size_t>(ofDeck)];
-    if (nodesOfElementType(name) == source.nodesPerElement) type = name;
+    const int ofDeck = deck_.mesh.typeOfElement[static_cast<std::size_t>(place)];
+    const std::string& name = deck_.mesh.elementTypes[static_cast<std::size_t>(ofDeck)];
+    if (elementKind(name).nodes == source.nodesPerElement) type = name;
   }
   const auto known =
       std::find_if(groups_.rbegin(), groups_.rend(), [&](const ElementGroup& group) { return group.type == type; });

@@ -1,0 +1,83 @@
+// Materials and sections of a deck, as far as they decide about mass.
+#pragma once
+
+#include <array>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "importers/calculix/deck_keyword.h"
+#include "importers/diagnostics.h"
+#include "importers/line_reader.h"
+#include "importers/mass/vector3.h"
+
+namespace importers::calculix {
+
+struct DeckMaterial {
+  std::string name;  // as the deck spells it
+  std::optional<double> density;
+};
+
+struct DeckLayer {
+  double thickness = 0.0;
+  std::string material;  // canonical name
+};
+
+enum class SectionKind { solid, shell, beam, pointMass };
+
+// *SOLID SECTION, *SHELL SECTION and *MEMBRANE SECTION, *BEAM SECTION, *MASS.
+struct DeckSection {
+  SectionKind kind = SectionKind::solid;
+  std::string place;       // "<file>:<line>"
+  std::string elementSet;  // as the deck spells it
+  std::string material;    // canonical name; empty for layers and point masses
+  // Solid: the thickness of plane elements, the area of trusses. Point mass: the mass of each element.
+  std::optional<double> size;
+  // Shell, from the lower side up. Empty without a thickness.
+  std::vector<DeckLayer> layers;
+  // Of the line or surface of the nodes from the middle, in parts of the thickness: shells have one, beams two.
+  std::array<double, 2> offset{};
+  // Beam: "RECT", "CIRC", "PIPE", "BOX", "GENERAL" or what else the deck asks for, and the numbers under it.
+  std::string profile;
+  std::vector<double> dimensions;
+  mass::Vector3 direction = {0, 0, -1};
+  // Whether thicknesses stand under *NODAL THICKNESS.
+  bool hasNodalThickness = false;
+};
+
+// Collects them while a deck is read.
+class DeckSections {
+ public:
+  explicit DeckSections(const WarningSink& warn) : warn_(warn) {}
+
+  // Takes a keyword that is one of these. False for any other, which has no data here. A material or section without a
+  // name is passed over: the solver does not run on it.
+  bool start(const Keyword& keyword, const LineReader& lines);
+  // A data line under such a keyword. A number that is none is an ImportError; a density that depends on temperature
+  // is taken from its first line, with a warning.
+  void takeData(std::string_view line, const LineReader& lines);
+
+  // By canonical name.
+  std::map<std::string, DeckMaterial> finishMaterials() { return std::move(materials_); }
+  // In the order of the deck; for an element in the sets of several the last one counts.
+  std::vector<DeckSection> finishSections() { return std::move(sections_); }
+
+ private:
+  enum class Data { none, density, solid, shell, composite, beam, pointMass };
+
+  bool startSection(const Keyword& keyword, SectionKind kind, const LineReader& lines);
+  void takeDensity(std::string_view line, const LineReader& lines);
+  void takeLayer(std::string_view line, const LineReader& lines);
+  void takeBeam(std::string_view line, const LineReader& lines);
+
+  const WarningSink& warn_;
+  std::map<std::string, DeckMaterial> materials_;
+  std::vector<DeckSection> sections_;
+  DeckMaterial* material_ = nullptr;
+  Data data_ = Data::none;
+  int lineOfData_ = 0;  // under the keyword, from 0
+};
+
+}  // namespace importers::calculix

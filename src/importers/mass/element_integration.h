@@ -1,0 +1,41 @@
+// The mass of single elements, by numerical integration over their shape functions.
+//
+// Every element is a map x(r, s, t) from its cell; its mass is the sum of ρ |det ∂x/∂(r,s,t)| over the points of a
+// Gauss rule. Shells and beams are solids whose nodes carry directions in which the thickness or the section extends
+// (Ahmad, Irons & Zienkiewicz, Int. J. Num. Meth. Eng. 2 (1970) 419), as the solver makes them.
+#pragma once
+
+#include <span>
+
+#include "importers/mass/cross_section.h"
+#include "importers/mass/moments.h"
+#include "importers/mass/shape_functions.h"
+#include "importers/mass/vector3.h"
+
+namespace importers::mass {
+
+// A layer of a shell between two heights over the surface of the nodes, along the normal.
+struct Layer {
+  double bottom = 0.0;
+  double top = 0.0;
+  double density = 0.0;
+};
+
+// In all of these `nodes` has as many points as `shape` has nodes.
+
+void addSolid(Moments& moments, Shape shape, std::span<const Vector3> nodes, double density);
+
+void addShell(Moments& moments, Shape shape, std::span<const Vector3> nodes, std::span<const Layer> layers);
+
+// An element in the x-y plane, its thickness in equal parts on both sides.
+void addPlane(Moments& moments, Shape shape, std::span<const Vector3> nodes, double thickness, double density);
+
+// An element in the x-y plane that goes all the way around the y axis.
+void addAxisymmetric(Moments& moments, Shape shape, std::span<const Vector3> nodes, double density);
+
+// `direction` is the first one of the section, made normal to the axis; the second is axis x first. Where it lies along
+// the axis, or is zero, any normal one takes its place.
+void addBeam(Moments& moments, Shape shape, std::span<const Vector3> nodes, const CrossSection& section,
+             const Vector3& direction, double density);
+
+}  // namespace importers::mass
