@@ -51,16 +51,31 @@ TEST_F(DeckTest, GeneratesRanges) {
 
 TEST_F(DeckTest, KeywordsAndNamesAreTheSameInAnyCase) {
   const Deck deck = read("*nset, nset=Top\n1\n*Nset,NSET=TOP\n2\n* NSET , Nset = both\ntop, 3\n");
-  EXPECT_EQ(deck.nodeSets.at("TOP").name, "Top");
+  EXPECT_EQ(deck.nodeSets.at("TOP").names.front(), "Top");
   EXPECT_THAT(nodesOf(deck, "TOP"), ElementsAre(1, 2));
   EXPECT_THAT(nodesOf(deck, "BOTH"), ElementsAre(1, 2, 3));
+}
+
+TEST_F(DeckTest, EverySpellingThatOpensASetIsKept) {
+  const Deck deck = read(
+      "*NODE,NSET=All\n1,0,0,0\n*NSET,NSET=ALL\n2\n*NSET,NSET=All\n3\n*NSET,NSET=\"a ll\"\n4\n"
+      "*NSET,NSET=OTHER\nall\n*ELEMENT,TYPE=T3D2,ELSET=all\n1,1,2\n");
+  EXPECT_THAT(deck.nodeSets.at("ALL").names, ElementsAre("All", "ALL", "a ll"));
+  EXPECT_THAT(nodesOf(deck, "ALL"), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(deck.elementSets.at("ALL").names, ElementsAre("all"));
+}
+
+TEST_F(DeckTest, TwoEncodingsOfALetterAreOneName) {
+  const Deck deck = read("*NSET,NSET=Tr\xE4ger\n1\n*NSET,NSET=Tr\xC3\xA4ger\n2\n");
+  ASSERT_EQ(deck.nodeSets.size(), 1U);
+  EXPECT_THAT(deck.nodeSets.begin()->second.names, ElementsAre("Tr\xC3\xA4ger"));
 }
 
 TEST_F(DeckTest, NamesMayHaveQuotesAndBlanks) {
   const Deck deck =
       read("*NSET,NSET=\"Top, left face\"\n1\n*NSET,NSET=top face\n2\n*NSET,NSET=ALL\n\"top, LEFT face\",TOPFACE\n");
-  EXPECT_EQ(deck.nodeSets.at("TOP,LEFTFACE").name, "Top, left face");
-  EXPECT_EQ(deck.nodeSets.at("TOPFACE").name, "top face");
+  EXPECT_EQ(deck.nodeSets.at("TOP,LEFTFACE").names.front(), "Top, left face");
+  EXPECT_EQ(deck.nodeSets.at("TOPFACE").names.front(), "top face");
   EXPECT_THAT(nodesOf(deck, "ALL"), ElementsAre(1, 2));
 }
 
@@ -144,7 +159,7 @@ TEST_F(DeckTest, CommentsBlankLinesAndCarriageReturnsDoNotMatter) {
 }
 
 TEST_F(DeckTest, NamesOfAnyEncodingBecomeUtf8) {
-  EXPECT_EQ(read("*NSET,NSET=Tr\xE4ger\n1\n").nodeSets.begin()->second.name, "Tr\xC3\xA4ger");
+  EXPECT_EQ(read("*NSET,NSET=Tr\xE4ger\n1\n").nodeSets.begin()->second.names.front(), "Tr\xC3\xA4ger");
 }
 
 TEST_F(DeckTest, AnEmptySetIsASet) {

@@ -59,6 +59,23 @@ TEST_F(ImportTest, SetsOfTheDeckAreSetsOfTheAssembly) {
   EXPECT_THAT(reader.setMembers({}, SetKind::node, "NONE"), IsEmpty());
 }
 
+TEST_F(ImportTest, ASetHasEverySpellingOfItsName) {
+  const ImportSummary summary = import(twoBars() + kEnd, "*NSET,NSET=Ends\n1\n*NSET,NSET=ENDS\n3\n");
+  const Reader reader(output_);
+  EXPECT_THAT(reader.sets({}, SetKind::node), ElementsAre("ENDS", "Ends"));
+  for (const char* name : {"ENDS", "Ends"}) {
+    EXPECT_THAT(reader.setMembers({}, SetKind::node, name).at(0).labels, ElementsAre(1, 3));
+  }
+  EXPECT_EQ(summary.sets, 2);
+}
+
+TEST_F(ImportTest, SurfacesAreSets) {
+  import(twoBars() + kEnd, "*ELEMENT,TYPE=B31,ELSET=BARS\n10,1,2\n20,2,3\n*SURFACE,NAME=Skin\n20,S1\n");
+  const Reader reader(output_);
+  EXPECT_THAT(reader.setMembers({}, SetKind::element, "Skin").at(0).labels, ElementsAre(20));
+  EXPECT_THAT(reader.setMembers({}, SetKind::node, "Skin").at(0).labels, ElementsAre(2, 3));
+}
+
 TEST_F(ImportTest, SetsThatMatchNothingAreKeptAndNamed) {
   import(twoBars() + kEnd, "*NSET,NSET=OLD\n7\n*NSET,NSET=NEW\n3\n*ELSET,ELSET=SPRINGS\n99\n");
   EXPECT_THAT(Reader(output_).setMembers({}, SetKind::node, "OLD").at(0).labels, ElementsAre(7));

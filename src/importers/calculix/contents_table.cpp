@@ -90,7 +90,9 @@ std::string fieldTable(const Contents& contents) {
 }
 
 void addSets(std::vector<Row>& rows, const char* kind, const std::map<std::string, DeckSet>& sets) {
-  for (const auto& [canonical, set] : sets) rows.push_back({set.name, kind, fmt::format("{}", set.labels.size())});
+  for (const auto& [canonical, set] : sets) {
+    for (const std::string& name : set.names) rows.push_back({name, kind, fmt::format("{}", set.labels.size())});
+  }
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "importers/calculix/deck_keyword.h"
 #include "importers/calculix/deck_mesh.h"
 #include "importers/calculix/deck_sets.h"
+#include "importers/calculix/deck_surfaces.h"
 #include "importers/line_reader.h"
 #include "importers/text_fields.h"
 
@@ -27,8 +28,7 @@ class DeckReader {
       : directory_(std::filesystem::path(path).parent_path()),
         warn_(warn),
         mesh_(deck_.mesh, detail == DeckDetail::mass),
-        withSections_(detail == DeckDetail::mass),
-        sections_(warn) {}
+        withSections_(detail == DeckDetail::mass) {}
 
   void readFile(const std::string& path) {
     LineReader lines(path);
@@ -51,13 +51,14 @@ class DeckReader {
   Deck finish() {
     deck_.nodeSets = nodeSets_.finish();
     deck_.elementSets = elementSets_.finish();
+    surfaces_.addSets(deck_, warn_);
     deck_.materials = sections_.finishMaterials();
     deck_.sections = sections_.finishSections();
     return std::move(deck_);
   }
 
  private:
-  enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet, section };
+  enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet, section, surface };
 
   // A keyword line that ends in a comma goes on in the next one.
   static std::string joined(LineReader& lines, std::string_view line) {
@@ -100,6 +101,9 @@ class DeckReader {
       startSet(keyword, nodeSets_, Data::nodeSet, lines);
     } else if (keyword.name == "ELSET") {
       startSet(keyword, elementSets_, Data::elementSet, lines);
+    } else if (keyword.name == "SURFACE") {
+      surfaces_.start(keyword, lines);
+      data_ = Data::surface;
     } else if (withSections_ && sections_.start(keyword, lines)) {
       data_ = Data::section;
     }
@@ -150,6 +154,9 @@ class DeckReader {
       case Data::section:
         sections_.takeData(line, lines);
         break;
+      case Data::surface:
+        surfaces_.takeData(line, lines);
+        break;
       case Data::none:
         break;
     }
@@ -182,6 +189,7 @@ class DeckReader {
   DeckMeshReader mesh_;
   bool withSections_;
   DeckSections sections_;
+  DeckSurfaces surfaces_;
   Data data_ = Data::none;
   DeckSet* set_ = nullptr;  // the set that the data lines belong to
   bool generate_ = false;

@@ -15,9 +15,14 @@
 namespace importers::calculix {
 
 struct DeckSet {
-  std::string name;         // as the deck spells it first
-  std::string place;        // "<file>:<line>" of its first mention
-  std::vector<int> labels;  // ascending, each once
+  std::vector<std::string> names;  // every spelling with which the deck opens it, in that order
+  std::string place;               // "<file>:<line>" of its first mention
+  std::vector<int> labels;         // ascending, each once
+
+  // Where it is not known yet.
+  void addName(const std::string& name);
+  // Brings the labels in order.
+  void finish();
 };
 
 // In the order of the deck. A label may come again: the last one counts.
@@ -38,7 +43,7 @@ struct DeckMesh {
 
 struct Deck {
   std::string heading;  // the first line under *HEADING
-  // By canonical name. Only *NSET, *ELSET, NSET= on *NODE and ELSET= on *ELEMENT make sets.
+  // By canonical name, from *NSET, *ELSET, NSET= on *NODE, ELSET= on *ELEMENT and *SURFACE.
   std::map<std::string, DeckSet> nodeSets;
   std::map<std::string, DeckSet> elementSets;
   DeckMesh mesh;

@@ -1,7 +1,5 @@
 #include "importers/calculix/deck_sections.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -40,7 +38,7 @@ bool DeckSections::start(const Keyword& keyword, const LineReader& lines) {
   if (keyword.name == "MATERIAL") {
     material_ = nullptr;
     const std::optional<std::string> name = keyword.value("NAME");
-    if (name) material_ = &(materials_[canonicalName(*name)] = {storableText(*name), std::nullopt});
+    if (name) material_ = &(materials_[canonicalName(*name)] = {storableText(*name), std::nullopt, {}});
     return true;
   }
   if (keyword.name == "DENSITY") {
@@ -110,8 +108,7 @@ void DeckSections::takeDensity(std::string_view line, const LineReader& lines) {
   if (lineOfData_ == 1) {
     material_->density = numberAt(line, 0, lines);
   } else if (lineOfData_ == 2) {
-    warn_(fmt::format("{}: warning: the density of {} depends on temperature; masses are made with the first one",
-                      placeIn(lines.path(), lines.lineNumber()), material_->name));
+    material_->placeOfSecondDensity = placeIn(lines.path(), lines.lineNumber());
   }
 }
 

@@ -9,15 +9,16 @@
 #include <vector>
 
 #include "importers/calculix/deck_keyword.h"
-#include "importers/diagnostics.h"
 #include "importers/line_reader.h"
 #include "importers/mass/vector3.h"
 
 namespace importers::calculix {
 
 struct DeckMaterial {
-  std::string name;  // as the deck spells it
-  std::optional<double> density;
+  std::string name;               // as the deck spells it
+  std::optional<double> density;  // the first one
+  // Where the second one stands, of a density that depends on temperature.
+  std::string placeOfSecondDensity;
 };
 
 struct DeckLayer {
@@ -50,13 +51,10 @@ struct DeckSection {
 // Collects them while a deck is read.
 class DeckSections {
  public:
-  explicit DeckSections(const WarningSink& warn) : warn_(warn) {}
-
   // Takes a keyword that is one of these. False for any other, which has no data here. A material or section without a
   // name is passed over: the solver does not run on it.
   bool start(const Keyword& keyword, const LineReader& lines);
-  // A data line under such a keyword. A number that is none is an ImportError; a density that depends on temperature
-  // is taken from its first line, with a warning.
+  // A data line under such a keyword. A number that is none is an ImportError.
   void takeData(std::string_view line, const LineReader& lines);
 
   // By canonical name.
@@ -72,7 +70,6 @@ class DeckSections {
   void takeLayer(std::string_view line, const LineReader& lines);
   void takeBeam(std::string_view line, const LineReader& lines);
 
-  const WarningSink& warn_;
   std::map<std::string, DeckMaterial> materials_;
   std::vector<DeckSection> sections_;
   DeckMaterial* material_ = nullptr;

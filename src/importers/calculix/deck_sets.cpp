@@ -22,8 +22,18 @@ bool looksLikeNumber(std::string_view item) {
 
 }  // namespace
 
+void DeckSet::addName(const std::string& name) {
+  if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+}
+
+void DeckSet::finish() {
+  std::sort(labels.begin(), labels.end());
+  labels.erase(std::unique(labels.begin(), labels.end()), labels.end());
+}
+
 std::string canonicalName(std::string_view name) {
-  std::string canonical = upperCased(name);
+  // Two ways to write a letter are one name in the database.
+  std::string canonical = upperCased(storableText(name));
   std::erase_if(canonical, [](char c) { return c == ' ' || c == '\t' || c == '"'; });
   return canonical;
 }
@@ -48,9 +58,9 @@ DeckSet& DeckSets::open(const std::string& name, const LineReader& lines) {
   if (canonical.empty()) lines.fail("the set has no name");
   const auto [known, isNew] = sets_.try_emplace(canonical);
   if (isNew) {
-    known->second.name = storableText(name);
     known->second.place = placeIn(lines.path(), lines.lineNumber());
   }
+  known->second.addName(storableText(name));
   return known->second;
 }
 
@@ -65,7 +75,7 @@ void DeckSets::addMembers(DeckSet& set, std::string_view line, const LineReader&
     if (other == sets_.end()) {
       if (looksLikeNumber(item)) lines.fail(fmt::format("\"{}\" is neither a label nor a set", storableText(item)));
       warn(fmt::format("{}: warning: the set {} takes in {}, which is no set yet",
-                       placeIn(lines.path(), lines.lineNumber()), set.name, storableText(item)));
+                       placeIn(lines.path(), lines.lineNumber()), set.names.front(), storableText(item)));
       continue;
     }
     const std::vector<int> members = other->second.labels;
@@ -88,10 +98,7 @@ void DeckSets::addRange(DeckSet& set, std::string_view line, const LineReader& l
 }
 
 std::map<std::string, DeckSet> DeckSets::finish() {
-  for (auto& [name, set] : sets_) {
-    std::sort(set.labels.begin(), set.labels.end());
-    set.labels.erase(std::unique(set.labels.begin(), set.labels.end()), set.labels.end());
-  }
+  for (auto& [name, set] : sets_) set.finish();
   return std::move(sets_);
 }
 

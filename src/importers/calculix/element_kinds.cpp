@@ -15,13 +15,16 @@ struct Start {
 };
 
 // A type is known by how its name starts: longer ones first.
-constexpr std::array<Start, 34> kWithExtent = {{
+constexpr std::array<Start, 37> kWithShape = {{
     {"C3D20", Family::solid, Shape::brick20},
     {"C3D15", Family::solid, Shape::wedge15},
     {"C3D10", Family::solid, Shape::tetrahedron10},
     {"C3D8", Family::solid, Shape::brick8},
     {"C3D6", Family::solid, Shape::wedge6},
     {"C3D4", Family::solid, Shape::tetrahedron4},
+    {"F3D8", Family::massless, Shape::brick8},
+    {"F3D6", Family::massless, Shape::wedge6},
+    {"F3D4", Family::massless, Shape::tetrahedron4},
     {"CPS3", Family::plane, Shape::triangle3},
     {"CPS4", Family::plane, Shape::quadrilateral4},
     {"CPS6", Family::plane, Shape::triangle6},
@@ -58,11 +61,8 @@ struct Other {
   int nodes;
 };
 
-// Fluids, springs, dashpots, gaps and couplings.
-constexpr std::array<Other, 10> kOthers = {{
-    {"F3D8", Family::massless, 8},
-    {"F3D6", Family::massless, 6},
-    {"F3D4", Family::massless, 4},
+// Springs, dashpots, gaps and couplings.
+constexpr std::array<Other, 7> kOthers = {{
     {"GAPUNI", Family::massless, 2},
     {"DASHPOTA", Family::massless, 2},
     {"SPRINGA", Family::massless, 2},
@@ -75,7 +75,7 @@ constexpr std::array<Other, 10> kOthers = {{
 }  // namespace
 
 ElementKind elementKind(std::string_view type) {
-  for (const Start& start : kWithExtent) {
+  for (const Start& start : kWithShape) {
     if (type.starts_with(start.text)) return {start.family, static_cast<int>(mass::nodesOf(start.shape)), start.shape};
   }
   for (const Other& other : kOthers) {

@@ -1,6 +1,7 @@
 // The element types of the solver's decks.
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "importers/mass/shape_functions.h"
@@ -23,8 +24,8 @@ enum class Family {
 
 struct ElementKind {
   Family family = Family::unknown;
-  int nodes = 0;                            // 0 where that is not known
-  mass::Shape shape = mass::Shape::brick8;  // of a family with an extent
+  int nodes = 0;                     // 0 where that is not known
+  std::optional<mass::Shape> shape;  // where it has one: not of points, springs and their like
 };
 
 // `type` in capitals. Variants of a type (C3D20R, C3D8I) are the same kind.

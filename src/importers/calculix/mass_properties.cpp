@@ -4,13 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "importers/calculix/element_kinds.h"
-#include "importers/label_index.h"
+#include "importers/last_places.h"
 #include "importers/mass/cross_section.h"
 #include "importers/mass/element_integration.h"
 #include "importers/mass/moments.h"
@@ -25,27 +26,6 @@ using mass::Vector3;
 struct Unknown {
   std::string place;
   std::string reason;
-};
-
-// Where labels stand last in a list of them.
-class LastPlaces {
- public:
-  explicit LastPlaces(std::span<const int> labels) : index_(labels) {
-    if (!index_.repeated()) return;
-    last_.resize(labels.size());
-    int place = 0;
-    for (const int label : labels) last_[static_cast<std::size_t>(index_.placeOf(label))] = place++;
-  }
-
-  // -1 where a label is not in the list.
-  int placeOf(int label) const {
-    const int first = index_.placeOf(label);
-    return first < 0 || last_.empty() ? first : last_[static_cast<std::size_t>(first)];
-  }
-
- private:
-  LabelIndex index_;
-  std::vector<int> last_;  // for the first place of a label; empty where none comes twice
 };
 
 // What a section gives to each of its elements, made once.
@@ -113,8 +93,9 @@ mass::CrossSection profileOf(const DeckSection& section) {
 
 class MassOfDeck {
  public:
-  explicit MassOfDeck(const Deck& deck)
+  MassOfDeck(const Deck& deck, const WarningSink& warn)
       : deck_(deck),
+        warn_(warn),
         nodes_(deck.mesh.nodeLabels),
         elements_(deck.mesh.elementLabels),
         sectionOf_(deck.mesh.elementLabels.size(), kNone),
@@ -170,21 +151,26 @@ class MassOfDeck {
         kindOf(element).family == Family::unknown ? "have a type of unknown mass" : "have no section";
     for (const auto& [name, set] : deck_.elementSets) {
       if (std::binary_search(set.labels.begin(), set.labels.end(), label)) {
-        throw Unknown{set.place, fmt::format("elements of {} ({} {}) {}", set.name, type, label, what)};
+        throw Unknown{set.place, fmt::format("elements of {} ({} {}) {}", set.names.front(), type, label, what)};
       }
     }
     throw Unknown{"", fmt::format("elements in no set ({} {}) {}", type, label, what)};
   }
 
-  double densityOf(const std::string& material, const DeckSection& section) const {
+  double densityOf(const std::string& material, const DeckSection& section) {
     const auto known = deck_.materials.find(material);
     if (known == deck_.materials.end())
       fail(section, fmt::format("has the material \"{}\", which is not known", material));
     if (!known->second.density) fail(section, fmt::format("has the material {} without a density", known->second.name));
+    const std::string& second = known->second.placeOfSecondDensity;
+    if (!second.empty() && warnedOf_.insert(material).second) {
+      warn_(fmt::format("{}: warning: the density of {} depends on temperature; masses are made with the first one",
+                        second, known->second.name));
+    }
     return *known->second.density;
   }
 
-  std::vector<mass::Layer> layersOf(const DeckSection& section) const {
+  std::vector<mass::Layer> layersOf(const DeckSection& section) {
     if (section.layers.empty()) fail(section, "has no thickness");
     double all = 0.0;
     for (const DeckLayer& layer : section.layers) all += layer.thickness;
@@ -239,24 +225,24 @@ class MassOfDeck {
         moments_.add(*section.size, nodes.front());
         break;
       case Family::solid:
-        mass::addSolid(moments_, kind.shape, nodes, made.density);
+        mass::addSolid(moments_, *kind.shape, nodes, made.density);
         break;
       case Family::shell:
       case Family::membrane:
-        mass::addShell(moments_, kind.shape, nodes, made.layers);
+        mass::addShell(moments_, *kind.shape, nodes, made.layers);
         break;
       case Family::plane:
-        mass::addPlane(moments_, kind.shape, nodes, section.size.value_or(1.0), made.density);
+        mass::addPlane(moments_, *kind.shape, nodes, section.size.value_or(1.0), made.density);
         break;
       case Family::axisymmetric:
-        mass::addAxisymmetric(moments_, kind.shape, nodes, made.density);
+        mass::addAxisymmetric(moments_, *kind.shape, nodes, made.density);
         break;
       case Family::beam:
-        mass::addBeam(moments_, kind.shape, nodes, made.profile, section.direction, made.density);
+        mass::addBeam(moments_, *kind.shape, nodes, made.profile, section.direction, made.density);
         break;
       case Family::truss:
         if (!section.size) fail(section, "has no area");
-        mass::addBeam(moments_, kind.shape, nodes, made.profile, {}, made.density);
+        mass::addBeam(moments_, *kind.shape, nodes, made.profile, {}, made.density);
         break;
       case Family::unknown:
       case Family::massless:
@@ -265,11 +251,13 @@ class MassOfDeck {
   }
 
   const Deck& deck_;
+  const WarningSink& warn_;
   LastPlaces nodes_;
   LastPlaces elements_;
   std::vector<int> sectionOf_;  // places in the deck's sections
   std::vector<ReadySection> ready_;
   std::vector<ElementKind> kinds_;  // of the deck's types
+  std::set<std::string> warnedOf_;  // materials
   std::array<Vector3, mass::kMostNodes> corners_{};
   mass::Moments moments_;
 };
@@ -278,7 +266,7 @@ class MassOfDeck {
 
 std::optional<StepMass> massOf(const Deck& deck, const WarningSink& warn) {
   try {
-    return MassOfDeck(deck).run();
+    return MassOfDeck(deck, warn).run();
   } catch (const Unknown& unknown) {
     const std::string place = unknown.place.empty() ? std::string() : unknown.place + ": ";
     warn(fmt::format("{}warning: {}, so the steps have no mass", place, unknown.reason));

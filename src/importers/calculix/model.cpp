@@ -114,10 +114,11 @@ void Model::addSetsOf(odbstore::SetKind kind, const WarningSink& warn) {
   for (const auto& [canonical, set] : isOfNodes ? deck_.nodeSets : deck_.elementSets) {
     std::vector<odbstore::SetMembers> members;
     if (!set.labels.empty()) members.push_back({kInstance, set.labels});
-    writer_.addSet({}, kind, set.name, members);
+    for (const std::string& name : set.names) writer_.addSet({}, kind, name, members);
+    setCount_ += static_cast<int>(set.names.size());
     if (std::any_of(set.labels.begin(), set.labels.end(), [&](int label) { return known.contains(label); })) continue;
     if (strangers.empty()) firstPlace = set.place;
-    strangers.push_back(set.name);
+    strangers.push_back(set.names.front());
   }
   if (strangers.empty()) return;
   warn(fmt::format("{}: warning: no {} of the results is in {}{}", firstPlace, isOfNodes ? "node" : "element",

@@ -71,7 +71,7 @@ class Model {
 
   bool hasNodes() const { return !nodes_.isEmpty(); }
   bool hasElements() const { return !groups_.empty(); }
-  int setCount() const { return static_cast<int>(deck_.nodeSets.size() + deck_.elementSets.size()); }
+  int setCount() const { return setCount_; }
 
   // Where the rows of a block lie; found once for all blocks with the same labels. They may lie at nodes that the model
   // does not show (those of elements that are switched off, and of networks). Two rows for one node are an ImportError.
@@ -88,6 +88,7 @@ class Model {
   LabelIndex deckElements_;
   LabelIndex nodes_;
   LabelIndex elements_;
+  int setCount_ = 0;
   std::vector<ElementGroup> groups_;
   std::vector<std::unique_ptr<RowPlaces>> places_;  // the ones used last, the latest first
 };

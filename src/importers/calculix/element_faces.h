@@ -1,0 +1,18 @@
+// The faces of elements as surfaces of a deck name them.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "importers/calculix/element_kinds.h"
+
+namespace importers::calculix {
+
+// The nodes of a face, as places among those of the element, middle ones too. `face` in capitals: "S1" to "S6", of
+// shells also "SNEG" and "SPOS", of plane elements "SN" and "SP". The sides of shells and the faces of beams have all
+// nodes of the element. Nothing for a face that the element does not have.
+std::optional<std::vector<std::size_t>> nodesOfFace(const ElementKind& kind, std::string_view face);
+
+}  // namespace importers::calculix
