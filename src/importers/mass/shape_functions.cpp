@@ -1,5 +1,6 @@
 #include "importers/mass/shape_functions.h"
 
+#include <cmath>
 #include <cstddef>
 
 namespace importers::mass {
@@ -83,7 +84,7 @@ const Description& describe(Shape shape) { return kDescriptions[static_cast<std:
 bool hasMiddles(Shape shape) { return !describe(shape).edges.empty(); }
 
 // Corners and middles of lines, quadrilaterals and bricks: the serendipity family (Zienkiewicz & Taylor, The Finite
-// Element Method, volume 1, sections 8.6 and 8.11). A direction that the cell lacks has the place 0 and adds a
+// Element Method, 5th edition, volume 1, chapter 8). A direction that the cell lacks has the place 0 and adds a
 // factor 1.
 Functions serendipity(Shape shape, const Point& p) {
   const std::span<const Place> places = nodePlaces(shape);
@@ -108,7 +109,7 @@ Functions serendipity(Shape shape, const Point& p) {
   return functions;
 }
 
-// Triangles and tetrahedra in area and volume coordinates (Zienkiewicz & Taylor, sections 8.8 and 8.12).
+// Triangles and tetrahedra in area and volume coordinates (Zienkiewicz & Taylor, chapter 8).
 Functions simplex(Shape shape, const Point& p) {
   const bool isTriangle = cellOf(shape) == Cell::triangle;
   const std::array<Slope, 4> l = {isTriangle ? oneMinus(p[0] + p[1]) : oneMinus(p[0] + p[1] + p[2]), p[0], p[1], p[2]};
@@ -119,7 +120,7 @@ Functions simplex(Shape shape, const Point& p) {
   return functions;
 }
 
-// Wedges: a triangle times a line (Zienkiewicz & Taylor, section 8.14).
+// Wedges: a triangle times a line (Zienkiewicz & Taylor, chapter 8).
 Functions wedge(Shape shape, const Point& p) {
   const std::array<Slope, 3> l = {oneMinus(p[0] + p[1]), p[0], p[1]};
   const std::array<Slope, 2> end = {0.5 * oneMinus(p[2]), 0.5 * (p[2] + 1.0)};
@@ -149,6 +150,20 @@ std::vector<Place> placesOf(const Description& description) {
     }
   }
   return places;
+}
+
+// The rule of four points for polynomials of the second degree (Zienkiewicz & Taylor, chapter 9), which is
+// all that a tetrahedron with straight edges needs.
+std::vector<QuadraturePoint> tetrahedronRule() {
+  const double near = (5 + 3 * std::sqrt(5.0)) / 20;
+  const double far = (5 - std::sqrt(5.0)) / 20;
+  const double weight = 1.0 / 24;
+  return {
+      {{far, far, far}, weight}, {{near, far, far}, weight}, {{far, near, far}, weight}, {{far, far, near}, weight}};
+}
+
+std::vector<QuadraturePoint> ruleFor(Shape shape) {
+  return shape == Shape::tetrahedron4 ? tetrahedronRule() : quadrature(cellOf(shape), hasMiddles(shape) ? 4 : 3);
 }
 
 using Table = std::array<std::vector<ShapeValues>, kShapes>;
@@ -205,7 +220,7 @@ ShapeValues shapeValues(Shape shape, const std::array<double, 3>& at) {
 const std::vector<ShapeValues>& shapesAtPoints(Shape shape) {
   static const Table table = tableOf([](Shape each) {
     std::vector<ShapeValues> all;
-    for (const QuadraturePoint& point : quadrature(cellOf(each), hasMiddles(each) ? 4 : 3)) {
+    for (const QuadraturePoint& point : ruleFor(each)) {
       all.push_back(shapeValues(each, point.at));
       all.back().weight = point.weight;
     }
