@@ -1,10 +1,7 @@
 #include <fmt/format.h>
-#include <sys/stat.h>
-
-#include <cerrno>
-#include <cstring>
 
 #include "odbstore/hdf5.h"
+#include "odbstore/preflight.h"
 #include "odbstore/schema.h"
 
 namespace odbstore::h5 {
@@ -12,16 +9,6 @@ namespace odbstore::h5 {
 namespace {
 
 constexpr unsigned kSuperblockOfStrictFiles = 3;
-
-// Says what is wrong with a path that names no regular file, before HDF5 is asked.
-std::int64_t sizeOfRegularFile(const std::string& path) {
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) throw StoreError(path, "", std::strerror(errno));
-  if (S_ISDIR(status.st_mode)) throw StoreError(path, "", "is a directory, not a database");
-  if (!S_ISREG(status.st_mode)) throw StoreError(path, "", "is not a regular file");
-  if (status.st_size == 0) throw StoreError(path, "", "the file is empty");
-  return status.st_size;
-}
 
 Handle fileAccess(bool newest) {
   Handle access(H5Pcreate(H5P_FILE_ACCESS), H5Pclose);
@@ -72,7 +59,7 @@ Group openFile(const std::string& path, int& layout) {
   startHdf5();
   auto file = std::make_shared<FileContext>();
   file->name = path;
-  file->bytes = sizeOfRegularFile(path);
+  file->bytes = checkBeforeOpening(path);
   if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(path, "", "is not a database: it is not an HDF5 file");
   file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, fileAccess(false).get()), H5Fclose);
   if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));

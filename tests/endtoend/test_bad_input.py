@@ -57,6 +57,20 @@ class BadFileTest(ProgramTest):
             file.attrs["layout"] = 2
         self.assert_refused("must have HDF5 superblock 3, this one has 0")
 
+    def test_a_file_that_goes_on_behind_its_end(self):
+        small_database(self.path("model.odb"))
+        size = self.path("model.odb").stat().st_size
+        with open(self.path("model.odb"), "ab") as file:
+            file.write(b"x" * 5000)
+        self.assert_refused(f"model.odb: has 5000 bytes behind its end, which is at {size}")
+
+    def test_a_file_that_is_still_being_written(self):
+        small_database(self.path("model.odb"))
+        with open(self.path("model.odb"), "r+b") as file:
+            file.seek(11)
+            file.write(b"\1")
+        self.assert_refused("model.odb: is still being written, or its writer ended without closing it")
+
     def test_a_truncated_file(self):
         small_database(self.path("model.odb"))
         size = self.path("model.odb").stat().st_size
@@ -64,7 +78,7 @@ class BadFileTest(ProgramTest):
             with self.subTest(part):
                 small_database(self.path("model.odb"))
                 os.truncate(self.path("model.odb"), int(size * part))
-                self.assert_refused("cannot be opened as a database")
+                self.assert_refused(f"model.odb: is cut off: {int(size * part)} of its {size} bytes are there")
 
     def test_a_pipe_does_not_block(self):
         os.mkfifo(self.path("model.odb"))

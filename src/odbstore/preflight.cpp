@@ -1,0 +1,79 @@
+#include "odbstore/preflight.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "odbstore/store_error.h"
+
+namespace odbstore {
+
+namespace {
+
+constexpr std::size_t kSuperblockBytes = 48;
+constexpr std::array<unsigned char, 8> kSignature = {0x89, 'H', 'D', 'F', '\r', '\n', 0x1a, '\n'};
+constexpr std::size_t kVersion = 8;
+constexpr std::size_t kOffsetSize = 9;
+constexpr std::size_t kFlags = 11;
+constexpr std::size_t kEndOfFile = 28;
+constexpr unsigned char kCheckedVersion = 3;
+constexpr unsigned char kOpenForWriting = 1;
+
+class OpenFile {
+ public:
+  // Without waiting: opening a pipe would wait for somebody to write into it.
+  explicit OpenFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+    if (descriptor_ < 0) throw StoreError(path, "", std::strerror(errno));
+  }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  ~OpenFile() { ::close(descriptor_); }
+
+  int get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+std::uint64_t littleEndian(const unsigned char* bytes) {
+  std::uint64_t number = 0;
+  for (int i = 7; i >= 0; --i) number = (number << 8U) | bytes[i];
+  return number;
+}
+
+void checkSuperblock(const std::string& path, const std::array<unsigned char, kSuperblockBytes>& bytes,
+                     std::uint64_t size) {
+  if ((bytes[kFlags] & kOpenForWriting) != 0) {
+    throw StoreError(path, "", "is still being written, or its writer ended without closing it");
+  }
+  const std::uint64_t end = littleEndian(bytes.data() + kEndOfFile);
+  if (size < end) throw StoreError(path, "", fmt::format("is cut off: {} of its {} bytes are there", size, end));
+  if (size > end) {
+    throw StoreError(path, "", fmt::format("has {} bytes behind its end, which is at {}", size - end, end));
+  }
+}
+
+}  // namespace
+
+std::int64_t checkBeforeOpening(const std::string& path) {
+  const OpenFile file(path);
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0) throw StoreError(path, "", std::strerror(errno));
+  if (S_ISDIR(status.st_mode)) throw StoreError(path, "", "is a directory, not a database");
+  if (!S_ISREG(status.st_mode)) throw StoreError(path, "", "is not a regular file");
+  if (status.st_size == 0) throw StoreError(path, "", "the file is empty");
+  std::array<unsigned char, kSuperblockBytes> bytes{};
+  const bool isWhole = ::pread(file.get(), bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size());
+  const bool isHdf5 = isWhole && std::memcmp(bytes.data(), kSignature.data(), kSignature.size()) == 0;
+  if (isHdf5 && bytes[kVersion] == kCheckedVersion && bytes[kOffsetSize] == sizeof(std::uint64_t)) {
+    checkSuperblock(path, bytes, static_cast<std::uint64_t>(status.st_size));
+  }
+  return status.st_size;
+}
+
+}  // namespace odbstore

@@ -1,0 +1,15 @@
+// What can be told of a file before HDF5 sees it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace odbstore {
+
+// Opens `path` without waiting and looks at its kind, size and first bytes. Throws a StoreError for what is no regular
+// file, is empty, or has a superblock of version 3 (HDF5 File Format, version 3.0, section II.A, which every database
+// of layout 2 has) that says that the file is cut off, goes on behind its end, or is still being written. Files that
+// start otherwise are left to HDF5. Returns the size in bytes.
+std::int64_t checkBeforeOpening(const std::string& path);
+
+}  // namespace odbstore
