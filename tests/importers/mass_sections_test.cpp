@@ -59,6 +59,21 @@ TEST_F(SectionTest, ACurvedShellHasTheVolumeOfASolid) {
   EXPECT_NEAR(found.mass, expected, 2e-4 * expected);
 }
 
+// A plate 2 x 3 whose thickness goes from 0.1 to 0.3 along x, all of it below its nodes: t = 0.1 + 0.1 x.
+TEST_F(SectionTest, AThicknessMayVaryFromNodeToNode) {
+  const std::string mesh = blockMesh("S4", {1, 1, 1}, kPlate);
+  const StepMass found = mass(mesh + "*NSET,NSET=THICK\n2,3\n" + material(5) +
+                              "*NODAL THICKNESS\n1,0.1\n4,0.1\n2,5.\nthick,0.3\n"
+                              "*SHELL SECTION,ELSET=E,MATERIAL=M,NODAL THICKNESS,OFFSET=0.5\n7.\n");
+  const double m = 5 * 3 * 0.4;                                  // 3 ∫ t dx
+  const double x = 5 * 3 * (0.2 + 0.8 / 3) / m;                  // 3 ∫ x t dx
+  const double z = 1 - 5 * 3 * (0.027 - 0.001) / (6 * 0.1) / m;  // 3 ∫ t²/2 dx
+  EXPECT_NEAR(found.mass, m, kExact);
+  EXPECT_NEAR(found.centre[0], x, kExact);
+  EXPECT_NEAR(found.centre[1], 1.5, kExact);
+  EXPECT_NEAR(found.centre[2], z, kExact);
+}
+
 TEST_F(SectionTest, PlaneElementsHaveTheirThicknessOnBothSides) {
   const auto flat = [](const Point& p) { return Point{1 + 2 * p[0], 3 * p[1], 0}; };
   for (const std::string type : {"CPS3", "CPS4", "CPS6", "CPS8", "CPE3", "CPE4", "CPE6", "CPE8"}) {
@@ -112,6 +127,18 @@ TEST_F(SectionTest, OffsetsMoveABeamAgainstItsDirections) {
   const StepMass found = mass(bar("B31") + parameters + "0.6,0.2\n0,1,0\n");
   EXPECT_NEAR(found.centre[1], 2 - 0.3, kExact);
   EXPECT_NEAR(found.centre[2], 3 + 0.2, kExact);
+}
+
+// A cone of elliptical section.
+TEST_F(SectionTest, ABeamMayTaper) {
+  const StepMass found = mass(bar("B32") + "*NODAL THICKNESS\n1,.2,.1\n2,.4,.2\n3,.6,.3\n" +
+                              "*BEAM SECTION,ELSET=E,MATERIAL=M,SECTION=CIRC,NODAL THICKNESS\n9.,9.\n0,1,0\n");
+  // π/8 d² along the axis, d from 0.2 to 0.6.
+  const double m = 2 * pi / 8 * 10 * (0.04 + 0.12 + 0.36) / 3;
+  EXPECT_NEAR(found.mass, m, kExact);
+  // Across: ∫ π a³ b/64 with b = a/2.
+  const double y = 2 * pi / 128 * 10 * (std::pow(0.6, 5) - std::pow(0.2, 5)) / (5 * 0.4);
+  EXPECT_NEAR(found.inertiaAboutCentre[0], y * 1.25, kExact);
 }
 
 TEST_F(SectionTest, APipeIsAHollowCylinder) {

@@ -124,6 +124,13 @@ class SurfaceMassTest(MassTest):
         self.write_deck("S8R", SQUARE, SQUARE_EDGES, lead + layers, held="1, 6")
         self.compare()
 
+    def test_thickness_by_nodes(self):
+        thickness = "*NODAL THICKNESS\n" + "".join(f"{3 * i + 5}, {0.1 + 0.02 * (i % 5)}\n" for i in range(18))
+        self.write_deck("S8", SQUARE, SQUARE_EDGES, thickness + SHELL + ", OFFSET=0.3, NODAL THICKNESS\n1.\n",
+                        held="1, 6")
+        # The solver's points are too few for the cube of a thickness that goes up and down.
+        self.compare(tolerance=1e-3)
+
     def test_membranes(self):
         for kind, edges in (("M3D4", ()), ("M3D8", SQUARE_EDGES)):
             with self.subTest(kind):
@@ -170,6 +177,11 @@ class BeamMassTest(MassTest):
                 with self.subTest(kind + " " + section):
                     self.write_beam(kind, BEAM + section)
                     self.compare()
+
+    def test_tapering_rectangles(self):
+        thickness = "*NODAL THICKNESS\n" + "".join(f"{i}, {0.1 + 0.02 * i}, {0.3 - 0.01 * i}\n" for i in range(1, 8))
+        self.write_beam("B32", thickness + BEAM + "RECT, NODAL THICKNESS, OFFSET1=0.5\n1.\n0., 1., 0.\n")
+        self.compare()
 
     def test_pipes(self):
         self.write_beam("B32R", BEAM + "PIPE\n0.3, 0.1\n0., 1., 0.\n")

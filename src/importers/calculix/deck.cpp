@@ -54,6 +54,7 @@ class DeckReader {
     surfaces_.addSets(deck_, warn_);
     deck_.materials = sections_.finishMaterials();
     deck_.sections = sections_.finishSections();
+    deck_.nodalThicknesses = sections_.finishNodalThicknesses();
     return std::move(deck_);
   }
 

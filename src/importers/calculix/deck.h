@@ -49,7 +49,8 @@ struct Deck {
   DeckMesh mesh;
   std::map<std::string, DeckMaterial> materials;  // by canonical name
   std::vector<DeckSection> sections;              // the later one counts for an element in several
-  std::vector<std::string> stepTitles;            // of each step its first line of text, or empty
+  std::vector<DeckNodalThickness> nodalThicknesses;
+  std::vector<std::string> stepTitles;  // of each step its first line of text, or empty
   // The step that first asks for SECTION FORCES, 0 where none does. From there on the solver writes them instead of
   // stresses, even if a later step asks for stresses again.
   int sectionForcesFrom = 0;

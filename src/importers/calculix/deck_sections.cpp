@@ -50,6 +50,10 @@ bool DeckSections::start(const Keyword& keyword, const LineReader& lines) {
   if (keyword.name == "MEMBRANESECTION") return startSection(keyword, SectionKind::shell, lines);
   if (keyword.name == "BEAMSECTION") return startSection(keyword, SectionKind::beam, lines);
   if (keyword.name == "BEAMGENERALSECTION") return startSection(keyword, SectionKind::beam, lines);
+  if (keyword.name == "NODALTHICKNESS") {
+    data_ = Data::nodalThickness;
+    return true;
+  }
   if (keyword.name == "MASS") return startSection(keyword, SectionKind::pointMass, lines);
   return false;
 }
@@ -99,6 +103,9 @@ void DeckSections::takeData(std::string_view line, const LineReader& lines) {
     case Data::beam:
       takeBeam(line, lines);
       break;
+    case Data::nodalThickness:
+      takeNodalThickness(line, lines);
+      break;
     case Data::none:
       break;
   }
@@ -118,6 +125,11 @@ void DeckSections::takeLayer(std::string_view line, const LineReader& lines) {
   const std::optional<double> thickness = numberAt(line, 0, lines);
   if (!thickness) return;
   sections_.back().layers.push_back({*thickness, items.size() > 2 ? canonicalName(items[2]) : std::string()});
+}
+
+void DeckSections::takeNodalThickness(std::string_view line, const LineReader& lines) {
+  const double first = numberAt(line, 1, lines).value_or(0.0);
+  nodalThicknesses_.push_back({std::string(dataItems(line).front()), {first, numberAt(line, 2, lines).value_or(0.0)}});
 }
 
 // The dimensions, then the first direction.

@@ -48,6 +48,12 @@ struct DeckSection {
   bool hasNodalThickness = false;
 };
 
+// A line under *NODAL THICKNESS: shells use the first one, beams both.
+struct DeckNodalThickness {
+  std::string member;  // a label or the name of a set
+  std::array<double, 2> thicknesses{};
+};
+
 // Collects them while a deck is read.
 class DeckSections {
  public:
@@ -61,17 +67,21 @@ class DeckSections {
   std::map<std::string, DeckMaterial> finishMaterials() { return std::move(materials_); }
   // In the order of the deck; for an element in the sets of several the last one counts.
   std::vector<DeckSection> finishSections() { return std::move(sections_); }
+  // In the order of the deck; the last one of a node counts.
+  std::vector<DeckNodalThickness> finishNodalThicknesses() { return std::move(nodalThicknesses_); }
 
  private:
-  enum class Data { none, density, solid, shell, composite, beam, pointMass };
+  enum class Data { none, density, solid, shell, composite, beam, pointMass, nodalThickness };
 
   bool startSection(const Keyword& keyword, SectionKind kind, const LineReader& lines);
   void takeDensity(std::string_view line, const LineReader& lines);
   void takeLayer(std::string_view line, const LineReader& lines);
+  void takeNodalThickness(std::string_view line, const LineReader& lines);
   void takeBeam(std::string_view line, const LineReader& lines);
 
   std::map<std::string, DeckMaterial> materials_;
   std::vector<DeckSection> sections_;
+  std::vector<DeckNodalThickness> nodalThicknesses_;
   DeckMaterial* material_ = nullptr;
   Data data_ = Data::none;
   int lineOfData_ = 0;  // under the keyword, from 0

@@ -48,6 +48,7 @@ CrossSection box(double a, double b, const std::array<double, 4>& walls) {
 
 // Two points on each principal axis, a quarter of the area each.
 CrossSection generalSection(double area, double i11, double i22, double i12) {
+  if (area == 0.0) return {};
   const double mean = (i11 + i22) / 2;
   const double half = std::hypot((i22 - i11) / 2, i12);
   const double angle = std::atan2(i12, (i22 - i11) / 2) / 2;

@@ -99,8 +99,10 @@ void addSolid(Moments& moments, Shape shape, std::span<const Vector3> nodes, dou
   }
 }
 
-void addShell(Moments& moments, Shape shape, std::span<const Vector3> nodes, std::span<const Layer> layers) {
-  const NodeVectors normals = normalsOf(shape, nodes);
+void addShell(Moments& moments, Shape shape, std::span<const Vector3> nodes, std::span<const Layer> layers,
+              Thicknesses thicknesses) {
+  NodeVectors normals = normalsOf(shape, nodes);
+  for (std::size_t i = 0; i < thicknesses.size(); ++i) normals[i] = thicknesses[i][0] * normals[i];
   for (const Layer& layer : layers) addLayer(moments, shape, nodes, normals, layer);
 }
 
@@ -122,13 +124,16 @@ void addAxisymmetric(Moments& moments, Shape shape, std::span<const Vector3> nod
 }
 
 void addBeam(Moments& moments, Shape shape, std::span<const Vector3> nodes, const CrossSection& section,
-             const Vector3& direction, double density) {
+             const Vector3& direction, double density, Thicknesses thicknesses) {
   NodeVectors first;
   NodeVectors second;
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     const Vector3 axis = unit(derivative(shapesAtNodes(shape)[i], nodes, 0));
     first[i] = normalTo(axis, unit(direction));
     second[i] = cross(axis, first[i]);
+    if (thicknesses.empty()) continue;
+    first[i] = thicknesses[i][0] * first[i];
+    second[i] = thicknesses[i][1] * second[i];
   }
   for (const SectionPoint& fibre : section) {
     const NodeVectors line = moved(moved(nodes, first, fibre.n1), second, fibre.n2);

@@ -5,6 +5,7 @@
 // (Ahmad, Irons & Zienkiewicz, Int. J. Num. Meth. Eng. 2 (1970) 419), as the solver makes them.
 #pragma once
 
+#include <array>
 #include <span>
 
 #include "importers/mass/cross_section.h"
@@ -21,11 +22,16 @@ struct Layer {
   double density = 0.0;
 };
 
-// In all of these `nodes` has as many points as `shape` has nodes.
+// Factors at each node for the height of layers, or for the two directions of a section: thicknesses that vary from
+// node to node. Empty for 1 everywhere.
+using Thicknesses = std::span<const std::array<double, 2>>;
+
+// In all of these `nodes`, and thicknesses, have as many entries as `shape` has nodes.
 
 void addSolid(Moments& moments, Shape shape, std::span<const Vector3> nodes, double density);
 
-void addShell(Moments& moments, Shape shape, std::span<const Vector3> nodes, std::span<const Layer> layers);
+void addShell(Moments& moments, Shape shape, std::span<const Vector3> nodes, std::span<const Layer> layers,
+              Thicknesses thicknesses = {});
 
 // An element in the x-y plane, its thickness in equal parts on both sides.
 void addPlane(Moments& moments, Shape shape, std::span<const Vector3> nodes, double thickness, double density);
@@ -36,6 +42,6 @@ void addAxisymmetric(Moments& moments, Shape shape, std::span<const Vector3> nod
 // `direction` is the first one of the section, made normal to the axis; the second is axis x first. Where it lies along
 // the axis, or is zero, any normal one takes its place.
 void addBeam(Moments& moments, Shape shape, std::span<const Vector3> nodes, const CrossSection& section,
-             const Vector3& direction, double density);
+             const Vector3& direction, double density, Thicknesses thicknesses = {});
 
 }  // namespace importers::mass
