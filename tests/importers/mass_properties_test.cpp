@@ -103,8 +103,11 @@ TEST_F(MassPropertiesTest, ElementsThatAreNotWholeAreNamed) {
 }
 
 TEST_F(MassPropertiesTest, ElementsOfTheUserHaveAnUnknownMass) {
-  expectNone("*USER ELEMENT,TYPE=U9,NODES=2\n*NODE\n1,0,0,0\n2,1,0,0\n*ELEMENT,TYPE=U9,ELSET=E\n7,1,2\n" + kMaterial,
-             "elements of E (U9 7) have a type of unknown mass, so the steps have no mass");
+  for (const std::string type : {"U9", "U10"}) {
+    expectNone("*USER ELEMENT,NODES=2,TYPE=" + type + "\n*NODE\n1,0,0,0\n2,1,0,0\n*ELEMENT,ELSET=E,TYPE=" + type +
+                   "\n7,1,2\n" + kMaterial,
+               "elements of E (" + type + " 7) have a type of unknown mass, so the steps have no mass");
+  }
 }
 
 TEST_F(MassPropertiesTest, DamagedNumbersAreNamedWithTheirLine) {

@@ -165,8 +165,9 @@ TEST_F(SectionTest, AGeneralSectionHasItsOwnMoments) {
   const std::string user = "*USER ELEMENT,TYPE=U1,NODES=2,INTEGRATION POINTS=2,MAXDOF=6\n";
   const StepMass found =
       mass(user + bar("U1") + "*BEAM SECTION,ELSET=E,MATERIAL=M,SECTION=GENERAL\n0.4,0.03,0.01,0.02,0.8\n0,1,0\n");
-  // About the first direction, y, the section's second moment is ∫ z² = 0.03.
-  std::array<double, 6> expected = inertia(8 * 100 / 12.0, 20 * 0.02, 20 * 0.03);
+  // Along the first direction, y, the section's second moment is ∫ y² = 0.03: the solver bends such a beam along y with
+  // it.
+  std::array<double, 6> expected = inertia(8 * 100 / 12.0, 20 * 0.03, 20 * 0.02);
   expected[5] = -20 * 0.01;
   expectMass(found, 8, {6, 2, 3}, expected, kExact);
 }

@@ -15,7 +15,7 @@ struct Start {
 };
 
 // A type is known by how its name starts: longer ones first.
-constexpr std::array<Start, 37> kWithShape = {{
+constexpr std::array<Start, 36> kWithShape = {{
     {"C3D20", Family::solid, Shape::brick20},
     {"C3D15", Family::solid, Shape::wedge15},
     {"C3D10", Family::solid, Shape::tetrahedron10},
@@ -49,7 +49,6 @@ constexpr std::array<Start, 37> kWithShape = {{
     {"B21", Family::beam, Shape::line2},
     {"B31", Family::beam, Shape::line2},
     {"B32", Family::beam, Shape::line3},
-    {"U1", Family::beam, Shape::line2},
     {"T2D2", Family::truss, Shape::line2},
     {"T3D2", Family::truss, Shape::line2},
     {"T3D3", Family::truss, Shape::line3},
@@ -81,6 +80,8 @@ ElementKind elementKind(std::string_view type) {
   for (const Other& other : kOthers) {
     if (type.starts_with(other.text)) return {other.family, other.nodes, {}};
   }
+  // A beam that the solver brings along; other elements of the user may be called U10.
+  if (type == "U1") return {Family::beam, 2, Shape::line2};
   // The element of a flow network.
   if (type == "D") return {Family::massless, 3, {}};
   return {};

@@ -38,6 +38,7 @@ mass::CrossSection profileOf(const DeckSection& section) {
     profile = mass::box(a, b, {d[2], d[3], d[4], d[5]});
   } else if (section.profile == "GENERAL") {
     require(4);
+    // Area, I11, I12, I22; the solver takes I11 for bending along the first direction.
     profile = mass::generalSection(d[0], d[1], d[3], d[2]);
     a = b = 0.0;
   } else {

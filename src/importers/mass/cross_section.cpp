@@ -28,7 +28,7 @@ CrossSection rectangle(double a, double b) {
 
 CrossSection ellipse(double a, double b) {
   const double area = std::numbers::pi * a * b / 4;
-  return generalSection(area, area * b * b / 16, area * a * a / 16, 0.0);
+  return generalSection(area, area * a * a / 16, area * b * b / 16, 0.0);
 }
 
 CrossSection pipe(double outerRadius, double wall) {
@@ -50,8 +50,8 @@ CrossSection box(double a, double b, const std::array<double, 4>& walls) {
 CrossSection generalSection(double area, double i11, double i22, double i12) {
   if (area == 0.0) return {};
   const double mean = (i11 + i22) / 2;
-  const double half = std::hypot((i22 - i11) / 2, i12);
-  const double angle = std::atan2(i12, (i22 - i11) / 2) / 2;
+  const double half = std::hypot((i11 - i22) / 2, i12);
+  const double angle = std::atan2(i12, (i11 - i22) / 2) / 2;
   const double along = std::sqrt(2 * (mean + half) / area);
   const double across = std::sqrt(2 * std::fmax(mean - half, 0.0) / area);
   const double c = std::cos(angle);

@@ -29,7 +29,7 @@ CrossSection pipe(double outerRadius, double wall);
 // -1, -2.
 CrossSection box(double a, double b, const std::array<double, 4>& walls);
 
-// Any section with its second moments of area about the first and the second axis and their product ∫ n1 n2 dA.
+// Any section with its second moments of area ∫ n1² dA, ∫ n2² dA and ∫ n1 n2 dA.
 CrossSection generalSection(double area, double i11, double i22, double i12);
 
 // A square: what the solver makes of a truss of that area.
