@@ -142,6 +142,12 @@ void readInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& qua
   const odb_InvariantEnum code = kInvariantQuantities[static_cast<std::size_t>(slot)].code;
   Numbers numbers;
   values.forEachRun([&](odb_FieldValueRun& run) {
+    if (!isReadTogether(run)) {
+      for (int place = run.first(); place < run.first() + run.count(); ++place) {
+        quantity.take(place, selectInvariant(values.constGet(static_cast<unsigned>(place)), slot));
+      }
+      return;
+    }
     forEachStretch(run, [&](int from, int count) {
       run.invariant(code, from, count, numbers.data());
       quantity.takeColumn(run.first() + from, count, numbers.data(), 1, 0);
