@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <limits>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "kernels/kernels.h"
+#include "odbstore/crc32c.h"
 #include "reduce/engineering_extremes.h"
 
 namespace {
@@ -111,6 +113,11 @@ void selectOfTheLibrary(benchmark::State& state) {
   select(state, [](float* first, float* target, float* last) { std::nth_element(first, target, last); });
 }
 
+void sumUp(benchmark::State& state, const odbstore::Crc32cVersion& version) {
+  for (auto _ : state) benchmark::DoNotOptimize(version.sum(std::as_bytes(std::span(tensors())), 0));
+  setRate(state);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -124,6 +131,10 @@ int main(int argc, char** argv) {
     add("equivalents", equivalents);
     add("lengths", lengths);
     add("invariants", invariants);
+  }
+  for (const odbstore::Crc32cVersion& version : odbstore::crc32cVersions()) {
+    benchmark::RegisterBenchmark((std::string("crc32c/") + version.name).c_str(),
+                                 [&version](benchmark::State& state) { sumUp(state, version); });
   }
   for (const int percentage : {1, 10, 50}) {
     benchmark::RegisterBenchmark("select/ours", selectOurs)->Arg(percentage)->Unit(benchmark::kMillisecond);

@@ -86,13 +86,24 @@ std::optional<Dataset::Direct> Dataset::findDirect(hid_t type) const {
   if (std::none_of(std::begin(native), std::end(native), [&](hid_t n) { return H5Tequal(type, n) > 0; })) {
     return std::nullopt;
   }
-  const haddr_t offset = H5Dget_offset(id());
-  if (offset == HADDR_UNDEF || file()->bytes == 0) return std::nullopt;
+  const std::optional<std::int64_t> at = offset();
+  if (!at || file()->bytes == 0) return std::nullopt;
   void* descriptor = nullptr;
   const Handle access(H5Fget_access_plist(file()->id.get()), H5Pclose);
   if (H5Pget_driver(access.get()) != H5FD_SEC2) return std::nullopt;
   if (H5Fget_vfd_handle(file()->id.get(), access.get(), &descriptor) < 0) return std::nullopt;
-  return Direct{*static_cast<const int*>(descriptor), static_cast<std::int64_t>(offset)};
+  return Direct{*static_cast<const int*>(descriptor), *at};
+}
+
+bool Dataset::holds(hid_t type) const {
+  const Handle own(H5Dget_type(id()), H5Tclose);
+  return H5Tequal(own.get(), type) > 0;
+}
+
+std::optional<std::int64_t> Dataset::offset() const {
+  const haddr_t offset = H5Dget_offset(id());
+  if (offset == HADDR_UNDEF) return std::nullopt;
+  return static_cast<std::int64_t>(offset);
 }
 
 void Dataset::checkProfile() const {

@@ -103,6 +103,7 @@ using Dims = std::vector<hsize_t>;
 struct Storage {
   bool gzip = false;
   bool fletcher32 = false;
+  bool reserved = false;  // their room in the file is taken at once; somebody else fills it
 
   bool chunked() const { return gzip || fletcher32; }
 };
@@ -115,6 +116,8 @@ class Dataset : public Object {
   // Number of numbers in all.
   std::int64_t count() const;
   bool isFloat() const { return class_ == H5T_FLOAT; }
+  // Whether the numbers have that very type in the file.
+  bool holds(hid_t type) const;
   // Bytes of one number as stored.
   std::size_t numberSize() const { return numberSize_; }
 
@@ -131,6 +134,8 @@ class Dataset : public Object {
   // Whether the numbers stand in the file one after the other as this machine holds them, so that readDirect() can take
   // them from there.
   bool isDirect() const { return direct_.has_value(); }
+  // Where in the file contiguous numbers start; nothing where they are not contiguous or have no room yet.
+  std::optional<std::int64_t> offset() const;
   // Numbers `first` to `first + count - 1` of the whole data set into `out`, without HDF5; isDirect() must hold.
   // Threads may call it at the same time.
   void readDirect(std::int64_t first, std::int64_t count, void* out) const;
@@ -196,5 +201,8 @@ Group createFile(const std::string& path, const std::string& name);
 
 // Hands everything written so far to the operating system.
 void flushFile(const Group& root);
+
+// The bytes that a file under construction takes so far.
+std::int64_t sizeOfFile(const Group& root);
 
 }  // namespace odbstore::h5

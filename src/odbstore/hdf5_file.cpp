@@ -83,4 +83,11 @@ void flushFile(const Group& root) {
   if (H5Fflush(root.id(), H5F_SCOPE_GLOBAL) < 0) root.failHdf5("the file cannot be written");
 }
 
+std::int64_t sizeOfFile(const Group& root) {
+  hsize_t bytes = 0;
+  const Handle file(H5Iget_file_id(root.id()), H5Fclose);
+  if (!file || H5Fget_filesize(file.get(), &bytes) < 0) root.failHdf5("the size of the file cannot be found out");
+  return static_cast<std::int64_t>(bytes);
+}
+
 }  // namespace odbstore::h5

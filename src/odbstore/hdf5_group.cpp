@@ -92,6 +92,7 @@ Dataset Group::createDataset(const std::string& link, hid_t type, const Dims& di
     if (storage.fletcher32) H5Pset_fletcher32(plist.get());
   } else {
     H5Pset_fill_time(plist.get(), H5D_FILL_TIME_NEVER);
+    if (storage.reserved) H5Pset_alloc_time(plist.get(), H5D_ALLOC_TIME_EARLY);
   }
   const Handle space(H5Screate_simple(static_cast<int>(dims.size()), dims.data(), nullptr), H5Sclose);
   Handle handle(H5Dcreate2(id(), link.c_str(), type, space.get(), H5P_DEFAULT, plist.get(), H5P_DEFAULT), H5Dclose);

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "odbstore/checksums.h"
 #include "odbstore/names.h"
 #include "odbstore/writer_impl.h"
 
@@ -295,9 +296,13 @@ void Writer::Impl::finishStep(StepState& step) {
 void Writer::Impl::finish() {
   for (StepState& step : steps_) finishStep(step);
   h5::flushFile(root());
+  const ChecksumPlace checksums = reserveChecksums(root());
+  h5::flushFile(root());
   steps_.clear();
   locations_.clear();
   root_.reset();
+  // The pages are still in memory, and are so for the last time before they go to the disk.
+  fillChecksums(file_.temporaryPath(), file_.finalPath(), checksums);
   // What HDF5 wrote while closing has to be whole as well, and it does not report failures of that.
   int layout = 0;
   h5::openFile(file_.temporaryPath(), layout);

@@ -1,0 +1,156 @@
+#include "odbstore/crc32c.h"
+
+#include <array>
+#include <bit>
+#include <cstring>
+
+#if defined(__x86_64__)
+#include <nmmintrin.h>
+#elif defined(__aarch64__)
+#include <arm_acle.h>
+#include <asm/hwcap.h>
+#include <sys/auxv.h>
+#endif
+
+namespace odbstore {
+
+namespace {
+
+// The polynomial with its bits in the order in which the check takes them, lowest first.
+constexpr std::uint32_t kPolynomial = 0x82F63B78U;
+
+// One table per byte of a word: what the byte becomes behind those that follow it in the word.
+using Tables = std::array<std::array<std::uint32_t, 256>, 8>;
+
+constexpr Tables makeTables() {
+  Tables tables{};
+  for (std::uint32_t i = 0; i < 256; ++i) {
+    std::uint32_t sum = i;
+    for (int bit = 0; bit < 8; ++bit) sum = (sum >> 1U) ^ ((sum & 1U) != 0 ? kPolynomial : 0U);
+    tables[0][i] = sum;
+  }
+  for (std::size_t k = 1; k < tables.size(); ++k) {
+    for (std::size_t i = 0; i < 256; ++i) {
+      tables[k][i] = (tables[k - 1][i] >> 8U) ^ tables[0][tables[k - 1][i] & 0xFFU];
+    }
+  }
+  return tables;
+}
+
+constexpr Tables kTables = makeTables();
+
+std::uint64_t wordAt(const std::byte* at) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, at, sizeof(word));
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  return word;
+}
+
+std::uint32_t takeByte(std::uint32_t sum, std::byte byte) {
+  return (sum >> 8U) ^ kTables[0][(sum ^ static_cast<std::uint32_t>(byte)) & 0xFFU];
+}
+
+// Eight bytes at a time by tables (M. E. Kounavis and F. L. Berry, 2005).
+std::uint32_t sumByTables(std::span<const std::byte> bytes, std::uint32_t before) {
+  std::uint32_t sum = ~before;
+  const std::byte* at = bytes.data();
+  std::size_t left = bytes.size();
+  for (; left >= sizeof(std::uint64_t); left -= sizeof(std::uint64_t), at += sizeof(std::uint64_t)) {
+    const std::uint64_t word = wordAt(at) ^ sum;
+    sum = 0;
+    for (std::size_t i = 0; i < kTables.size(); ++i) sum ^= kTables[7 - i][(word >> (8 * i)) & 0xFFU];
+  }
+  for (; left > 0; --left, ++at) sum = takeByte(sum, *at);
+  return ~sum;
+}
+
+#if defined(__x86_64__) || defined(__aarch64__)
+
+#if defined(__x86_64__)
+#define KOLVEX_CRC_TARGET __attribute__((target("sse4.2")))
+KOLVEX_CRC_TARGET inline std::uint32_t takeWord(std::uint32_t sum, std::uint64_t word) {
+  return static_cast<std::uint32_t>(_mm_crc32_u64(sum, word));
+}
+bool hasInstruction() { return __builtin_cpu_supports("sse4.2") != 0; }
+constexpr const char* kInstructionName = "sse4.2";
+#else
+#define KOLVEX_CRC_TARGET __attribute__((target("+crc")))
+KOLVEX_CRC_TARGET inline std::uint32_t takeWord(std::uint32_t sum, std::uint64_t word) { return __crc32cd(sum, word); }
+bool hasInstruction() { return (getauxval(AT_HWCAP) & HWCAP_CRC32) != 0; }
+constexpr const char* kInstructionName = "crc";
+#endif
+
+// The instruction takes three cycles and can start anew in each, so three stretches are summed side by side. Of a
+// block of 4 KiB three of these leave two words.
+constexpr std::size_t kLaneBytes = 1360;
+
+// What each byte of a sum becomes behind a stretch of that many zeros: sums of neighbours are joined with it, because
+// the check is linear.
+using Shift = std::array<std::array<std::uint32_t, 256>, 4>;
+
+Shift makeShift() {
+  Shift shift{};
+  for (std::size_t k = 0; k < shift.size(); ++k) {
+    for (std::uint32_t i = 0; i < 256; ++i) {
+      std::uint32_t sum = i << (8 * k);
+      for (std::size_t n = 0; n < kLaneBytes; ++n) sum = takeByte(sum, std::byte{0});
+      shift[k][i] = sum;
+    }
+  }
+  return shift;
+}
+
+std::uint32_t shifted(const Shift& shift, std::uint32_t sum) {
+  return shift[0][sum & 0xFFU] ^ shift[1][(sum >> 8U) & 0xFFU] ^ shift[2][(sum >> 16U) & 0xFFU] ^ shift[3][sum >> 24U];
+}
+
+KOLVEX_CRC_TARGET std::uint32_t sumByInstruction(std::span<const std::byte> bytes, std::uint32_t before) {
+  static const Shift shift = makeShift();
+  std::uint32_t sum = ~before;
+  const std::byte* at = bytes.data();
+  std::size_t left = bytes.size();
+  for (; left >= 3 * kLaneBytes; left -= 3 * kLaneBytes, at += 3 * kLaneBytes) {
+    std::uint32_t second = 0;
+    std::uint32_t third = 0;
+    for (std::size_t i = 0; i < kLaneBytes; i += sizeof(std::uint64_t)) {
+      sum = takeWord(sum, wordAt(at + i));
+      second = takeWord(second, wordAt(at + kLaneBytes + i));
+      third = takeWord(third, wordAt(at + 2 * kLaneBytes + i));
+    }
+    sum = shifted(shift, shifted(shift, sum) ^ second) ^ third;
+  }
+  for (; left >= sizeof(std::uint64_t); left -= sizeof(std::uint64_t), at += sizeof(std::uint64_t)) {
+    sum = takeWord(sum, wordAt(at));
+  }
+  for (; left > 0; --left, ++at) sum = takeByte(sum, *at);
+  return ~sum;
+}
+
+#endif
+
+struct Versions {
+  std::array<Crc32cVersion, 2> found{};
+  std::size_t count = 0;
+};
+
+Versions findVersions() {
+  Versions versions;
+  versions.found[versions.count++] = {"tables", sumByTables};
+#if defined(__x86_64__) || defined(__aarch64__)
+  if (hasInstruction()) versions.found[versions.count++] = {kInstructionName, sumByInstruction};
+#endif
+  return versions;
+}
+
+}  // namespace
+
+std::span<const Crc32cVersion> crc32cVersions() {
+  static const Versions versions = findVersions();
+  return {versions.found.data(), versions.count};
+}
+
+std::uint32_t crc32c(std::span<const std::byte> bytes, std::uint32_t before) {
+  return crc32cVersions().back().sum(bytes, before);
+}
+
+}  // namespace odbstore
