@@ -10,11 +10,20 @@ namespace {
 
 constexpr unsigned kSuperblockOfStrictFiles = 3;
 
-Handle fileAccess(bool newest) {
+Handle fileAccess() {
   Handle access(H5Pcreate(H5P_FILE_ACCESS), H5Pclose);
   // Objects that outlive the file's handle keep the file open until they go too.
   H5Pset_fclose_degree(access.get(), H5F_CLOSE_WEAK);
-  if (newest) H5Pset_libver_bounds(access.get(), H5F_LIBVER_V110, H5F_LIBVER_V110);
+  return access;
+}
+
+Handle fileAccessForWriting() {
+  Handle access = fileAccess();
+  H5Pset_libver_bounds(access.get(), H5F_LIBVER_V110, H5F_LIBVER_V110);
+  // Numbers go to the file when they are written. What waited in a buffer would be written when its data set is closed,
+  // and if that failed, on a full disk, nobody would know.
+  H5Pset_sieve_buf_size(access.get(), 0);
+  H5Pset_cache(access.get(), 0, 0, 0, 0.0);
   return access;
 }
 
@@ -61,7 +70,7 @@ Group openFile(const std::string& path, int& layout) {
   file->name = path;
   file->bytes = checkBeforeOpening(path);
   if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(path, "", "is not a database: it is not an HDF5 file");
-  file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, fileAccess(false).get()), H5Fclose);
+  file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, fileAccess().get()), H5Fclose);
   if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));
   layout = readLayout(rootOf(file), path);
   file->profile = layout == kNewestLayout ? Profile::strict : Profile::free;
@@ -74,7 +83,7 @@ Group createFile(const std::string& path, const std::string& name) {
   auto file = std::make_shared<FileContext>();
   file->name = name;
   file->profile = Profile::free;  // what we are writing ourselves is not checked while it is incomplete
-  file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, fileAccess(true).get()), H5Fclose);
+  file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, fileAccessForWriting().get()), H5Fclose);
   if (!file->id) throw StoreError(name, "", explained("cannot be created"));
   return rootOf(file);
 }

@@ -7,11 +7,31 @@
 
 namespace odbstore {
 
-// The temporary name under which a file grows in the directory of its final name. Whoever leaves without
-// publish() leaves nothing behind.
+// An open file, closed with its owner.
+class Descriptor {
+ public:
+  explicit Descriptor(int file = -1) : file_(file) {}
+  ~Descriptor();
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  Descriptor(Descriptor&& other) noexcept;
+  Descriptor& operator=(Descriptor&& other) noexcept;
+
+  int get() const { return file_; }
+  explicit operator bool() const { return file_ >= 0; }
+
+ private:
+  int file_;
+};
+
+// The temporary name under which a file grows in the directory of its final name: the final name and ".tmp.", then six
+// letters and digits. Whoever leaves without publish() leaves nothing behind; what a process that was killed left is
+// cleared away by the next one that writes a file of that final name. Several may do so at once: each has a file of its
+// own, and the last to publish has the name.
 class OutputFile {
  public:
-  // Picks a name that does not exist; the file itself is made by whoever writes it.
+  // Makes the file, empty, and holds a lock on it. A final name that is a link stays one: the file is made where it
+  // points. A final name that is anything but a regular file or free is refused. Throws StoreError.
   explicit OutputFile(const std::string& finalPath);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
@@ -20,12 +40,15 @@ class OutputFile {
   const std::string& finalPath() const { return finalPath_; }
   const std::string& temporaryPath() const { return temporaryPath_; }
 
-  // Brings the finished file to the disk and renames it. Throws StoreError.
+  // Brings the finished file to the disk and renames it. Throws StoreError; unless the message says that the file is
+  // complete, an older file of the final name is as it was.
   void publish();
 
  private:
   std::string finalPath_;
+  std::string target_;  // where the final name leads
   std::string temporaryPath_;
+  Descriptor file_;
   bool published_ = false;
 };
 
@@ -34,9 +57,6 @@ class Spool {
  public:
   // In the directory of `besidePath`, which also names the file in messages.
   explicit Spool(const std::string& besidePath);
-  ~Spool();
-  Spool(const Spool&) = delete;
-  Spool& operator=(const Spool&) = delete;
 
   // Appends and returns the offset at which the bytes lie. Throws StoreError.
   std::int64_t append(const void* bytes, std::size_t size);
@@ -46,7 +66,7 @@ class Spool {
 
  private:
   std::string name_;
-  int file_ = -1;
+  Descriptor file_;
   std::int64_t size_ = 0;
 };
 
