@@ -6,6 +6,7 @@
 #include "driver/api_lifecycle.h"
 #include "driver/run_driver.h"
 #include "odbaccess/odb_api.h"
+#include "process/prepare_process.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ constexpr const char* kFailure = "ODB Application exited with error(s)\n";
 }  // namespace
 
 int main(int argc, char** argv) {
+  prepareProcess();
   startApi();
   std::atexit(stopApiIfRunning);
   int result = 0;

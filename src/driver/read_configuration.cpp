@@ -101,4 +101,8 @@ void readConfiguration(const std::string& path, ExtractionSwitches& switches) {
     active = active || contains(line, kStartMark);
     if (active) applyConfigurationLine(line, switches);
   }
+  if (file.bad()) {
+    std::fprintf(stderr, "**ERROR** configuration file %s cannot be read completely\n", path.c_str());
+    std::exit(1);
+  }
 }

@@ -1,13 +1,15 @@
 #include "driver/run_driver.h"
 
-#include <cstdio>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <string>
 
 #include "driver/command_line.h"
 #include "driver/read_configuration.h"
 #include "odbaccess/odb_api.h"
+#include "result/completion.h"
 #include "result/extraction_switches.h"
 #include "result/result_file.h"
 #include "traversal/traverse_steps.h"
@@ -36,10 +38,26 @@ void requireElementSet(odb_Odb& odb, const odb_String& name) {
   std::exit(0);
 }
 
-void writeMarker() {
-  ResultFile marker(kMarkerName);
-  marker << "Done\n";
-  marker.close();
+[[noreturn]] void giveUp(const std::string& reason) {
+  std::cerr << "**ERROR** " << reason << std::endl;
+  std::exit(1);
+}
+
+[[noreturn]] void giveUpIncomplete() { giveUp("params.txt could not be written completely"); }
+
+std::string systemReason() { return std::strerror(errno); }
+
+void extract(odb_Odb& odb) {
+  const ResultLock lock(kResultName);
+  if (lock.isElsewhere()) giveUp("params.txt is being written by another run");
+  // A marker of an earlier run would speak for a file that is not written yet.
+  if (!removeMarker(kMarkerName)) giveUp("paramsdone.txt of an earlier run cannot be removed: " + systemReason());
+  if (!lock.isOpen()) giveUpIncomplete();
+  ResultFile result(kResultName);
+  traverseSteps(odb, nullptr, result);
+  odb.close();
+  if (!result.close() || !lock.isInPlace()) giveUpIncomplete();
+  if (!writeMarker(kMarkerName)) giveUp("paramsdone.txt could not be written: " + systemReason());
 }
 
 }  // namespace
@@ -49,16 +67,6 @@ int runDriver(int argc, char** argv) {
   readConfiguration(commandLine.configuration.cStr(), extractionSwitches());
   odb_Odb& odb = openOdb(upgradedIfNeeded(commandLine.database), true, false);
   if (commandLine.elementSetGiven) requireElementSet(odb, commandLine.elementSet);
-
-  // A marker of an earlier run would speak for a file that is not written yet.
-  std::remove(kMarkerName);
-  ResultFile result(kResultName);
-  traverseSteps(odb, nullptr, result);
-  odb.close();
-  if (!result.close()) {
-    std::cerr << "**ERROR** params.txt could not be written completely\n";
-    std::exit(1);
-  }
-  writeMarker();
+  extract(odb);
   return 0;
 }

@@ -32,7 +32,7 @@ void ProgressLine::show(std::uint64_t done, std::uint64_t all) {
   // The last state stays on the screen longest, and nothing draws over it.
   if (!isTerminal_ || (now - drawn_ < kPause && done < all)) return;
   const std::chrono::duration<double> seconds = now - begin_;
-  fmt::print(stream_, "\r{}\033[K", progressText(name_, done, all, seconds.count()));
+  std::fputs(("\r" + progressText(name_, done, all, seconds.count()) + "\033[K").c_str(), stream_);
   std::fflush(stream_);
   isDrawn_ = true;
   drawn_ = now;
@@ -40,7 +40,7 @@ void ProgressLine::show(std::uint64_t done, std::uint64_t all) {
 
 void ProgressLine::wipe() {
   if (!isDrawn_) return;
-  fmt::print(stream_, "\r\033[K");
+  std::fputs("\r\033[K", stream_);
   std::fflush(stream_);
   isDrawn_ = false;
 }
