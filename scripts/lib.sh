@@ -24,7 +24,7 @@ trap 'give_up "line $LINENO failed: $BASH_COMMAND"' ERR
 build_packages=(g++ cmake ninja-build pkg-config libhdf5-dev libcli11-dev libfmt-dev)
 demo_packages=(calculix-ccx)
 bench_packages=(libbenchmark-dev python3 python3-h5py python3-numpy)
-test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-numpy hdf5-tools clang-format)
+test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-numpy hdf5-tools strace clang-format)
 
 # Installs those of the packages named that are missing.
 install_packages() {

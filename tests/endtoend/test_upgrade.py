@@ -5,7 +5,7 @@ import numpy as np
 from support import ProgramTest
 
 
-def old_database(path):
+def old_database(path, increments=12):
     """What h5py writes by default: old superblock, variable-length strings, 64-bit integers."""
     with h5py.File(path, "w", track_order=True) as file:
         file.attrs["layout"] = 1
@@ -23,7 +23,7 @@ def old_database(path):
             step = steps.create_group(name)
             step.attrs["mass"] = 2.5
             step.attrs["massCenter"] = [0.0, 1.5, 3.0]
-            for i in range(12):
+            for i in range(increments):
                 frame = step.create_group(f"frames/{i}")
                 frame.attrs["incrementNumber"] = i + 1
                 frame.attrs["value"] = 0.1 * i

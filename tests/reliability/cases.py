@@ -1,0 +1,180 @@
+"""The runs that faults are put into, and what has to hold after each: an extraction, an extraction of an old database
+(through an upgraded copy) and an import, each in a directory that holds the results of an earlier run."""
+import pathlib
+import re
+import subprocess
+
+import numpy as np
+from same_file import same_file
+from support import BIN, FAILED, Database
+from test_import_program import DECK, WHOLE
+from test_upgrade import old_database
+
+# What an earlier run has left.
+OLD_RESULT = b"Old__Frame_1__NT__max\t1\n"
+MARKER = b"Done\n"
+
+CONFIGURATION = "ODB EXTRACTIONS\nEXTRACT_ALL EXTRACT_FIELD EXTRACT_FIELD_SETS EXTRACT_MASS EXTRACT_HISTORY\n"
+
+
+def contents(path):
+    """The bytes of a regular file, None where there is none."""
+    return path.read_bytes() if path.is_file() else None
+
+
+class Outcome:
+    """How a run ended."""
+
+    def __init__(self, status, err, killed, silenced, point):
+        self.status = status  # negative: the signal
+        self.err = err
+        self.killed = killed  # by us
+        self.silenced = silenced  # messages may be missing
+        self.reached = point.reached  # whether the result had its name already when the fault came
+        self.call = point.text  # the system call that failed, as strace shows it
+
+
+class Case:
+    name = ""
+    inputs = {}  # name -> bytes
+    earlier = {}  # likewise
+
+    def __init__(self, scratch):
+        """Makes the inputs and runs once without a fault, for the complete results."""
+        self.home = pathlib.Path(scratch) / self.name
+        self.home.mkdir()
+        self.make_inputs(self.home)
+        self.inputs = {path.name: path.read_bytes() for path in self.home.iterdir()}
+        self.complete = self.run_in(pathlib.Path(scratch) / (self.name + ".complete"))
+
+    def fill(self, directory):
+        """The directory as it is before a run."""
+        directory.mkdir(exist_ok=True)
+        for path in directory.iterdir():
+            path.unlink()
+        for name, content in {**self.inputs, **self.earlier}.items():
+            (directory / name).write_bytes(content)
+
+    def run_in(self, directory):
+        """A run without a fault; what it leaves by name."""
+        self.fill(directory)
+        subprocess.run(self.command, cwd=directory, check=True, stdout=subprocess.DEVNULL)
+        return {path.name: path.read_bytes() for path in directory.iterdir()}
+
+    def crash(self, outcome):
+        if outcome.status < 0 and not outcome.killed:
+            return [f"died of signal {-outcome.status}: {outcome.err!r}"]
+        return []
+
+
+class Extraction(Case):
+    name = "extraction"
+    command = [str(BIN / "quarnish"), "-odb", "model", "-config", "config.txt"]
+    earlier = {"params.txt": OLD_RESULT, "paramsdone.txt": MARKER}
+
+    def __init__(self, scratch):
+        super().__init__(scratch)
+        # A configuration that cannot be opened is announced and leaves every switch off.
+        self.inputs, inputs = {**self.inputs, "config.txt": b""}, self.inputs
+        self.without_configuration = self.run_in(pathlib.Path(scratch) / (self.name + ".off"))["params.txt"]
+        self.inputs = inputs
+
+    def make_inputs(self, directory):
+        (directory / "config.txt").write_text(CONFIGURATION)
+        with Database(directory / "model.odb") as odb:
+            odb.location("nodes", "nodal", nodeLabels=[1, 2, 3])
+            odb.file["assembly/nodeSets/TIP/I-1"] = np.array([3], "i4")
+            step = odb.step("Step-1", increments=(1, 2))
+            odb.field(step, "NT", 2, [("nodes", np.array([[20, 30, 40], [1, 2, 1234567]], "f4"))])
+
+    def check(self, directory, outcome):
+        """What is wrong after a run, one text each."""
+        wrong = self.crash(outcome)
+        result, marker = contents(directory / "params.txt"), contents(directory / "paramsdone.txt")
+        accepted = [self.complete["params.txt"]]
+        if "openat(" in outcome.call and '"config.txt"' in outcome.call:
+            accepted.append(self.without_configuration)
+        is_new = marker == MARKER and result in accepted
+        is_untouched = marker == MARKER and result == OLD_RESULT
+        if marker is not None and not is_new and not is_untouched:
+            wrong.append(f"the marker {marker!r} stands beside {len(result or b'')} bytes that are not the complete result")
+        has_failed = outcome.killed or outcome.status != 0 or FAILED in outcome.err
+        if not has_failed and not is_new:
+            wrong.append("it ended well without a complete result and its marker")
+        if outcome.status == 0 and FAILED in outcome.err and is_new:
+            wrong.append("it says that it failed, beside a marker")
+        if outcome.status == 1 and not outcome.err and not outcome.silenced:
+            wrong.append("it failed without a message")
+        return wrong + self.leftovers(directory, outcome)
+
+    def leftovers(self, directory, outcome):
+        """Names that no run is to leave, unless it was killed; even then the next run clears them away."""
+        found = {path.name for path in directory.iterdir()} - set(self.complete)
+        if not found:
+            return []
+        if not outcome.killed:
+            return [f"it left {', '.join(sorted(found))}"]
+        subprocess.run(self.command, cwd=directory, check=False, capture_output=True)
+        left = {path.name: path.read_bytes() for path in directory.iterdir()}
+        return [] if self.is_complete(left) else [f"after {found} the next run leaves {sorted(left)}"]
+
+    def is_complete(self, left):
+        return set(left) == set(self.complete) and all(same_file(left[name], self.complete[name]) for name in left)
+
+
+class Upgrade(Extraction):
+    name = "upgrade"
+    command = [str(BIN / "quarnish"), "-odb", "old", "-config", "config.txt"]
+
+    def make_inputs(self, directory):
+        (directory / "config.txt").write_text(CONFIGURATION)
+        old_database(directory / "old.odb", increments=2)
+
+    def check(self, directory, outcome):
+        copy = contents(directory / "upgradedOdb.odb")
+        wrong = super().check(directory, outcome)
+        if copy is not None and not same_file(copy, self.complete["upgradedOdb.odb"]):
+            wrong.append("the upgraded copy is not complete")
+        return wrong
+
+
+class Import(Extraction):
+    name = "import"
+    command = [str(BIN / "import"), "job"]
+
+    def __init__(self, scratch):
+        Case.__init__(self, scratch)
+
+    def make_inputs(self, directory):
+        (directory / "job.frd").write_text(WHOLE)
+        (directory / "job.inp").write_text(DECK)
+        with Database(directory / "job.odb") as odb:
+            odb.step("Earlier")
+
+    def check(self, directory, outcome):
+        wrong = self.crash(outcome)
+        database = contents(directory / "job.odb")
+        is_older = database == self.inputs["job.odb"]
+        is_new = not is_older and database is not None and same_file(database, self.complete["job.odb"])
+        if not is_older and not is_new:
+            wrong.append("what stands under the final name is neither the older nor the new database")
+        if outcome.status == 0 and not is_new:
+            wrong.append("it ended well without a new database")
+        if outcome.status > 0 and is_new and not outcome.reached:
+            wrong.append("it failed and the older database is gone")
+        if outcome.status > 0 and not outcome.silenced and not self.says_where(outcome.err):
+            wrong.append(f"its message does not say what failed: {outcome.err!r}")
+        return wrong + self.leftovers(directory, outcome)
+
+    @staticmethod
+    def says_where(err):
+        return re.search(rb"job\.(odb|frd|inp|sta)|standard output|error while loading shared libraries", err) is not None
+
+
+class PackedImport(Import):
+    """The same with packed numbers, which HDF5 treats as chunks."""
+    name = "packed-import"
+    command = [str(BIN / "import"), "job", "--compress"]
+
+
+CASES = (Extraction, Upgrade, Import, PackedImport)

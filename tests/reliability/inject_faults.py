@@ -1,0 +1,141 @@
+"""Lets every system call that can lose results fail, one at a time, and kills the program at each of them: after every
+run the results are complete under their marker or name, or they do not pretend to be. strace does the injecting.
+
+    inject_faults.py [--all] [CASE ...]
+
+Without --all: the calls that write, name and open. With it the reading ones as well."""
+import argparse
+import collections
+import concurrent.futures
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import threading
+
+from cases import CASES, Outcome
+
+WRITING = ("write", "pwrite64", "writev", "fsync", "fdatasync", "rename", "renameat", "renameat2", "linkat", "openat",
+           "close", "ftruncate", "fallocate", "unlink", "unlinkat", "fchmod", "flock", "fcntl")
+READING = ("read", "pread64", "newfstatat", "getdents64", "lseek")
+# The fault, and which occurrences of the call it hits: this one, or this and all behind it.
+FAULTS = (("error=ENOSPC", ""), ("error=ENOSPC", "+"), ("error=EIO", ""), ("error=EIO", "+"), ("signal=SIGKILL", ""))
+SKIPPED = 77
+STRACE = ["strace", "-f", "-qq", "--seccomp-bpf"]
+LINE = re.compile(r"^(?:\[pid +)?(\d+)\]? +(\w+)\((.*)$")
+
+
+def traced(command, directory, *options):
+    process = subprocess.run([*STRACE, *options, *command], cwd=directory, stdin=subprocess.DEVNULL,
+                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=60, check=False)
+    return process.returncode, process.stderr
+
+
+def cannot_inject():
+    """Why this environment does not let strace inject faults; empty where it does."""
+    if shutil.which("strace") is None:
+        return "strace is not installed"
+    # The only sure sign: a fault that arrives.
+    with tempfile.TemporaryDirectory() as directory:
+        status, err = traced(["touch", "x"], directory, "-o", "log", "-e", "trace=openat", "-e",
+                             "inject=openat:error=ENOSPC")
+        return "" if status != 0 and b"No space left" in err + (pathlib.Path(directory) / "log").read_bytes() else \
+            f"strace cannot inject faults here: {err.decode(errors='replace').strip()}"
+
+
+class Point:
+    """One occurrence of a system call in a run: the place where a fault goes."""
+
+    def __init__(self, call, when, text, reached):
+        self.call = call
+        self.when = when
+        self.text = text
+        self.reached = reached
+
+
+def record(case, directory, calls):
+    """The points of a run without a fault, counted per thread as strace counts them."""
+    case.fill(directory)
+    log = directory.with_suffix(".log")
+    status, err = traced(case.command, directory, "-o", str(log), "-e", "trace=" + ",".join(calls))
+    if status != 0:
+        raise RuntimeError(f"{case.name} fails without a fault: {err!r}")
+    seen = collections.Counter()
+    points = {}
+    reached = False
+    for line in log.read_text(errors="replace").splitlines():
+        match = LINE.match(line)
+        if not match:
+            continue
+        thread, call, rest = match.groups()
+        seen[thread, call] += 1
+        key = (call, seen[thread, call])
+        points.setdefault(key, Point(*key, f"{call}({rest}", reached))
+        reached = reached or (call.startswith("rename") and '"job.odb")' in rest)
+    return list(points.values())
+
+
+def run_with(case, directory, point, fault):
+    """One run with one fault; what is wrong afterwards."""
+    effect, further = fault
+    case.fill(directory)
+    try:
+        status, err = traced(case.command, directory, "-o", "/dev/null", "-e", f"trace={point.call}", "-e",
+                             f"inject={point.call}:{effect}:when={point.when}{further}")
+    except subprocess.TimeoutExpired:
+        return ["it hangs"]
+    killed = effect.startswith("signal") and status == -9
+    silenced = point.call == "write" and (further == "+" or point.text.startswith("write(2"))
+    return case.check(directory, Outcome(status, err, killed, silenced, point))
+
+
+def try_all(case, scratch, points, jobs):
+    """Every fault at every point; prints and counts what is wrong."""
+    local = threading.local()
+
+    def one(task):
+        if not hasattr(local, "directory"):
+            local.directory = pathlib.Path(tempfile.mkdtemp(dir=scratch))
+        return task, run_with(case, local.directory, *task)
+
+    failures = 0
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        for (point, fault), wrong in pool.map(one, [(point, fault) for point in points for fault in FAULTS]):
+            for text in wrong:
+                failures += 1
+                where = f"{point.call} {point.when}{fault[1]}, {point.text[:100]}"
+                print(f"{case.name}: {fault[0]} at {where}\n    {text}")
+    return failures
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--all", action="store_true", help="reading calls too")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("cases", nargs="*", help="extraction, upgrade, import; all where none is named")
+    options = parser.parse_args()
+    why = cannot_inject()
+    if why:
+        print(f"skipped: {why}")
+        return SKIPPED
+    calls = WRITING + READING if options.all else WRITING
+    failures = 0
+    with tempfile.TemporaryDirectory(prefix="kolvex-faults.") as scratch:
+        for kind in CASES:
+            if options.cases and kind.name not in options.cases:
+                continue
+            case = kind(scratch)
+            points = record(case, pathlib.Path(scratch) / "recorded", calls)
+            wrong = try_all(case, scratch, points, options.jobs)
+            print(f"{case.name}: {len(points)} calls, {len(points) * len(FAULTS)} faults, {wrong} wrong")
+            failures += wrong
+            if not points:
+                raise RuntimeError("no system call was recorded")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
