@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <map>
 #include <sstream>
 
 namespace importers {
@@ -11,7 +12,7 @@ namespace {
 constexpr int kUsageError = 2;
 
 std::string withoutEnding(std::string name) {
-  for (const std::string ending : {".frd", ".inp", "."}) {
+  for (const std::string ending : {".frd", ".inp", ".dat", "."}) {
     if (name.size() > ending.size() && name.ends_with(ending)) return name.substr(0, name.size() - ending.size());
   }
   return name;
@@ -47,6 +48,18 @@ ImportOptions parseImportOptions(std::vector<std::string> arguments) {
   CLI::Option* const deck =
       app.add_option("--deck", options.deck, "The input deck with the sets (default: job.inp beside the results)");
   app.add_flag("--no-deck", options.withoutDeck, "Import no sets")->excludes(deck);
+  CLI::Option* const printed =
+      app.add_option("--dat", options.printed, "The printed tables (default: job.dat beside the results)");
+  app.add_flag("--no-dat", options.withoutPrinted, "Import no printed tables")->excludes(printed);
+  app.add_option("--stress-at", options.stressAt,
+                 "Which stresses, strains, ... have the plain names: those at the nodes, or those printed at "
+                 "integration-points")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, calculix::StressAt>{
+          {"nodes", calculix::StressAt::nodes}, {"integration-points", calculix::StressAt::integrationPoints}}))
+      ->type_name("PLACE");
+  app.add_option("--history-limit", options.historyLimit,
+                 "Make histories of printed tables with so many rows at most (default: 1000)")
+      ->type_name("N");
   app.add_flag("!--no-mass", options.withMass, "Make no mass properties of the deck");
   app.add_flag("--strict", options.isStrict, "Take a result file that is cut off for an error");
   app.add_flag("--compress", options.compress, "Store results packed: a small file that is slower to read");
@@ -69,6 +82,7 @@ ImportOptions parseImportOptions(std::vector<std::string> arguments) {
 JobFiles jobFiles(const ImportOptions& options) {
   const std::string stem = withoutEnding(options.input);
   return {stem + ".frd", options.deck.empty() ? stem + ".inp" : options.deck, stem + ".sta",
+          options.printed.empty() ? stem + ".dat" : options.printed,
           options.output.empty() ? stem + ".odb" : options.output};
 }
 

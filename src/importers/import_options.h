@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "importers/calculix/field_mapping.h"
 #include "importers/calculix/selection.h"
 
 namespace importers {
@@ -13,6 +14,10 @@ struct ImportOptions {
   std::string output;  // empty: beside the results
   std::string deck;    // empty: beside the results
   bool withoutDeck = false;
+  std::string printed;  // empty: beside the results
+  bool withoutPrinted = false;
+  calculix::StressAt stressAt = calculix::StressAt::nodes;
+  std::size_t historyLimit = 1000;
   bool isStrict = false;
   bool withMass = true;
   bool compress = false;
@@ -34,6 +39,7 @@ struct JobFiles {
   std::string results;
   std::string deck;
   std::string status;
+  std::string printed;
   std::string output;
 };
 JobFiles jobFiles(const ImportOptions& options);

@@ -25,9 +25,17 @@ std::string findDeck(const importers::ImportOptions& options, const importers::J
   return {};
 }
 
+// The printed tables to read: a run that prints nothing need not have any.
+std::string findPrinted(const importers::ImportOptions& options, const importers::JobFiles& files) {
+  if (options.withoutPrinted) return {};
+  if (std::filesystem::exists(files.printed)) return files.printed;
+  if (!options.printed.empty()) throw importers::ImportError(files.printed, 0, "the file does not exist");
+  return {};
+}
+
 // The database takes the place of a file of its name; that must not be one of those that are read.
 void checkOutput(const importers::JobFiles& files) {
-  for (const std::string& input : {files.results, files.deck, files.status}) {
+  for (const std::string& input : {files.results, files.deck, files.status, files.printed}) {
     std::error_code ignored;
     if (std::filesystem::equivalent(input, files.output, ignored)) {
       throw importers::ImportError(files.output, 0, "the database would replace what it is made of");
@@ -36,8 +44,9 @@ void checkOutput(const importers::JobFiles& files) {
 }
 
 void printSummary(const importers::JobFiles& files, const importers::calculix::ImportSummary& summary, double seconds) {
-  fmt::print("{}: {} steps, {} frames, {} fields, {} sets, {} bytes, {:.2f} s\n", files.output, summary.steps,
-             summary.frames, summary.fields, summary.sets, std::filesystem::file_size(files.output), seconds);
+  fmt::print("{}: {} steps, {} frames, {} fields, {} histories, {} sets, {} bytes, {:.2f} s\n", files.output,
+             summary.steps, summary.frames, summary.fields, summary.histories, summary.sets,
+             std::filesystem::file_size(files.output), seconds);
   if (!summary.cutOffBehind.empty()) {
     fmt::print("incomplete: the results end behind {}\n", summary.cutOffBehind);
   }
@@ -46,9 +55,18 @@ void printSummary(const importers::JobFiles& files, const importers::calculix::I
 void run(const importers::ImportOptions& options) {
   const auto begin = std::chrono::steady_clock::now();
   const importers::JobFiles files = importers::jobFiles(options);
-  const importers::calculix::ImportRequest request = {
-      files.results,    findDeck(options, files), files.status,     files.output, {options.compress, options.checksum},
-      options.isStrict, options.withMass,         options.selection};
+  importers::calculix::ImportRequest request;
+  request.results = files.results;
+  request.deck = findDeck(options, files);
+  request.status = files.status;
+  request.printed = findPrinted(options, files);
+  request.output = files.output;
+  request.storage = {options.compress, options.checksum};
+  request.isStrict = options.isStrict;
+  request.withMass = options.withMass;
+  request.selection = options.selection;
+  request.stressAt = options.stressAt;
+  request.historyLimit = options.historyLimit;
   if (options.isList) {
     fmt::print("{}", importers::calculix::listCalculix(request, warn));
     return;

@@ -139,18 +139,18 @@ TEST_F(SelectionTest, TheListIsWhatWouldBeImported) {
                                    "Step-2  2      2000   Mode 2: Frequency = 2000\n"
                                    "Step-2  3      3000   Mode 3: Frequency = 3000\n"
                                    "\n"
-                                   "step    field  block   kind    components         nodes  frames\n"
-                                   "Step-1  NT     NDTEMP  scalar                     1      2,4,6\n"
-                                   "Step-1  S      STRESS  tensor  11 22 33 12 13 23  1      2,4,6\n"
-                                   "Step-2  NT     NDTEMP  scalar                     1      1-3\n"));
+                                   "step    field  block   kind    components         rows  frames\n"
+                                   "Step-1  NT     NDTEMP  scalar                     1     2,4,6\n"
+                                   "Step-1  S      STRESS  tensor  11 22 33 12 13 23  1     2,4,6\n"
+                                   "Step-2  NT     NDTEMP  scalar                     1     1-3\n"));
   EXPECT_THAT(warnings_, IsEmpty());
   EXPECT_THAT(listed({.fields = {"s"}, .frames = {FrameChoice::Kind::last}}),
               EndsWith("\n"
                        "step    frame  value  description\n"
                        "Step-1  6      1.5    Increment 6: Step Time = 1.5000\n"
                        "\n"
-                       "step    field  block   kind    components         nodes  frames\n"
-                       "Step-1  S      STRESS  tensor  11 22 33 12 13 23  1      6\n"));
+                       "step    field  block   kind    components         rows  frames\n"
+                       "Step-1  S      STRESS  tensor  11 22 33 12 13 23  1     6\n"));
   EXPECT_THAT(listed({}, twoBars() + temperature({}).substr(0, 200)),
               EndsWith("job.frd: 3 nodes, 2 elements, ASCII results, cut off\n"));
 }

@@ -66,7 +66,7 @@ class ImportProgramTest(ProgramTest):
         self.assertEqual((run.status, run.err), (0, b""))
         size = self.path("job.odb").stat().st_size
         self.assertRegex(run.out.decode(),
-                         rf"^job\.odb: 1 steps, 1 frames, 2 fields, 2 sets, {size} bytes, \d+\.\d\d s\n$")
+                         rf"^job\.odb: 1 steps, 1 frames, 2 fields, 0 histories, 2 sets, {size} bytes, \d+\.\d\d s\n$")
         self.assertEqual(sorted(p.name for p in self.directory.iterdir()), ["job.frd", "job.inp", "job.odb"])
         with h5py.File(self.path("job.odb")) as odb:
             self.assertEqual(odb.attrs["title"], b"bars")
@@ -80,7 +80,7 @@ class ImportProgramTest(ProgramTest):
         self.write("other.inp", DECK)
         run = self.run_import("runs/job.frd", "-o", "out/result.odb", "--deck", "other.inp")
         self.assertEqual((run.status, run.err), (0, b""))
-        self.assertTrue(run.out.startswith(b"out/result.odb: 1 steps, 1 frames, 2 fields, 2 sets, "))
+        self.assertTrue(run.out.startswith(b"out/result.odb: 1 steps, 1 frames, 2 fields, 0 histories, 2 sets, "))
         self.assertEqual(os.listdir(self.path("out")), ["result.odb"])
 
     def test_without_a_deck_there_are_no_sets(self):
@@ -216,8 +216,8 @@ class ImportProgramTest(ProgramTest):
             "job.frd: 3 nodes, 2 elements, ASCII results", "",
             "set   of        members", "Ends  nodes     2", "Bars  elements  2", "",
             "step    frame  value  description", "Step-1  1      1      Increment 1: Step Time = 1.0000", "",
-            "step    field  block   kind    components  nodes  frames",
-            "Step-1  NT     NDTEMP  scalar              3      1"])
+            "step    field  block   kind    components  rows  frames",
+            "Step-1  NT     NDTEMP  scalar              3     1"])
         self.assertEqual(sorted(p.name for p in self.directory.iterdir()), ["job.frd", "job.inp"])
 
     def test_a_selection_of_nothing_lists_what_there_is(self):

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace importers::calculix {
@@ -56,12 +57,13 @@ struct FieldSummary {
 };
 
 std::string frameTable(const Contents& contents) {
+  std::map<std::pair<int, int>, FrameNumber> frames;
+  for (const ContentsBlock& block : contents.blocks) frames.emplace(std::pair(block.step, block.place), block.frame);
   std::vector<Row> rows = {{"step", "frame", "value", "description"}};
-  std::set<std::pair<int, int>> seen;
-  for (const ContentsBlock& block : contents.blocks) {
-    if (!seen.emplace(block.step, block.frame).second) continue;
-    rows.push_back({fmt::format("Step-{}", block.step), fmt::format("{}", block.info.incrementNumber),
-                    fmt::format("{:.6g}", block.info.value), block.info.description});
+  for (const auto& [place, number] : frames) {
+    const odbstore::FrameInfo& info = contents.frames[number].info;
+    rows.push_back({fmt::format("Step-{}", place.first), fmt::format("{}", info.incrementNumber),
+                    fmt::format("{:.6g}", info.value), info.description});
   }
   return aligned(rows);
 }
@@ -72,21 +74,42 @@ std::string fieldTable(const Contents& contents) {
     for (const MappedField& field : block.fields) {
       const auto known = fields.try_emplace({block.step, field.name}, FieldSummary{&block, &field, {}, block.rows, 0});
       FieldSummary& summary = known.first->second;
-      summary.frames.insert(block.info.incrementNumber);
+      summary.frames.insert(contents.frames[block.frame].info.incrementNumber);
       summary.fewestRows = std::min(summary.fewestRows, block.rows);
       summary.mostRows = std::max(summary.mostRows, block.rows);
     }
   }
-  std::vector<Row> rows = {{"step", "field", "block", "kind", "components", "nodes", "frames"}};
+  std::vector<Row> rows = {{"step", "field", "block", "kind", "components", "rows", "frames"}};
   for (const auto& [key, summary] : fields) {
-    const std::string nodes = summary.fewestRows == summary.mostRows
+    const std::string count = summary.fewestRows == summary.mostRows
                                   ? fmt::format("{}", summary.mostRows)
                                   : fmt::format("{}-{}", summary.fewestRows, summary.mostRows);
     rows.push_back({fmt::format("Step-{}", key.first), key.second, summary.block->block, kindOf(*summary.field),
-                    fmt::format("{}", fmt::join(summary.field->info.componentLabels, " ")), nodes,
+                    fmt::format("{}", fmt::join(summary.field->info.componentLabels, " ")), count,
                     runsOf(summary.frames)});
   }
   return aligned(rows);
+}
+
+// What histories are made of, a line for each kind of table of a set in a step.
+std::string tableTable(const Contents& contents) {
+  struct Summary {
+    std::size_t tables = 0;
+    std::size_t mostRows = 0;
+  };
+  std::map<std::tuple<int, std::string, std::string>, Summary> kinds;
+  for (const PrintedTable& table : contents.printed.tables) {
+    if (table.step == 0 || table.format->isMark()) continue;
+    Summary& summary = kinds[{table.step, table.head.title, table.head.set}];
+    ++summary.tables;
+    summary.mostRows = std::max(summary.mostRows, table.rows);
+  }
+  std::vector<Row> rows = {{"step", "printed", "set", "rows", "tables"}};
+  for (const auto& [kind, summary] : kinds) {
+    rows.push_back({fmt::format("Step-{}", std::get<0>(kind)), std::get<1>(kind), std::get<2>(kind),
+                    fmt::format("{}", summary.mostRows), fmt::format("{}", summary.tables)});
+  }
+  return rows.size() > 1 ? '\n' + aligned(rows) : "";
 }
 
 void addSets(std::vector<Row>& rows, const char* kind, const std::map<std::string, DeckSet>& sets) {
@@ -105,8 +128,8 @@ std::string contentsTable(const Contents& contents, const Deck& deck, const std:
   addSets(sets, "nodes", deck.nodeSets);
   addSets(sets, "elements", deck.elementSets);
   if (sets.size() > 1) text += '\n' + aligned(sets);
-  if (contents.blocks.empty()) return text;
-  return text + '\n' + frameTable(contents) + '\n' + fieldTable(contents);
+  if (!contents.blocks.empty()) text += '\n' + frameTable(contents) + '\n' + fieldTable(contents);
+  return text + tableTable(contents);
 }
 
 }  // namespace importers::calculix

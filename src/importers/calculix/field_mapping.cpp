@@ -79,15 +79,6 @@ BlockName nameOf(const std::string& block) {
   return {block, "Result block " + block};
 }
 
-MappedField scalarField(const std::string& name, const std::string& description, std::size_t column) {
-  return {name, {description, kScalar, {}, {}, false}, {static_cast<int>(column)}};
-}
-
-MappedField vectorField(const std::string& name, const std::string& description, std::vector<std::string> labels,
-                        std::vector<int> columns) {
-  return {name, {description, kVector, std::move(labels), kMagnitude, false}, std::move(columns)};
-}
-
 // Whether the components from the first on share a stem and end in these, one each.
 bool haveEndings(const FrdResult& result, std::initializer_list<std::string_view> endings) {
   if (result.components.size() < endings.size()) return false;
@@ -114,15 +105,6 @@ bool isTensor(const FrdResult& result) {
   return result.components.size() == kTensorComponents && haveEndings(result, {"XX", "YY", "ZZ", "XY", "YZ", "ZX"});
 }
 
-MappedField tensorField(const FrdResult& result, const BlockName& name) {
-  const bool isStress = result.name.starts_with(kStress);
-  // The file has 13 last, the database 23.
-  return {name.field,
-          {name.description, kFullTensor, odbstore::defaultTensorLabels(kFullTensor),
-           isStress ? kAllOfTensor : kPrincipals, false},
-          {0, 1, 2, 3, 5, 4}};
-}
-
 // Opening and slips, pressure and shears of a contact: two triples with names of their own.
 std::optional<std::vector<MappedField>> mapContact(const FrdResult& result) {
   constexpr std::array<std::string_view, 6> expected = {"COPEN", "CSLIP1", "CSLIP2", "CPRESS", "CSHEAR1", "CSHEAR2"};
@@ -132,8 +114,8 @@ std::optional<std::vector<MappedField>> mapContact(const FrdResult& result) {
                  [](const FrdComponent& c, std::string_view name) { return c.name == name; });
   if (!isContact) return std::nullopt;
   return std::vector<MappedField>{
-      vectorField("CDIS", "Contact displacement", {expected.begin(), expected.begin() + 3}, {0, 1, 2}),
-      vectorField("CSTR", "Contact Stress", {expected.begin() + 3, expected.end()}, {3, 4, 5})};
+      vectorField("CDIS", "Contact displacement", {0, 1, 2}, {expected.begin(), expected.begin() + 3}),
+      vectorField("CSTR", "Contact Stress", {3, 4, 5}, {expected.begin() + 3, expected.end()})};
 }
 
 // The solver keeps them in the columns of the stresses, XX YY ZZ XY YZ ZX.
@@ -141,8 +123,7 @@ std::vector<MappedField> mapSectionForces(const FrdResult& result) {
   const bool isImaginary = result.name != kStress;
   const auto field = [&](const char* name, const char* description, std::vector<int> columns) {
     return vectorField(std::string(name).append(isImaginary ? kImaginaryEnding : ""),
-                       std::string(description).append(isImaginary ? kImaginaryDescription : ""), {"1", "2", "3"},
-                       std::move(columns));
+                       std::string(description).append(isImaginary ? kImaginaryDescription : ""), std::move(columns));
   };
   return {field("SF", "Section force: shear along 1 and 2, normal force", {0, 1, 2}),
           field("SM", "Section moment: bending about 1 and 2, torque", {4, 5, 3})};
@@ -168,20 +149,59 @@ void makeUnique(std::vector<MappedField>& fields) {
   }
 }
 
-}  // namespace
+// Results of elements, which the run may have printed at integration points too.
+bool isOfElements(const KnownBlock& known) {
+  constexpr std::array<std::string_view, 7> fields = {"S", "E", "ME", "THE", "PEEQ", "ENER", "HFL"};
+  return std::find(fields.begin(), fields.end(), known.field) != fields.end();
+}
 
-std::vector<MappedField> mapResult(const FrdResult& result, StressContent content) {
+std::vector<MappedField> mapPlain(const FrdResult& result, StressContent content) {
   if (auto contact = mapContact(result)) return *contact;
   const bool isStress = isTensor(result) && result.name.starts_with(kStress);
   if (isStress && content == StressContent::sectionForces) return mapSectionForces(result);
   const BlockName name = nameOf(result.name);
   if (result.components.size() == 1) return {scalarField(name.field, name.description, 0)};
-  if (isTensor(result)) return {tensorField(result, name)};
+  // The file has 13 last, the database 23.
+  if (isTensor(result)) return {tensorField(name.field, name.description, isStress, {0, 1, 2, 3, 5, 4})};
   std::vector<MappedField> fields;
   const bool hasVector = startsWithVector(result);
-  if (hasVector) fields.push_back(vectorField(name.field, name.description, {"1", "2", "3"}, {0, 1, 2}));
+  if (hasVector) fields.push_back(vectorField(name.field, name.description, {0, 1, 2}));
   addScalars(result, name, hasVector ? kVectorComponents : 0, fields);
   makeUnique(fields);
+  return fields;
+}
+
+}  // namespace
+
+MappedField scalarField(const std::string& name, const std::string& description, std::size_t column) {
+  return {name, {description, kScalar, {}, {}, false}, {static_cast<int>(column)}};
+}
+
+MappedField vectorField(const std::string& name, const std::string& description, std::vector<int> columns,
+                        std::vector<std::string> labels) {
+  return {name, {description, kVector, std::move(labels), kMagnitude, false}, std::move(columns)};
+}
+
+MappedField tensorField(const std::string& name, const std::string& description, bool isStress,
+                        std::vector<int> columns) {
+  return {name,
+          {description, kFullTensor, odbstore::defaultTensorLabels(kFullTensor), isStress ? kAllOfTensor : kPrincipals,
+           false},
+          std::move(columns)};
+}
+
+std::vector<MappedField> mapResult(const FrdResult& result, StressContent content, StressAt stressAt) {
+  std::vector<MappedField> fields = mapPlain(result, content);
+  const KnownBlock* known = findKnown(result.name);
+  if (known == nullptr) known = findReal(result.name);
+  const bool isOfElement =
+      result.name == "SDV" || (known != nullptr && isOfElements(*known) && content == StressContent::stress);
+  if (stressAt == StressAt::nodes || !isOfElement) return fields;
+  for (MappedField& field : fields) {
+    const std::size_t end =
+        field.name.ends_with(kImaginaryEnding) ? field.name.size() - kImaginaryEnding.size() : field.name.size();
+    field.name.insert(end, "_NODAL");
+  }
   return fields;
 }
 

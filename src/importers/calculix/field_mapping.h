@@ -18,6 +18,17 @@ struct MappedField {
   bool isTensor() const { return odbstore::isTensorType(info.type); }
 };
 
+// Which stresses, strains and other results of elements have the plain names: the averages at the nodes of the result
+// file, or the values at integration points that the run has printed. The others end in "_IP" or "_NODAL".
+enum class StressAt { nodes, integrationPoints };
+
+MappedField scalarField(const std::string& name, const std::string& description, std::size_t column);
+MappedField vectorField(const std::string& name, const std::string& description, std::vector<int> columns,
+                        std::vector<std::string> labels = {"1", "2", "3"});
+// `columns` in the order 11, 22, 33, 12, 13, 23.
+MappedField tensorField(const std::string& name, const std::string& description, bool isStress,
+                        std::vector<int> columns);
+
 // What the block of stresses holds: the file does not tell, the deck does.
 enum class StressContent { stress, sectionForces };
 
@@ -27,7 +38,8 @@ enum class StressContent { stress, sectionForces };
 // or "<block>" when there is one component. Imaginary parts end in "_IM". No two fields of a block have the same name.
 // Section forces are two vectors in the axes of the beam: SF with shear along 1, shear along 2 and the normal force, SM
 // with bending about 1, bending about 2 and the torque.
-std::vector<MappedField> mapResult(const FrdResult& result, StressContent content = StressContent::stress);
+std::vector<MappedField> mapResult(const FrdResult& result, StressContent content = StressContent::stress,
+                                   StressAt stressAt = StressAt::nodes);
 
 std::vector<std::string> namesOfFields(const std::vector<MappedField>& fields);
 

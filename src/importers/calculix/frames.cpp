@@ -15,13 +15,6 @@ namespace {
 constexpr int kDigitsOfTime = 10;
 constexpr double kStatusPrecision = 1e-5;
 
-// All frames of steady-state dynamics have the increment 0, which no increment in time has.
-bool isSteadyStateDynamics(const FrdResult& block) { return block.kind == AnalysisKind::time && block.increment == 0; }
-
-bool advancesInTime(const FrdResult& block) {
-  return block.kind != AnalysisKind::modal && block.kind != AnalysisKind::buckling && !isSteadyStateDynamics(block);
-}
-
 // Four decimals where they show the value, significant digits where they would not.
 std::string timeText(double time) {
   return time == 0.0 || std::abs(time) >= 1e-3 ? fmt::format("{:.4f}", time) : fmt::format("{:.5g}", time);
@@ -36,7 +29,32 @@ double difference(double total, double start) {
 
 bool agree(double time, double status) { return std::abs(time - status) <= kStatusPrecision * std::abs(status); }
 
+std::string placeText(const RunFrame& frame) {
+  const bool isFrequency = frame.kind == FrameKind::mode || frame.kind == FrameKind::steadyState;
+  return fmt::format("step {}, {} {:.6g}", frame.step,
+                     frame.kind == FrameKind::time ? "time"
+                     : isFrequency                 ? "frequency"
+                                                   : "buckling factor",
+                     frame.value);
+}
+
 }  // namespace
+
+FrameKind frameKindOf(const FrdResult& block) {
+  if (block.kind == AnalysisKind::buckling) return FrameKind::bucklingMode;
+  if (block.kind == AnalysisKind::modal) return FrameKind::mode;
+  // All frames of steady-state dynamics have the increment 0, which no increment in time has.
+  const bool isSteadyState = block.kind == AnalysisKind::time && block.increment == 0;
+  return isSteadyState ? FrameKind::steadyState : FrameKind::time;
+}
+
+std::vector<int> placesInSteps(const Frames& frames) {
+  std::vector<int> places(frames.size());
+  for (const auto& [step, order] : frames.steps()) {
+    for (std::size_t place = 0; place < order.size(); ++place) places[order[place]] = static_cast<int>(place);
+  }
+  return places;
+}
 
 double Frames::startOf(int step) const {
   const auto first = times_.lower_bound({step, 0});
@@ -55,94 +73,89 @@ double Frames::startOf(int step) const {
   return start;
 }
 
-Frames::Step& Frames::stepOf(const FrdResult& block) {
-  const auto [known, isNew] = steps_.emplace(block.step, Step{});
+Frames::Step& Frames::stepOf(int number) {
+  const auto [known, isNew] = steps_.emplace(number, Step{});
   Step& step = known->second;
   if (!isNew) return step;
-  step.start = startOf(block.step);
+  step.start = startOf(number);
   step.end = step.start;
   return step;
 }
 
-odbstore::StepId Frames::writeStep(int number, Step& step) {
-  if (step.id) return *step.id;
-  odbstore::StepInfo info;
-  const auto place = static_cast<std::size_t>(number) - 1;
-  if (number > 0 && place < stepTitles_.size()) info.description = stepTitles_[place];
-  if (mass_) {
-    info.mass = mass_->mass;
-    info.massCenter.assign(mass_->centre.begin(), mass_->centre.end());
-    info.inertiaAboutCenter.assign(mass_->inertiaAboutCentre.begin(), mass_->inertiaAboutCentre.end());
-    info.inertiaAboutOrigin.assign(mass_->inertiaAboutOrigin.begin(), mass_->inertiaAboutOrigin.end());
-  }
-  step.id = writer_->addStep(fmt::format("Step-{}", number), info);
-  ++stepCount_;
-  return *step.id;
-}
-
-double Frames::timeInStep(const FrdResult& block, Step& step) {
-  const auto known = times_.find({block.step, block.increment});
-  if (known == times_.end()) return difference(block.value, step.start);
+double Frames::timeInStep(const RunFrame& frame, int increment, Step& step) {
+  const auto known = times_.find({frame.step, increment});
+  if (known == times_.end()) return difference(frame.value, step.start);
   const auto status = std::find_if(known->second.begin(), known->second.end(),
-                                   [&](const IncrementTime& time) { return agree(block.value, time.total); });
+                                   [&](const IncrementTime& time) { return agree(frame.value, time.total); });
   if (status == known->second.end()) {
-    warn_(statusPath_ + ": warning: its times are not those of the results, and are not used");
+    (*warn_)(statusPath_ + ": warning: its times are not those of the results, and are not used");
     times_.clear();
-    step.start = startOf(block.step);
-    return difference(block.value, step.start);
+    step.start = startOf(frame.step);
+    return difference(frame.value, step.start);
   }
   // Where both say the same, the total times do it with more digits.
-  const double time = difference(block.value, step.start);
+  const double time = difference(frame.value, step.start);
   return agree(time, status->step) ? time : status->step;
 }
 
-odbstore::FrameInfo Frames::describe(const FrdResult& block, Step& step) {
-  if (advancesInTime(block)) {
-    step.end = std::max(step.end, block.value);
-    const double time = timeInStep(block, step);
-    return {block.increment, time, fmt::format("Increment {}: Step Time = {}", block.increment, timeText(time))};
+void Frames::describe(RunFrame& frame, int increment) {
+  Step& step = stepOf(frame.step);
+  if (frame.kind == FrameKind::time) {
+    step.end = std::max(step.end, frame.value);
+    const double time = timeInStep(frame, increment, step);
+    frame.info = {increment, time, fmt::format("Increment {}: Step Time = {}", increment, timeText(time))};
+    return;
   }
-  if (block.kind == AnalysisKind::buckling && step.numbered == 0 && block.value == 0.0) return {0, 0.0, "Base State"};
+  if (frame.kind == FrameKind::bucklingMode && step.numbered == 0 && frame.value == 0.0) {
+    frame.kind = FrameKind::baseState;
+  }
+  if (frame.kind == FrameKind::baseState) {
+    frame.info = {0, 0.0, "Base State"};
+    return;
+  }
   const int number = ++step.numbered;
-  std::string description;
-  if (block.kind == AnalysisKind::buckling) {
-    description = fmt::format("Mode {}: Buckling Factor = {:.5g}", number, block.value);
-  } else if (block.kind == AnalysisKind::modal) {
-    description = fmt::format("Mode {}: Frequency = {:.5g}", number, block.value);
-  } else {
-    description = fmt::format("Increment {}: Frequency = {:.5g}", number, block.value);
-  }
-  if (block.nodalDiameter) description += fmt::format(", Nodal Diameter = {}", *block.nodalDiameter);
-  return {number, block.value, description};
+  const char* const what = frame.kind == FrameKind::bucklingMode ? "Mode {}: Buckling Factor = {:.5g}"
+                           : frame.kind == FrameKind::mode       ? "Mode {}: Frequency = {:.5g}"
+                                                                 : "Increment {}: Frequency = {:.5g}";
+  frame.info = {number, frame.value, fmt::format(fmt::runtime(what), number, frame.value)};
+  if (frame.nodalDiameter) frame.info.description += fmt::format(", Nodal Diameter = {}", *frame.nodalDiameter);
 }
 
-Frames::Frame& Frames::find(const FrdResult& block, const std::vector<std::string>& fields) {
-  Step& step = stepOf(block);
-  const std::pair<int, int> place{block.step, block.frameCounter};
-  auto frame = frames_.find(place);
+FrameNumber Frames::find(const FrdResult& block, const std::vector<std::string>& fields) {
+  const std::pair<int, int> counter{block.step, block.frameCounter};
+  auto known = byCounter_.find(counter);
   const auto hasOne = [&](const std::set<std::string>& names) {
     return std::any_of(fields.begin(), fields.end(), [&](const std::string& name) { return names.contains(name); });
   };
-  if (frame == frames_.end() || hasOne(frame->second.fields)) {
-    const odbstore::FrameInfo info = describe(block, step);
-    frame = frames_.insert_or_assign(place, Frame{step.frames++, info, {}, {}}).first;
-    lastPlace_ = fmt::format("step {}, {} {:.6g}", block.step,
-                             advancesInTime(block)                  ? "time"
-                             : block.kind == AnalysisKind::buckling ? "buckling factor"
-                                                                    : "frequency",
-                             block.value);
+  if (known == byCounter_.end() || hasOne(frames_[known->second].fields)) {
+    RunFrame frame{block.step, frameKindOf(block), block.value, block.nodalDiameter, {}, {}};
+    describe(frame, block.increment);
+    lastPlace_ = placeText(frame);
+    order_[block.step].push_back(frames_.size());
+    known = byCounter_.insert_or_assign(counter, frames_.size()).first;
+    frames_.push_back(std::move(frame));
   }
-  frame->second.fields.insert(fields.begin(), fields.end());
-  return frame->second;
+  frames_[known->second].fields.insert(fields.begin(), fields.end());
+  return known->second;
 }
 
-odbstore::FrameId Frames::write(const FrdResult& block, const std::vector<std::string>& fields) {
-  Frame& frame = find(block, fields);
-  if (!frame.id) {
-    frame.id = writer_->addFrame(writeStep(block.step, steps_.at(block.step)), frame.info);
-    ++frameCount_;
+FrameNumber Frames::insert(int step, FrameKind kind, int increment, double value) {
+  RunFrame frame{step, kind, value, {}, {}, {}};
+  std::vector<FrameNumber>& order = order_[step];
+  const auto isLater = [&](FrameNumber other) {
+    return kind == FrameKind::mode || kind == FrameKind::bucklingMode ? frames_[other].info.incrementNumber > increment
+           : kind == FrameKind::baseState                             ? true
+                                                                      : frames_[other].value > value;
+  };
+  const auto place = std::find_if(order.begin(), order.end(), isLater);
+  if (kind == FrameKind::time && increment == 0) {
+    increment = place == order.begin() ? 1 : frames_[*(place - 1)].info.incrementNumber + 1;
   }
-  return *frame.id;
+  if (kind == FrameKind::mode || kind == FrameKind::bucklingMode) stepOf(step).numbered = increment - 1;
+  describe(frame, increment);
+  order.insert(place, frames_.size());
+  frames_.push_back(std::move(frame));
+  return frames_.size() - 1;
 }
 
 }  // namespace importers::calculix

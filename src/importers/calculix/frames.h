@@ -1,4 +1,4 @@
-// Steps and frames of a CalculiX run, out of what each result block says of itself.
+// Steps and frames of a CalculiX run, out of what each result block and each printed table says of itself.
 #pragma once
 
 #include <map>
@@ -9,79 +9,87 @@
 #include <vector>
 
 #include "importers/calculix/frd_reader.h"
-#include "importers/calculix/step_mass.h"
 #include "importers/calculix/step_times.h"
 #include "importers/diagnostics.h"
-#include "odbstore/writer.h"
+#include "odbstore/schema.h"
 
 namespace importers::calculix {
+
+// What the value of a frame is.
+enum class FrameKind {
+  time,          // total time
+  mode,          // a frequency
+  baseState,     // of a buckling step
+  bucklingMode,  // a factor
+  steadyState    // a frequency
+};
+
+FrameKind frameKindOf(const FrdResult& block);
+
+struct RunFrame {
+  int step = 0;
+  FrameKind kind = FrameKind::time;
+  double value = 0.0;  // as the solver prints it
+  std::optional<int> nodalDiameter;
+  odbstore::FrameInfo info;
+  std::set<std::string> fields;  // of the result file
+};
+
+// The number of a frame among all that are known, in the order in which they became known.
+using FrameNumber = std::size_t;
 
 // Blocks with the same step and frame counter make one frame. Frames of modes, buckling factors and steady-state
 // dynamics are numbered from 1 in their step, because the solver gives all of them the same increment; the state that a
 // buckling step starts from has 0; all others keep their increment. The value of a frame is the time in its step, the
 // frequency or the buckling factor. All blocks have to be shown, also those that are not imported: what the frames of a
-// step are is known from all of them. Steps and frames are written when they are first needed.
+// step are is known from all of them.
 class Frames {
  public:
-  struct Frame {
-    int index = 0;  // in its step, from 0
-    odbstore::FrameInfo info;
-    std::set<std::string> fields;
-    std::optional<odbstore::FrameId> id;  // once it is written
-  };
-
   // `statusPath` names the status file, which need not exist. One that contradicts the results is passed over with a
-  // warning. Without a writer frames can be found, but not written.
-  Frames(const std::string& statusPath, std::vector<std::string> stepTitles, odbstore::Writer* writer,
-         const WarningSink& warn)
-      : statusPath_(statusPath),
-        times_(readStepTimes(statusPath)),
-        stepTitles_(std::move(stepTitles)),
-        writer_(writer),
-        warn_(warn) {}
-
-  // The mass of the steps that are written from now on.
-  void setMass(const StepMass& mass) { mass_ = mass; }
+  // warning.
+  Frames(const std::string& statusPath, const WarningSink& warn)
+      : statusPath_(statusPath), times_(readStepTimes(statusPath)), warn_(&warn) {}
 
   // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is
-  // another one than the block's. Good until the next call.
-  Frame& find(const FrdResult& block, const std::vector<std::string>& fields);
+  // another one than the block's.
+  FrameNumber find(const FrdResult& block, const std::vector<std::string>& fields);
 
-  // The same frame as the database has it.
-  odbstore::FrameId write(const FrdResult& block, const std::vector<std::string>& fields);
+  // A frame that the result file lacks, at its place in the step. `increment` is 0 where it is not known, and the
+  // number of the mode.
+  FrameNumber insert(int step, FrameKind kind, int increment, double value);
 
-  // How many have been written.
-  int stepCount() const { return stepCount_; }
-  int frameCount() const { return frameCount_; }
-  // "step 2, time 0.5": the last frame begun, with its total time.
+  const RunFrame& operator[](FrameNumber frame) const { return frames_[frame]; }
+  std::size_t size() const { return frames_.size(); }
+  // The frames of each step in their order.
+  const std::map<int, std::vector<FrameNumber>>& steps() const { return order_; }
+  const StepTimes& statusTimes() const { return times_; }
+
+  // "step 2, time 0.5": the last frame of the result file, with its total time.
   const std::string& lastPlace() const { return lastPlace_; }
 
  private:
   struct Step {
-    std::optional<odbstore::StepId> id;  // once it is written
-    double start = 0.0;                  // total time
+    double start = 0.0;  // total time
     double end = 0.0;
-    int frames = 0;    // all of them
-    int numbered = 0;  // those that are numbered
+    int numbered = 0;  // the frames that are numbered
   };
 
-  Step& stepOf(const FrdResult& block);
+  Step& stepOf(int number);
   double startOf(int step) const;
-  double timeInStep(const FrdResult& block, Step& step);
-  odbstore::StepId writeStep(int number, Step& step);
-  odbstore::FrameInfo describe(const FrdResult& block, Step& step);
+  double timeInStep(const RunFrame& frame, int increment, Step& step);
+  void describe(RunFrame& frame, int increment);
 
   std::string statusPath_;
   StepTimes times_;
-  std::vector<std::string> stepTitles_;
-  odbstore::Writer* writer_;
-  const WarningSink& warn_;
-  std::optional<StepMass> mass_;
+  const WarningSink* warn_;
   std::map<int, Step> steps_;
-  std::map<std::pair<int, int>, Frame> frames_;  // by step and frame counter
-  int stepCount_ = 0;
-  int frameCount_ = 0;
+  std::vector<RunFrame> frames_;
+  std::map<int, std::vector<FrameNumber>> order_;
+  std::map<std::pair<int, int>, FrameNumber> byCounter_;  // step and frame counter
   std::string lastPlace_;
 };
+
+// Where each frame stands in its step, from 0.
+std::vector<int> placesInSteps(const Frames& frames);
 
 }  // namespace importers::calculix

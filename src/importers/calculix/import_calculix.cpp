@@ -2,17 +2,19 @@
 
 #include <fmt/format.h>
 
+#include <map>
 #include <optional>
 #include <set>
 
 #include "importers/calculix/contents.h"
 #include "importers/calculix/contents_table.h"
 #include "importers/calculix/deck.h"
-#include "importers/calculix/field_mapping.h"
-#include "importers/calculix/frames.h"
 #include "importers/calculix/frd_reader.h"
 #include "importers/calculix/mass_properties.h"
 #include "importers/calculix/model.h"
+#include "importers/calculix/printed_histories.h"
+#include "importers/calculix/printed_import.h"
+#include "importers/calculix/step_writer.h"
 
 namespace importers::calculix {
 
@@ -32,15 +34,10 @@ Deck deckOf(const ImportRequest& request, const WarningSink& warn, DeckDetail de
   return request.deck.empty() ? Deck{} : readDeck(request.deck, warn, detail);
 }
 
-// Which result blocks are selected, by their place among all of them; nothing for all.
-std::optional<std::set<std::size_t>> selectedBlocks(const ImportRequest& request, const Deck& deck) {
-  if (request.selection.isEverything()) return std::nullopt;
-  // Whatever there is to warn of comes up again when the rows are read.
-  Contents contents = readContents(request.results, request.status, deck, [](const std::string&) {});
+Contents selectedContents(const ImportRequest& request, const Deck& deck, const WarningSink& warn) {
+  Contents contents = readContents({request.results, request.status, request.printed}, request.stressAt, deck, warn);
   select(contents, request.selection, request.results);
-  std::set<std::size_t> ordinals;
-  for (const ContentsBlock& block : contents.blocks) ordinals.insert(block.ordinal);
-  return ordinals;
+  return contents;
 }
 
 class Import {
@@ -51,14 +48,16 @@ class Import {
         progress_(progress),
         reader_(request.results),
         deck_(deckOf(request, warn, request.withMass ? DeckDetail::mass : DeckDetail::sets)),
-        selected_(selectedBlocks(request, deck_)),
+        contents_(selectedContents(request, deck_, warn)),
         writer_(request.output, request.storage),
-        model_(deck_, request.results, writer_),
-        frames_(request.status, deck_.stepTitles, &writer_, warn) {
-    if (request.withMass) {
-      if (const std::optional<StepMass> mass = massOf(deck_, warn)) frames_.setMass(*mass);
-    }
+        model_(deck_, request.results, writer_) {
+    std::optional<StepMass> mass;
+    if (request.withMass) mass = massOf(deck_, warn);
+    written_ = writeSteps(contents_, request.selection, deck_, request.withMass, mass, writer_);
     deck_.mesh.dropNodes();
+    for (const ContentsBlock& block : contents_.blocks) {
+      if (!block.isPrinted) wanted_[block.ordinal] = &block;
+    }
   }
 
   ImportSummary run() {
@@ -73,12 +72,18 @@ class Import {
       if (progress_) progress_(reader_.offset(), reader_.size());
     }
     checkEnd();
+    const int histories = importPrinted();
     if (!request_.deck.empty()) model_.addSets(warn_);
     if (progress_) progress_(reader_.size(), reader_.size());
     rows_ = {};  // completing the database takes as much again
     writer_.finish();
-    return {frames_.stepCount(), frames_.frameCount(), static_cast<int>(fields_.size()), model_.setCount(),
-            reader_.isCutOff() ? endOfResults() : ""};
+    const bool isCutOff = reader_.isCutOff() || contents_.printed.isCutOff;
+    return {static_cast<int>(written_.steps.size()),
+            static_cast<int>(written_.frames.size()),
+            static_cast<int>(fields_.size()),
+            histories,
+            model_.setCount(),
+            isCutOff ? endOfResults() : ""};
   }
 
  private:
@@ -92,28 +97,20 @@ class Import {
     model_.addElements(elements);
   }
 
-  // Counts the result block that comes next, and tells whether it is selected.
+  // Finds the result block that comes next among the selected ones.
   bool startResult() {
-    const std::size_t ordinal = resultCount_++;
-    isSelected_ = !selected_ || selected_->contains(ordinal);
-    return isSelected_;
+    const auto wanted = wanted_.find(resultCount_++);
+    block_ = wanted == wanted_.end() ? nullptr : wanted->second;
+    return block_ != nullptr;
   }
 
   void take(const FrdResult& block) {
     if (!model_.hasNodes()) fail(block.line, "results come before the nodes that they belong to");
-    const std::vector<MappedField> fields = mapResult(block, stressContentOf(block, deck_));
-    if (!isSelected_) {
-      if (block.rows > 0) frames_.find(block, namesOfFields(fields));
-      return;
-    }
-    if (block.labels.empty()) {
-      warnOnce(block, "has no rows and is left out");
-      return;
-    }
-    const odbstore::FrameId frame = frames_.write(block, namesOfFields(fields));
+    if (block.rows == 0 && request_.selection.isEverything()) warnOnce(block, "has no rows and is left out");
+    if (block_ == nullptr || block.labels.empty()) return;
     RowPlaces& places = model_.placesOf(block);
-    for (const MappedField& field : fields) {
-      if (request_.selection.takesField(field.name)) addField(block, field, frame, places);
+    for (const MappedField& field : block_->fields) {
+      addField(block, field, written_.frames.at(block_->frame), places);
     }
   }
 
@@ -135,10 +132,25 @@ class Import {
     }
   }
 
-  std::string endOfResults() const { return frames_.frameCount() > 0 ? frames_.lastPlace() : "the model"; }
+  // What the run has printed; the count of histories.
+  int importPrinted() {
+    if (contents_.printed.isCutOff) {
+      const std::string text = "the file is cut off here; what is complete in it is imported";
+      if (request_.isStrict) throw ImportError(request_.printed, contents_.printed.lastLine, text);
+      warn_(fmt::format("{}: warning: {}", placeIn(request_.printed, contents_.printed.lastLine), text));
+    }
+    if (contents_.printed.tables.empty()) return 0;
+    PrintedHistories histories(request_.printed, contents_.printed, request_.historyLimit, deck_, warn_);
+    PrintedImport(request_.printed, contents_, model_, writer_, written_.frames).run(histories, fields_, progress_);
+    return histories.write(writer_, written_.steps);
+  }
+
+  std::string endOfResults() const {
+    return contents_.frames.lastPlace().empty() ? "the model" : contents_.frames.lastPlace();
+  }
 
   void checkEnd() {
-    const bool hasResults = frames_.frameCount() > 0;
+    const bool hasResults = !contents_.blocks.empty() || !contents_.printed.tables.empty();
     if (reader_.isCutOff() && !model_.hasElements() && !hasResults) {
       fail(reader_.lineNumber(), "the file ends before its model is complete");
     }
@@ -170,13 +182,14 @@ class Import {
   const ProgressSink& progress_;
   FrdReader reader_;
   Deck deck_;
-  std::optional<std::set<std::size_t>> selected_;
+  Contents contents_;
   odbstore::Writer writer_;
   Model model_;
-  Frames frames_;
+  WrittenSteps written_;
+  std::map<std::size_t, const ContentsBlock*> wanted_;  // of the result file, by their ordinals
   std::size_t resultCount_ = 0;
-  bool isSelected_ = true;   // the result block being read
-  std::vector<float> rows_;  // of the block being written
+  const ContentsBlock* block_ = nullptr;  // the one being read, if it is selected
+  std::vector<float> rows_;               // of the block being written
   std::set<std::string> fields_;
   std::set<std::string> warnedOf_;  // names of blocks
 };
@@ -189,9 +202,7 @@ ImportSummary importCalculix(const ImportRequest& request, const WarningSink& wa
 
 std::string listCalculix(const ImportRequest& request, const WarningSink& warn) {
   const Deck deck = deckOf(request, warn, DeckDetail::sets);
-  Contents contents = readContents(request.results, request.status, deck, warn);
-  select(contents, request.selection, request.results);
-  return contentsTable(contents, deck, request.results);
+  return contentsTable(selectedContents(request, deck, warn), deck, request.results);
 }
 
 }  // namespace importers::calculix

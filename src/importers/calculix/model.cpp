@@ -98,12 +98,21 @@ void Model::addElements(const FrdElements& elements) {
   std::vector<int> all;
   for (const ElementGroup& group : groups_) {
     writer_.addElements(kInstance, group.type, group.labels, group.connectivity);
+    firstPlaces_.push_back(static_cast<int>(all.size()));
     all.insert(all.end(), group.labels.begin(), group.labels.end());
   }
   elements_ = LabelIndex(all);
   if (const auto twice = elements_.repeated()) {
     throw ImportError(resultsPath_, elements.line, fmt::format("the element {} is there twice", *twice));
   }
+}
+
+const std::string& Model::typeOf(int element) const {
+  static const std::string none;
+  const int place = elements_.placeOf(element);
+  if (place < 0) return none;
+  const auto behind = std::upper_bound(firstPlaces_.begin(), firstPlaces_.end(), place);
+  return groups_[static_cast<std::size_t>(behind - firstPlaces_.begin()) - 1].type;
 }
 
 void Model::addSetsOf(odbstore::SetKind kind, const WarningSink& warn) {

@@ -69,6 +69,9 @@ class Model {
   // The sets of the deck. Those that match nothing of the mesh are kept, and named in a warning.
   void addSets(const WarningSink& warn);
 
+  // The type of an element under the name that the database has for it; empty for one that is not there.
+  const std::string& typeOf(int element) const;
+
   bool hasNodes() const { return !nodes_.isEmpty(); }
   bool hasElements() const { return !groups_.empty(); }
   int setCount() const { return setCount_; }
@@ -90,6 +93,7 @@ class Model {
   LabelIndex elements_;
   int setCount_ = 0;
   std::vector<ElementGroup> groups_;
+  std::vector<int> firstPlaces_;                    // of each group among all elements
   std::vector<std::unique_ptr<RowPlaces>> places_;  // the ones used last, the latest first
 };
 

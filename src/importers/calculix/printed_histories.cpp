@@ -1,0 +1,108 @@
+#include "importers/calculix/printed_histories.h"
+
+#include <fmt/format.h>
+
+#include "importers/calculix/printed_mapping.h"
+
+namespace importers::calculix {
+
+namespace {
+
+constexpr int kSampleWidth = 2;
+
+bool hasOnlyModes(const PrintedTable& table) {
+  return table.format->rows == DatRows::mode || table.format->rows == DatRows::modeSum;
+}
+
+}  // namespace
+
+PrintedHistories::PrintedHistories(const std::string& path, const PrintedTables& printed, std::size_t limit,
+                                   const Deck& deck, const WarningSink& warn)
+    : deck_(deck) {
+  for (const PrintedTable& table : printed.tables) {
+    if (!table.format->isOfMesh() || table.format->rows == DatRows::contactFace || table.rows <= limit) continue;
+    if (!tooLarge_.emplace(table.head.title, table.head.set).second || limit == 0) continue;
+    warn(fmt::format("{}: warning: {}{} with {} rows, more than {}, become fields without histories",
+                     placeIn(path, table.head.line), table.head.title,
+                     table.head.set.empty() ? "" : " of " + setName(table), table.rows, limit));
+  }
+}
+
+bool PrintedHistories::takes(const PrintedTable& table) const {
+  // The points of faces come and go, and have no number.
+  if (table.step == 0 || table.format->isMark() || table.format->rows == DatRows::contactFace) return false;
+  return !tooLarge_.contains({table.head.title, table.head.set});
+}
+
+// As the deck spells it: tables have it in capitals and without blanks.
+std::string PrintedHistories::setName(const PrintedTable& table) const {
+  const bool isOfNodes =
+      table.format->rows == DatRows::node || table.format->name == "RF" || table.format->name == "RFL";
+  for (const auto* sets :
+       {isOfNodes ? &deck_.nodeSets : &deck_.elementSets, isOfNodes ? &deck_.elementSets : &deck_.nodeSets}) {
+    if (const auto known = sets->find(table.head.set); known != sets->end()) return known->second.names.front();
+  }
+  return table.head.set;
+}
+
+PrintedHistories::Region& PrintedHistories::regionOf(const PrintedTable& table, const DatValues& row) {
+  odbstore::HistoryRegionInfo info;
+  std::string name = "Whole Model";
+  const std::string set = table.head.set.empty() ? "" : setName(table);
+  const std::string ofSet = set.empty() ? "" : " of " + set;
+  switch (table.format->rows) {
+    case DatRows::node:
+    case DatRows::contactNode:
+      info.node = row.labels[0];
+      name = fmt::format("Node {}{}", row.labels[0], ofSet);
+      break;
+    case DatRows::element:
+      info.element = row.labels[0];
+      name = fmt::format("Element {}{}", row.labels[0], ofSet);
+      break;
+    case DatRows::integrationPoint:
+      info.element = row.labels[0];
+      info.integrationPoint = row.labels[1];
+      name = fmt::format("Element {} Int Point {}{}", row.labels[0], row.labels[1], ofSet);
+      break;
+    case DatRows::total:
+      info.set = set;
+      name = fmt::format("{} {}", table.isOfSection ? "Surface" : "Set", set);
+      break;
+    default:
+      break;
+  }
+  info.description = name;
+  return regions_.try_emplace({table.step, name}, Region{info, {}}).first->second;
+}
+
+void PrintedHistories::add(const PrintedTable& table, const DatValues& row, double value) {
+  Region& region = regionOf(table, row);
+  // The frequency of the mode comes first in tables of factors, and is no result of the steady state.
+  const std::size_t first = table.format->rows == DatRows::frequency ? 1 : 0;
+  // Real modes have an eigenvalue in their first column, complex ones do not.
+  const std::size_t missing = table.format->name == "EIG" && row.numbers.size() == table.format->width() ? 1 : 0;
+  for (std::size_t column = first; column < row.numbers.size(); ++column) {
+    std::vector<float>& samples = region.outputs[outputName(table, column + missing, row)];
+    const double mode = static_cast<double>(samples.size() / kSampleWidth + 1);
+    samples.push_back(static_cast<float>(hasOnlyModes(table) ? mode : value));
+    samples.push_back(static_cast<float>(row.numbers[column]));
+  }
+}
+
+int PrintedHistories::write(odbstore::Writer& writer, const std::map<int, odbstore::StepId>& steps) const {
+  int count = 0;
+  for (const auto& [key, region] : regions_) {
+    const auto step = steps.find(key.first);
+    if (step == steps.end()) continue;
+    const odbstore::HistoryRegionId id = writer.addHistoryRegion(step->second, key.second, region.info);
+    for (const auto& [name, numbers] : region.outputs) {
+      const auto samples = static_cast<std::int64_t>(numbers.size() / kSampleWidth);
+      writer.addHistoryOutput(id, name, {numbers, samples, kSampleWidth});
+      ++count;
+    }
+  }
+  return count;
+}
+
+}  // namespace importers::calculix

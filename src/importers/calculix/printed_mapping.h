@@ -1,0 +1,22 @@
+// Which fields and histories of the database a printed table becomes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "importers/calculix/dat_formats.h"
+#include "importers/calculix/field_mapping.h"
+#include "importers/calculix/printed_tables.h"
+
+namespace importers::calculix {
+
+// The fields that the rows of a table make; none for tables of sums, sections and modes. Their columns are those of
+// DatValues::numbers. A name is never that of a field of the result file, which has other rows: values at integration
+// points end in "_IP" (unless `stressAt` says that those have the plain names), values at the nodes of a set in
+// "_PRINT".
+std::vector<MappedField> mapTable(const PrintedTable& table, StressAt stressAt);
+
+// The name of the history output of a column.
+std::string outputName(const PrintedTable& table, std::size_t column, const DatValues& row);
+
+}  // namespace importers::calculix
