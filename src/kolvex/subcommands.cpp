@@ -13,6 +13,7 @@ namespace {
 constexpr std::array kSubcommands = {
     Subcommand{"import", "bring the results of a solver into an output database"},
     Subcommand{"quarnish", "extract named scalars from an output database"},
+    Subcommand{"verify", "check an output database for damage"},
 };
 
 }  // namespace
@@ -45,7 +46,7 @@ std::string helpText() {
   for (const Subcommand& subcommand : kSubcommands) {
     text += fmt::format("  {:<12}{}\n", subcommand.name, subcommand.summary);
   }
-  text += "\n'kolvex import --help' and 'kolvex quarnish -help' tell more.\n";
+  text += "\n'kolvex import --help', 'kolvex quarnish -help' and 'kolvex verify --help' tell more.\n";
   return text;
 }
 

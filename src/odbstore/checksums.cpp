@@ -84,8 +84,7 @@ void blankSums(std::span<std::byte> bytes, std::int64_t offset, const ChecksumPl
   std::fill(bytes.begin() + (from - offset), bytes.begin() + (to - offset), std::byte{0});
 }
 
-std::vector<std::uint32_t> sumBlocks(const RawFile& file, const ChecksumPlace& place,
-                                     const std::function<void(std::int64_t)>& show) {
+std::vector<std::uint32_t> sumBlocks(const RawFile& file, const ChecksumPlace& place) {
   std::vector<std::uint32_t> sums;
   sums.reserve(static_cast<std::size_t>(place.blocks));
   std::vector<std::byte> buffer(static_cast<std::size_t>(kLargestBlock));
@@ -97,7 +96,6 @@ std::vector<std::uint32_t> sumBlocks(const RawFile& file, const ChecksumPlace& p
     for (std::size_t at = 0; at < piece.size(); at += step) {
       sums.push_back(crc32c(piece.subspan(at, std::min(step, piece.size() - at))));
     }
-    if (show) show(offset + static_cast<std::int64_t>(piece.size()));
   }
   // What the writer had reserved too much covers nothing.
   sums.resize(static_cast<std::size_t>(place.blocks), crc32c({}));
@@ -141,7 +139,7 @@ void fillChecksums(const std::string& path, const std::string& name, const Check
   if (blocksOf(file.size(), place.blockSize) > place.blocks) {
     throw StoreError(name, "", "has grown beyond its checksums while it was closed");
   }
-  file.write(place.offset, packed(sumBlocks(file, place, {})));
+  file.write(place.offset, packed(sumBlocks(file, place)));
 }
 
 std::optional<ChecksumPlace> findChecksums(const h5::Group& root) {
@@ -169,8 +167,7 @@ std::optional<ChecksumPlace> findChecksums(const h5::Group& root) {
   return place;
 }
 
-ChecksumReport compareChecksums(const std::string& path, const ChecksumPlace& place,
-                                const std::function<void(std::int64_t)>& show) {
+ChecksumReport compareChecksums(const std::string& path, const ChecksumPlace& place) {
   const RawFile file(path, path, O_RDONLY);
   std::vector<std::byte> stored(static_cast<std::size_t>((place.blocks + 1) * kSumBytes));
   file.read(place.offset, stored);
@@ -183,7 +180,7 @@ ChecksumReport compareChecksums(const std::string& path, const ChecksumPlace& pl
   const std::span sums = std::span(stored).first(stored.size() - kSumBytes);
   report.tableIsDamaged = crc32c(sums) != sumAt(static_cast<std::size_t>(place.blocks));
   if (report.tableIsDamaged) return report;
-  const std::vector<std::uint32_t> found = sumBlocks(file, place, show);
+  const std::vector<std::uint32_t> found = sumBlocks(file, place);
   for (std::size_t i = 0; i < found.size(); ++i) {
     if (found[i] != sumAt(i)) report.damagedBlocks.push_back(static_cast<std::int64_t>(i));
   }

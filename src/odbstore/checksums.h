@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,8 +39,7 @@ struct ChecksumReport {
   std::vector<std::int64_t> damagedBlocks;  // by number, from 0
 };
 
-// Reads the whole file at `path` once, from its begin to its end. `show` hears of the bytes read so far.
-ChecksumReport compareChecksums(const std::string& path, const ChecksumPlace& place,
-                                const std::function<void(std::int64_t)>& show);
+// Reads the whole file at `path` once, from its begin to its end.
+ChecksumReport compareChecksums(const std::string& path, const ChecksumPlace& place);
 
 }  // namespace odbstore

@@ -55,6 +55,12 @@ void Object::failHdf5(const std::string& reason) const {
   fail(why.empty() ? reason : fmt::format("{} ({})", reason, why));
 }
 
+std::uint64_t Object::address() const {
+  H5O_info_t info{};
+  if (H5Oget_info2(id(), &info, H5O_INFO_BASIC) < 0) failHdf5("cannot be read");
+  return info.addr;
+}
+
 Dataset::Dataset(Handle id, std::string path, std::shared_ptr<const FileContext> file)
     : Object(std::move(id), std::move(path), std::move(file)) {
   const Handle type(H5Dget_type(this->id()), H5Tclose);
@@ -104,6 +110,33 @@ std::optional<std::int64_t> Dataset::offset() const {
   const haddr_t offset = H5Dget_offset(id());
   if (offset == HADDR_UNDEF) return std::nullopt;
   return static_cast<std::int64_t>(offset);
+}
+
+std::vector<Stretch> Dataset::stretches() const {
+  std::vector<Stretch> stretches;
+  if (const std::optional<std::int64_t> start = offset()) {
+    const std::int64_t bytes = count() * static_cast<std::int64_t>(numberSize_);
+    const std::int64_t slabs = dims_.empty() ? 1 : static_cast<std::int64_t>(dims_.front());
+    if (bytes > 0) stretches.push_back({*start, bytes, 0, bytes / slabs});
+    return stretches;
+  }
+  const Handle plist(H5Dget_create_plist(id()), H5Pclose);
+  if (!plist) failHdf5("the data set cannot be read");
+  if (H5Pget_layout(plist.get()) != H5D_CHUNKED) return stretches;
+  // A chunk is a slab, as the profile has it.
+  Dims first(dims_.size(), 0);
+  for (hsize_t& slab = first.front(); slab < dims_.front(); ++slab) {
+    unsigned skippedFilters = 0;
+    haddr_t address = HADDR_UNDEF;
+    hsize_t bytes = 0;
+    if (H5Dget_chunk_info_by_coord(id(), first.data(), &skippedFilters, &address, &bytes) < 0) {
+      failHdf5(fmt::format("slab {} cannot be found", slab));
+    }
+    if (address == HADDR_UNDEF) fail(fmt::format("slab {} is not stored", slab));
+    const auto size = static_cast<std::int64_t>(bytes);
+    stretches.push_back({static_cast<std::int64_t>(address), size, static_cast<std::int64_t>(slab), size});
+  }
+  return stretches;
 }
 
 void Dataset::checkProfile() const {

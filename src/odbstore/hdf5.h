@@ -66,6 +66,11 @@ class Object {
   [[noreturn]] void failHdf5(const std::string& reason) const;
 
   bool hasAttribute(const std::string& name) const;
+  std::vector<std::string> attributes() const;
+  // Throws for an attribute that the file's profile does not allow.
+  void checkAttribute(const std::string& name) const;
+  // What tells one object of a file from another under whatever link it was found.
+  std::uint64_t address() const;
 
   // The value of an attribute, or `absent` when there is none. A wrong type or shape is an error.
   int intAttribute(const std::string& name, int absent) const;
@@ -108,6 +113,14 @@ struct Storage {
   bool chunked() const { return gzip || fletcher32; }
 };
 
+// Bytes of a file that hold slabs of a data set, one after the other along its first dimension.
+struct Stretch {
+  std::int64_t offset = 0;
+  std::int64_t bytes = 0;
+  std::int64_t firstSlab = 0;
+  std::int64_t slabBytes = 0;  // of each; what is packed has one slab in a stretch
+};
+
 class Dataset : public Object {
  public:
   Dataset(Handle id, std::string path, std::shared_ptr<const FileContext> file);
@@ -116,6 +129,7 @@ class Dataset : public Object {
   // Number of numbers in all.
   std::int64_t count() const;
   bool isFloat() const { return class_ == H5T_FLOAT; }
+  bool isInteger() const { return class_ == H5T_INTEGER; }
   // Whether the numbers have that very type in the file.
   bool holds(hid_t type) const;
   // Bytes of one number as stored.
@@ -136,6 +150,8 @@ class Dataset : public Object {
   bool isDirect() const { return direct_.has_value(); }
   // Where in the file contiguous numbers start; nothing where they are not contiguous or have no room yet.
   std::optional<std::int64_t> offset() const;
+  // All of it, slab by slab where it is chunked. Of the strict profile only.
+  std::vector<Stretch> stretches() const;
   // Numbers `first` to `first + count - 1` of the whole data set into `out`, without HDF5; isDirect() must hold.
   // Threads may call it at the same time.
   void readDirect(std::int64_t first, std::int64_t count, void* out) const;
@@ -165,12 +181,14 @@ class Dataset : public Object {
 };
 
 enum class LinkOrder { byName, byCreation };
+enum class MemberKind { group, dataset, other };
 
 class Group : public Object {
  public:
   Group(Handle id, std::string path, std::shared_ptr<const FileContext> file);
 
   bool has(const std::string& link) const;
+  MemberKind kindOf(const std::string& link) const;
 
   // A member; its absence or another kind of object under that link is an error.
   Group group(const std::string& link) const;
@@ -189,6 +207,7 @@ class Group : public Object {
 
  private:
   std::string memberPath(const std::string& link) const;
+  Handle openMember(const std::string& link) const;
   Handle openMember(const std::string& link, H5I_type_t kind) const;
 };
 

@@ -87,6 +87,30 @@ Handle Object::openAttribute(const std::string& name) const {
   return attribute;
 }
 
+std::vector<std::string> Object::attributes() const {
+  std::vector<std::string> names;
+  const auto collect = [](hid_t, const char* name, const H5A_info_t*, void* out) -> herr_t {
+    static_cast<std::vector<std::string>*>(out)->emplace_back(name);
+    return 0;
+  };
+  if (H5Aiterate2(id(), H5_INDEX_NAME, H5_ITER_INC, nullptr, collect, &names) < 0) {
+    failHdf5("the attributes cannot be listed");
+  }
+  return names;
+}
+
+void Object::checkAttribute(const std::string& name) const {
+  const Handle attribute = openAttribute(name);
+  const Handle type(H5Aget_type(attribute.get()), H5Tclose);
+  const H5T_class_t kind = H5Tget_class(type.get());
+  if (kind == H5T_STRING && H5Tis_variable_str(type.get()) > 0 && file()->profile == Profile::strict) {
+    fail(fmt::format("the attribute \"{}\": text of variable length is not allowed in this layout", name));
+  }
+  if (kind != H5T_STRING && kind != H5T_INTEGER && kind != H5T_FLOAT && kind != H5T_ENUM) {
+    fail(fmt::format("the attribute \"{}\" is neither numbers nor text", name));
+  }
+}
+
 std::vector<int> Object::intsAttribute(const std::string& name) const {
   if (!hasAttribute(name)) return {};
   const Handle attribute = openAttribute(name);

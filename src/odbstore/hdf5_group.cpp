@@ -19,7 +19,7 @@ bool Group::has(const std::string& link) const {
   return exists > 0;
 }
 
-Handle Group::openMember(const std::string& link, H5I_type_t kind) const {
+Handle Group::openMember(const std::string& link) const {
   const std::string member = memberPath(link);
   const auto fail = [&](const std::string& reason) { throw StoreError(file()->name, member, reason); };
   if (!has(link)) fail("is missing");
@@ -30,9 +30,26 @@ Handle Group::openMember(const std::string& link, H5I_type_t kind) const {
   }
   const hid_t object = H5Oopen(id(), link.c_str(), H5P_DEFAULT);
   if (object < 0) fail(fmt::format("cannot be opened ({})", lastHdf5Error()));
-  Handle handle(object, H5Oclose);
-  if (H5Iget_type(object) != kind) fail(kind == H5I_GROUP ? "must be a group" : "must be a data set");
+  return Handle(object, H5Oclose);
+}
+
+Handle Group::openMember(const std::string& link, H5I_type_t kind) const {
+  Handle handle = openMember(link);
+  if (H5Iget_type(handle.get()) != kind) {
+    throw StoreError(file()->name, memberPath(link), kind == H5I_GROUP ? "must be a group" : "must be a data set");
+  }
   return handle;
+}
+
+MemberKind Group::kindOf(const std::string& link) const {
+  switch (H5Iget_type(openMember(link).get())) {
+    case H5I_GROUP:
+      return MemberKind::group;
+    case H5I_DATASET:
+      return MemberKind::dataset;
+    default:
+      return MemberKind::other;
+  }
 }
 
 Group Group::group(const std::string& link) const {

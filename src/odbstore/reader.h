@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "odbstore/checksums.h"
 #include "odbstore/schema.h"
 #include "odbstore/store_error.h"
 
@@ -57,6 +58,8 @@ class StoredBlock {
   std::int64_t width() const;
 
   bool existsIn(int frame) const;
+  // Those in which it exists, in the order in which their rows are stored.
+  std::vector<int> frames() const;
   // The rows in a frame in which the block exists, [rows, width], into `out`.
   void read(int frame, float* out) const;
   void read(int frame, double* out) const;
@@ -111,6 +114,21 @@ struct InstanceInfo {
   std::string part;
 };
 
+// Bytes of the file that hold slabs of one data set, as many as lie one behind the other.
+struct DataExtent {
+  std::int64_t begin = 0;
+  std::int64_t end = 0;
+  std::string path;            // of the data set, as HDF5 has it
+  std::int64_t firstSlab = 0;  // along the first dimension
+  std::int64_t slabBytes = 0;  // of each
+};
+
+// Every object that a file has, known or not.
+struct Inventory {
+  std::vector<DataExtent> extents;    // by their begin
+  std::vector<std::string> problems;  // objects that cannot be opened or are not allowed in the layout
+};
+
 class Reader {
  public:
   explicit Reader(const std::string& path);
@@ -132,6 +150,13 @@ class Reader {
   std::vector<std::string> sets(const Owner& owner, SetKind kind) const;
   std::vector<SetMembers> setMembers(const Owner& owner, SetKind kind, const std::string& set) const;
   std::optional<std::array<float, 6>> symmetryAxis() const;
+  // Throws where the mesh of an instance has not the shapes of the layout. An instance may have none.
+  void checkMesh(const std::string& instance) const;
+
+  // Where the checksums of the file stand; nothing when it has none.
+  std::optional<ChecksumPlace> checksums() const;
+  // Opens every object of the file and looks at its attributes.
+  Inventory inventory() const;
 
   std::vector<std::string> steps() const;
   // Good independently of this reader. Opened anew at each call.

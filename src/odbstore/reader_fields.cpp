@@ -29,6 +29,7 @@ class StoredLocation::Impl {
       if (!wanted) return;
       dataset = group.dataset(link);
       if (dataset->dims().size() != 1) dataset->fail("labels must have one dimension");
+      if (!dataset->isInteger()) dataset->fail("must hold integers");
     }
     std::int64_t count() const { return dataset->count(); }
     const std::vector<int>& read() {
@@ -95,6 +96,13 @@ class StoredBlock::Impl {
   const std::vector<std::string>& labels() const { return labels_; }
   const h5::Dataset& data() const { return data_; }
   std::int64_t width() const { return width_; }
+  std::vector<int> frames() const {
+    std::vector<int> frames(static_cast<std::size_t>(slabs_));
+    for (std::size_t frame = 0; frame < slabOfFrame_.size(); ++frame) {
+      if (slabOfFrame_[frame] >= 0) frames[static_cast<std::size_t>(slabOfFrame_[frame])] = static_cast<int>(frame);
+    }
+    return frames;
+  }
   int slabOf(int frame) const { return slabOfFrame_[static_cast<std::size_t>(frame)]; }
 
   // All rows in a frame of data that can be read directly. Small frames are mostly read one after the other, and a
@@ -183,6 +191,8 @@ bool StoredBlock::isDouble() const { return impl_->data().numberSize() == sizeof
 std::int64_t StoredBlock::rows() const { return impl_->location()->rows(); }
 std::int64_t StoredBlock::width() const { return impl_->width(); }
 bool StoredBlock::existsIn(int frame) const { return impl_->slabOf(frame) >= 0; }
+
+std::vector<int> StoredBlock::frames() const { return impl_->frames(); }
 
 void StoredBlock::read(int frame, float* out) const {
   if (hasDirectRows() && !isDouble()) return impl_->readWhole(frame, out);

@@ -29,6 +29,7 @@ class InstallTest(ProgramTest):
         self.assertEqual([f for f in self.files(self.prefix) if f.startswith("bin/")], ["bin/kolvex"])
         self.assertIn("libexec/kolvex/quarnish", self.files(self.prefix))
         self.assertIn("libexec/kolvex/import", self.files(self.prefix))
+        self.assertIn("libexec/kolvex/verify", self.files(self.prefix))
 
     def test_the_launcher_finds_its_programs(self):
         self.extract(str(self.prefix / "bin/kolvex"))

@@ -29,6 +29,7 @@ class LauncherTest(ProgramTest):
         self.assertEqual((run.status, run.err), (0, b""))
         self.assertIn(b"\n  import      bring the results of a solver into an output database\n", run.out)
         self.assertIn(b"\n  quarnish    extract named scalars from an output database\n", run.out)
+        self.assertIn(b"\n  verify      check an output database for damage\n", run.out)
 
     def test_version_names_itself(self):
         run = self.run_program("--version", program="kolvex")

@@ -1,0 +1,24 @@
+// Finds out to what damaged bytes of a file belong.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "odbstore/checksums.h"
+#include "odbstore/reader.h"
+#include "verify/place_names.h"
+
+namespace verify {
+
+// The frames of a block in the order in which its rows are stored; empty when they cannot be told.
+using FramesOf = std::function<std::vector<int>(const BlockPlace&)>;
+
+// For each run of damaged blocks its bytes and what they hold, for example
+// `bytes 4096..12287 are damaged: step "Step-1", field "S", block 0, frames 3..5`. Bytes that are no data set's belong
+// to the structure, as do those of data sets that cannot be opened any more.
+std::vector<std::string> describeDamage(const std::vector<std::int64_t>& blocks, const odbstore::ChecksumPlace& place,
+                                        std::int64_t fileBytes, const odbstore::Inventory& inventory,
+                                        const FramesOf& framesOf);
+
+}  // namespace verify
