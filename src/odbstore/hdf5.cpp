@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <numeric>
+#include <string_view>
 #include <utility>
 
 namespace odbstore::h5 {
@@ -16,6 +17,16 @@ namespace {
 
 // Deflate never packs more than this many bytes into one.
 constexpr hsize_t kLargestCompression = 1032;
+
+// Of a system call that failed HDF5 tells time, buffer and offset, in two lines: what failed and why is enough.
+std::string shortened(const std::string& description) {
+  constexpr std::string_view kWhy = "error message = '";
+  const std::size_t what = description.find(": time = ");
+  const std::size_t why = description.find(kWhy);
+  if (what == std::string::npos || why == std::string::npos) return description;
+  const std::size_t begin = why + kWhy.size();
+  return description.substr(0, what) + ": " + description.substr(begin, description.find('\'', begin) - begin);
+}
 
 }  // namespace
 
@@ -41,7 +52,7 @@ std::string lastHdf5Error() {
   // Walked upwards, the first entry is the innermost failure: the one that says why.
   std::string reason;
   const auto keepFirst = [](unsigned n, const H5E_error2_t* error, void* out) -> herr_t {
-    if (n == 0 && error->desc != nullptr) *static_cast<std::string*>(out) = error->desc;
+    if (n == 0 && error->desc != nullptr) *static_cast<std::string*>(out) = shortened(error->desc);
     return 0;
   };
   H5Ewalk2(H5E_DEFAULT, H5E_WALK_UPWARD, keepFirst, &reason);

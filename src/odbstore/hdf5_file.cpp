@@ -70,7 +70,9 @@ Group openFile(const std::string& path, int& layout) {
   file->name = path;
   file->bytes = checkBeforeOpening(path);
   if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(path, "", "is not a database: it is not an HDF5 file");
-  file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, fileAccess().get()), H5Fclose);
+  // Alive until the failure is explained: closing it would be the last call, which went well.
+  const Handle access = fileAccess();
+  file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, access.get()), H5Fclose);
   if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));
   layout = readLayout(rootOf(file), path);
   file->profile = layout == kNewestLayout ? Profile::strict : Profile::free;
@@ -82,8 +84,9 @@ Group createFile(const std::string& path, const std::string& name) {
   startHdf5();
   auto file = std::make_shared<FileContext>();
   file->name = name;
-  file->profile = Profile::free;  // what we are writing ourselves is not checked while it is incomplete
-  file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, fileAccessForWriting().get()), H5Fclose);
+  file->profile = Profile::free;                 // what we are writing ourselves is not checked while it is incomplete
+  const Handle access = fileAccessForWriting();  // alive until the failure is explained
+  file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, access.get()), H5Fclose);
   if (!file->id) throw StoreError(name, "", explained("cannot be created"));
   return rootOf(file);
 }

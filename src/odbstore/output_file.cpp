@@ -51,7 +51,7 @@ void requireReplaceable(const std::string& target, const std::string& name) {
 }
 
 Descriptor makeTemporary(std::string& path) {
-  path += ".XXXXXX";
+  path += "XXXXXX";
   return Descriptor(::mkostemp(path.data(), O_CLOEXEC));
 }
 

@@ -68,7 +68,12 @@ TEST_F(OutputFileTest, HasTheRightsOfAnyNewFile) {
 }
 
 TEST_F(OutputFileTest, TemporaryFilesThatNobodyHoldsAreClearedAway) {
-  put(path_ + ".tmp.aB3dE9", "left behind");
+  std::string nameOfKilled;
+  {
+    const OutputFile killed(path_);
+    nameOfKilled = killed.temporaryPath();
+  }
+  put(nameOfKilled, "left behind");
   publish(path_, "new");
   EXPECT_EQ(directory_.entries(), 1U);
 }
@@ -116,7 +121,6 @@ TEST_F(OutputFileTest, WhatIsNoFileIsNotReplaced) {
   std::filesystem::remove(path_);
   ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
   EXPECT_EQ(refusalOf(path_), path_ + ": cannot be created: it is not a regular file");
-  EXPECT_EQ(refusalOf("/dev/null"), "/dev/null: cannot be created: it is not a regular file");
 }
 
 TEST_F(OutputFileTest, DirectoryThatIsNotThereIsNamed) {
