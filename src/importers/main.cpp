@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 
@@ -11,10 +13,18 @@
 #include "importers/diagnostics.h"
 #include "importers/import_options.h"
 #include "importers/progress_line.h"
+#include "process/prepare_process.h"
 
 namespace {
 
-void warn(const std::string& text) { fmt::print(stderr, "{}\n", text); }
+// Nobody can be told that standard error takes nothing.
+void warn(const std::string& text) { std::fputs((text + "\n").c_str(), stderr); }
+
+// What is printed may reach its reader only now.
+void finishOutput() {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
+  throw importers::ImportError("standard output", 0, std::string("cannot be written: ") + std::strerror(errno));
+}
 
 // The deck to read: the one asked for, else the one beside the results if there is one.
 std::string findDeck(const importers::ImportOptions& options, const importers::JobFiles& files) {
@@ -43,12 +53,14 @@ void checkOutput(const importers::JobFiles& files) {
   }
 }
 
+void print(const std::string& text) { std::fputs(text.c_str(), stdout); }
+
 void printSummary(const importers::JobFiles& files, const importers::calculix::ImportSummary& summary, double seconds) {
-  fmt::print("{}: {} steps, {} frames, {} fields, {} histories, {} sets, {} bytes, {:.2f} s\n", files.output,
-             summary.steps, summary.frames, summary.fields, summary.histories, summary.sets,
-             std::filesystem::file_size(files.output), seconds);
+  print(fmt::format("{}: {} steps, {} frames, {} fields, {} histories, {} sets, {} bytes, {:.2f} s\n", files.output,
+                    summary.steps, summary.frames, summary.fields, summary.histories, summary.sets,
+                    std::filesystem::file_size(files.output), seconds));
   if (!summary.cutOffBehind.empty()) {
-    fmt::print("incomplete: the results end behind {}\n", summary.cutOffBehind);
+    print(fmt::format("incomplete: the results end behind {}\n", summary.cutOffBehind));
   }
 }
 
@@ -68,7 +80,7 @@ void run(const importers::ImportOptions& options) {
   request.stressAt = options.stressAt;
   request.historyLimit = options.historyLimit;
   if (options.isList) {
-    fmt::print("{}", importers::calculix::listCalculix(request, warn));
+    print(importers::calculix::listCalculix(request, warn));
     return;
   }
   checkOutput(files);
@@ -87,15 +99,18 @@ void run(const importers::ImportOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  prepareProcess();
   try {
     const importers::ImportOptions options = importers::parseImportOptions({argv + 1, argv + argc});
     if (options.isDone) {
-      fmt::print(options.status == 0 ? stdout : stderr, "{}", options.message);
+      std::fputs(options.message.c_str(), options.status == 0 ? stdout : stderr);
+      finishOutput();
       return options.status;
     }
     run(options);
+    finishOutput();
   } catch (const std::exception& error) {
-    fmt::print(stderr, "{}\n", error.what());
+    warn(error.what());
     return 1;
   }
   return 0;
