@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
 #include <sstream>
 
 namespace importers {
@@ -51,14 +50,19 @@ ImportOptions parseImportOptions(std::vector<std::string> arguments) {
   CLI::Option* const printed =
       app.add_option("--dat", options.printed, "The printed tables (default: job.dat beside the results)");
   app.add_flag("--no-dat", options.withoutPrinted, "Import no printed tables")->excludes(printed);
-  app.add_option("--stress-at", options.stressAt,
-                 "Which stresses, strains, ... have the plain names: those at the nodes, or those printed at "
-                 "integration-points")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, calculix::StressAt>{
-          {"nodes", calculix::StressAt::nodes}, {"integration-points", calculix::StressAt::integrationPoints}}))
+  const auto takePlace = [&options](const std::string& text) {
+    if (text != "nodes" && text != "integration-points") {
+      throw CLI::ValidationError("--stress-at", "\"" + text + "\" is none of nodes, integration-points");
+    }
+    options.stressAt = text == "nodes" ? calculix::StressAt::nodes : calculix::StressAt::integrationPoints;
+  };
+  app.add_option_function<std::string>("--stress-at", takePlace,
+                                       "Where stresses, strains, ... of the plain names are: nodes (default) or "
+                                       "integration-points")
       ->type_name("PLACE");
   app.add_option("--history-limit", options.historyLimit,
-                 "Make histories of printed tables with so many rows at most (default: 1000)")
+                 "Make histories of printed tables with up to N rows (default: 1000)")
+      ->check(CLI::Range(0, 1000000000))
       ->type_name("N");
   app.add_flag("!--no-mass", options.withMass, "Make no mass properties of the deck");
   app.add_flag("--strict", options.isStrict, "Take a result file that is cut off for an error");

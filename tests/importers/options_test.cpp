@@ -31,6 +31,26 @@ TEST(ImportOptions, MayComeInAnyOrder) {
   EXPECT_TRUE(options.checksum && options.isStrict && options.withoutDeck);
 }
 
+TEST(ImportOptions, PrintedTablesAreChosen) {
+  const ImportOptions plain = parseImportOptions({"job"});
+  EXPECT_FALSE(plain.withoutPrinted);
+  EXPECT_EQ(plain.stressAt, calculix::StressAt::nodes);
+  EXPECT_EQ(plain.historyLimit, 1000U);
+  const ImportOptions options =
+      parseImportOptions({"job", "--dat", "tables", "--stress-at", "integration-points", "--history-limit", "20000"});
+  EXPECT_EQ(options.printed, "tables");
+  EXPECT_EQ(options.stressAt, calculix::StressAt::integrationPoints);
+  EXPECT_EQ(options.historyLimit, 20000U);
+  EXPECT_EQ(jobFiles(plain).printed, "job.dat");
+  EXPECT_EQ(jobFiles(options).printed, "tables");
+  for (const std::vector<std::string>& wrong : {std::vector<std::string>{"job", "--dat", "x", "--no-dat"},
+                                                {"job", "--stress-at", "nowhere"},
+                                                {"job", "--history-limit", "-1"},
+                                                {"job", "--history-limit", "many"}}) {
+    EXPECT_EQ(parseImportOptions(wrong).status, 2) << wrong.back();
+  }
+}
+
 TEST(ImportOptions, MassIsMadeUnlessItIsDeclined) {
   EXPECT_TRUE(parseImportOptions({"job"}).withMass);
   EXPECT_FALSE(parseImportOptions({"job", "--no-mass"}).withMass);
@@ -41,8 +61,9 @@ TEST(ImportOptions, HelpAndVersionEndWithoutAnError) {
   EXPECT_TRUE(help.isDone);
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.message, HasSubstr("kolvex import"));
-  for (const char* option : {"--output", "--deck", "--no-deck", "--no-mass", "--strict", "--compress", "--checksum",
-                             "--list", "--field", "--step", "--frames", "--version"}) {
+  for (const char* option :
+       {"--output", "--deck", "--no-deck", "--no-mass", "--strict", "--compress", "--checksum", "--list", "--field",
+        "--step", "--frames", "--dat", "--no-dat", "--stress-at", "--history-limit", "--version"}) {
     EXPECT_THAT(help.message, HasSubstr(option));
   }
   const ImportOptions version = parseImportOptions({"--version"});

@@ -52,6 +52,20 @@ def binary_whole():
 
 
 BINARY = binary_whole()
+PRINTED = ("\n     E I G E N V A L U E   O U T P U T\n\n MODE NO    EIGENVALUE                       FREQUENCY\n\n"
+           "      1   0.4000000E+02   0.6300000E+01   0.1000000E+01   0.0000000E+00\n\n"
+           "                    E I G E N V A L U E    N U M B E R     1\n\n\n"
+           " displacements (vx,vy,vz) for set ENDS and time  0.1000000E+01\n\n"
+           "         1  1.000000E+00  2.000000E+00  3.000000E+00\n"
+           "         3 -1.000000E+00 -2.000000E+00 5.717277-124 L\n\n"
+           " stresses (elem, integ.pnt.,sxx,syy,szz,sxy,sxz,syz) for set BARS and time  0.1000000E+01\n\n"
+           "         1   1  1.000000E+00  2.000000E+00  3.000000E+00  4.000000E+00  5.000000E+00  6.000000E+00\n"
+           "         2   1  1.000000E+00  2.000000E+00  3.000000E+00  4.000000E+00  5.000000E+00  6.000000E+00\n\n"
+           " total force (fx,fy,fz) for set ENDS and time  0.1000000E+01\n\n"
+           "        1.000000E+00  2.000000E+00  3.000000E+00\n\n"
+           " statistics for surface set SIDE and time  0.1000000E+01\n\n"
+           "   total surface force (fx,fy,fz) and moment about the origin(mx,my,mz)\n\n"
+           "    1.000000E+00  2.000000E+00  3.000000E+00  4.000000E+00  5.000000E+00  6.000000E+00\n")
 DECK = "*HEADING\nbars\n*NSET,NSET=Ends\n1,3\n*ELSET,ELSET=Bars,GENERATE\n1,2\n*STEP\nwarm\n*END STEP\n"
 
 
@@ -252,6 +266,48 @@ class ImportProgramTest(ProgramTest):
 
     def test_flipped_bytes_of_a_binary_file_never_crash_it(self):
         self.check_flips(BINARY, b"\n\0\1 123\x7f\x80\xff")
+
+    def test_flipped_bytes_of_printed_tables_never_crash_it(self):
+        self.write("job.frd", WHOLE)
+        self.write("job.inp", DECK)
+        chance = random.Random(20240301)
+        statuses = set()
+        for _ in range(300):
+            text = bytearray(PRINTED, "ascii")
+            for _ in range(chance.randint(1, 4)):
+                text[chance.randrange(len(text))] = chance.choice(b"\n\r\0 -*,.=0159EXx\xff")
+            self.write("job.dat", bytes(text))
+            run = self.run_import("job", *chance.choice([(), ("--list",)]))
+            statuses.add(run.status)
+            self.assertIn(run.status, (0, 1), (bytes(text), run.err))
+            if run.status == 1:
+                self.assertRegex(run.err.splitlines()[-1], rb"^job\.dat:\d+: error: ", bytes(text))
+            self.assertEqual(self.path("job.odb").exists(), run.status == 0 and run.out.startswith(b"job.odb"))
+            if self.path("job.odb").exists():
+                os.remove(self.path("job.odb"))
+        self.assertEqual(statuses, {0, 1})
+
+    def test_printed_tables_may_end_anywhere(self):
+        self.write("job.frd", WHOLE)
+        self.write("job.inp", DECK)
+        for cut in range(0, len(PRINTED), 11):
+            self.write("job.dat", PRINTED[:cut])
+            run = self.run_import("job")
+            self.assertEqual(run.status, 0, run.err)
+            # Blanks at the end are nothing that is missing.
+            if PRINTED[:cut].rstrip(" ").endswith("\n") or cut == 0:
+                self.assertEqual(run.err, b"")
+                continue
+            self.assertRegex(run.err, rb"^job\.dat:\d+: warning: the file is cut off here; ")
+            self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end behind step 1, time 1")
+            self.assertEqual(self.run_import("job", "--strict").status, 1)
+
+    def test_a_long_line_of_a_table_ends_the_reading(self):
+        self.write("job.frd", WHOLE)
+        self.write("job.dat", PRINTED + "1 " * 1_500_000)
+        run = self.run_import("job", "--no-deck")
+        self.assertEqual((run.status, run.out), (1, b""))
+        self.assertRegex(run.err, rb"^job\.dat:\d+: error: the line is too long")
 
     def check_flips(self, whole, alphabet):
         chance = random.Random(20240229)

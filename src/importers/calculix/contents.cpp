@@ -61,6 +61,7 @@ void readResults(const std::string& results, StressAt stressAt, const Deck& deck
 void readPrinted(const std::string& printed, StressAt stressAt, const Deck& deck, Contents& contents) {
   contents.printed = readPrintedTables(printed);
   placeTables(contents.printed.tables, deck.procedures, contents.frames);
+  if (!contents.printed.tables.empty()) contents.frames.settleTimes();
   for (const PrintedTable& table : contents.printed.tables) {
     std::vector<MappedField> fields = mapTable(table, stressAt);
     if (fields.empty() || table.rows == 0 || !table.frame) continue;

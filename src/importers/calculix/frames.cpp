@@ -98,12 +98,16 @@ double Frames::timeInStep(const RunFrame& frame, int increment, Step& step) {
   return agree(time, status->step) ? time : status->step;
 }
 
+void Frames::describeTime(RunFrame& frame, int increment, Step& step) {
+  step.end = std::max(step.end, frame.value);
+  const double time = timeInStep(frame, increment, step);
+  frame.info = {increment, time, fmt::format("Increment {}: Step Time = {}", increment, timeText(time))};
+}
+
 void Frames::describe(RunFrame& frame, int increment) {
   Step& step = stepOf(frame.step);
   if (frame.kind == FrameKind::time) {
-    step.end = std::max(step.end, frame.value);
-    const double time = timeInStep(frame, increment, step);
-    frame.info = {increment, time, fmt::format("Increment {}: Step Time = {}", increment, timeText(time))};
+    describeTime(frame, increment, step);
     return;
   }
   if (frame.kind == FrameKind::bucklingMode && step.numbered == 0 && frame.value == 0.0) {
@@ -156,6 +160,16 @@ FrameNumber Frames::insert(int step, FrameKind kind, int increment, double value
   order.insert(place, frames_.size());
   frames_.push_back(std::move(frame));
   return frames_.size() - 1;
+}
+
+void Frames::settleTimes() {
+  for (auto& [number, step] : steps_) {
+    step.start = startOf(number);
+    for (const FrameNumber frame : order_[number]) {
+      if (frames_[frame].kind == FrameKind::time)
+        describeTime(frames_[frame], frames_[frame].info.incrementNumber, step);
+    }
+  }
 }
 
 }  // namespace importers::calculix

@@ -58,6 +58,10 @@ class Frames {
   // number of the mode.
   FrameNumber insert(int step, FrameKind kind, int increment, double value);
 
+  // Counts times anew from the starts of their steps. Needed when frames have been inserted: a step that the status
+  // file does not know starts where those before it end.
+  void settleTimes();
+
   const RunFrame& operator[](FrameNumber frame) const { return frames_[frame]; }
   std::size_t size() const { return frames_.size(); }
   // The frames of each step in their order.
@@ -77,6 +81,7 @@ class Frames {
   Step& stepOf(int number);
   double startOf(int step) const;
   double timeInStep(const RunFrame& frame, int increment, Step& step);
+  void describeTime(RunFrame& frame, int increment, Step& step);
   void describe(RunFrame& frame, int increment);
 
   std::string statusPath_;
