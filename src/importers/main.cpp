@@ -8,6 +8,7 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <new>
 
 #include "importers/calculix/import_calculix.h"
 #include "importers/diagnostics.h"
@@ -109,8 +110,12 @@ int main(int argc, char** argv) {
     }
     run(options);
     finishOutput();
+  } catch (const std::bad_alloc&) {
+    std::fputs("out of memory\n", stderr);
+    return 1;
   } catch (const std::exception& error) {
-    warn(error.what());
+    std::fputs(error.what(), stderr);
+    std::fputs("\n", stderr);
     return 1;
   }
   return 0;

@@ -1,6 +1,7 @@
 #include "odbaccess/read_ahead.h"
 
 #include <algorithm>
+#include <system_error>
 
 namespace odb_detail {
 
@@ -37,7 +38,9 @@ ReadAhead::~ReadAhead() {
 void ReadAhead::run(std::size_t pieces, const Read& read, const Take& take) {
   // Not initialised: pages that no piece reaches are never touched.
   if (!buffers_) buffers_ = std::make_unique_for_overwrite<std::byte[]>(kBuffers * pieceBytes_);
-  if (pieces < kShortRun || std::thread::hardware_concurrency() < 2) return runAlone(pieces, read, take);
+  if (pieces < kShortRun || std::thread::hardware_concurrency() < 2 || !hasThread()) {
+    return runAlone(pieces, read, take);
+  }
   awaitEnd();
   read_ = &read;
   pieces_ = pieces;
@@ -83,8 +86,18 @@ void ReadAhead::takeAll(const Take& take) {
   }
 }
 
+bool ReadAhead::hasThread() {
+  if (thread_.joinable()) return true;
+  try {
+    thread_ = std::thread([this] { work(); });
+  } catch (const std::system_error&) {
+    // No more threads are allowed. It is slower alone, and no reason to fail.
+    return false;
+  }
+  return true;
+}
+
 void ReadAhead::begin() {
-  if (!thread_.joinable()) thread_ = std::thread([this] { work(); });
   ++begun_;
   begun_.notify_one();
 }

@@ -14,7 +14,7 @@
 namespace odb_detail {
 
 // One run at a time. The caller takes the pieces in order, and reads one itself where it would have to wait for the
-// thread. The thread starts with the first run that is worth it and sleeps between runs.
+// thread. The thread starts with the first run that is worth it, where the system lets it, and sleeps between runs.
 class ReadAhead {
  public:
   // Fills the buffer with piece `index`; called on either thread. What it throws reaches the caller of run().
@@ -39,6 +39,7 @@ class ReadAhead {
   void runAlone(std::size_t pieces, const Read& read, const Take& take);
   void takeAll(const Take& take);
   void work();
+  bool hasThread();
   void begin();
   void awaitEnd();
 

@@ -1,12 +1,13 @@
 #include "odbstore/stale_files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
+#include <memory>
 #include <string_view>
 
 #include "odbstore/output_file.h"
@@ -47,14 +48,15 @@ void clearUnlessHeld(const std::string& path) {
 void holdAgainstClearing(int file) { static_cast<void>(lock(file, F_RDLCK)); }
 
 void clearStaleFiles(const std::string& finalPath) {
-  const std::filesystem::path path = finalPath;
-  const std::string finalName = path.filename();
-  const std::filesystem::path directory = path.has_parent_path() ? path.parent_path() : ".";
-  std::error_code failure;
-  std::filesystem::directory_iterator at(directory, failure);
-  for (; !failure && at != std::filesystem::directory_iterator(); at.increment(failure)) {
-    const std::string name = at->path().filename();
-    if (isTemporaryNameOf(finalName, name)) clearUnlessHeld(at->path());
+  const std::size_t slash = finalPath.rfind('/');
+  const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
+  const std::string directory = finalPath.substr(0, begin);
+  const std::string_view finalName = std::string_view(finalPath).substr(begin);
+  // Not by the standard library, whose iterator ends the process when memory is short.
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(directory.empty() ? "." : directory.c_str()), ::closedir);
+  if (!entries) return;
+  while (const dirent* entry = ::readdir(entries.get())) {
+    if (isTemporaryNameOf(finalName, entry->d_name)) clearUnlessHeld(directory + entry->d_name);
   }
 }
 

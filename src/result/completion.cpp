@@ -17,6 +17,17 @@ bool isRegular(int file) {
   return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
 }
 
+// Removes a name however its scope is left, and keeps the reason in errno.
+struct RemovedAtEnd {
+  const std::string& path;
+
+  ~RemovedAtEnd() {
+    const int reason = errno;
+    ::unlink(path.c_str());
+    errno = reason;
+  }
+};
+
 }  // namespace
 
 // Without waiting: opening a pipe would wait for somebody to read from it.
@@ -43,11 +54,8 @@ bool writeMarker(const std::string& path) {
   const std::string temporary = path + ".tmp";
   // Whatever bears that name: what is written goes into a new file.
   if (!removeMarker(temporary)) return false;
+  const RemovedAtEnd removed{temporary};
   ResultFile marker(temporary);
   marker << "Done\n";
-  if (marker.close() && std::rename(temporary.c_str(), path.c_str()) == 0) return true;
-  const int reason = errno;
-  ::unlink(temporary.c_str());
-  errno = reason;
-  return false;
+  return marker.close() && std::rename(temporary.c_str(), path.c_str()) == 0;
 }

@@ -25,17 +25,19 @@ def contents(path):
 class Outcome:
     """How a run ended."""
 
-    def __init__(self, status, err, killed, silenced, point):
+    def __init__(self, status, err, is_renamed, is_killed=False, is_silenced=False, call=""):
         self.status = status  # negative: the signal
         self.err = err
-        self.killed = killed  # by us
-        self.silenced = silenced  # messages may be missing
-        self.reached = point.reached  # whether the result had its name already when the fault came
-        self.call = point.text  # the system call that failed, as strace shows it
+        self.is_renamed = is_renamed  # whether the result may have had its name already when the fault came
+        self.is_killed = is_killed  # by us
+        self.is_silenced = is_silenced  # messages may be missing
+        self.call = call  # the system call that failed, as strace shows it
 
 
 class Case:
     name = ""
+    # Which thread makes which call may differ from run to run.
+    has_threads = False
     inputs = {}  # name -> bytes
     earlier = {}  # likewise
 
@@ -62,7 +64,7 @@ class Case:
         return {path.name: path.read_bytes() for path in directory.iterdir()}
 
     def crash(self, outcome):
-        if outcome.status < 0 and not outcome.killed:
+        if outcome.status < 0 and not outcome.is_killed:
             return [f"died of signal {-outcome.status}: {outcome.err!r}"]
         return []
 
@@ -98,12 +100,12 @@ class Extraction(Case):
         is_untouched = marker == MARKER and result == OLD_RESULT
         if marker is not None and not is_new and not is_untouched:
             wrong.append(f"the marker {marker!r} stands beside {len(result or b'')} bytes that are not the complete result")
-        has_failed = outcome.killed or outcome.status != 0 or FAILED in outcome.err
+        has_failed = outcome.is_killed or outcome.status != 0 or FAILED in outcome.err
         if not has_failed and not is_new:
             wrong.append("it ended well without a complete result and its marker")
         if outcome.status == 0 and FAILED in outcome.err and is_new:
             wrong.append("it says that it failed, beside a marker")
-        if outcome.status == 1 and not outcome.err and not outcome.silenced:
+        if outcome.status == 1 and not outcome.err and not outcome.is_silenced:
             wrong.append("it failed without a message")
         return wrong + self.leftovers(directory, outcome)
 
@@ -112,7 +114,7 @@ class Extraction(Case):
         found = {path.name for path in directory.iterdir()} - set(self.complete)
         if not found:
             return []
-        if not outcome.killed:
+        if not outcome.is_killed:
             return [f"it left {', '.join(sorted(found))}"]
         subprocess.run(self.command, cwd=directory, check=False, capture_output=True)
         left = {path.name: path.read_bytes() for path in directory.iterdir()}
@@ -120,6 +122,25 @@ class Extraction(Case):
 
     def is_complete(self, left):
         return set(left) == set(self.complete) and all(same_file(left[name], self.complete[name]) for name in left)
+
+
+class LargeExtraction(Extraction):
+    """One block that is large enough to be read by two threads."""
+    name = "large-extraction"
+    has_threads = True
+
+    def make_inputs(self, directory):
+        (directory / "config.txt").write_text("ODB EXTRACTIONS\nEXTRACT_ALL EXTRACT_FIELD\n")
+        rows = np.arange(1 << 20, dtype="f4").reshape(1, -1)
+        with Database(directory / "model.odb") as odb:
+            odb.location("nodes", "nodal", nodeLabels=np.arange(rows.size))
+            odb.field(odb.step("Step-1"), "NT", 2, [("nodes", rows)])
+
+    def check(self, directory, outcome):
+        wrong = super().check(directory, outcome)
+        if outcome.call.startswith("clone") and not outcome.is_killed and outcome.err:
+            wrong.append(f"it cannot do without a second thread: {outcome.err!r}")
+        return wrong
 
 
 class Upgrade(Extraction):
@@ -160,15 +181,15 @@ class Import(Extraction):
             wrong.append("what stands under the final name is neither the older nor the new database")
         if outcome.status == 0 and not is_new:
             wrong.append("it ended well without a new database")
-        if outcome.status > 0 and is_new and not outcome.reached:
+        if outcome.status > 0 and is_new and not outcome.is_renamed:
             wrong.append("it failed and the older database is gone")
-        if outcome.status > 0 and not outcome.silenced and not self.says_where(outcome.err):
+        if outcome.status > 0 and not outcome.is_silenced and not self.says_where(outcome.err):
             wrong.append(f"its message does not say what failed: {outcome.err!r}")
         return wrong + self.leftovers(directory, outcome)
 
     @staticmethod
     def says_where(err):
-        return re.search(rb"job\.(odb|frd|inp|sta)|standard output|error while loading shared libraries", err) is not None
+        return re.search(rb"job\.(odb|frd|inp|sta)|standard output|out of memory|error while loading shared libraries", err) is not None
 
 
 class PackedImport(Import):
@@ -177,4 +198,4 @@ class PackedImport(Import):
     command = [str(BIN / "import"), "job", "--compress"]
 
 
-CASES = (Extraction, Upgrade, Import, PackedImport)
+CASES = (Extraction, LargeExtraction, Upgrade, Import, PackedImport)

@@ -19,7 +19,8 @@ import threading
 from cases import CASES, Outcome
 
 WRITING = ("write", "pwrite64", "writev", "fsync", "fdatasync", "rename", "renameat", "renameat2", "linkat", "openat",
-           "close", "ftruncate", "fallocate", "unlink", "unlinkat", "fchmod", "flock", "fcntl")
+           "close", "ftruncate", "fallocate", "unlink", "unlinkat", "fchmod", "flock", "fcntl", "clone",
+           "clone3")
 READING = ("read", "pread64", "newfstatat", "getdents64", "lseek")
 # The fault, and which occurrences of the call it hits: this one, or this and all behind it.
 FAULTS = (("error=ENOSPC", ""), ("error=ENOSPC", "+"), ("error=EIO", ""), ("error=EIO", "+"), ("signal=SIGKILL", ""))
@@ -50,11 +51,11 @@ def cannot_inject():
 class Point:
     """One occurrence of a system call in a run: the place where a fault goes."""
 
-    def __init__(self, call, when, text, reached):
+    def __init__(self, call, when, text, is_renamed):
         self.call = call
         self.when = when
         self.text = text
-        self.reached = reached
+        self.is_renamed = is_renamed  # whether the result has its name already
 
 
 def record(case, directory, calls):
@@ -66,7 +67,7 @@ def record(case, directory, calls):
         raise RuntimeError(f"{case.name} fails without a fault: {err!r}")
     seen = collections.Counter()
     points = {}
-    reached = False
+    is_renamed = False
     for line in log.read_text(errors="replace").splitlines():
         match = LINE.match(line)
         if not match:
@@ -74,8 +75,8 @@ def record(case, directory, calls):
         thread, call, rest = match.groups()
         seen[thread, call] += 1
         key = (call, seen[thread, call])
-        points.setdefault(key, Point(*key, f"{call}({rest}", reached))
-        reached = reached or (call.startswith("rename") and '"job.odb")' in rest)
+        points.setdefault(key, Point(*key, f"{call}({rest}", is_renamed))
+        is_renamed = is_renamed or (call.startswith("rename") and '"job.odb")' in rest)
     return list(points.values())
 
 
@@ -90,10 +91,10 @@ def run_with(case, directory, point, fault):
     except subprocess.TimeoutExpired:
         return ["it hangs"]
     killed = effect.startswith("signal") and status == -9
-    if not killed and "(INJECTED)" not in log.read_text(errors="replace"):
+    if not killed and not case.has_threads and "(INJECTED)" not in log.read_text(errors="replace"):
         return ["the fault did not arrive"]
     silenced = point.call == "write" and (further == "+" or point.text.startswith("write(2"))
-    return case.check(directory, Outcome(status, err, killed, silenced, point))
+    return case.check(directory, Outcome(status, err, point.is_renamed, killed, silenced, point.text))
 
 
 def try_all(case, scratch, points, jobs):

@@ -174,7 +174,9 @@ std::vector<MappedField> mapPlain(const FrdResult& result, StressContent content
 }  // namespace
 
 MappedField scalarField(const std::string& name, const std::string& description, std::size_t column) {
-  return {name, {description, kScalar, {}, {}, false}, {static_cast<int>(column)}};
+  // Made first: should there be no memory for them, GCC 12 would destroy the name in the result twice.
+  std::vector<int> columns = {static_cast<int>(column)};
+  return {name, {description, kScalar, {}, {}, false}, std::move(columns)};
 }
 
 MappedField vectorField(const std::string& name, const std::string& description, std::vector<int> columns,
