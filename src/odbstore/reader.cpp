@@ -6,10 +6,12 @@
 
 #include "odbstore/names.h"
 #include "odbstore/reader_internal.h"
+#include "odbstore/upgrade.h"
 
 namespace odbstore {
 
 int layoutOf(const std::string& path) {
+  if (isForeign(path)) return foreignLayout(path);
   int layout = 0;
   h5::openFile(path, layout);
   return layout;
@@ -19,6 +21,7 @@ namespace {
 
 // The file and its layout; no file access for an older one.
 std::pair<std::shared_ptr<FileAccess>, int> openAccess(const std::string& path) {
+  if (isForeign(path)) return {nullptr, foreignLayout(path)};
   int layout = 0;
   h5::Group root = h5::openFile(path, layout);
   if (layout != kNewestLayout) return {nullptr, layout};

@@ -1,9 +1,19 @@
 #include "odbstore/upgrade.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
+#include <string_view>
+
+#include "odbstore/limited_child.h"
 #include "odbstore/names.h"
+#include "odbstore/output_file.h"
+#include "odbstore/preflight.h"
 #include "odbstore/reader_internal.h"
+#include "odbstore/stale_files.h"
 #include "odbstore/writer.h"
 
 namespace odbstore {
@@ -112,9 +122,7 @@ void copyStep(const h5::Group& group, const std::string& name, Writer& writer) {
   copyHistories(group, id, writer);
 }
 
-}  // namespace
-
-void upgrade(const std::string& oldPath, const std::string& newPath) {
+void writeUpgraded(const std::string& oldPath, const std::string& newPath) {
   int layout = 0;
   const h5::Group root = h5::openFile(oldPath, layout);
   if (layout != 1) throw StoreError(oldPath, "", fmt::format("has layout {}, which needs no upgrade", layout));
@@ -127,6 +135,43 @@ void upgrade(const std::string& oldPath, const std::string& newPath) {
     }
   }
   writer.finish();
+}
+
+}  // namespace
+
+void upgrade(const std::string& oldPath, const std::string& newPath) {
+  const std::int64_t bytes = checkBeforeOpening(oldPath);
+  try {
+    runLimited(oldPath, limitsFor(bytes), [&] {
+      writeUpgraded(oldPath, newPath);
+      return std::string();
+    });
+  } catch (const StoreError&) {
+    // A child that crashed could not clear away its temporary file.
+    clearStaleFiles(newPath);
+    throw;
+  }
+}
+
+bool isForeign(const std::string& path) {
+  constexpr std::string_view strictStart = "\x89HDF\r\n\x1a\n\3\x8\x8";  // signature, superblock 3, sizes of 8 bytes
+  std::array<char, strictStart.size()> start{};
+  // Without waiting: opening a pipe would wait for somebody to write into it.
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  struct stat status {};
+  const bool isRegular = file && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
+  return isRegular && ::pread(file.get(), start.data(), start.size(), 0) == static_cast<ssize_t>(start.size()) &&
+         std::string_view(start.data(), start.size()) != strictStart;
+}
+
+int foreignLayout(const std::string& path) {
+  const std::int64_t bytes = checkBeforeOpening(path);
+  const std::string layout = runLimited(path, limitsFor(bytes), [&] {
+    int found = 0;
+    h5::openFile(path, found);
+    return std::to_string(found);
+  });
+  return layout == "1" ? 1 : kNewestLayout;
 }
 
 }  // namespace odbstore

@@ -10,6 +10,16 @@ namespace odbstore {
 // Writes the database of layout 1 at `oldPath` to `newPath` in layout 2, losing nothing; locations that are equal in
 // all they say are stored once. `newPath` is replaced when it exists, and only by a complete file. Throws StoreError,
 // also for results that layout 2 cannot hold: a field that is described differently from frame to frame.
+//
+// Layout 1 may use all of HDF5, whose library was never made for damaged or hostile files: it is read in a child
+// process with limits (limited_child.h). No other thread may run.
 void upgrade(const std::string& oldPath, const std::string& newPath);
+
+// Whether the file has another superblock than every database of layout 2, so that it must be looked at in a child too.
+// False for what cannot be read at all, which is for others to say.
+bool isForeign(const std::string& path);
+
+// The layout of such a file, found out in a child. Throws StoreError.
+int foreignLayout(const std::string& path);
 
 }  // namespace odbstore

@@ -1,0 +1,150 @@
+// Work in a child process: what it returns, and what becomes of every way to fail.
+#include "odbstore/limited_child.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <new>
+#include <vector>
+
+#include "odbstore/store_error.h"
+#include "support/temporary_directory.h"
+
+namespace odbstore {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr ChildLimits kRoomy{std::uint64_t{1} << 30, 20s, 20s};
+
+std::string failureOf(const std::function<std::string()>& work, const ChildLimits& limits = kRoomy) {
+  try {
+    return "no failure but " + runLimited("old.odb", limits, work);
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+}
+
+TEST(LimitedChild, ReturnsWhatTheWorkReturns) {
+  EXPECT_EQ(runLimited("old.odb", kRoomy, [] { return std::string("seven\0teen", 10); }),
+            std::string("seven\0teen", 10));
+  EXPECT_EQ(runLimited("old.odb", kRoomy, [] { return std::string(); }), "");
+  const std::string large(60000, 'x');
+  EXPECT_EQ(runLimited("old.odb", kRoomy, [&] { return large; }), large);
+}
+
+TEST(LimitedChild, LeavesTheMemoryOfTheParentAlone) {
+  int number = 1;
+  runLimited("old.odb", kRoomy, [&] { return std::to_string(number = 2); });
+  EXPECT_EQ(number, 1);
+}
+
+TEST(LimitedChild, RepeatsTheErrorsOfTheStore) {
+  EXPECT_EQ(failureOf([]() -> std::string { throw StoreError("old.odb", "/steps", "is missing"); }),
+            "old.odb: /steps: is missing");
+  EXPECT_EQ(failureOf([]() -> std::string { throw StoreError("other.odb", "", "cannot be created"); }),
+            "other.odb: cannot be created");
+}
+
+TEST(LimitedChild, TellsOtherErrorsFromThem) {
+  EXPECT_EQ(failureOf([]() -> std::string { throw std::runtime_error("no idea"); }),
+            "old.odb: reading it failed: no idea");
+  EXPECT_EQ(failureOf([]() -> std::string { throw 3; }), "old.odb: reading it failed: unknown exception");
+}
+
+TEST(LimitedChild, ACrashIsAnError) {
+  EXPECT_THAT(failureOf([]() -> std::string { std::abort(); }), StartsWith("old.odb: reading it crashed (Aborted): "));
+  EXPECT_THAT(failureOf([]() -> std::string {
+                ::kill(::getpid(), SIGSEGV);
+                return "";
+              }),
+              StartsWith("old.odb: reading it crashed (Segmentation fault): "));
+}
+
+TEST(LimitedChild, AnExitIsAnError) {
+  EXPECT_THAT(failureOf([]() -> std::string { std::_Exit(255); }),
+              StartsWith("old.odb: reading it ended the process (status 255): "));
+  EXPECT_THAT(failureOf([]() -> std::string { std::_Exit(0); }),
+              StartsWith("old.odb: reading it ended the process (status 0): "));
+}
+
+TEST(LimitedChild, TimeIsLimited) {
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(failureOf(
+                []() -> std::string {
+                  ::sleep(60);
+                  return "";
+                },
+                {kRoomy.memory, 20s, 200ms}),
+            "old.odb: reading it took longer than 0.2 s");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 30s);
+}
+
+TEST(LimitedChild, ProcessorTimeIsLimited) {
+  EXPECT_EQ(failureOf(
+                []() -> std::string {
+                  const auto start = std::chrono::steady_clock::now();
+                  while (std::chrono::steady_clock::now() - start < 50s) {
+                  }
+                  return "late";
+                },
+                {kRoomy.memory, 1s, 60s}),
+            "old.odb: reading it took more than 1 s of processor time");
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+TEST(LimitedChild, MemoryIsLimited) {
+  EXPECT_EQ(failureOf(
+                []() -> std::string {
+                  std::vector<char> large(std::size_t{512} << 20, 'x');
+                  return {large.back()};
+                },
+                {std::uint64_t{256} << 20, 20s, 20s}),
+            "old.odb: reading it took more than 256 MiB of memory");
+}
+#endif
+
+TEST(LimitedChild, HasNoStreamsOfTheParent) {
+  testing::internal::CaptureStderr();
+  runLimited("old.odb", kRoomy, [] {
+    std::fputs("HDF5-DIAG: Error detected\n", stderr);
+    std::fflush(stderr);
+    return std::string();
+  });
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(LimitedChild, LeavesNoCore) {
+  const TemporaryDirectory directory;
+  const std::string limits = runLimited("old.odb", kRoomy, [] {
+    std::ifstream file("/proc/self/limits");
+    std::string line;
+    while (std::getline(file, line) && line.find("core file") == std::string::npos) {
+    }
+    return line;
+  });
+  EXPECT_THAT(limits, testing::ContainsRegex("core file size +0 +0"));
+}
+
+TEST(LimitedChild, AnAnswerWithoutAnEndIsNone) {
+  const std::string tooMuch(std::size_t{70} << 10, 'x');
+  EXPECT_EQ(runLimited("old.odb", kRoomy, [&] { return tooMuch; }).size(), std::size_t{64} << 10);
+}
+
+TEST(LimitedChild, LimitsGrowWithTheFile) {
+  const ChildLimits small = limitsFor(0);
+  const ChildLimits large = limitsFor(std::int64_t{10} << 30);
+  EXPECT_GE(small.memory, std::uint64_t{1} << 30);
+  EXPECT_GE(large.memory, std::uint64_t{20} << 30);
+  EXPECT_GT(large.processorTime, small.processorTime);
+  EXPECT_GT(small.time, small.processorTime);
+}
+
+}  // namespace
+}  // namespace odbstore
