@@ -79,23 +79,26 @@ Dataset::Dataset(Handle id, std::string path, std::shared_ptr<const FileContext>
   if (!type || !space) failHdf5("the data set cannot be read");
   class_ = H5Tget_class(type.get());
   numberSize_ = H5Tget_size(type.get());
-  const H5S_class_t shape = H5Sget_simple_extent_type(space.get());
-  if (shape == H5S_NULL) fail("the data set has no shape");
-  dims_.resize(static_cast<std::size_t>(std::max(0, H5Sget_simple_extent_ndims(space.get()))));
-  H5Sget_simple_extent_dims(space.get(), dims_.data(), nullptr);
-  hsize_t numbers = 1;
-  for (const hsize_t d : dims_) {
-    if (d != 0 && numbers > static_cast<hsize_t>(std::numeric_limits<std::int64_t>::max()) / d) {
-      fail("the data set is too large");
-    }
-    numbers *= d;
-  }
-  const std::int64_t fileBytes = this->file()->bytes;
-  if (fileBytes > 0 && numbers / kLargestCompression > static_cast<hsize_t>(fileBytes)) {
-    fail("the data set is larger than the file can hold");
-  }
+  readShape(space.get());
   if (this->file()->profile == Profile::strict) checkProfile();
   direct_ = findDirect(type.get());
+}
+
+void Dataset::readShape(hid_t space) {
+  if (H5Sget_simple_extent_type(space) == H5S_NULL) fail("the data set has no shape");
+  dims_.resize(static_cast<std::size_t>(std::max(0, H5Sget_simple_extent_ndims(space))));
+  H5Sget_simple_extent_dims(space, dims_.data(), nullptr);
+  hsize_t bytes = numberSize_;
+  for (const hsize_t d : dims_) {
+    if (d != 0 && bytes > static_cast<hsize_t>(std::numeric_limits<std::int64_t>::max()) / d) {
+      fail("the data set is too large");
+    }
+    bytes *= d;
+  }
+  const std::int64_t fileBytes = file()->bytes;
+  if (fileBytes > 0 && bytes / kLargestCompression > static_cast<hsize_t>(fileBytes)) {
+    fail("the data set is larger than the file can hold");
+  }
 }
 
 std::optional<Dataset::Direct> Dataset::findDirect(hid_t type) const {
@@ -126,9 +129,8 @@ std::optional<std::int64_t> Dataset::offset() const {
 std::vector<Stretch> Dataset::stretches() const {
   std::vector<Stretch> stretches;
   if (const std::optional<std::int64_t> start = offset()) {
-    const std::int64_t bytes = count() * static_cast<std::int64_t>(numberSize_);
     const std::int64_t slabs = dims_.empty() ? 1 : static_cast<std::int64_t>(dims_.front());
-    if (bytes > 0) stretches.push_back({*start, bytes, 0, bytes / slabs});
+    if (bytes() > 0) stretches.push_back({*start, bytes(), 0, bytes() / slabs});
     return stretches;
   }
   const Handle plist(H5Dget_create_plist(id()), H5Pclose);
@@ -151,34 +153,65 @@ std::vector<Stretch> Dataset::stretches() const {
 }
 
 void Dataset::checkProfile() const {
+  checkType();
   const Handle plist(H5Dget_create_plist(id()), H5Pclose);
   if (!plist) failHdf5("the data set cannot be read");
-  const H5D_layout_t layout = H5Pget_layout(plist.get());
-  if (layout == H5D_CONTIGUOUS) {
-    if (H5Pget_external_count(plist.get()) > 0) fail("external storage is not allowed in this layout");
-    const hsize_t bytes = static_cast<hsize_t>(count()) * numberSize_;
-    if (bytes != 0 && H5Dget_storage_size(id()) != bytes) fail("the data set is not stored in full");
-  } else if (layout == H5D_CHUNKED) {
-    Dims chunk(dims_.size());
-    H5Pget_chunk(plist.get(), static_cast<int>(chunk.size()), chunk.data());
-    for (std::size_t i = 0; i < chunk.size(); ++i) {
-      // A dimension of 0 rows still needs a chunk of 1.
-      if (chunk[i] != (i == 0 ? 1 : std::max<hsize_t>(dims_[i], 1))) fail("a chunk must hold exactly one frame");
-    }
-    for (int i = 0; i < H5Pget_nfilters(plist.get()); ++i) {
-      unsigned flags = 0;
-      std::size_t parameters = 0;
-      const H5Z_filter_t filter =
-          H5Pget_filter2(plist.get(), static_cast<unsigned>(i), &flags, &parameters, nullptr, 0, nullptr, nullptr);
-      if (filter != H5Z_FILTER_DEFLATE && filter != H5Z_FILTER_FLETCHER32) {
-        fail("filters other than gzip and Fletcher-32 are not allowed in this layout");
-      }
-    }
-  } else {
-    fail("storage must be contiguous, or chunked by frame");
+  switch (H5Pget_layout(plist.get())) {
+    case H5D_CONTIGUOUS:
+      return checkContiguous(plist.get());
+    case H5D_CHUNKED:
+      return checkChunked(plist.get());
+    default:
+      fail("storage must be contiguous, or chunked by frame");
   }
-  if (class_ != H5T_INTEGER && class_ != H5T_FLOAT && class_ != H5T_STRING) fail("is neither numbers nor text");
 }
+
+void Dataset::checkType() const {
+  if (class_ != H5T_INTEGER && class_ != H5T_FLOAT && class_ != H5T_STRING) fail("is neither numbers nor text");
+  const Handle type(H5Dget_type(id()), H5Tclose);
+  if (H5Tis_variable_str(type.get()) > 0) fail("text of variable length is not allowed in this layout");
+}
+
+void Dataset::checkContiguous(hid_t plist) const {
+  if (H5Pget_external_count(plist) > 0) fail("external storage is not allowed in this layout");
+  if (bytes() == 0) return;
+  const std::optional<std::int64_t> start = offset();
+  if (!start || H5Dget_storage_size(id()) != static_cast<hsize_t>(bytes())) fail("the data set is not stored in full");
+  // As unsigned numbers, so that an address too large for a signed one lies behind the end too.
+  const auto end = static_cast<hsize_t>(file()->bytes);
+  const auto first = static_cast<hsize_t>(*start);
+  if (first > end || static_cast<hsize_t>(bytes()) > end - first) {
+    fail("the data set reaches beyond the end of the file");
+  }
+}
+
+void Dataset::checkChunked(hid_t plist) const {
+  Dims chunk(dims_.size());
+  H5Pget_chunk(plist, static_cast<int>(chunk.size()), chunk.data());
+  for (std::size_t i = 0; i < chunk.size(); ++i) {
+    // A dimension of 0 rows still needs a chunk of 1.
+    if (chunk[i] != (i == 0 ? 1 : std::max<hsize_t>(dims_[i], 1))) fail("a chunk must hold exactly one frame");
+  }
+  bool isPacked = false;
+  for (int i = 0; i < H5Pget_nfilters(plist); ++i) {
+    unsigned flags = 0;
+    std::size_t parameters = 0;
+    const H5Z_filter_t filter =
+        H5Pget_filter2(plist, static_cast<unsigned>(i), &flags, &parameters, nullptr, 0, nullptr, nullptr);
+    if (filter != H5Z_FILTER_DEFLATE && filter != H5Z_FILTER_FLETCHER32) {
+      fail("filters other than gzip and Fletcher-32 are not allowed in this layout");
+    }
+    if (filter == H5Z_FILTER_DEFLATE && isPacked) fail("the data set is packed twice");
+    isPacked = isPacked || filter == H5Z_FILTER_DEFLATE;
+  }
+  const hsize_t stored = H5Dget_storage_size(id());
+  if (stored > static_cast<hsize_t>(file()->bytes)) fail("the data set reaches beyond the end of the file");
+  if (static_cast<hsize_t>(bytes()) / (isPacked ? kLargestCompression : 1) > stored) {
+    fail("the data set is not stored in full");
+  }
+}
+
+std::int64_t Dataset::bytes() const { return count() * static_cast<std::int64_t>(numberSize_); }
 
 std::int64_t Dataset::count() const {
   return static_cast<std::int64_t>(

@@ -67,7 +67,7 @@ class Object {
 
   bool hasAttribute(const std::string& name) const;
   std::vector<std::string> attributes() const;
-  // Throws for an attribute that the file's profile does not allow.
+  // Throws for an attribute that is not allowed in the file or cannot be one of ours.
   void checkAttribute(const std::string& name) const;
   // What tells one object of a file from another under whatever link it was found.
   std::uint64_t address() const;
@@ -94,7 +94,15 @@ class Object {
   const std::shared_ptr<const FileContext>& file() const { return file_; }
 
  private:
-  Handle openAttribute(const std::string& name) const;
+  struct Attribute {
+    Handle id;
+    Handle type;
+    Handle space;
+    H5T_class_t kind;
+    std::size_t count;
+  };
+  // Refuses what the profile does not allow.
+  Attribute openAttribute(const std::string& name) const;
   Handle createAttribute(const std::string& name, hid_t type, hid_t space) const;
 
   Handle id_;
@@ -126,7 +134,7 @@ class Dataset : public Object {
   Dataset(Handle id, std::string path, std::shared_ptr<const FileContext> file);
 
   const Dims& dims() const { return dims_; }
-  // Number of numbers in all.
+  // Number of numbers in all, checked against what the file can hold.
   std::int64_t count() const;
   bool isFloat() const { return class_ == H5T_FLOAT; }
   bool isInteger() const { return class_ == H5T_INTEGER; }
@@ -168,7 +176,12 @@ class Dataset : public Object {
     std::int64_t offset;
   };
 
+  void readShape(hid_t space);
+  void checkType() const;
   void checkProfile() const;
+  void checkContiguous(hid_t plist) const;
+  void checkChunked(hid_t plist) const;
+  std::int64_t bytes() const;
   std::optional<Direct> findDirect(hid_t type) const;
   void transferSlab(hsize_t index, hid_t memoryType, void* out, bool writing) const;
   void requireFloat() const;

@@ -21,17 +21,14 @@ std::string textFrom(const char* bytes, std::size_t size, H5T_str_t padding) {
   return text;
 }
 
-// Reads all texts behind `read`, which fills a buffer of a given memory type.
+// Reads `count` texts through `read`, which fills a buffer of a given memory type.
 template <class Read>
-std::vector<std::string> readTexts(const Object& owner, hid_t type, hid_t space, Profile profile, Read&& read) {
-  if (H5Tget_class(type) != H5T_STRING) owner.fail("must hold text");
-  const std::int64_t count = pointsOf(space);
+std::vector<std::string> readTexts(const Object& owner, hid_t type, hid_t space, std::size_t count, Read&& read) {
   std::vector<std::string> texts;
   if (count == 0) return texts;
-  texts.reserve(static_cast<std::size_t>(count));
+  texts.reserve(count);
   if (H5Tis_variable_str(type) > 0) {
-    if (profile == Profile::strict) owner.fail("text of variable length is not allowed in this layout");
-    std::vector<char*> pointers(static_cast<std::size_t>(count), nullptr);
+    std::vector<char*> pointers(count, nullptr);
     const Handle memoryType(H5Tcopy(type), H5Tclose);
     if (read(memoryType.get(), pointers.data()) < 0) owner.failHdf5("text cannot be read");
     for (const char* text : pointers) texts.emplace_back(text != nullptr ? text : "");
@@ -39,12 +36,10 @@ std::vector<std::string> readTexts(const Object& owner, hid_t type, hid_t space,
     return texts;
   }
   const std::size_t size = H5Tget_size(type);
-  std::vector<char> bytes(size * static_cast<std::size_t>(count));
+  std::vector<char> bytes(size * count);
   if (read(type, bytes.data()) < 0) owner.failHdf5("text cannot be read");
   const H5T_str_t padding = H5Tget_strpad(type);
-  for (std::int64_t i = 0; i < count; ++i) {
-    texts.push_back(textFrom(bytes.data() + static_cast<std::size_t>(i) * size, size, padding));
-  }
+  for (std::size_t i = 0; i < count; ++i) texts.push_back(textFrom(bytes.data() + i * size, size, padding));
   return texts;
 }
 
@@ -81,10 +76,18 @@ bool Object::hasAttribute(const std::string& name) const {
   return exists > 0;
 }
 
-Handle Object::openAttribute(const std::string& name) const {
-  Handle attribute(H5Aopen(id(), name.c_str(), H5P_DEFAULT), H5Aclose);
-  if (!attribute) failHdf5(fmt::format("the attribute \"{}\" cannot be opened", name));
-  return attribute;
+Object::Attribute Object::openAttribute(const std::string& name) const {
+  Handle id(H5Aopen(this->id(), name.c_str(), H5P_DEFAULT), H5Aclose);
+  if (!id) failHdf5(fmt::format("the attribute \"{}\" cannot be opened", name));
+  Handle type(H5Aget_type(id.get()), H5Tclose);
+  Handle space(H5Aget_space(id.get()), H5Sclose);
+  const H5T_class_t kind = H5Tget_class(type.get());
+  if (file_->profile == Profile::strict && kind == H5T_STRING && H5Tis_variable_str(type.get()) > 0) {
+    fail(fmt::format("the attribute \"{}\": text of variable length is not allowed in this layout", name));
+  }
+  // HDF5 holds the values of an attribute that it has opened, so there are no more than memory was enough for.
+  const auto count = static_cast<std::size_t>(pointsOf(space.get()));
+  return {std::move(id), std::move(type), std::move(space), kind, count};
 }
 
 std::vector<std::string> Object::attributes() const {
@@ -93,19 +96,16 @@ std::vector<std::string> Object::attributes() const {
     static_cast<std::vector<std::string>*>(out)->emplace_back(name);
     return 0;
   };
-  if (H5Aiterate2(id(), H5_INDEX_NAME, H5_ITER_INC, nullptr, collect, &names) < 0) {
+  // Not sorted by HDF5, for the same reason as links.
+  if (H5Aiterate2(id(), H5_INDEX_NAME, H5_ITER_NATIVE, nullptr, collect, &names) < 0) {
     failHdf5("the attributes cannot be listed");
   }
+  std::sort(names.begin(), names.end());
   return names;
 }
 
 void Object::checkAttribute(const std::string& name) const {
-  const Handle attribute = openAttribute(name);
-  const Handle type(H5Aget_type(attribute.get()), H5Tclose);
-  const H5T_class_t kind = H5Tget_class(type.get());
-  if (kind == H5T_STRING && H5Tis_variable_str(type.get()) > 0 && file()->profile == Profile::strict) {
-    fail(fmt::format("the attribute \"{}\": text of variable length is not allowed in this layout", name));
-  }
+  const H5T_class_t kind = openAttribute(name).kind;
   if (kind != H5T_STRING && kind != H5T_INTEGER && kind != H5T_FLOAT && kind != H5T_ENUM) {
     fail(fmt::format("the attribute \"{}\" is neither numbers nor text", name));
   }
@@ -113,26 +113,22 @@ void Object::checkAttribute(const std::string& name) const {
 
 std::vector<int> Object::intsAttribute(const std::string& name) const {
   if (!hasAttribute(name)) return {};
-  const Handle attribute = openAttribute(name);
-  const Handle type(H5Aget_type(attribute.get()), H5Tclose);
-  const Handle space(H5Aget_space(attribute.get()), H5Sclose);
-  // Python's truth values are an enumeration over a small integer.
-  const H5T_class_t kind = H5Tget_class(type.get());
-  const bool truthValue = kind == H5T_ENUM && H5Tget_size(type.get()) == 1;
-  if (kind != H5T_INTEGER && !truthValue) fail(fmt::format("the attribute \"{}\" must hold integers", name));
-  std::vector<int> numbers;
-  if (truthValue) {
-    std::vector<signed char> bytes(static_cast<std::size_t>(pointsOf(space.get())));
-    if (!bytes.empty() && H5Aread(attribute.get(), type.get(), bytes.data()) < 0) {
+  const Attribute attribute = openAttribute(name);
+  const auto read = [&](hid_t memoryType, void* out) {
+    if (attribute.count != 0 && H5Aread(attribute.id.get(), memoryType, out) < 0) {
       failHdf5(fmt::format("the attribute \"{}\" cannot be read", name));
     }
-    numbers.assign(bytes.begin(), bytes.end());
-    return numbers;
+  };
+  // Python's truth values are an enumeration over a small integer.
+  if (attribute.kind == H5T_ENUM && H5Tget_size(attribute.type.get()) == 1) {
+    std::vector<signed char> bytes(attribute.count);
+    read(attribute.type.get(), bytes.data());
+    return {bytes.begin(), bytes.end()};
   }
-  std::vector<long long> wide(static_cast<std::size_t>(pointsOf(space.get())));
-  if (!wide.empty() && H5Aread(attribute.get(), H5T_NATIVE_LLONG, wide.data()) < 0) {
-    failHdf5(fmt::format("the attribute \"{}\" cannot be read", name));
-  }
+  if (attribute.kind != H5T_INTEGER) fail(fmt::format("the attribute \"{}\" must hold integers", name));
+  std::vector<long long> wide(attribute.count);
+  read(H5T_NATIVE_LLONG, wide.data());
+  std::vector<int> numbers;
   for (const long long number : wide) {
     if (!std::in_range<int>(number)) fail(fmt::format("the attribute \"{}\" is too large", name));
     numbers.push_back(static_cast<int>(number));
@@ -142,13 +138,12 @@ std::vector<int> Object::intsAttribute(const std::string& name) const {
 
 std::vector<double> Object::doublesAttribute(const std::string& name) const {
   if (!hasAttribute(name)) return {};
-  const Handle attribute = openAttribute(name);
-  const Handle type(H5Aget_type(attribute.get()), H5Tclose);
-  const Handle space(H5Aget_space(attribute.get()), H5Sclose);
-  const H5T_class_t kind = H5Tget_class(type.get());
-  if (kind != H5T_FLOAT && kind != H5T_INTEGER) fail(fmt::format("the attribute \"{}\" must hold numbers", name));
-  std::vector<double> numbers(static_cast<std::size_t>(pointsOf(space.get())));
-  if (!numbers.empty() && H5Aread(attribute.get(), H5T_NATIVE_DOUBLE, numbers.data()) < 0) {
+  const Attribute attribute = openAttribute(name);
+  if (attribute.kind != H5T_FLOAT && attribute.kind != H5T_INTEGER) {
+    fail(fmt::format("the attribute \"{}\" must hold numbers", name));
+  }
+  std::vector<double> numbers(attribute.count);
+  if (!numbers.empty() && H5Aread(attribute.id.get(), H5T_NATIVE_DOUBLE, numbers.data()) < 0) {
     failHdf5(fmt::format("the attribute \"{}\" cannot be read", name));
   }
   return numbers;
@@ -156,11 +151,10 @@ std::vector<double> Object::doublesAttribute(const std::string& name) const {
 
 std::vector<std::string> Object::stringsAttribute(const std::string& name) const {
   if (!hasAttribute(name)) return {};
-  const Handle attribute = openAttribute(name);
-  const Handle type(H5Aget_type(attribute.get()), H5Tclose);
-  const Handle space(H5Aget_space(attribute.get()), H5Sclose);
-  return readTexts(*this, type.get(), space.get(), file()->profile,
-                   [&](hid_t memoryType, void* out) { return H5Aread(attribute.get(), memoryType, out); });
+  const Attribute attribute = openAttribute(name);
+  if (attribute.kind != H5T_STRING) fail(fmt::format("the attribute \"{}\" must hold text", name));
+  return readTexts(*this, attribute.type.get(), attribute.space.get(), attribute.count,
+                   [&](hid_t memoryType, void* out) { return H5Aread(attribute.id.get(), memoryType, out); });
 }
 
 namespace {
@@ -245,9 +239,10 @@ void Object::writeStrings(const std::string& name, std::span<const std::string> 
 }
 
 std::vector<std::string> Dataset::readStrings() const {
+  if (class_ != H5T_STRING) fail("must hold text");
   const Handle type(H5Dget_type(id()), H5Tclose);
   const Handle space(H5Dget_space(id()), H5Sclose);
-  return readTexts(*this, type.get(), space.get(), file()->profile, [&](hid_t memoryType, void* out) {
+  return readTexts(*this, type.get(), space.get(), static_cast<std::size_t>(count()), [&](hid_t memoryType, void* out) {
     return H5Dread(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, out);
   });
 }

@@ -32,13 +32,18 @@ std::string explained(const std::string& reason) {
   return why.empty() ? reason : fmt::format("{} ({})", reason, why);
 }
 
-void checkSuperblock(const FileContext& file) {
+void checkSuperblock(const FileContext& file, bool isChecked) {
   H5F_info2_t info{};
   if (H5Fget_info2(file.id.get(), &info) < 0) throw StoreError(file.name, "", explained("cannot be read"));
   if (info.super.version != kSuperblockOfStrictFiles) {
     throw StoreError(file.name, "",
                      fmt::format("a file of layout {} must have HDF5 superblock {}, this one has {}", kNewestLayout,
                                  kSuperblockOfStrictFiles, info.super.version));
+  }
+  if (!isChecked) {
+    throw StoreError(
+        file.name, "",
+        fmt::format("a file of layout {} must start with a superblock of 8-byte addresses", kNewestLayout));
   }
 }
 
@@ -68,7 +73,8 @@ Group openFile(const std::string& path, int& layout) {
   startHdf5();
   auto file = std::make_shared<FileContext>();
   file->name = path;
-  file->bytes = checkBeforeOpening(path);
+  const Preflight preflight = checkBeforeOpening(path);
+  file->bytes = preflight.bytes;
   if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(path, "", "is not a database: it is not an HDF5 file");
   // Alive until the failure is explained: closing it would be the last call, which went well.
   const Handle access = fileAccess();
@@ -76,7 +82,7 @@ Group openFile(const std::string& path, int& layout) {
   if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));
   layout = readLayout(rootOf(file), path);
   file->profile = layout == kNewestLayout ? Profile::strict : Profile::free;
-  if (file->profile == Profile::strict) checkSuperblock(*file);
+  if (file->profile == Profile::strict) checkSuperblock(*file, preflight.isChecked);
   return rootOf(file);
 }
 

@@ -60,7 +60,7 @@ void checkSuperblock(const std::string& path, const std::array<unsigned char, kS
 
 }  // namespace
 
-std::int64_t checkBeforeOpening(const std::string& path) {
+Preflight checkBeforeOpening(const std::string& path) {
   const OpenFile file(path);
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) throw StoreError(path, "", std::strerror(errno));
@@ -70,10 +70,9 @@ std::int64_t checkBeforeOpening(const std::string& path) {
   std::array<unsigned char, kSuperblockBytes> bytes{};
   const bool isWhole = ::pread(file.get(), bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size());
   const bool isHdf5 = isWhole && std::memcmp(bytes.data(), kSignature.data(), kSignature.size()) == 0;
-  if (isHdf5 && bytes[kVersion] == kCheckedVersion && bytes[kOffsetSize] == sizeof(std::uint64_t)) {
-    checkSuperblock(path, bytes, static_cast<std::uint64_t>(status.st_size));
-  }
-  return status.st_size;
+  const bool isChecked = isHdf5 && bytes[kVersion] == kCheckedVersion && bytes[kOffsetSize] == sizeof(std::uint64_t);
+  if (isChecked) checkSuperblock(path, bytes, static_cast<std::uint64_t>(status.st_size));
+  return {status.st_size, isChecked};
 }
 
 }  // namespace odbstore

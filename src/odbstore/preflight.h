@@ -6,10 +6,16 @@
 
 namespace odbstore {
 
+struct Preflight {
+  std::int64_t bytes = 0;
+  // Whether the file starts with such a superblock, with addresses of eight bytes.
+  bool isChecked = false;
+};
+
 // Opens `path` without waiting and looks at its kind, size and first bytes. Throws a StoreError for what is no regular
 // file, is empty, or has a superblock of version 3 (HDF5 File Format, version 3.0, section II.A, which every database
 // of layout 2 has) that says that the file is cut off, goes on behind its end, or is still being written. Files that
-// start otherwise are left to HDF5. Returns the size in bytes.
-std::int64_t checkBeforeOpening(const std::string& path);
+// start otherwise are left to HDF5.
+Preflight checkBeforeOpening(const std::string& path);
 
 }  // namespace odbstore

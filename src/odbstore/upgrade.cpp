@@ -140,7 +140,7 @@ void writeUpgraded(const std::string& oldPath, const std::string& newPath) {
 }  // namespace
 
 void upgrade(const std::string& oldPath, const std::string& newPath) {
-  const std::int64_t bytes = checkBeforeOpening(oldPath);
+  const std::int64_t bytes = checkBeforeOpening(oldPath).bytes;
   try {
     runLimited(oldPath, limitsFor(bytes), [&] {
       writeUpgraded(oldPath, newPath);
@@ -165,7 +165,7 @@ bool isForeign(const std::string& path) {
 }
 
 int foreignLayout(const std::string& path) {
-  const std::int64_t bytes = checkBeforeOpening(path);
+  const std::int64_t bytes = checkBeforeOpening(path).bytes;
   const std::string layout = runLimited(path, limitsFor(bytes), [&] {
     int found = 0;
     h5::openFile(path, found);

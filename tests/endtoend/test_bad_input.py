@@ -203,7 +203,8 @@ class BadContentTest(ProgramTest):
 
     def test_text_of_variable_length(self):
         self.assert_refused(lambda f: f["/steps/Step-1/fields/NT"].attrs.__setitem__("description", "text"),
-                            "/steps/Step-1/fields/NT: text of variable length is not allowed in this layout")
+                            '/steps/Step-1/fields/NT: the attribute "description": text of variable length is not '
+                            "allowed in this layout")
 
     def test_a_soft_link(self):
         def change(file):

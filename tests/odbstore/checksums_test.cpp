@@ -175,6 +175,27 @@ TEST_F(ChecksumsTest, AFileThatIsGoneIsNamed) {
   }
 }
 
+TEST_F(ChecksumsTest, WhatCannotBeReadIsNamed) {
+  try {
+    compareChecksums(directory_.file(""), {0, 1, 4096});
+    FAIL() << "read";
+  } catch (const StoreError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("cannot be read at byte 0: Is a directory"));
+  }
+}
+
+TEST_F(ChecksumsTest, AFileThatOutgrowsItsSumsIsRefused) {
+  write(3000, 1);
+  ChecksumPlace place = this->place().value();
+  place.blocks = 2;
+  try {
+    fillChecksums(path_, "job.odb", place);
+    FAIL() << "filled";
+  } catch (const StoreError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("job.odb: has grown beyond its checksums"));
+  }
+}
+
 TEST_F(ChecksumsTest, AFileThatEndsBeforeItsSumsIsNamed) {
   std::ofstream(path_) << "short";
   EXPECT_THROW(compareChecksums(path_, {100, 1, 4096}), StoreError);

@@ -93,6 +93,15 @@ TEST_F(WriterTest, StepsKeepTheirOrderAndMassMayBeAbsent) {
   EXPECT_THAT(reader.step("Step-1")->frames(), IsEmpty());
 }
 
+TEST_F(WriterTest, ManyStepsKeepTheirOrderToo) {
+  Writer writer(path_);
+  std::vector<std::string> names;
+  for (int i = 40; i > 0; --i) names.push_back("Step-" + std::to_string(i));
+  for (const std::string& name : names) writer.addStep(name, {});
+  writer.finish();
+  EXPECT_EQ(Reader(path_).steps(), names);
+}
+
 TEST_F(WriterTest, EqualLocationsAreStoredOnce) {
   Writer writer(path_);
   const LocationInfo nodal{"I", Position::nodal, "", 0, ""};
