@@ -7,7 +7,6 @@
 #if defined(__x86_64__)
 #include <nmmintrin.h>
 #elif defined(__aarch64__)
-#include <arm_acle.h>
 #include <asm/hwcap.h>
 #include <sys/auxv.h>
 #endif
@@ -74,8 +73,12 @@ KOLVEX_CRC_TARGET inline std::uint32_t takeWord(std::uint32_t sum, std::uint64_t
 bool hasInstruction() { return __builtin_cpu_supports("sse4.2") != 0; }
 constexpr const char* kInstructionName = "sse4.2";
 #else
-#define KOLVEX_CRC_TARGET __attribute__((target("+crc")))
-KOLVEX_CRC_TARGET inline std::uint32_t takeWord(std::uint32_t sum, std::uint64_t word) { return __crc32cd(sum, word); }
+#define KOLVEX_CRC_TARGET
+// The header that names the instruction gives it only to units that are compiled for it as a whole.
+inline std::uint32_t takeWord(std::uint32_t sum, std::uint64_t word) {
+  __asm__(".arch_extension crc\n\tcrc32cx %w0, %w0, %x1" : "+r"(sum) : "r"(word));
+  return sum;
+}
 bool hasInstruction() { return (getauxval(AT_HWCAP) & HWCAP_CRC32) != 0; }
 constexpr const char* kInstructionName = "crc";
 #endif
