@@ -7,7 +7,7 @@ import subprocess
 import numpy as np
 from same_file import same_file
 from support import BIN, FAILED, Database
-from test_import_program import DECK, WHOLE
+from test_import_program import DECK, ELEMENTS, HEADING, NODES, RESULTS, WHOLE
 from test_upgrade import old_database
 
 # What an earlier run has left.
@@ -36,6 +36,8 @@ class Outcome:
 
 class Case:
     name = ""
+    # A large one runs at length only, with this many of its system calls failing, evenly spread.
+    most_points = None
     # Which thread makes which call may differ from run to run.
     has_threads = False
     inputs = {}  # name -> bytes
@@ -198,4 +200,17 @@ class PackedImport(Import):
     command = [str(BIN / "import"), "job", "--compress"]
 
 
-CASES = (Extraction, LargeExtraction, Upgrade, Import, PackedImport)
+class LargeImport(Import):
+    """So much structure that HDF5 writes some of it long before the end."""
+    name = "large-import"
+    most_points = 20
+    STEPS = 1500
+
+    def make_inputs(self, directory):
+        super().make_inputs(directory)
+        steps = "".join(RESULTS.replace("           1           1          \n", f"           1{step:12d}          \n")
+                        for step in range(1, self.STEPS + 1))
+        (directory / "job.frd").write_text(HEADING + NODES + ELEMENTS + steps + " 9999\n")
+
+
+CASES = (Extraction, LargeExtraction, Upgrade, Import, PackedImport, LargeImport)
