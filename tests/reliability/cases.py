@@ -102,7 +102,7 @@ class Extraction(Case):
         is_untouched = marker == MARKER and result == OLD_RESULT
         if marker is not None and not is_new and not is_untouched:
             wrong.append(f"the marker {marker!r} stands beside {len(result or b'')} bytes that are not the complete result")
-        has_failed = outcome.is_killed or outcome.status != 0 or FAILED in outcome.err
+        has_failed = outcome.is_killed or outcome.is_silenced or outcome.status != 0 or FAILED in outcome.err
         if not has_failed and not is_new:
             wrong.append("it ended well without a complete result and its marker")
         if outcome.status == 0 and FAILED in outcome.err and is_new:

@@ -27,12 +27,13 @@ FAULTS = (("error=ENOSPC", ""), ("error=ENOSPC", "+"), ("error=EIO", ""), ("erro
 SKIPPED = 77
 # Without --seccomp-bpf, which is faster and loses injected signals.
 STRACE = ["strace", "-f", "-qq"]
+ARRIVED = re.compile(r"\(INJECTED\)|killed by SIGKILL")
 LINE = re.compile(r"^(?:\[pid +)?(\d+)\]? +(\w+)\((.*)$")
 
 
 def traced(command, directory, *options):
     process = subprocess.run([*STRACE, *options, *command], cwd=directory, stdin=subprocess.DEVNULL,
-                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=60, check=False)
+                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=30, check=False)
     return process.returncode, process.stderr
 
 
@@ -57,12 +58,19 @@ class Point:
         self.text = text
         self.is_renamed = is_renamed  # whether the result has its name already
 
+    def faults(self):
+        """Those that can happen here. Under strace a close that fails leaves the file open, which Linux never does: a
+        reader would wait for the end of a pipe for ever."""
+        if self.call != "close":
+            return FAULTS
+        return [fault for fault in FAULTS if fault[1] == "" and ("<pipe:" not in self.text or "signal" in fault[0])]
+
 
 def record(case, directory, calls):
     """The points of a run without a fault, counted per thread as strace counts them."""
     case.fill(directory)
     log = directory.with_suffix(".log")
-    status, err = traced(case.command, directory, "-o", str(log), "-e", "trace=" + ",".join(calls))
+    status, err = traced(case.command, directory, "-y", "-o", str(log), "-e", "trace=" + ",".join(calls))
     if status != 0:
         raise RuntimeError(f"{case.name} fails without a fault: {err!r}")
     seen = collections.Counter()
@@ -91,14 +99,15 @@ def run_with(case, directory, point, fault):
     except subprocess.TimeoutExpired:
         return ["it hangs"]
     killed = effect.startswith("signal") and status == -9
-    if not killed and not case.has_threads and "(INJECTED)" not in log.read_text(errors="replace"):
+    if not killed and not case.has_threads and not ARRIVED.search(log.read_text(errors="replace")):
         return ["the fault did not arrive"]
     silenced = point.call == "write" and (further == "+" or point.text.startswith("write(2"))
     return case.check(directory, Outcome(status, err, point.is_renamed, killed, silenced, point.text))
 
 
 def try_all(case, scratch, points, jobs):
-    """Every fault at every point; prints and counts what is wrong."""
+    """Every fault at every point; prints what is wrong and returns how many faults there were and how many went wrong."""
+    tasks = [(point, fault) for point in points for fault in point.faults()]
     local = threading.local()
 
     def one(task):
@@ -108,12 +117,12 @@ def try_all(case, scratch, points, jobs):
 
     failures = 0
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-        for (point, fault), wrong in pool.map(one, [(point, fault) for point in points for fault in FAULTS]):
+        for (point, fault), wrong in pool.map(one, tasks):
             for text in wrong:
                 failures += 1
                 where = f"{point.call} {point.when}{fault[1]}, {point.text[:100]}"
                 print(f"{case.name}: {fault[0]} at {where}\n    {text}")
-    return failures
+    return len(tasks), failures
 
 
 def main():
@@ -136,8 +145,8 @@ def main():
             points = record(case, pathlib.Path(scratch) / "recorded", calls)
             if case.most_points:
                 points = points[::len(points) // case.most_points]
-            wrong = try_all(case, scratch, points, options.jobs)
-            print(f"{case.name}: {len(points)} calls, {len(points) * len(FAULTS)} faults, {wrong} wrong")
+            faults, wrong = try_all(case, scratch, points, options.jobs)
+            print(f"{case.name}: {len(points)} calls, {faults} faults, {wrong} wrong")
             failures += wrong
             if not points:
                 raise RuntimeError("no system call was recorded")
