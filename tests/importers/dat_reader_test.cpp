@@ -153,6 +153,11 @@ TEST(DatRowsTest, AreTakenApartByTheirTable) {
   EXPECT_THAT(cyclic.labels, ElementsAre(2, 4)) << "the nodal diameter comes first";
 }
 
+TEST(DatRowsTest, HaveNoMoreNumbersThanTheirTable) {
+  EXPECT_THAT(valuesOf("eigenvalue output", {"2", "4.", "2.", ".3", "0.", "9."}).numbers, ElementsAre(4, 2, .3, 0));
+  EXPECT_THAT(valuesOf("buckling factor output", {"2", "4.", "2."}).numbers, ElementsAre(4));
+}
+
 TEST(DatRowsTest, ThatAreDamagedAreRefused) {
   DatTable table;
   table.title = "stresses";

@@ -209,6 +209,9 @@ TEST_F(DeckTest, KeywordsThatMissSomethingAreRefused) {
 TEST_F(DeckTest, IncludesThatLeadNowhereAreRefused) {
   EXPECT_THAT(failure("*HEADING\n*INCLUDE,INPUT=none.inc\n"),
               EndsWith("job.inp:2: error: the included file none.inc does not exist"));
+  EXPECT_THAT(failure("*INCLUDE,INPUT=" + std::string(5000, 'x') + "\n"),
+              testing::ContainsRegex("job.inp:1: error: the included file x+ does not exist"))
+      << "a name that is longer than any";
   EXPECT_THAT(failure("*INCLUDE,INPUT=job.inp\n"), EndsWith("job.inp:1: error: job.inp includes itself"));
   writeText(directory_, "a.inc", "*INCLUDE,INPUT=b.inc\n");
   writeText(directory_, "b.inc", "** again\n*INCLUDE,INPUT=./a.inc\n");

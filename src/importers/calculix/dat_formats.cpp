@@ -96,6 +96,7 @@ constexpr std::size_t kVectorWidth = 3;
 constexpr std::size_t kNumbersBeforeFactors = 1;
 // Real modes have an eigenvalue, complex ones begin with their frequency.
 constexpr std::size_t kNumbersOfComplexMode = 3;
+constexpr std::size_t kNumbersOfRealMode = 4;
 
 // Tables of contact are for nodes or for the points of faces by the same title; the words in their parentheses tell.
 constexpr std::array kFaceFormats = {
@@ -203,8 +204,10 @@ bool readDatRow(const DatFormat& format, const DatRow& row, DatValues& values) {
     if (!label) return false;
     values.labels[at] = *label;
   }
-  for (; at < row.size(); ++at) {
-    if (format.shape != numbered && format.name != "EIG" && values.numbers.size() == format.width()) break;
+  const std::size_t most = format.shape == numbered ? row.size()
+                           : format.name == "EIG"   ? kNumbersOfRealMode
+                                                    : format.width();
+  for (; at < row.size() && values.numbers.size() < most; ++at) {
     const std::optional<double> number = numberFrom(row[at]);
     if (!number) break;
     values.numbers.push_back(*number);

@@ -29,6 +29,13 @@ std::optional<Procedure> procedureOf(const Keyword& keyword) {
   return std::nullopt;
 }
 
+// What tells files apart whatever they are called; their name where it cannot be found out.
+std::string identityOf(const std::filesystem::path& path) {
+  std::error_code failed;
+  const std::filesystem::path canonical = std::filesystem::weakly_canonical(path, failed);
+  return failed ? path.string() : canonical.string();
+}
+
 class DeckReader {
  public:
   DeckReader(const std::string& path, const WarningSink& warn, DeckDetail detail)
@@ -39,7 +46,7 @@ class DeckReader {
 
   void readFile(const std::string& path) {
     LineReader lines(path);
-    const std::string identity = std::filesystem::weakly_canonical(path).string();
+    const std::string identity = identityOf(path);
     openFiles_.insert(identity);
     std::string_view line;
     while (lines.next(line)) {
@@ -126,9 +133,11 @@ class DeckReader {
     const auto name = keyword.value("INPUT");
     if (!name) lines.fail("*INCLUDE names no file");
     std::filesystem::path path = std::filesystem::path(lines.path()).parent_path() / *name;
-    if (!std::filesystem::exists(path)) path = directory_ / *name;
-    if (!std::filesystem::exists(path)) lines.fail(fmt::format("the included file {} does not exist", *name));
-    if (openFiles_.contains(std::filesystem::weakly_canonical(path).string())) {
+    // Names that are too long exist no more than others.
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) path = directory_ / *name;
+    if (!std::filesystem::exists(path, ignored)) lines.fail(fmt::format("the included file {} does not exist", *name));
+    if (openFiles_.contains(identityOf(path))) {
       lines.fail(fmt::format("{} includes itself", *name));
     }
     if (openFiles_.size() >= kDeepestInclude) lines.fail("files include each other too deep");

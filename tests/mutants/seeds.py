@@ -1,0 +1,64 @@
+"""Whole files that mutants are made of: small, and with every kind of object in them."""
+import os
+import pathlib
+import subprocess
+import sys
+
+HERE = pathlib.Path(__file__).resolve().parent
+for folder in ("endtoend", "importers", "oracle"):
+    sys.path.insert(0, str(HERE.parent / folder))
+
+import test_import_program as texts  # noqa: E402
+from generate import Generator  # noqa: E402
+from test_upgrade import old_database  # noqa: E402
+
+BIN = pathlib.Path(os.environ["KOLVEX_BIN"])
+FRAME = texts.RESULTS.replace("           1          \n", "           2          \n")
+
+
+def job_files():
+    """The files of a run by their names: text results, and binary ones under the name of their kind."""
+    more = texts.RESULTS.replace("  101 1.000000000", "  102 2.000000000").replace("  101", "  102").replace(
+        "           1           1          \n", "           2           1          \n")
+    text = texts.HEADING + texts.NODES + texts.ELEMENTS + texts.RESULTS + more + " 9999\n"
+    return {"frd": text.encode(), "binary": texts.BINARY, "dat": texts.PRINTED.encode(), "inp": DECK.encode()}
+
+
+DECK = (texts.DECK + "*NODE\n1,0.,0.,0.\n2,1.,0.,0.\n3,2.,0.,0.\n*ELEMENT,TYPE=T3D2,ELSET=Eall\n1,1,2\n2,2,3\n"
+        "*SURFACE,NAME=Side,TYPE=NODE\nEnds\n*MATERIAL,NAME=Steel\n*DENSITY\n7.8e-9\n"
+        "*SOLID SECTION,ELSET=Eall,MATERIAL=Steel\n0.5\n*STEP\nsecond\n*STATIC\n0.5,1.\n*END STEP\n")
+
+
+def imported(directory, *options):
+    """The database that the import makes of these files."""
+    files = job_files()
+    for name in ("frd", "dat", "inp"):
+        (directory / f"seed.{name}").write_bytes(files[name])
+    subprocess.run([BIN / "import", "seed", "-o", "seed.odb", *options], cwd=directory, check=True, capture_output=True)
+    return (directory / "seed.odb").read_bytes()
+
+
+def generated(directory, layout, count):
+    """Databases of the generator of the second implementation, small ones."""
+    found, seed = [], 0
+    while len(found) < count:
+        generator = Generator(seed)
+        seed += 1
+        path = directory / "generated.odb"
+        path.unlink(missing_ok=True)
+        generator.make(path)
+        if generator.layout == layout and path.stat().st_size < 60_000:
+            found.append(path.read_bytes())
+    return found
+
+
+def layout2(directory):
+    """Pairs of bytes and whether checksums protect them."""
+    return ([(imported(directory), True), (imported(directory, "--compress", "--checksum"), True)] +
+            [(data, False) for data in generated(directory, 2, 3)])
+
+
+def layout1(directory):
+    path = directory / "old.odb"
+    old_database(path, 2)
+    return [(path.read_bytes(), False)] + [(data, False) for data in generated(directory, 1, 3)]
