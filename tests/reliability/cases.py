@@ -191,7 +191,7 @@ class Import(Extraction):
 
     @staticmethod
     def says_where(err):
-        return re.search(rb"job\.(odb|frd|inp|sta)|standard output|out of memory|error while loading shared libraries", err) is not None
+        return re.search(rb"job\.(odb|frd|inp|sta|dat)|standard output|out of memory|error while loading shared libraries", err) is not None
 
 
 class PackedImport(Import):

@@ -260,14 +260,14 @@ class Kills(ResultConditions):
         interrupted = 0
         for i in range(KILLS):
             number = (signal.SIGKILL, signal.SIGTERM)[i % 2]
-            status = kill_at_random(self.command, self.directory, 1.3 * seconds, number, generator)
+            status = kill_at_random(self.command, self.directory, 1.2 * seconds, number, generator)
             interrupted += status == -number
             if self.path("paramsdone.txt").exists():
                 self.assertEqual(self.path("paramsdone.txt").read_bytes(), DONE)
                 self.assertEqual(self.path("params.txt").read_bytes(), complete)
             else:
                 self.assertEqual(status, -number)
-        self.assertGreater(interrupted, KILLS // 4, "the kills come too late to show anything")
+        self.assertGreater(interrupted, KILLS // 10, "the kills come too late to show anything")
         print(f"{interrupted} of {KILLS} kills interrupted a run")
 
 
