@@ -26,6 +26,7 @@ demo_packages=(calculix-ccx)
 bench_packages=(libbenchmark-dev python3 python3-h5py python3-numpy)
 test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-numpy hdf5-tools strace clang-format)
 soak_packages=(clang libclang-rt-14-dev valgrind gcovr)
+arm64_packages=(g++-aarch64-linux-gnu gcc-aarch64-linux-gnu qemu-user-static debootstrap)
 
 # Installs those of the packages named that are missing.
 install_packages() {

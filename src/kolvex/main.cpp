@@ -18,22 +18,27 @@ constexpr int kCannotRun = 126;
 constexpr int kNotFound = 127;
 constexpr int kUsageError = 2;
 
+// Writes a text; 1 where the stream does not take it, which is no reason to fall over.
+int say(std::FILE* stream, const std::string& text) {
+  return std::fputs(text.c_str(), stream) >= 0 && std::fflush(stream) == 0 ? 0 : 1;
+}
+
 int runSubcommand(const char* name, char** arguments) {
   std::error_code failure;
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", failure);
   if (failure) {
-    fmt::print(stderr, "kolvex: cannot find out where it is installed: {}\n", failure.message());
+    say(stderr, fmt::format("kolvex: cannot find out where it is installed: {}\n", failure.message()));
     return kCannotRun;
   }
   const std::optional<std::string> program = kolvex::programPath(self.string(), name);
   if (!program) {
-    fmt::print(stderr, "kolvex: the program of '{}' is not installed with {}\n", name, self.string());
+    say(stderr, fmt::format("kolvex: the program of '{}' is not installed with {}\n", name, self.string()));
     return kNotFound;
   }
   std::string path = *program;
   arguments[0] = path.data();
   ::execv(path.c_str(), arguments);
-  fmt::print(stderr, "kolvex: {} cannot be run: {}\n", path, std::strerror(errno));
+  say(stderr, fmt::format("kolvex: {} cannot be run: {}\n", path, std::strerror(errno)));
   return kCannotRun;
 }
 
@@ -41,20 +46,18 @@ int runSubcommand(const char* name, char** arguments) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    fmt::print(stderr, "{}", kolvex::helpText());
+    say(stderr, kolvex::helpText());
     return kUsageError;
   }
   const std::string_view command = argv[1];
   if (command == "--help" || command == "-h") {
-    fmt::print("{}", kolvex::helpText());
-    return 0;
+    return say(stdout, kolvex::helpText());
   }
   if (command == "--version") {
-    fmt::print("kolvex {}\n", KOLVEX_VERSION);
-    return 0;
+    return say(stdout, fmt::format("kolvex {}\n", KOLVEX_VERSION));
   }
   if (!kolvex::findSubcommand(command)) {
-    fmt::print(stderr, "kolvex: '{}' is not a kolvex command. See 'kolvex --help'.\n", command);
+    say(stderr, fmt::format("kolvex: '{}' is not a kolvex command. See 'kolvex --help'.\n", command));
     return 1;
   }
   return runSubcommand(argv[1], argv + 1);

@@ -7,6 +7,7 @@
 #include <exception>
 #include <system_error>
 
+#include "process/prepare_process.h"
 #include "verify/verify_file.h"
 #include "verify/verify_options.h"
 
@@ -16,14 +17,17 @@ constexpr int kSound = 0;
 constexpr int kDamaged = 1;
 constexpr int kWithoutChecksums = 3;
 
+// Findings that nobody hears still count in the status.
+void complain(const std::string& text) { std::fputs((text + '\n').c_str(), stderr); }
+
 int report(const verify::Verdict& verdict, bool isQuiet) {
-  for (const std::string& finding : verdict.findings) fmt::print(stderr, "{}\n", finding);
+  for (const std::string& finding : verdict.findings) complain(finding);
   if (!verdict.findings.empty()) {
     if (!isQuiet) fmt::print("{}: damaged\n", verdict.path);
     return kDamaged;
   }
   if (!verdict.hasChecksums) {
-    fmt::print(stderr, "{}: has no checksums: what its numbers were cannot be told\n", verdict.path);
+    complain(verdict.path + ": has no checksums: what its numbers were cannot be told");
     return kWithoutChecksums;
   }
   if (!isQuiet) fmt::print("{}: sound\n", verdict.path);
@@ -39,10 +43,11 @@ int worse(int one, int other) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  prepareProcess();
   try {
     const verify::VerifyOptions options = verify::parseVerifyOptions({argv + 1, argv + argc});
     if (options.isDone) {
-      fmt::print(options.status == 0 ? stdout : stderr, "{}", options.message);
+      std::fputs(options.message.c_str(), options.status == 0 ? stdout : stderr);
       return options.status;
     }
     int status = kSound;
@@ -51,7 +56,7 @@ int main(int argc, char** argv) {
     if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category(), "standard output");
     return status;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "{}\n", error.what());
+    complain(error.what());
     return kDamaged;
   }
 }

@@ -3,6 +3,7 @@ import os
 import shutil
 import signal
 import stat
+import subprocess
 
 from support import BIN, ProgramTest
 
@@ -35,6 +36,13 @@ class LauncherTest(ProgramTest):
         run = self.run_program("--version", program="kolvex")
         self.assertEqual(run.status, 0)
         self.assertRegex(run.out, rb"^kolvex \d+\.\d+\.\d+\n$")
+
+    def test_full_streams_are_no_reason_to_fall_over(self):
+        with open("/dev/full", "wb") as full:
+            for arguments, status in ((["--help"], 1), (["--version"], 1), ([], 2), (["unknown"], 1),
+                                      (["verify", "nothing.odb"], 1), (["verify", "--help"], 0), (["verify"], 2)):
+                process = subprocess.run([BIN / "kolvex", *arguments], stdout=full, stderr=full, check=False)
+                self.assertEqual(process.returncode, status, arguments)
 
     def test_no_command_is_a_usage_error(self):
         run = self.run_program(program="kolvex")
