@@ -167,7 +167,7 @@ ChildLimits limitsFor(std::int64_t bytes) {
   // A block is in memory once as it is stored and once as it is written, be it packed. The processor has 5 MiB a
   // second, far below what the upgrade makes; the clock has patience with a machine that has other things to do.
   const std::chrono::seconds time(2 + static_cast<std::int64_t>(size / (5 * kMebi)));
-  return {1024 * kMebi + 8 * size, time, 20 * time};
+  return {256 * kMebi + 16 * size, time, 20 * time};
 }
 
 std::string runLimited(const std::string& file, const ChildLimits& limits, const std::function<std::string()>& work) {
