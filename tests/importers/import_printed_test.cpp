@@ -256,6 +256,17 @@ TEST_F(PrintedTest, AStepOfHistoriesAloneCanBeSelected) {
   EXPECT_THAT(history("Step-2", "Set bars", "EVOL"), ElementsAre(1, 4));
 }
 
+TEST_F(PrintedTest, ATableWithoutRowsOfPlacesMakesNoField) {
+  importPrinted(displacement(0.5, 2) + table("displacements (vx,vy,vz) for set TOP", 1, "TOTAL  1.0  2.0  3.0\n"),
+                kStatic, temperature({.value = 0.5}) + temperature({.increment = 2, .counter = 2, .value = 1}));
+  EXPECT_THAT(history("Step-1", "Node 3 of Top", "U1"), ElementsAre(0.5F, 2.0F));
+}
+
+TEST_F(PrintedTest, NamesOfSetsAreTextWhateverIsInThem) {
+  importPrinted(table(std::string("total volume for set S\0\xE4", 24), 1, "  4.0\n"), kStatic, temperature({}));
+  EXPECT_THAT(Reader(output_).step("Step-1")->historyRegions(), ElementsAre("Set S \u00E4"));
+}
+
 TEST_F(PrintedTest, ADamagedRowIsNamed) {
   std::string text = stress(1, 7);
   text.replace(text.find("  2.0  3.0"), 5, "  2,0");

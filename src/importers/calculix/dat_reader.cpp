@@ -130,7 +130,7 @@ DatTable parseDatTitle(std::string_view line) {
   std::string_view text = trimmed(line);
   table.isOfFaces = text.find("element+face") != std::string_view::npos;
   table.time = takeTime(text);
-  table.set = takeSet(text);
+  table.set = storableText(takeSet(text));
   table.title = lowerCased(squeezed(text.substr(0, text.find('('))));
   return table;
 }

@@ -16,7 +16,7 @@ struct DatTable {
   // In lower case up to the first parenthesis, blanks squeezed: "stresses", "total force", "statistics". Titles that
   // are spaced out are joined: "eigenvalue output".
   std::string title;
-  std::string set;               // as the solver prints it, or "A, B" for two; empty for none
+  std::string set;               // as the solver prints it, or "A, B" for two; empty for none; storable text
   std::optional<double> time;    // total time or frequency
   std::optional<double> number;  // that ends a spaced title: the mode or the frequency
   bool isOfFaces = false;        // of contact: rows are points of faces, not nodes

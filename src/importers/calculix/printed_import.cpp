@@ -74,7 +74,7 @@ void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, cons
     rows_.second.push_back(values.labels[1]);
     for (std::size_t i = 0; i < width; ++i) rows_.numbers.push_back(static_cast<float>(values.numbers[i]));
   }
-  if (block != nullptr) addFields(table, *block);
+  if (!rows_.first.empty()) addFields(table, *block);
 }
 
 void PrintedImport::addFields(const PrintedTable& table, const ContentsBlock& block) {
