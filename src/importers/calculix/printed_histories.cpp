@@ -76,17 +76,36 @@ PrintedHistories::Region& PrintedHistories::regionOf(const PrintedTable& table, 
   return regions_.try_emplace({table.step, name}, Region{info, {}}).first->second;
 }
 
-void PrintedHistories::add(const PrintedTable& table, const DatValues& row, double value) {
+PrintedHistories::Target PrintedHistories::targetOf(const PrintedTable& table, const DatValues& row) {
   Region& region = regionOf(table, row);
+  Target target{row.labels, std::vector<std::vector<float>*>(row.numbers.size(), nullptr)};
   // The frequency of the mode comes first in tables of factors, and is no result of the steady state.
   const std::size_t first = table.format->rows == DatRows::frequency ? 1 : 0;
   // Real modes have an eigenvalue in their first column, complex ones do not.
   const std::size_t missing = table.format->name == "EIG" && row.numbers.size() == table.format->width() ? 1 : 0;
   for (std::size_t column = first; column < row.numbers.size(); ++column) {
-    std::vector<float>& samples = region.outputs[outputName(table, column + missing, row)];
-    const double mode = static_cast<double>(samples.size() / kSampleWidth + 1);
-    samples.push_back(static_cast<float>(hasOnlyModes(table) ? mode : value));
-    samples.push_back(static_cast<float>(row.numbers[column]));
+    target.outputs[column] = &region.outputs[outputName(table, column + missing, row)];
+  }
+  return target;
+}
+
+void PrintedHistories::start(const PrintedTable& table, double value) {
+  table_ = &table;
+  rows_ = &targets_[{table.step, table.head.title, table.head.set, table.isImaginary}];
+  row_ = 0;
+  value_ = value;
+}
+
+void PrintedHistories::add(const DatValues& row) {
+  if (row_ == rows_->size()) rows_->emplace_back();
+  Target& target = (*rows_)[row_++];
+  if (target.labels != row.labels || target.outputs.size() != row.numbers.size()) target = targetOf(*table_, row);
+  for (std::size_t column = 0; column < row.numbers.size(); ++column) {
+    std::vector<float>* const samples = target.outputs[column];
+    if (samples == nullptr) continue;
+    const double mode = static_cast<double>(samples->size() / kSampleWidth + 1);
+    samples->push_back(static_cast<float>(hasOnlyModes(*table_) ? mode : value_));
+    samples->push_back(static_cast<float>(row.numbers[column]));
   }
 }
 

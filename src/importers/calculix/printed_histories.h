@@ -1,9 +1,11 @@
 // Collects the histories that printed tables make, until their steps are complete.
 #pragma once
 
+#include <array>
 #include <map>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -26,8 +28,9 @@ class PrintedHistories {
 
   // Whether rows of the table make histories.
   bool takes(const PrintedTable& table) const;
-  // One row of it; `value` is that of its frame.
-  void add(const PrintedTable& table, const DatValues& row, double value);
+  // The rows that are added from now on are those of this table, which must be taken; `value` is that of its frame.
+  void start(const PrintedTable& table, double value);
+  void add(const DatValues& row);
 
   // Writes the histories of those steps; returns how many.
   int write(odbstore::Writer& writer, const std::map<int, odbstore::StepId>& steps) const;
@@ -38,13 +41,26 @@ class PrintedHistories {
     std::map<std::string, std::vector<float>> outputs;  // pairs of value and number
   };
   using Kind = std::pair<std::string, std::string>;  // title and set
+  // Where the numbers of a row go.
+  struct Target {
+    std::array<int, 2> labels{};
+    std::vector<std::vector<float>*> outputs;  // null for those that are no results
+  };
 
   std::string setName(const PrintedTable& table) const;
   Region& regionOf(const PrintedTable& table, const DatValues& row);
+  Target targetOf(const PrintedTable& table, const DatValues& row);
 
   const Deck& deck_;
   std::set<Kind> tooLarge_;
   std::map<std::pair<int, std::string>, Region> regions_;  // by step and name
+  // By step, title, set and part: tables of a kind have the same rows in the same order in nearly every frame.
+  std::map<std::tuple<int, std::string, std::string, bool>, std::vector<Target>> targets_;
+
+  const PrintedTable* table_ = nullptr;
+  std::vector<Target>* rows_ = nullptr;
+  std::size_t row_ = 0;
+  double value_ = 0.0;
 };
 
 }  // namespace importers::calculix

@@ -54,7 +54,7 @@ void PrintedImport::run(PrintedHistories& histories, std::set<std::string>& fiel
 void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, const ContentsBlock* block,
                               PrintedHistories* histories) {
   if (block == nullptr && histories == nullptr) return;
-  const double value = table.frame ? contents_.frames[*table.frame].info.value : 0.0;
+  if (histories != nullptr) histories->start(table, table.frame ? contents_.frames[*table.frame].info.value : 0.0);
   const std::size_t width = std::max(table.format->width(), table.width);
   DatRow row;
   DatValues values;
@@ -68,7 +68,7 @@ void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, cons
     if (!isGood || (block != nullptr && values.numbers.size() < width)) {
       throw ImportError(path_, reader.lineNumber(), fmt::format("this is no row of {}", table.head.title));
     }
-    if (histories != nullptr) histories->add(table, values, value);
+    if (histories != nullptr) histories->add(values);
     if (block == nullptr) continue;
     rows_.first.push_back(values.labels[0]);
     rows_.second.push_back(values.labels[1]);
