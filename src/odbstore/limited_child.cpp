@@ -51,8 +51,10 @@ std::uint64_t addressSpaceInUse() {
   return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
-void confine(const ChildLimits& limits) {
+void confine(const ChildLimits& limits, pid_t parent) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  // It may have died before that was said.
+  if (::getppid() != parent) ::_exit(1);
   ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   ::prctl(PR_SET_DUMPABLE, 0);
   limit(RLIMIT_CORE, 0, 0);
@@ -78,8 +80,8 @@ void send(int pipe, Ending ending, const std::string& text) {
   }
 }
 
-[[noreturn]] void beChild(int pipe, const ChildLimits& limits, const std::function<std::string()>& work) {
-  confine(limits);
+[[noreturn]] void beChild(int pipe, const ChildLimits& limits, pid_t parent, const std::function<std::string()>& work) {
+  confine(limits, parent);
   try {
     send(pipe, Ending::value, work());
   } catch (const StoreError& error) {
@@ -175,12 +177,15 @@ std::string runLimited(const std::string& file, const ChildLimits& limits, const
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw StoreError(file, "", std::strerror(errno));
   const Descriptor reading(ends[0]);
   Descriptor writing(ends[1]);
+  const pid_t parent = ::getpid();
+  // Without exec: no other thread runs, so that nobody else's lock is held for ever, and HDF5 is between two calls.
   const pid_t child = ::fork();
   if (child < 0) throw StoreError(file, "", std::string("no process can be made to read it: ") + std::strerror(errno));
-  if (child == 0) beChild(writing.get(), limits, work);
+  if (child == 0) beChild(writing.get(), limits, parent, work);
   writing = Descriptor();
   const std::optional<std::string> message = receive(reading.get(), limits.time);
-  if (!message) ::kill(child, SIGKILL);
+  // One that is late. One that is exiting keeps its status, and one that only closed its end is not waited for.
+  ::kill(child, SIGKILL);
   const int status = statusOf(child);
   const bool isWhole = message && message->size() >= 2 && message->back() == kEndMark;
   const bool isGood = WIFEXITED(status) && WEXITSTATUS(status) == 0;

@@ -8,12 +8,12 @@
 #include <array>
 #include <string_view>
 
+#include "odbstore/checksums.h"
 #include "odbstore/limited_child.h"
 #include "odbstore/names.h"
 #include "odbstore/output_file.h"
 #include "odbstore/preflight.h"
 #include "odbstore/reader_internal.h"
-#include "odbstore/stale_files.h"
 #include "odbstore/writer.h"
 
 namespace odbstore {
@@ -122,11 +122,11 @@ void copyStep(const h5::Group& group, const std::string& name, Writer& writer) {
   copyHistories(group, id, writer);
 }
 
-void writeUpgraded(const std::string& oldPath, const std::string& newPath) {
+void writeUpgraded(const std::string& oldPath, const OutputFile& file) {
   int layout = 0;
   const h5::Group root = h5::openFile(oldPath, layout);
   if (layout != 1) throw StoreError(oldPath, "", fmt::format("has layout {}, which needs no upgrade", layout));
-  Writer writer(newPath);
+  Writer writer(file);
   copyModel(root, writer);
   const std::optional<h5::Group> steps = root.findGroup("steps");
   if (steps) {
@@ -139,18 +139,32 @@ void writeUpgraded(const std::string& oldPath, const std::string& newPath) {
 
 }  // namespace
 
+void requireComplete(const OutputFile& file) {
+  try {
+    int layout = 0;
+    const h5::Group root = h5::openFile(file.temporaryPath(), layout);
+    const std::optional<ChecksumPlace> sums = layout == kNewestLayout ? findChecksums(root) : std::nullopt;
+    if (!sums) throw StoreError(file.finalPath(), "", "has no checksums");
+    const ChecksumReport report = compareChecksums(file.temporaryPath(), *sums);
+    if (!report.tableIsDamaged && report.damagedBlocks.empty()) return;
+  } catch (const StoreError&) {
+    // Whatever is wrong with a file that nobody will see, its user learns the same of it.
+  }
+  throw StoreError(file.finalPath(), "", "cannot be read back as it was written");
+}
+
 void upgrade(const std::string& oldPath, const std::string& newPath) {
   const std::int64_t bytes = checkBeforeOpening(oldPath).bytes;
-  try {
-    runLimited(oldPath, limitsFor(bytes), [&] {
-      writeUpgraded(oldPath, newPath);
-      return std::string();
-    });
-  } catch (const StoreError&) {
-    // A child that crashed could not clear away its temporary file.
-    clearStaleFiles(newPath);
-    throw;
-  }
+  // The child writes, and its parent gives the name: what crashes after its work has left nothing under it, and
+  // waiting for a slow disk counts as nobody's time.
+  OutputFile file(newPath);
+  runLimited(oldPath, limitsFor(bytes), [&] {
+    writeUpgraded(oldPath, file);
+    return std::string();
+  });
+  // A child that went astray may have left anything.
+  requireComplete(file);
+  file.publish();
 }
 
 bool isForeign(const std::string& path) {

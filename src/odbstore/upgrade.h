@@ -7,13 +7,20 @@
 
 namespace odbstore {
 
+class OutputFile;
+
 // Writes the database of layout 1 at `oldPath` to `newPath` in layout 2, losing nothing; locations that are equal in
 // all they say are stored once. `newPath` is replaced when it exists, and only by a complete file. Throws StoreError,
 // also for results that layout 2 cannot hold: a field that is described differently from frame to frame.
 //
 // Layout 1 may use all of HDF5, whose library was never made for damaged or hostile files: it is read in a child
-// process with limits (limited_child.h). No other thread may run.
+// process with limits (limited_child.h), which writes under a temporary name; the parent looks at the whole of that and
+// gives it its name. No other thread may run.
 void upgrade(const std::string& oldPath, const std::string& newPath);
+
+// Throws StoreError unless `file`, not published yet, holds a database of layout 2 that is there to its end and agrees
+// with its checksums.
+void requireComplete(const OutputFile& file);
 
 // Whether the file has another superblock than every database of layout 2, so that it must be looked at in a child too.
 // False for what cannot be read at all, which is for others to say.

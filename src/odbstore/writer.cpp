@@ -7,8 +7,12 @@
 
 namespace odbstore {
 
-Writer::Impl::Impl(const std::string& path, WriterOptions options)
-    : file_(path), options_(options), spool_(path), root_(h5::createFile(file_.temporaryPath(), path)) {
+Writer::Impl::Impl(std::unique_ptr<OutputFile> own, const OutputFile& file, WriterOptions options)
+    : own_(std::move(own)),
+      file_(file),
+      options_(options),
+      spool_(file_.finalPath()),
+      root_(h5::createFile(file_.temporaryPath(), file_.finalPath())) {
   root_->writeInt("layout", kNewestLayout);
   assembly();
   root_->createGroup("parts");
@@ -33,7 +37,13 @@ h5::Group Writer::Impl::owner(const Owner& owner) {
   }
 }
 
-Writer::Writer(const std::string& path, WriterOptions options) : impl_(std::make_unique<Impl>(path, options)) {}
+Writer::Writer(const std::string& path, WriterOptions options) {
+  auto own = std::make_unique<OutputFile>(path);
+  const OutputFile& file = *own;
+  impl_ = std::make_unique<Impl>(std::move(own), file, options);
+}
+
+Writer::Writer(const OutputFile& file, WriterOptions options) : impl_(std::make_unique<Impl>(nullptr, file, options)) {}
 
 Writer::~Writer() = default;
 

@@ -18,6 +18,8 @@
 
 namespace odbstore {
 
+class OutputFile;
+
 struct WriterOptions {
   bool compress = false;  // gzip, one frame a chunk: a small file, slower to read
   bool checksum = false;  // Fletcher-32 over every frame of every block
@@ -65,6 +67,8 @@ class Writer {
  public:
   // `path` is the final name; a file of that name is replaced by finish().
   explicit Writer(const std::string& path, WriterOptions options = {});
+  // Writes into `file`, which must live as long; finish() completes it and leaves publishing it to whoever made it.
+  explicit Writer(const OutputFile& file, WriterOptions options = {});
   ~Writer();
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -59,7 +60,7 @@ struct LocationState {
 
 class Writer::Impl {
  public:
-  Impl(const std::string& path, WriterOptions options);
+  Impl(std::unique_ptr<OutputFile> own, const OutputFile& file, WriterOptions options);
 
   h5::Group& root() { return *root_; }
   // A member group, made at its first use.
@@ -93,7 +94,8 @@ class Writer::Impl {
   void finishField(const h5::Group& fields, FieldState& field, std::size_t frames);
   void finishBlock(const h5::Group& blocks, std::size_t index, BlockState& block, const FieldState& field);
 
-  OutputFile file_;
+  std::unique_ptr<OutputFile> own_;  // none when the file is somebody else's
+  const OutputFile& file_;
   WriterOptions options_;
   Spool spool_;
   std::optional<h5::Group> root_;

@@ -306,7 +306,7 @@ void Writer::Impl::finish() {
   // What HDF5 wrote while closing has to be whole as well, and it does not report failures of that.
   int layout = 0;
   h5::openFile(file_.temporaryPath(), layout);
-  file_.publish();
+  if (own_) own_->publish();
 }
 
 }  // namespace odbstore

@@ -116,6 +116,20 @@ class UpgradeTest(ProgramTest):
         self.assertIn(b'field "U": frame 3 describes it differently than the frames before', run.err)
         self.assertEqual(run.status, 0)
 
+    def test_a_failed_upgrade_keeps_the_older_copy_and_leaves_nothing(self):
+        with h5py.File(self.path("old.odb"), "a") as old:
+            del old["steps/Hold/frames/11/fields/U/blocks/0/nodeLabels"]
+        (self.path("elsewhere")).mkdir()
+        self.path("upgradedOdb.odb").rename(self.path("elsewhere/copy.odb"))
+        self.path("upgradedOdb.odb").symlink_to("elsewhere/copy.odb")
+        before = self.path("elsewhere/copy.odb").read_bytes()
+        self.path("params.txt").unlink()
+        run = self.run_program("-odb", "old", "-config", "config.txt")
+        self.assertTrue(run.err.startswith(b"old.odb: /steps/Hold/frames/11/"), run.err)
+        self.assertEqual(self.path("elsewhere/copy.odb").read_bytes(), before)
+        self.assertEqual([p.name for p in self.path("elsewhere").iterdir()], ["copy.odb"])
+        self.assertIsNone(run.text("params.txt"))
+
     def test_a_block_without_labels_is_named(self):
         with h5py.File(self.path("old.odb"), "a") as old:
             del old["steps/Pull/frames/3/fields/U/blocks/0/nodeLabels"]
@@ -138,6 +152,10 @@ class DamagedTest(ProgramTest):
         self.config("EXTRACT_ALL EXTRACT_FIELD EXTRACT_MASS EXTRACT_HISTORY")
         whole = self.path("whole.odb").read_bytes()
         endings = collections.Counter()
+        # Where the name of the copy is a link, the temporary file lies where the link leads.
+        copies = self.path("copies")
+        copies.mkdir()
+        self.path("upgradedOdb.odb").symlink_to("copies/copy.odb")
         for seed in range(300):
             self.write("old.odb", self.damaged(whole, seed))
             run = self.run_program("-odb", "old", "-config", "config.txt")
@@ -147,9 +165,10 @@ class DamagedTest(ProgramTest):
             if run.err:
                 self.assertTrue(run.err.startswith((b"old.odb: ", b"upgradedOdb.odb: ")), run.err)
                 self.assertFalse(self.path("paramsdone.txt").exists(), seed)
-            left = sorted(p.name for p in self.directory.iterdir() if ".tmp." in p.name or p.name.startswith("core"))
+            left = sorted(p.name for p in (*self.directory.iterdir(), *copies.iterdir())
+                          if ".tmp." in p.name or p.name.startswith("core"))
             self.assertEqual(left, [], seed)
-            for name in ("paramsdone.txt", "params.txt", "upgradedOdb.odb"):
+            for name in ("paramsdone.txt", "params.txt", "copies/copy.odb"):
                 self.path(name).unlink(missing_ok=True)
         # On the library of Debian 12 some of these files crash it: without that the test would not show anything.
         self.assertGreater(endings["crashed"], 0, endings)

@@ -86,6 +86,31 @@ TEST(LimitedChild, TimeIsLimited) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 30s);
 }
 
+TEST(LimitedChild, IsNotWaitedForWhenItHasClosedItsEnd) {
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_THAT(failureOf([]() -> std::string {
+                ::close_range(3, ~0U, 0);
+                ::sleep(60);
+                return "";
+              }),
+              StartsWith("old.odb: reading it crashed (Killed): "));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 30s);
+}
+
+TEST(LimitedChild, KeepsItsStatusUntilItsEnd) {
+  for (int i = 0; i < 300; ++i) ASSERT_EQ(runLimited("old.odb", kRoomy, [] { return std::string("7"); }), "7") << i;
+}
+
+TEST(LimitedChild, AnExitRunsTheHandlersWithoutTheStreams) {
+  testing::internal::CaptureStdout();
+  EXPECT_THAT(failureOf([]() -> std::string {
+                std::fputs("said by the child", stdout);
+                std::exit(255);
+              }),
+              StartsWith("old.odb: reading it ended the process (status 255): "));
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
 TEST(LimitedChild, ProcessorTimeIsLimited) {
   EXPECT_EQ(failureOf(
                 []() -> std::string {

@@ -1,0 +1,103 @@
+// What the parent of an upgrade looks at before it gives the file its name.
+#include "odbstore/upgrade.h"
+
+#include <gmock/gmock.h>
+#include <hdf5.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "odbstore/output_file.h"
+#include "odbstore/store_error.h"
+#include "odbstore/writer.h"
+#include "support/temporary_directory.h"
+
+namespace odbstore {
+namespace {
+
+class RequireCompleteTest : public testing::Test {
+ protected:
+  void writeDatabase() {
+    Writer writer(file_);
+    writer.addPart("PLATE");
+    writer.addInstance("PLATE-1", "PLATE");
+    writer.addNodes("PLATE-1", std::vector{1, 2}, std::vector{0.0, 0.0, 0.0, 1.0, 0.0, 0.0});
+    writer.finish();
+  }
+
+  std::string failure() {
+    try {
+      requireComplete(file_);
+    } catch (const StoreError& error) {
+      return error.what();
+    }
+    return "none";
+  }
+
+  TemporaryDirectory directory_;
+  const std::string path_ = directory_.file("new.odb");
+  const std::string incomplete_ = path_ + ": cannot be read back as it was written";
+  OutputFile file_{path_};
+};
+
+TEST_F(RequireCompleteTest, FinishedFileIsCompleteAndHasNoNameYet) {
+  writeDatabase();
+  EXPECT_EQ(failure(), "none");
+  EXPECT_FALSE(std::filesystem::exists(path_));
+  EXPECT_EQ(directory_.entries(), 1U);
+}
+
+TEST_F(RequireCompleteTest, EmptyFileIsNot) { EXPECT_EQ(failure(), incomplete_); }
+
+TEST_F(RequireCompleteTest, FileOfAWriterThatDidNotFinishIsNot) {
+  {
+    Writer writer(file_);
+    writer.addPart("PLATE");
+  }
+  EXPECT_EQ(failure(), incomplete_);
+  EXPECT_TRUE(std::filesystem::exists(file_.temporaryPath())) << "it belongs to whoever made it";
+}
+
+TEST_F(RequireCompleteTest, CutFileIsNot) {
+  writeDatabase();
+  std::filesystem::resize_file(file_.temporaryPath(), std::filesystem::file_size(file_.temporaryPath()) - 1);
+  EXPECT_EQ(failure(), incomplete_);
+}
+
+TEST_F(RequireCompleteTest, FileWithAChangedByteIsNot) {
+  writeDatabase();
+  const auto size = std::filesystem::file_size(file_.temporaryPath());
+  for (const std::uintmax_t at : {size / 3, size / 2, size - 1}) {
+    std::fstream stream(file_.temporaryPath(), std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekg(static_cast<std::streamoff>(at));
+    const int byte = stream.get();
+    stream.seekp(static_cast<std::streamoff>(at));
+    stream.put(static_cast<char>(byte ^ 0x10)).flush();
+    EXPECT_EQ(failure(), incomplete_) << at;
+    stream.seekp(static_cast<std::streamoff>(at));
+    stream.put(static_cast<char>(byte)).flush();
+  }
+  EXPECT_EQ(failure(), "none");
+}
+
+TEST_F(RequireCompleteTest, FileOfAnotherLayoutIsNot) {
+  writeDatabase();
+  const hid_t file = H5Fopen(file_.temporaryPath().c_str(), H5F_ACC_RDWR, H5P_DEFAULT);
+  const hid_t layout = H5Aopen(file, "layout", H5P_DEFAULT);
+  const int one = 1;
+  EXPECT_GE(H5Awrite(layout, H5T_NATIVE_INT, &one), 0);
+  H5Aclose(layout);
+  H5Fclose(file);
+  EXPECT_EQ(failure(), incomplete_);
+}
+
+TEST_F(RequireCompleteTest, FileWithoutChecksumsIsNot) {
+  writeDatabase();
+  const hid_t file = H5Fopen(file_.temporaryPath().c_str(), H5F_ACC_RDWR, H5P_DEFAULT);
+  EXPECT_GE(H5Ldelete(file, "checksums", H5P_DEFAULT), 0);
+  H5Fclose(file);
+  EXPECT_EQ(failure(), incomplete_);
+}
+
+}  // namespace
+}  // namespace odbstore
