@@ -32,6 +32,8 @@ struct InvariantColumns {
   float* outOfPlanePrincipal;  // s33
 };
 
+inline constexpr int kTensorWidth = 6;
+
 // All rows are contiguous, [count, width], width at least 1; pointers need no alignment.
 struct Kernels {
   const char* name;
@@ -48,8 +50,8 @@ struct Kernels {
   void (*lengthsFloat)(const float* rows, std::size_t count, int width, float* out);
   void (*lengthsDouble)(const double* rows, std::size_t count, int width, double* out);
 
-  // Rows are tensors, components 11, 22, 33, 12, 13, 23 up to `width`, at most 6; those beyond count as 0. With
-  // `halvedShear` the last three are halved first.
+  // Rows are tensors, components 11, 22, 33, 12, 13, 23 up to `width`; those that are missing count as 0, what follows
+  // them is passed over. With `halvedShear` the last three are halved first.
   void (*equivalentRange)(const float* rows, std::size_t count, int width, bool halvedShear, EquivalentRange* range);
   // The equivalent stress of each row: the root of that square, rounded to float.
   void (*equivalents)(const float* rows, std::size_t count, int width, bool halvedShear, float* out);

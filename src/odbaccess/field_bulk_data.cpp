@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "kernels/kernels.h"
@@ -8,12 +9,13 @@
 namespace {
 
 // Calls `take` with the equivalent stress of each row of a tile in double precision. Rows have the components in their
-// canonical places, up to the last one that there is.
+// canonical places, up to the last one that there is; other components may follow them.
 template <class Take>
 void forEachMises(const double* rows, int count, int width, bool halvedShear, Take&& take) {
   for (int i = 0; i < count; ++i, rows += width) {
     odb_detail::Tensor tensor{};
-    for (int j = 0; j < width; ++j) tensor[static_cast<std::size_t>(j)] = rows[j] * (halvedShear && j >= 3 ? 0.5 : 1.0);
+    for (int j = 0; j < std::min(width, kernels::kTensorWidth); ++j)
+      tensor[static_cast<std::size_t>(j)] = rows[j] * (halvedShear && j >= 3 ? 0.5 : 1.0);
     take(i, odb_detail::misesOf(tensor));
   }
 }

@@ -92,7 +92,9 @@ Group createFile(const std::string& path, const std::string& name) {
   file->name = name;
   file->profile = Profile::free;                 // what we are writing ourselves is not checked while it is incomplete
   const Handle access = fileAccessForWriting();  // alive until the failure is explained
-  file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, access.get()), H5Fclose);
+  const Handle creation(H5Pcreate(H5P_FILE_CREATE), H5Pclose);
+  H5Pset_obj_track_times(creation.get(), false);
+  file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, creation.get(), access.get()), H5Fclose);
   if (!file->id) throw StoreError(name, "", explained("cannot be created"));
   return rootOf(file);
 }

@@ -99,6 +99,8 @@ std::vector<std::string> Group::links(LinkOrder order) const {
 
 Group Group::createGroup(const std::string& link, bool trackOrder) const {
   const Handle plist(H5Pcreate(H5P_GROUP_CREATE), H5Pclose);
+  // The same results make the same bytes, whatever the time.
+  H5Pset_obj_track_times(plist.get(), false);
   if (trackOrder) H5Pset_link_creation_order(plist.get(), H5P_CRT_ORDER_TRACKED | H5P_CRT_ORDER_INDEXED);
   Handle handle(H5Gcreate2(id(), link.c_str(), H5P_DEFAULT, plist.get(), H5P_DEFAULT), H5Gclose);
   if (!handle) throw StoreError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
@@ -107,6 +109,7 @@ Group Group::createGroup(const std::string& link, bool trackOrder) const {
 
 Dataset Group::createDataset(const std::string& link, hid_t type, const Dims& dims, Storage storage) const {
   const Handle plist(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
+  H5Pset_obj_track_times(plist.get(), false);
   if (storage.chunked()) {
     Dims chunk = dims;
     for (hsize_t& d : chunk) d = std::max<hsize_t>(d, 1);
