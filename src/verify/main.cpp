@@ -8,7 +8,7 @@
 #include <system_error>
 
 #include "process/prepare_process.h"
-#include "verify/verify_file.h"
+#include "verify/verify_confined.h"
 #include "verify/verify_options.h"
 
 namespace {
@@ -52,7 +52,7 @@ int main(int argc, char** argv) {
     }
     int status = kSound;
     for (const std::string& file : options.files)
-      status = worse(status, report(verify::verifyFile(file), options.isQuiet));
+      status = worse(status, report(verify::verifyConfined(file), options.isQuiet));
     if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category(), "standard output");
     return status;
   } catch (const std::exception& error) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <new>
 
 #include "odbstore/checksums.h"
 #include "odbstore/reader.h"
@@ -30,6 +31,8 @@ class Check {
   void guarded(Action&& action) {
     try {
       action();
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception& error) {
       add(error.what());
     }

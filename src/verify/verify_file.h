@@ -14,7 +14,8 @@ struct Verdict {
 };
 
 // Checks the file's first bytes and size, every block against its checksum, every object against the layout's profile,
-// and shapes and references as the extraction needs them. Never throws for what is wrong with the file.
+// and shapes and references as the extraction needs them. Never throws for what is wrong with the file;
+// std::bad_alloc where it asks for more memory than there is.
 Verdict verifyFile(const std::string& path);
 
 }  // namespace verify
