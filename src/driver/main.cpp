@@ -16,6 +16,7 @@ constexpr const char* kFailure = "ODB Application exited with error(s)\n";
 
 int main(int argc, char** argv) {
   prepareProcess();
+  keepMemory();
   startApi();
   std::atexit(stopApiIfRunning);
   int result = 0;

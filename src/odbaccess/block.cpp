@@ -65,17 +65,19 @@ constexpr std::int64_t kSmallBytes = std::int64_t{32} << 10U;
 }  // namespace
 
 template <class Number>
-std::vector<Number>& BlockContent::stored() const {
-  std::optional<std::vector<Number>>& numbers = std::get<std::optional<std::vector<Number>>>(numbers_);
-  if (!numbers) {
-    numbers.emplace(static_cast<std::size_t>(rows()) * static_cast<std::size_t>(width()));
-    guarded([&] { block_.read(frame_, numbers->data()); });
+Number* BlockContent::stored() const {
+  std::unique_ptr<Number[]>& kept = std::get<std::unique_ptr<Number[]>>(numbers_);
+  if (!kept) {
+    auto numbers =
+        std::make_unique_for_overwrite<Number[]>(static_cast<std::size_t>(rows()) * static_cast<std::size_t>(width()));
+    guarded([&] { block_.read(frame_, numbers.get()); });
+    kept = std::move(numbers);
   }
-  return *numbers;
+  return kept.get();
 }
 
-template std::vector<float>& BlockContent::stored() const;
-template std::vector<double>& BlockContent::stored() const;
+template float* BlockContent::stored() const;
+template double* BlockContent::stored() const;
 
 bool BlockContent::isAtHand() const {
   if (std::get<0>(numbers_) || std::get<1>(numbers_) || !block_.hasDirectRows()) return true;
@@ -129,13 +131,13 @@ double magnitudeOf(const Number* row, int width) {
 Tensor BlockContent::tensor(int row) const {
   const std::size_t at = static_cast<std::size_t>(row) * static_cast<std::size_t>(width());
   const bool halved = field_.info.engineeringShear;
-  return block_.isDouble() ? tensorOf(&stored<double>()[at], columnsOfTensor_, halved)
-                           : tensorOf(&stored<float>()[at], columnsOfTensor_, halved);
+  return block_.isDouble() ? tensorOf(stored<double>() + at, columnsOfTensor_, halved)
+                           : tensorOf(stored<float>() + at, columnsOfTensor_, halved);
 }
 
 double BlockContent::magnitude(int row) const {
   const std::size_t at = static_cast<std::size_t>(row) * static_cast<std::size_t>(width());
-  return block_.isDouble() ? magnitudeOf(&stored<double>()[at], width()) : magnitudeOf(&stored<float>()[at], width());
+  return block_.isDouble() ? magnitudeOf(stored<double>() + at, width()) : magnitudeOf(stored<float>() + at, width());
 }
 
 bool BlockContent::isCanonical() const {
@@ -145,17 +147,18 @@ bool BlockContent::isCanonical() const {
   return true;
 }
 
-const std::vector<float>& BlockContent::mises() const {
+const float* BlockContent::mises() const {
   if (!mises_) {
-    mises_.emplace(static_cast<std::size_t>(rows()));
+    const auto count = static_cast<std::size_t>(rows());
+    auto equivalents = std::make_unique_for_overwrite<float[]>(count);
     if (!block_.isDouble() && isCanonical()) {
-      kernels::best().equivalents(stored<float>().data(), mises_->size(), width(), field_.info.engineeringShear,
-                                  mises_->data());
+      kernels::best().equivalents(stored<float>(), count, width(), field_.info.engineeringShear, equivalents.get());
     } else {
-      for (int row = 0; row < rows(); ++row) (*mises_)[static_cast<std::size_t>(row)] = misesOf(tensor(row));
+      for (int row = 0; row < rows(); ++row) equivalents[static_cast<std::size_t>(row)] = misesOf(tensor(row));
     }
+    mises_ = std::move(equivalents);
   }
-  return *mises_;
+  return mises_.get();
 }
 
 const InvariantStretch& BlockContent::invariantsAround(int row) const {
@@ -167,7 +170,7 @@ const InvariantStretch& BlockContent::invariantsAround(int row) const {
     const int first = row / kRows * kRows;
     const auto count = static_cast<std::size_t>(std::min(kRows, rows() - first));
     if (!block_.isDouble() && isCanonical()) {
-      const float* const from = stored<float>().data() + static_cast<std::ptrdiff_t>(first) * width();
+      const float* const from = stored<float>() + static_cast<std::ptrdiff_t>(first) * width();
       findInvariants(from, count, width(), field_.info.engineeringShear, *stretch);
     } else {
       std::array<Tensor, kRows> tensors;

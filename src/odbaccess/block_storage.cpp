@@ -49,7 +49,7 @@ std::vector<Number> gather(const std::vector<int>& columns, int rows, From&& fro
 // The same of all rows of a block.
 template <class Number>
 std::vector<Number> gather(const BlockStorage& block, const std::vector<int>& columns) {
-  const Number* const stored = block.content()->template stored<Number>().data();
+  const Number* const stored = block.content()->template stored<Number>();
   const auto width = static_cast<std::size_t>(block.content()->width());
   return gather<Number>(columns, block.rows(),
                         [&](int row) { return stored + static_cast<std::size_t>(block.contentRow(row)) * width; });
@@ -82,7 +82,7 @@ template <class Number>
 Number* BlockStorage::bulkRows() const {
   if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
   const std::vector<int> columns = bulkColumns(*content_);
-  if (!selection_ && isWholeRow(columns, content_->width())) return content_->stored<Number>().data();
+  if (!selection_ && isWholeRow(columns, content_->width())) return content_->stored<Number>();
   Kept<Number>& kept = std::get<Kept<Number>>(bulk_);
   if (!kept) kept = gather<Number>(*this, columns);
   return kept->data();
@@ -106,7 +106,7 @@ const Number* BlockStorage::fieldRow(int row) const {
   if (!content_->isInFieldOrder()) {
     return inFieldOrder<Number>().data() + static_cast<std::size_t>(row) * content_->columnsOfField().size();
   }
-  return content_->stored<Number>().data() +
+  return content_->stored<Number>() +
          static_cast<std::size_t>(contentRow(row)) * static_cast<std::size_t>(content_->width());
 }
 
@@ -117,10 +117,10 @@ template <class Number>
 const Number* BlockStorage::fieldRows(int from, int count, std::vector<Number>& buffer) const {
   if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
   const auto storedWidth = static_cast<std::size_t>(content_->width());
-  const Number* const stored = content_->stored<Number>().data();
+  const Number* const stored = content_->stored<Number>();
   const auto rowAt = [&](int i) { return stored + static_cast<std::size_t>(contentRow(from + i)) * storedWidth; };
-  const bool isOneStretch = contentRow(from + count - 1) - contentRow(from) == count - 1;
-  if (isOneStretch && content_->isInFieldOrder() && content_->columnsOfField().size() == storedWidth) return rowAt(0);
+  if (isOneStretch(from, count) && content_->isInFieldOrder() && content_->columnsOfField().size() == storedWidth)
+    return rowAt(0);
   const std::vector<int>& columns = content_->columnsOfField();
   buffer.resize(static_cast<std::size_t>(count) * columns.size());
   if (content_->isInFieldOrder()) {
@@ -164,13 +164,13 @@ int BlockStorage::numberOfElements() const {
 
 float* BlockStorage::mises() const {
   if (!content_->isTensor()) return nullptr;
-  const std::vector<float>& all = content_->mises();
+  const float* const all = content_->mises();
   // Nobody writes to them; the interface hands out plain pointers.
-  if (!selection_) return const_cast<float*>(all.data());
+  if (!selection_) return const_cast<float*>(all);
   if (!mises_) {
     mises_.emplace();
     mises_->reserve(selection_->size());
-    for (const int row : *selection_) mises_->push_back(all[static_cast<std::size_t>(row)]);
+    for (const int row : *selection_) mises_->push_back(all[row]);
   }
   return mises_->data();
 }

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include "odbaccess/invariants.h"
@@ -59,7 +60,7 @@ class LocationStorage {
   std::unique_ptr<LabelIndex> elementIndex_;
   std::optional<int> numberOfElements_;
   // Found rows by set, as far as they are few enough to be kept.
-  std::map<std::shared_ptr<SetStorage>, SharedRows> rowsOfSets_;
+  std::unordered_map<std::shared_ptr<SetStorage>, SharedRows> rowsOfSets_;
   std::size_t keptRows_ = 0;
 };
 
@@ -93,7 +94,7 @@ class BlockContent {
   // The rows as stored, [rows, width], in the block's precision. Nobody writes to them; they are not
   // const because the interface hands out plain pointers.
   template <class Number>
-  std::vector<Number>& stored() const;
+  Number* stored() const;
 
   // By component label of the field: the column that holds it, -1 when none does.
   const std::vector<int>& columnsOfField() const { return columnsOfField_; }
@@ -115,7 +116,7 @@ class BlockContent {
 
   // Quantities of tensor rows, found once and kept: the equivalent stress of all rows, and the other invariants of the
   // stretch that a row lies in.
-  const std::vector<float>& mises() const;
+  const float* mises() const;
   const InvariantStretch& invariantsAround(int row) const;
 
  private:
@@ -131,9 +132,10 @@ class BlockContent {
   std::vector<int> columnsOfField_;
   bool inFieldOrder_ = false;
   std::array<int, 6> columnsOfTensor_{};
-  mutable std::tuple<std::optional<std::vector<float>>, std::optional<std::vector<double>>> numbers_;
-  mutable std::optional<std::vector<float>> mises_;
-  mutable std::vector<std::unique_ptr<InvariantStretch>> invariants_;  // null where not asked for yet
+  // Null where not asked for yet. No vectors, which would be filled with zeros first.
+  mutable std::tuple<std::unique_ptr<float[]>, std::unique_ptr<double[]>> numbers_;
+  mutable std::unique_ptr<float[]> mises_;
+  mutable std::vector<std::unique_ptr<InvariantStretch>> invariants_;
 };
 
 // A block as a field output hands it out: all rows of its content, or those of a set.
@@ -147,6 +149,8 @@ class BlockStorage {
   int rows() const { return selection_ ? static_cast<int>(selection_->size()) : content_->rows(); }
   // The place of row `row` in the content.
   int contentRow(int row) const { return selection_ ? (*selection_)[static_cast<std::size_t>(row)] : row; }
+  // Whether `count` rows, at least one, from `from` on lie one after the other in the content.
+  bool isOneStretch(int from, int count) const { return contentRow(from + count - 1) - contentRow(from) == count - 1; }
 
   // Null when no row is in the set.
   std::shared_ptr<const BlockStorage> subset(const std::shared_ptr<SetStorage>& set) const;

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "odbaccess/block_storage.h"
 #include "odbaccess/odb_FieldValue.h"
 #include "odbaccess/odb_FieldValueRun.h"
@@ -23,8 +25,12 @@ void odb_FieldValueRun::mises(int from, int count, float* out) const {
     std::fill_n(out, count, 0.0F);
     return;
   }
-  const std::vector<float>& all = block_->content()->mises();
-  for (int i = 0; i < count; ++i) out[i] = all[static_cast<std::size_t>(block_->contentRow(from + i))];
+  const float* const all = block_->content()->mises();
+  if (block_->isOneStretch(from, count)) {
+    std::copy_n(all + block_->contentRow(from), count, out);
+    return;
+  }
+  for (int i = 0; i < count; ++i) out[i] = all[block_->contentRow(from + i)];
 }
 
 void odb_FieldValueRun::invariant(odb_InvariantEnum code, int from, int count, float* out) const {
@@ -33,10 +39,18 @@ void odb_FieldValueRun::invariant(odb_InvariantEnum code, int from, int count, f
     return;
   }
   const int place = odb_detail::invariantPlace(code);
+  const bool isOneStretch = block_->isOneStretch(from, count);
   for (int i = 0; i < count;) {
     constexpr int kRows = odb_detail::InvariantStretch::kRows;
     const int stretch = block_->contentRow(from + i) / kRows;
     const float* const numbers = block_->content()->invariantsAround(stretch * kRows).numbers[place];
+    if (isOneStretch) {
+      const int first = block_->contentRow(from + i) - stretch * kRows;
+      const int together = std::min(count - i, kRows - first);
+      std::copy_n(numbers + first, together, out + i);
+      i += together;
+      continue;
+    }
     for (; i < count; ++i) {
       const int row = block_->contentRow(from + i) - stretch * kRows;
       if (row >= kRows) break;

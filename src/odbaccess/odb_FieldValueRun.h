@@ -30,7 +30,7 @@ class odb_FieldValueRun {
   const float* floatData(int from, int count);
   const double* doubleData(int from, int count);
 
-  // Each [count].
+  // Each [count], at least one.
   void magnitude(int from, int count, float* out) const;
   void mises(int from, int count, float* out) const;
   // One of the codes 1 to 7 and 9 to 11 but 4. All of them are found together, once for each row of the block, whatever

@@ -80,7 +80,7 @@ Dataset::Dataset(Handle id, std::string path, std::shared_ptr<const FileContext>
   class_ = H5Tget_class(type.get());
   numberSize_ = H5Tget_size(type.get());
   readShape(space.get());
-  if (this->file()->profile == Profile::strict) checkProfile();
+  if (this->file()->profile == Profile::strict) checkProfile(type.get());
   direct_ = findDirect(type.get());
 }
 
@@ -107,12 +107,8 @@ std::optional<Dataset::Direct> Dataset::findDirect(hid_t type) const {
     return std::nullopt;
   }
   const std::optional<std::int64_t> at = offset();
-  if (!at || file()->bytes == 0) return std::nullopt;
-  void* descriptor = nullptr;
-  const Handle access(H5Fget_access_plist(file()->id.get()), H5Pclose);
-  if (H5Pget_driver(access.get()) != H5FD_SEC2) return std::nullopt;
-  if (H5Fget_vfd_handle(file()->id.get(), access.get(), &descriptor) < 0) return std::nullopt;
-  return Direct{*static_cast<const int*>(descriptor), *at};
+  if (!at || !file()->descriptor) return std::nullopt;
+  return Direct{*file()->descriptor, *at};
 }
 
 bool Dataset::holds(hid_t type) const {
@@ -152,13 +148,18 @@ std::vector<Stretch> Dataset::stretches() const {
   return stretches;
 }
 
-void Dataset::checkProfile() const {
-  checkType();
+void Dataset::checkProfile(hid_t type) const {
+  checkType(type);
+  // Only contiguous numbers in this file have an offset. Copying the properties would take longer than opening the data
+  // set.
+  if (const std::optional<std::int64_t> start = offset()) return checkContiguous(*start);
   const Handle plist(H5Dget_create_plist(id()), H5Pclose);
   if (!plist) failHdf5("the data set cannot be read");
   switch (H5Pget_layout(plist.get())) {
     case H5D_CONTIGUOUS:
-      return checkContiguous(plist.get());
+      if (H5Pget_external_count(plist.get()) > 0) fail("external storage is not allowed in this layout");
+      if (bytes() > 0) fail("the data set is not stored in full");
+      return;
     case H5D_CHUNKED:
       return checkChunked(plist.get());
     default:
@@ -166,20 +167,17 @@ void Dataset::checkProfile() const {
   }
 }
 
-void Dataset::checkType() const {
+void Dataset::checkType(hid_t type) const {
   if (class_ != H5T_INTEGER && class_ != H5T_FLOAT && class_ != H5T_STRING) fail("is neither numbers nor text");
-  const Handle type(H5Dget_type(id()), H5Tclose);
-  if (H5Tis_variable_str(type.get()) > 0) fail("text of variable length is not allowed in this layout");
+  if (H5Tis_variable_str(type) > 0) fail("text of variable length is not allowed in this layout");
 }
 
-void Dataset::checkContiguous(hid_t plist) const {
-  if (H5Pget_external_count(plist) > 0) fail("external storage is not allowed in this layout");
+void Dataset::checkContiguous(std::int64_t start) const {
   if (bytes() == 0) return;
-  const std::optional<std::int64_t> start = offset();
-  if (!start || H5Dget_storage_size(id()) != static_cast<hsize_t>(bytes())) fail("the data set is not stored in full");
+  if (H5Dget_storage_size(id()) != static_cast<hsize_t>(bytes())) fail("the data set is not stored in full");
   // As unsigned numbers, so that an address too large for a signed one lies behind the end too.
   const auto end = static_cast<hsize_t>(file()->bytes);
-  const auto first = static_cast<hsize_t>(*start);
+  const auto first = static_cast<hsize_t>(start);
   if (first > end || static_cast<hsize_t>(bytes()) > end - first) {
     fail("the data set reaches beyond the end of the file");
   }

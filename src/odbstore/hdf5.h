@@ -47,6 +47,7 @@ struct FileContext {
   std::int64_t bytes = 0;
   Profile profile = Profile::strict;
   Handle id;
+  std::optional<int> descriptor;  // HDF5's own, of a file open for reading
 };
 
 // Starts the library, once per process, and silences its own printing of errors.
@@ -177,9 +178,9 @@ class Dataset : public Object {
   };
 
   void readShape(hid_t space);
-  void checkType() const;
-  void checkProfile() const;
-  void checkContiguous(hid_t plist) const;
+  void checkType(hid_t type) const;
+  void checkProfile(hid_t type) const;
+  void checkContiguous(std::int64_t start) const;
   void checkChunked(hid_t plist) const;
   std::int64_t bytes() const;
   std::optional<Direct> findDirect(hid_t type) const;
@@ -220,8 +221,10 @@ class Group : public Object {
 
  private:
   std::string memberPath(const std::string& link) const;
-  Handle openMember(const std::string& link) const;
-  Handle openMember(const std::string& link, H5I_type_t kind) const;
+  // Nothing where there is no such link; another kind of object under it is an error.
+  std::optional<Handle> findMember(const std::string& link) const;
+  std::optional<Handle> findMember(const std::string& link, H5I_type_t kind) const;
+  Handle present(const std::string& link, std::optional<Handle> member) const;
 };
 
 // Opens a file for reading and returns its root group. The profile follows the file's layout attribute:

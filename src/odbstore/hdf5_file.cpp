@@ -47,6 +47,15 @@ void checkSuperblock(const FileContext& file, bool isChecked) {
   }
 }
 
+// Nothing where HDF5 does not read the file through one descriptor.
+std::optional<int> descriptorOf(const Handle& file) {
+  const Handle access(H5Fget_access_plist(file.get()), H5Pclose);
+  if (!access || H5Pget_driver(access.get()) != H5FD_SEC2) return std::nullopt;
+  void* descriptor = nullptr;
+  if (H5Fget_vfd_handle(file.get(), access.get(), &descriptor) < 0) return std::nullopt;
+  return *static_cast<const int*>(descriptor);
+}
+
 Group rootOf(const std::shared_ptr<const FileContext>& file) {
   Handle id(H5Gopen2(file->id.get(), "/", H5P_DEFAULT), H5Gclose);
   if (!id) throw StoreError(file->name, "/", explained("cannot be opened"));
@@ -80,6 +89,7 @@ Group openFile(const std::string& path, int& layout) {
   const Handle access = fileAccess();
   file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, access.get()), H5Fclose);
   if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));
+  file->descriptor = descriptorOf(file->id);
   layout = readLayout(rootOf(file), path);
   file->profile = layout == kNewestLayout ? Profile::strict : Profile::free;
   if (file->profile == Profile::strict) checkSuperblock(*file, preflight.isChecked);

@@ -19,12 +19,13 @@ bool Group::has(const std::string& link) const {
   return exists > 0;
 }
 
-Handle Group::openMember(const std::string& link) const {
-  const std::string member = memberPath(link);
-  const auto fail = [&](const std::string& reason) { throw StoreError(file()->name, member, reason); };
-  if (!has(link)) fail("is missing");
+std::optional<Handle> Group::findMember(const std::string& link) const {
+  const auto fail = [&](const std::string& reason) { throw StoreError(file()->name, memberPath(link), reason); };
   H5L_info_t info{};
-  if (H5Lget_info(id(), link.c_str(), &info, H5P_DEFAULT) < 0) fail("the link cannot be read");
+  if (H5Lget_info(id(), link.c_str(), &info, H5P_DEFAULT) < 0) {
+    if (has(link)) fail("the link cannot be read");
+    return std::nullopt;
+  }
   if (info.type != H5L_TYPE_HARD && file()->profile == Profile::strict) {
     fail("links that are not hard are not allowed in this layout");
   }
@@ -33,16 +34,21 @@ Handle Group::openMember(const std::string& link) const {
   return Handle(object, H5Oclose);
 }
 
-Handle Group::openMember(const std::string& link, H5I_type_t kind) const {
-  Handle handle = openMember(link);
-  if (H5Iget_type(handle.get()) != kind) {
+std::optional<Handle> Group::findMember(const std::string& link, H5I_type_t kind) const {
+  std::optional<Handle> handle = findMember(link);
+  if (handle && H5Iget_type(handle->get()) != kind) {
     throw StoreError(file()->name, memberPath(link), kind == H5I_GROUP ? "must be a group" : "must be a data set");
   }
   return handle;
 }
 
+Handle Group::present(const std::string& link, std::optional<Handle> member) const {
+  if (!member) throw StoreError(file()->name, memberPath(link), "is missing");
+  return std::move(*member);
+}
+
 MemberKind Group::kindOf(const std::string& link) const {
-  switch (H5Iget_type(openMember(link).get())) {
+  switch (H5Iget_type(present(link, findMember(link)).get())) {
     case H5I_GROUP:
       return MemberKind::group;
     case H5I_DATASET:
@@ -53,21 +59,23 @@ MemberKind Group::kindOf(const std::string& link) const {
 }
 
 Group Group::group(const std::string& link) const {
-  return Group(openMember(link, H5I_GROUP), memberPath(link), file());
+  return Group(present(link, findMember(link, H5I_GROUP)), memberPath(link), file());
 }
 
 Dataset Group::dataset(const std::string& link) const {
-  return Dataset(openMember(link, H5I_DATASET), memberPath(link), file());
+  return Dataset(present(link, findMember(link, H5I_DATASET)), memberPath(link), file());
 }
 
 std::optional<Group> Group::findGroup(const std::string& link) const {
-  if (!has(link)) return std::nullopt;
-  return group(link);
+  std::optional<Handle> member = findMember(link, H5I_GROUP);
+  if (!member) return std::nullopt;
+  return Group(std::move(*member), memberPath(link), file());
 }
 
 std::optional<Dataset> Group::findDataset(const std::string& link) const {
-  if (!has(link)) return std::nullopt;
-  return dataset(link);
+  std::optional<Handle> member = findMember(link, H5I_DATASET);
+  if (!member) return std::nullopt;
+  return Dataset(std::move(*member), memberPath(link), file());
 }
 
 std::vector<std::string> Group::links(LinkOrder order) const {

@@ -56,6 +56,12 @@ std::optional<h5::Group> setsGroup(const h5::Group& root, const Owner& owner, Se
   return group->findGroup(setsLink);
 }
 
+const std::optional<h5::Group>& FileAccess::sets(const Owner& owner, SetKind kind) {
+  const auto key = std::make_tuple(owner.kind, owner.name, kind);
+  const auto found = sets_.find(key);
+  return found != sets_.end() ? found->second : sets_.emplace(key, setsGroup(root_, owner, kind)).first->second;
+}
+
 namespace {
 
 std::vector<int> readLabels(const h5::Dataset& dataset) {
@@ -128,11 +134,11 @@ const std::vector<InstanceInfo>& Reader::instances() const {
 }
 
 std::vector<std::string> Reader::sets(const Owner& owner, SetKind kind) const {
-  return memberNames(setsGroup(file_->root(), owner, kind));
+  return memberNames(file_->sets(owner, kind));
 }
 
 std::vector<SetMembers> Reader::setMembers(const Owner& owner, SetKind kind, const std::string& set) const {
-  const std::optional<h5::Group> group = setsGroup(file_->root(), owner, kind);
+  const std::optional<h5::Group>& group = file_->sets(owner, kind);
   if (!group) file_->root().fail(fmt::format("there is no set \"{}\"", set));
   return readSetMembers(*group, owner, set);
 }

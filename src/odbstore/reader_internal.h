@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "odbstore/hdf5.h"
@@ -22,10 +23,15 @@ class FileAccess {
   // The location of that id, an error of `user` when there is none.
   std::shared_ptr<const StoredLocation> location(const std::string& id, const h5::Object& user);
 
+  // The group that holds the sets of an owner, absent when it has none of the kind. It stays open: a model may have
+  // thousands of sets, whose labels are asked for one by one.
+  const std::optional<h5::Group>& sets(const Owner& owner, SetKind kind);
+
  private:
   std::string path_;
   h5::Group root_;
   std::map<std::string, std::shared_ptr<const StoredLocation>> locations_;
+  std::map<std::tuple<OwnerKind, std::string, SetKind>, std::optional<h5::Group>> sets_;
 };
 
 // A step's members, opened through `file`.

@@ -5,3 +5,7 @@
 // text meant for the stream would go into that file. Turns the signals that writing can raise (nobody reads the pipe,
 // the limit on file sizes is reached) into errors of the write, which are reported like any other.
 void prepareProcess();
+
+// Keeps memory that is given back for what is needed next, of whatever size: the buffers of one frame serve the next.
+// The system would fill every page with zeros anew, which takes longer than reading numbers into it.
+void keepMemory();

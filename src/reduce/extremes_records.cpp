@@ -54,9 +54,7 @@ ComponentFlags cutToComponents(odb_Sequence<odb_String>& labels) {
     const std::string_view label = labels.constGet(i).cStr();
     const odb_String ending(label.substr(label.size() - std::min<std::size_t>(label.size(), 2)));
     labels[i] = ending;
-    for (std::size_t c = 0; c < present.size(); ++c) {
-      if (ending == odb_String(kTensorComponents[c])) present[c] = true;
-    }
+    markComponent(ending.view(), present);
   }
   return present;
 }

@@ -36,7 +36,7 @@ void listVector(std::ostream& out, const RecordHead& head) {
 void listRecordNames(const odb_FieldOutput& field, std::ostream& out, const RecordHead& head, bool wholeModel) {
   const odb_SequenceFieldBulkData& blocks = field.bulkDataBlocks();
   if (blocks.size() == 0) return;
-  if (!wholeModel && extractionSwitches().tensorInvariants && field.name() == odb_String("S")) {
+  if (!wholeModel && extractionSwitches().tensorInvariants && field.name().view() == "S") {
     listInvariants(field, out, head);
   }
   const int type = blocks[0].type();

@@ -32,7 +32,7 @@ void processFieldOutput(const odb_FieldOutput& field, std::ostream& out, const o
                         const odb_String& regionKind, const odb_String& regionTag, const odb_String& indent,
                         int depth) {
   if (isScreenedRegion(regionTag)) return;
-  const bool wholeModel = regionKind == odb_String("ALL");
+  const bool wholeModel = regionKind.view() == "ALL";
   if (!extractionSwitches().computeValues) {
     if (isWanted(field))
       listRecordNames(field, out, RecordHead(stepName, increment, regionTag, field.name()), wholeModel);

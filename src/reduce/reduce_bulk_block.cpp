@@ -229,7 +229,7 @@ ComponentFlags presentComponents(const odb_FieldBulkData& block) {
   ComponentFlags present{};
   if (!odb_isTensor(block.type())) return present;
   const odb_Sequence<odb_String> labels = block.componentLabels();
-  for (std::size_t c = 0; c < present.size(); ++c) present[c] = labels.isMember(odb_String(kTensorComponents[c]));
+  for (int i = 0; i < labels.size(); ++i) markComponent(labels.constGet(i).view(), present);
   return present;
 }
 

@@ -130,7 +130,7 @@ void reduceFieldOutputValues(const odb_SequenceFieldValue& values, std::ostream&
   ValueReduction reduction(cutToComponents(componentLabels), values.size());
   readValues(values, out, invariants, valueName, flag, reduction);
   selectEngineering(reduction);
-  const bool wholeModel = scope == odb_String("ALL");
+  const bool wholeModel = scope.view() == "ALL";
   writeRecords(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName), wholeModel,
                reduction);
   if (extractionSwitches().tensorInvariants && cleanedName(fieldName) == "S") {

@@ -19,9 +19,13 @@ void takeColumnOf(Quantity& quantity, int place, int count, const Number* rows, 
   for (int from = 0; from < count; from += kBuffer) {
     const int inBuffer = std::min(kBuffer, count - from);
     const Number* const first = rows + static_cast<std::ptrdiff_t>(from) * width + column;
-    for (int i = 0; i < inBuffer; ++i) buffer[i] = first[static_cast<std::ptrdiff_t>(i) * width];
-    kernels::columnExtremes(buffer, static_cast<std::size_t>(inBuffer), 1, &max, &min);
-    if (!quantity.values.empty()) std::copy_n(buffer, inBuffer, quantity.values.begin() + place + from);
+    const Number* numbers = first;
+    if (width != 1) {
+      for (int i = 0; i < inBuffer; ++i) buffer[i] = first[static_cast<std::ptrdiff_t>(i) * width];
+      numbers = buffer;
+    }
+    kernels::columnExtremes(numbers, static_cast<std::size_t>(inBuffer), 1, &max, &min);
+    if (!quantity.values.empty()) std::copy_n(numbers, inBuffer, quantity.values.begin() + place + from);
   }
   if (static_cast<double>(max) > quantity.extremes.max) quantity.extremes.max = static_cast<double>(max);
   if (static_cast<double>(min) < quantity.extremes.min) quantity.extremes.min = static_cast<double>(min);

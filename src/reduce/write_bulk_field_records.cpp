@@ -21,9 +21,7 @@ struct FieldReduction {
   }
 
   void takeLabels(const odb_Sequence<odb_String>& labels) {
-    for (std::size_t c = 0; c < present.size(); ++c) {
-      if (labels.isMember(odb_String(kTensorComponents[c]))) present[c] = true;
-    }
+    for (int i = 0; i < labels.size(); ++i) markComponent(labels.constGet(i).view(), present);
   }
 };
 
@@ -62,7 +60,7 @@ void writeBulkFieldRecords(const odb_SequenceFieldBulkData& blocks, std::ostream
     if (odb_isTensor(field.type)) field.takeLabels(block.componentLabels());
   }
 
-  const bool wholeModel = scope == odb_String("ALL");
+  const bool wholeModel = scope.view() == "ALL";
   if (!wholeModel && field.extremes.max == kLowest<double>) return;
   const RecordHead head(prefix, frame, wholeModel ? odb_String() : regionName, fieldName);
   if (odb_isTensor(field.type)) {
