@@ -68,26 +68,31 @@ void Object::failHdf5(const std::string& reason) const {
 
 std::uint64_t Object::address() const {
   H5O_info_t info{};
-  if (H5Oget_info2(id(), &info, H5O_INFO_BASIC) < 0) failHdf5("cannot be read");
+  checked(H5Oget_info2(id(), &info, H5O_INFO_BASIC));
   return info.addr;
+}
+
+std::size_t Object::sizeOf(hid_t type) const {
+  const std::size_t size = H5Tget_size(type);
+  if (size == 0) failHdf5("cannot be described");
+  return size;
 }
 
 Dataset::Dataset(Handle id, std::string path, std::shared_ptr<const FileContext> file)
     : Object(std::move(id), std::move(path), std::move(file)) {
-  const Handle type(H5Dget_type(this->id()), H5Tclose);
-  const Handle space(H5Dget_space(this->id()), H5Sclose);
-  if (!type || !space) failHdf5("the data set cannot be read");
-  class_ = H5Tget_class(type.get());
-  numberSize_ = H5Tget_size(type.get());
+  const Handle type(checked(H5Dget_type(this->id())), H5Tclose);
+  const Handle space(checked(H5Dget_space(this->id())), H5Sclose);
+  class_ = checked(H5Tget_class(type.get()));
+  numberSize_ = sizeOf(type.get());
   readShape(space.get());
   if (this->file()->profile == Profile::strict) checkProfile(type.get());
   direct_ = findDirect(type.get());
 }
 
 void Dataset::readShape(hid_t space) {
-  if (H5Sget_simple_extent_type(space) == H5S_NULL) fail("the data set has no shape");
-  dims_.resize(static_cast<std::size_t>(std::max(0, H5Sget_simple_extent_ndims(space))));
-  H5Sget_simple_extent_dims(space, dims_.data(), nullptr);
+  if (checked(H5Sget_simple_extent_type(space)) == H5S_NULL) fail("the data set has no shape");
+  dims_.resize(static_cast<std::size_t>(checked(H5Sget_simple_extent_ndims(space))));
+  checked(H5Sget_simple_extent_dims(space, dims_.data(), nullptr));
   hsize_t bytes = numberSize_;
   for (const hsize_t d : dims_) {
     if (d != 0 && bytes > static_cast<hsize_t>(std::numeric_limits<std::int64_t>::max()) / d) {
@@ -103,7 +108,7 @@ void Dataset::readShape(hid_t space) {
 
 std::optional<Dataset::Direct> Dataset::findDirect(hid_t type) const {
   const hid_t native[] = {H5T_NATIVE_FLOAT, H5T_NATIVE_DOUBLE, H5T_NATIVE_INT};
-  if (std::none_of(std::begin(native), std::end(native), [&](hid_t n) { return H5Tequal(type, n) > 0; })) {
+  if (std::none_of(std::begin(native), std::end(native), [&](hid_t n) { return checked(H5Tequal(type, n)) > 0; })) {
     return std::nullopt;
   }
   const std::optional<std::int64_t> at = offset();
@@ -112,8 +117,8 @@ std::optional<Dataset::Direct> Dataset::findDirect(hid_t type) const {
 }
 
 bool Dataset::holds(hid_t type) const {
-  const Handle own(H5Dget_type(id()), H5Tclose);
-  return H5Tequal(own.get(), type) > 0;
+  const Handle own(checked(H5Dget_type(id())), H5Tclose);
+  return checked(H5Tequal(own.get(), type)) > 0;
 }
 
 std::optional<std::int64_t> Dataset::offset() const {
@@ -129,9 +134,8 @@ std::vector<Stretch> Dataset::stretches() const {
     if (bytes() > 0) stretches.push_back({*start, bytes(), 0, bytes() / slabs});
     return stretches;
   }
-  const Handle plist(H5Dget_create_plist(id()), H5Pclose);
-  if (!plist) failHdf5("the data set cannot be read");
-  if (H5Pget_layout(plist.get()) != H5D_CHUNKED) return stretches;
+  const Handle plist(checked(H5Dget_create_plist(id())), H5Pclose);
+  if (checked(H5Pget_layout(plist.get())) != H5D_CHUNKED) return stretches;
   // A chunk is a slab, as the profile has it.
   Dims first(dims_.size(), 0);
   for (hsize_t& slab = first.front(); slab < dims_.front(); ++slab) {
@@ -153,11 +157,10 @@ void Dataset::checkProfile(hid_t type) const {
   // Only contiguous numbers in this file have an offset. Copying the properties would take longer than opening the data
   // set.
   if (const std::optional<std::int64_t> start = offset()) return checkContiguous(*start);
-  const Handle plist(H5Dget_create_plist(id()), H5Pclose);
-  if (!plist) failHdf5("the data set cannot be read");
-  switch (H5Pget_layout(plist.get())) {
+  const Handle plist(checked(H5Dget_create_plist(id())), H5Pclose);
+  switch (checked(H5Pget_layout(plist.get()))) {
     case H5D_CONTIGUOUS:
-      if (H5Pget_external_count(plist.get()) > 0) fail("external storage is not allowed in this layout");
+      if (checked(H5Pget_external_count(plist.get())) > 0) fail("external storage is not allowed in this layout");
       if (bytes() > 0) fail("the data set is not stored in full");
       return;
     case H5D_CHUNKED:
@@ -169,7 +172,7 @@ void Dataset::checkProfile(hid_t type) const {
 
 void Dataset::checkType(hid_t type) const {
   if (class_ != H5T_INTEGER && class_ != H5T_FLOAT && class_ != H5T_STRING) fail("is neither numbers nor text");
-  if (H5Tis_variable_str(type) > 0) fail("text of variable length is not allowed in this layout");
+  if (checked(H5Tis_variable_str(type)) > 0) fail("text of variable length is not allowed in this layout");
 }
 
 void Dataset::checkContiguous(std::int64_t start) const {
@@ -185,17 +188,18 @@ void Dataset::checkContiguous(std::int64_t start) const {
 
 void Dataset::checkChunked(hid_t plist) const {
   Dims chunk(dims_.size());
-  H5Pget_chunk(plist, static_cast<int>(chunk.size()), chunk.data());
+  checked(H5Pget_chunk(plist, static_cast<int>(chunk.size()), chunk.data()));
   for (std::size_t i = 0; i < chunk.size(); ++i) {
     // A dimension of 0 rows still needs a chunk of 1.
     if (chunk[i] != (i == 0 ? 1 : std::max<hsize_t>(dims_[i], 1))) fail("a chunk must hold exactly one frame");
   }
   bool isPacked = false;
-  for (int i = 0; i < H5Pget_nfilters(plist); ++i) {
+  const int filters = checked(H5Pget_nfilters(plist));
+  for (int i = 0; i < filters; ++i) {
     unsigned flags = 0;
     std::size_t parameters = 0;
     const H5Z_filter_t filter =
-        H5Pget_filter2(plist, static_cast<unsigned>(i), &flags, &parameters, nullptr, 0, nullptr, nullptr);
+        checked(H5Pget_filter2(plist, static_cast<unsigned>(i), &flags, &parameters, nullptr, 0, nullptr, nullptr));
     if (filter != H5Z_FILTER_DEFLATE && filter != H5Z_FILTER_FLETCHER32) {
       fail("filters other than gzip and Fletcher-32 are not allowed in this layout");
     }
@@ -222,7 +226,7 @@ void Dataset::requireFloat() const {
 
 void Dataset::readAll(hid_t memoryType, void* out) const {
   if (count() == 0) return;
-  if (H5Dread(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, out) < 0) failHdf5("cannot be read");
+  checked(H5Dread(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, out), "cannot be read");
 }
 
 std::vector<int> Dataset::readInts() const {
@@ -276,13 +280,12 @@ void Dataset::transferSlab(hsize_t index, hid_t memoryType, void* out, bool writ
   hsize_t numbers = 1;
   for (const hsize_t d : extent) numbers *= d;
   if (numbers == 0) return;
-  const Handle fileSpace(H5Dget_space(id()), H5Sclose);
+  const Handle fileSpace(checked(H5Dget_space(id())), H5Sclose);
   // Of the same shape as what is taken from the file: HDF5 pairs different shapes number by number.
-  const Handle memorySpace(H5Screate_simple(static_cast<int>(extent.size()), extent.data(), nullptr), H5Sclose);
-  if (!fileSpace || !memorySpace ||
-      H5Sselect_hyperslab(fileSpace.get(), H5S_SELECT_SET, start.data(), nullptr, extent.data(), nullptr) < 0) {
-    failHdf5("a frame cannot be selected");
-  }
+  const Handle memorySpace(checked(H5Screate_simple(static_cast<int>(extent.size()), extent.data(), nullptr)),
+                           H5Sclose);
+  checked(H5Sselect_hyperslab(fileSpace.get(), H5S_SELECT_SET, start.data(), nullptr, extent.data(), nullptr),
+          "a slab cannot be selected");
   const herr_t status = writing ? H5Dwrite(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out)
                                 : H5Dread(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out);
   if (status < 0) failHdf5(fmt::format("slab {} cannot be {}", index, writing ? "written" : "read"));
@@ -318,7 +321,7 @@ void Dataset::writeSlab(hsize_t index, const double* rows) const {
 
 void Dataset::write(const void* numbers, hid_t memoryType) const {
   if (count() == 0) return;
-  if (H5Dwrite(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, numbers) < 0) failHdf5("cannot be written");
+  checked(H5Dwrite(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, numbers), "cannot be written");
 }
 
 }  // namespace odbstore::h5

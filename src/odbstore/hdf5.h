@@ -65,6 +65,14 @@ class Object {
   [[noreturn]] void fail(const std::string& reason) const;
   // The same, with what HDF5 has to say of its last call.
   [[noreturn]] void failHdf5(const std::string& reason) const;
+  // What a call of HDF5 has returned, unless that says that it failed.
+  template <class Result>
+  Result checked(Result result, const char* reason = "cannot be described") const {
+    if (result < 0) failHdf5(reason);
+    return result;
+  }
+  // Bytes of a number or text of that type.
+  std::size_t sizeOf(hid_t type) const;
 
   bool hasAttribute(const std::string& name) const;
   std::vector<std::string> attributes() const;

@@ -10,8 +10,9 @@ namespace odbstore::h5 {
 
 namespace {
 
-std::int64_t pointsOf(hid_t space) {
-  return H5Sget_simple_extent_type(space) == H5S_NULL ? 0 : H5Sget_simple_extent_npoints(space);
+std::size_t pointsOf(const Object& owner, hid_t space) {
+  if (owner.checked(H5Sget_simple_extent_type(space)) == H5S_NULL) return 0;
+  return static_cast<std::size_t>(owner.checked(H5Sget_simple_extent_npoints(space)));
 }
 
 // Null-terminated, null-padded and space-padded texts alike.
@@ -27,37 +28,38 @@ std::vector<std::string> readTexts(const Object& owner, hid_t type, hid_t space,
   std::vector<std::string> texts;
   if (count == 0) return texts;
   texts.reserve(count);
-  if (H5Tis_variable_str(type) > 0) {
+  if (owner.checked(H5Tis_variable_str(type)) > 0) {
     std::vector<char*> pointers(count, nullptr);
-    const Handle memoryType(H5Tcopy(type), H5Tclose);
-    if (read(memoryType.get(), pointers.data()) < 0) owner.failHdf5("text cannot be read");
+    const Handle memoryType(owner.checked(H5Tcopy(type)), H5Tclose);
+    owner.checked(read(memoryType.get(), pointers.data()), "text cannot be read");
     for (const char* text : pointers) texts.emplace_back(text != nullptr ? text : "");
     H5Dvlen_reclaim(memoryType.get(), space, H5P_DEFAULT, pointers.data());
     return texts;
   }
-  const std::size_t size = H5Tget_size(type);
+  const std::size_t size = owner.sizeOf(type);
   std::vector<char> bytes(size * count);
-  if (read(type, bytes.data()) < 0) owner.failHdf5("text cannot be read");
-  const H5T_str_t padding = H5Tget_strpad(type);
+  owner.checked(read(type, bytes.data()), "text cannot be read");
+  const H5T_str_t padding = owner.checked(H5Tget_strpad(type));
   for (std::size_t i = 0; i < count; ++i) texts.push_back(textFrom(bytes.data() + i * size, size, padding));
   return texts;
 }
 
-Handle textType(std::size_t longest) {
-  Handle type(H5Tcopy(H5T_C_S1), H5Tclose);
+Handle textType(const Object& owner, std::size_t longest) {
+  constexpr const char* kReason = "text cannot be written";
+  Handle type(owner.checked(H5Tcopy(H5T_C_S1), kReason), H5Tclose);
   // HDF5 has no type for texts of no bytes.
-  H5Tset_size(type.get(), std::max<std::size_t>(longest, 1));
-  H5Tset_strpad(type.get(), H5T_STR_NULLPAD);
-  H5Tset_cset(type.get(), H5T_CSET_UTF8);
+  owner.checked(H5Tset_size(type.get(), std::max<std::size_t>(longest, 1)), kReason);
+  owner.checked(H5Tset_strpad(type.get(), H5T_STR_NULLPAD), kReason);
+  owner.checked(H5Tset_cset(type.get(), H5T_CSET_UTF8), kReason);
   return type;
 }
 
 // Texts side by side, each padded with NULs to the longest.
 struct PackedTexts {
-  explicit PackedTexts(std::span<const std::string> texts) {
+  PackedTexts(const Object& owner, std::span<const std::string> texts) {
     std::size_t longest = 1;
     for (const std::string& text : texts) longest = std::max(longest, text.size());
-    type = textType(longest);
+    type = textType(owner, longest);
     bytes.assign(longest * std::max<std::size_t>(texts.size(), 1), '\0');
     for (std::size_t i = 0; i < texts.size(); ++i) {
       std::memcpy(bytes.data() + i * longest, texts[i].data(), texts[i].size());
@@ -79,14 +81,14 @@ bool Object::hasAttribute(const std::string& name) const {
 Object::Attribute Object::openAttribute(const std::string& name) const {
   Handle id(H5Aopen(this->id(), name.c_str(), H5P_DEFAULT), H5Aclose);
   if (!id) failHdf5(fmt::format("the attribute \"{}\" cannot be opened", name));
-  Handle type(H5Aget_type(id.get()), H5Tclose);
-  Handle space(H5Aget_space(id.get()), H5Sclose);
-  const H5T_class_t kind = H5Tget_class(type.get());
-  if (file_->profile == Profile::strict && kind == H5T_STRING && H5Tis_variable_str(type.get()) > 0) {
+  Handle type(checked(H5Aget_type(id.get())), H5Tclose);
+  Handle space(checked(H5Aget_space(id.get())), H5Sclose);
+  const H5T_class_t kind = checked(H5Tget_class(type.get()));
+  if (file_->profile == Profile::strict && kind == H5T_STRING && checked(H5Tis_variable_str(type.get())) > 0) {
     fail(fmt::format("the attribute \"{}\": text of variable length is not allowed in this layout", name));
   }
   // HDF5 holds the values of an attribute that it has opened, so there are no more than memory was enough for.
-  const auto count = static_cast<std::size_t>(pointsOf(space.get()));
+  const std::size_t count = pointsOf(*this, space.get());
   return {std::move(id), std::move(type), std::move(space), kind, count};
 }
 
@@ -97,9 +99,8 @@ std::vector<std::string> Object::attributes() const {
     return 0;
   };
   // Not sorted by HDF5, for the same reason as links.
-  if (H5Aiterate2(id(), H5_INDEX_NAME, H5_ITER_NATIVE, nullptr, collect, &names) < 0) {
-    failHdf5("the attributes cannot be listed");
-  }
+  checked(H5Aiterate2(id(), H5_INDEX_NAME, H5_ITER_NATIVE, nullptr, collect, &names),
+          "the attributes cannot be listed");
   std::sort(names.begin(), names.end());
   return names;
 }
@@ -120,7 +121,7 @@ std::vector<int> Object::intsAttribute(const std::string& name) const {
     }
   };
   // Python's truth values are an enumeration over a small integer.
-  if (attribute.kind == H5T_ENUM && H5Tget_size(attribute.type.get()) == 1) {
+  if (attribute.kind == H5T_ENUM && sizeOf(attribute.type.get()) == 1) {
     std::vector<signed char> bytes(attribute.count);
     read(attribute.type.get(), bytes.data());
     return {bytes.begin(), bytes.end()};
@@ -194,61 +195,61 @@ void writeAttribute(const Object& owner, const std::string& name, const Handle& 
   }
 }
 
-Handle lineSpace(std::size_t count) {
+Handle lineSpace(const Object& owner, std::size_t count) {
   const hsize_t extent = count;
-  return Handle(H5Screate_simple(1, &extent, nullptr), H5Sclose);
+  return Handle(owner.checked(H5Screate_simple(1, &extent, nullptr)), H5Sclose);
 }
 
 }  // namespace
 
 void Object::writeInt(const std::string& name, int value) const {
-  const Handle space(H5Screate(H5S_SCALAR), H5Sclose);
+  const Handle space(checked(H5Screate(H5S_SCALAR)), H5Sclose);
   writeAttribute(*this, name, createAttribute(name, H5T_STD_I32LE, space.get()), H5T_NATIVE_INT, &value);
 }
 
 void Object::writeDouble(const std::string& name, double value) const {
-  const Handle space(H5Screate(H5S_SCALAR), H5Sclose);
+  const Handle space(checked(H5Screate(H5S_SCALAR)), H5Sclose);
   writeAttribute(*this, name, createAttribute(name, H5T_IEEE_F64LE, space.get()), H5T_NATIVE_DOUBLE, &value);
 }
 
 void Object::writeInts(const std::string& name, std::span<const int> values) const {
   if (values.empty()) return;
-  const Handle space = lineSpace(values.size());
+  const Handle space = lineSpace(*this, values.size());
   writeAttribute(*this, name, createAttribute(name, H5T_STD_I32LE, space.get()), H5T_NATIVE_INT, values.data());
 }
 
 void Object::writeDoubles(const std::string& name, std::span<const double> values) const {
   if (values.empty()) return;
-  const Handle space = lineSpace(values.size());
+  const Handle space = lineSpace(*this, values.size());
   writeAttribute(*this, name, createAttribute(name, H5T_IEEE_F64LE, space.get()), H5T_NATIVE_DOUBLE, values.data());
 }
 
 void Object::writeString(const std::string& name, const std::string& value) const {
-  const Handle space(H5Screate(H5S_SCALAR), H5Sclose);
-  const PackedTexts packed({&value, 1});
+  const Handle space(checked(H5Screate(H5S_SCALAR)), H5Sclose);
+  const PackedTexts packed(*this, {&value, 1});
   writeAttribute(*this, name, createAttribute(name, packed.type.get(), space.get()), packed.type.get(),
                  packed.bytes.data());
 }
 
 void Object::writeStrings(const std::string& name, std::span<const std::string> values) const {
   if (values.empty()) return;
-  const Handle space = lineSpace(values.size());
-  const PackedTexts packed(values);
+  const Handle space = lineSpace(*this, values.size());
+  const PackedTexts packed(*this, values);
   writeAttribute(*this, name, createAttribute(name, packed.type.get(), space.get()), packed.type.get(),
                  packed.bytes.data());
 }
 
 std::vector<std::string> Dataset::readStrings() const {
   if (class_ != H5T_STRING) fail("must hold text");
-  const Handle type(H5Dget_type(id()), H5Tclose);
-  const Handle space(H5Dget_space(id()), H5Sclose);
+  const Handle type(checked(H5Dget_type(id())), H5Tclose);
+  const Handle space(checked(H5Dget_space(id())), H5Sclose);
   return readTexts(*this, type.get(), space.get(), static_cast<std::size_t>(count()), [&](hid_t memoryType, void* out) {
     return H5Dread(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, out);
   });
 }
 
 void Group::createStrings(const std::string& link, std::span<const std::string> values) const {
-  const PackedTexts packed(values);
+  const PackedTexts packed(*this, values);
   createDataset(link, packed.type.get(), {values.size()}).write(packed.bytes.data(), packed.type.get());
 }
 

@@ -10,31 +10,38 @@ namespace {
 
 constexpr unsigned kSuperblockOfStrictFiles = 3;
 
-Handle fileAccess() {
-  Handle access(H5Pcreate(H5P_FILE_ACCESS), H5Pclose);
-  // Objects that outlive the file's handle keep the file open until they go too.
-  H5Pset_fclose_degree(access.get(), H5F_CLOSE_WEAK);
-  return access;
-}
-
-Handle fileAccessForWriting() {
-  Handle access = fileAccess();
-  H5Pset_libver_bounds(access.get(), H5F_LIBVER_V110, H5F_LIBVER_V110);
-  // Numbers go to the file when they are written. What waited in a buffer would be written when its data set is closed,
-  // and if that failed, on a full disk, nobody would know.
-  H5Pset_sieve_buf_size(access.get(), 0);
-  H5Pset_cache(access.get(), 0, 0, 0, 0.0);
-  return access;
-}
-
 std::string explained(const std::string& reason) {
   const std::string why = lastHdf5Error();
   return why.empty() ? reason : fmt::format("{} ({})", reason, why);
 }
 
+// What a call of HDF5 for a file as a whole has returned, unless that says that it failed.
+template <class Result>
+Result checked(const std::string& file, Result result, const char* reason = "HDF5 cannot be prepared for it") {
+  if (result < 0) throw StoreError(file, "", explained(reason));
+  return result;
+}
+
+Handle fileAccess(const std::string& file) {
+  Handle access(checked(file, H5Pcreate(H5P_FILE_ACCESS)), H5Pclose);
+  // Objects that outlive the file's handle keep the file open until they go too.
+  checked(file, H5Pset_fclose_degree(access.get(), H5F_CLOSE_WEAK));
+  return access;
+}
+
+Handle fileAccessForWriting(const std::string& file) {
+  Handle access = fileAccess(file);
+  checked(file, H5Pset_libver_bounds(access.get(), H5F_LIBVER_V110, H5F_LIBVER_V110));
+  // Numbers go to the file when they are written. What waited in a buffer would be written when its data set is closed,
+  // and if that failed, on a full disk, nobody would know.
+  checked(file, H5Pset_sieve_buf_size(access.get(), 0));
+  checked(file, H5Pset_cache(access.get(), 0, 0, 0, 0.0));
+  return access;
+}
+
 void checkSuperblock(const FileContext& file, bool isChecked) {
   H5F_info2_t info{};
-  if (H5Fget_info2(file.id.get(), &info) < 0) throw StoreError(file.name, "", explained("cannot be read"));
+  checked(file.name, H5Fget_info2(file.id.get(), &info), "cannot be read");
   if (info.super.version != kSuperblockOfStrictFiles) {
     throw StoreError(file.name, "",
                      fmt::format("a file of layout {} must have HDF5 superblock {}, this one has {}", kNewestLayout,
@@ -86,7 +93,7 @@ Group openFile(const std::string& path, int& layout) {
   file->bytes = preflight.bytes;
   if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(path, "", "is not a database: it is not an HDF5 file");
   // Alive until the failure is explained: closing it would be the last call, which went well.
-  const Handle access = fileAccess();
+  const Handle access = fileAccess(path);
   file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, access.get()), H5Fclose);
   if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));
   file->descriptor = descriptorOf(file->id);
@@ -100,23 +107,22 @@ Group createFile(const std::string& path, const std::string& name) {
   startHdf5();
   auto file = std::make_shared<FileContext>();
   file->name = name;
-  file->profile = Profile::free;                 // what we are writing ourselves is not checked while it is incomplete
-  const Handle access = fileAccessForWriting();  // alive until the failure is explained
-  const Handle creation(H5Pcreate(H5P_FILE_CREATE), H5Pclose);
-  H5Pset_obj_track_times(creation.get(), false);
+  file->profile = Profile::free;  // what we are writing ourselves is not checked while it is incomplete
+  const Handle access = fileAccessForWriting(name);  // alive until the failure is explained
+  const Handle creation(checked(name, H5Pcreate(H5P_FILE_CREATE)), H5Pclose);
+  checked(name, H5Pset_obj_track_times(creation.get(), false));
   file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, creation.get(), access.get()), H5Fclose);
   if (!file->id) throw StoreError(name, "", explained("cannot be created"));
   return rootOf(file);
 }
 
-void flushFile(const Group& root) {
-  if (H5Fflush(root.id(), H5F_SCOPE_GLOBAL) < 0) root.failHdf5("the file cannot be written");
-}
+void flushFile(const Group& root) { root.checked(H5Fflush(root.id(), H5F_SCOPE_GLOBAL), "the file cannot be written"); }
 
 std::int64_t sizeOfFile(const Group& root) {
   hsize_t bytes = 0;
-  const Handle file(H5Iget_file_id(root.id()), H5Fclose);
-  if (!file || H5Fget_filesize(file.get(), &bytes) < 0) root.failHdf5("the size of the file cannot be found out");
+  constexpr const char* kReason = "the size of the file cannot be found out";
+  const Handle file(root.checked(H5Iget_file_id(root.id()), kReason), H5Fclose);
+  root.checked(H5Fget_filesize(file.get(), &bytes), kReason);
   return static_cast<std::int64_t>(bytes);
 }
 

@@ -36,7 +36,7 @@ std::optional<Handle> Group::findMember(const std::string& link) const {
 
 std::optional<Handle> Group::findMember(const std::string& link, H5I_type_t kind) const {
   std::optional<Handle> handle = findMember(link);
-  if (handle && H5Iget_type(handle->get()) != kind) {
+  if (handle && checked(H5Iget_type(handle->get())) != kind) {
     throw StoreError(file()->name, memberPath(link), kind == H5I_GROUP ? "must be a group" : "must be a data set");
   }
   return handle;
@@ -48,7 +48,7 @@ Handle Group::present(const std::string& link, std::optional<Handle> member) con
 }
 
 MemberKind Group::kindOf(const std::string& link) const {
-  switch (H5Iget_type(present(link, findMember(link)).get())) {
+  switch (checked(H5Iget_type(present(link, findMember(link)).get()))) {
     case H5I_GROUP:
       return MemberKind::group;
     case H5I_DATASET:
@@ -81,8 +81,8 @@ std::optional<Dataset> Group::findDataset(const std::string& link) const {
 std::vector<std::string> Group::links(LinkOrder order) const {
   unsigned tracked = 0;
   if (order == LinkOrder::byCreation) {
-    const Handle plist(H5Gget_create_plist(id()), H5Pclose);
-    if (!plist || H5Pget_link_creation_order(plist.get(), &tracked) < 0) failHdf5("cannot be read");
+    const Handle plist(checked(H5Gget_create_plist(id())), H5Pclose);
+    checked(H5Pget_link_creation_order(plist.get(), &tracked));
   }
   const bool byCreation = (tracked & H5P_CRT_ORDER_TRACKED) != 0;
   std::vector<std::pair<std::int64_t, std::string>> found;
@@ -93,9 +93,7 @@ std::vector<std::string> Group::links(LinkOrder order) const {
   };
   // In no order of HDF5's: to sort, HDF5 makes a table, and where the names of a large group are damaged it frees
   // parts of that table that it never filled (seen in 1.10.8).
-  if (H5Literate(id(), H5_INDEX_NAME, H5_ITER_NATIVE, nullptr, collect, &found) < 0) {
-    failHdf5("the members cannot be listed");
-  }
+  checked(H5Literate(id(), H5_INDEX_NAME, H5_ITER_NATIVE, nullptr, collect, &found), "the members cannot be listed");
   if (!byCreation) {
     for (auto& [order, name] : found) order = 0;
   }
@@ -106,31 +104,31 @@ std::vector<std::string> Group::links(LinkOrder order) const {
 }
 
 Group Group::createGroup(const std::string& link, bool trackOrder) const {
-  const Handle plist(H5Pcreate(H5P_GROUP_CREATE), H5Pclose);
+  const Handle plist(checked(H5Pcreate(H5P_GROUP_CREATE)), H5Pclose);
   // The same results make the same bytes, whatever the time.
-  H5Pset_obj_track_times(plist.get(), false);
-  if (trackOrder) H5Pset_link_creation_order(plist.get(), H5P_CRT_ORDER_TRACKED | H5P_CRT_ORDER_INDEXED);
+  checked(H5Pset_obj_track_times(plist.get(), false));
+  if (trackOrder) checked(H5Pset_link_creation_order(plist.get(), H5P_CRT_ORDER_TRACKED | H5P_CRT_ORDER_INDEXED));
   Handle handle(H5Gcreate2(id(), link.c_str(), H5P_DEFAULT, plist.get(), H5P_DEFAULT), H5Gclose);
   if (!handle) throw StoreError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
   return Group(std::move(handle), memberPath(link), file());
 }
 
 Dataset Group::createDataset(const std::string& link, hid_t type, const Dims& dims, Storage storage) const {
-  const Handle plist(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
-  H5Pset_obj_track_times(plist.get(), false);
+  const Handle plist(checked(H5Pcreate(H5P_DATASET_CREATE)), H5Pclose);
+  checked(H5Pset_obj_track_times(plist.get(), false));
   if (storage.chunked()) {
     Dims chunk = dims;
     for (hsize_t& d : chunk) d = std::max<hsize_t>(d, 1);
     chunk.front() = 1;
-    H5Pset_chunk(plist.get(), static_cast<int>(chunk.size()), chunk.data());
+    checked(H5Pset_chunk(plist.get(), static_cast<int>(chunk.size()), chunk.data()));
     // The checksum goes over the packed bytes, as h5py and h5repack have it.
-    if (storage.gzip) H5Pset_deflate(plist.get(), 4);
-    if (storage.fletcher32) H5Pset_fletcher32(plist.get());
+    if (storage.gzip) checked(H5Pset_deflate(plist.get(), 4));
+    if (storage.fletcher32) checked(H5Pset_fletcher32(plist.get()));
   } else {
-    H5Pset_fill_time(plist.get(), H5D_FILL_TIME_NEVER);
-    if (storage.reserved) H5Pset_alloc_time(plist.get(), H5D_ALLOC_TIME_EARLY);
+    checked(H5Pset_fill_time(plist.get(), H5D_FILL_TIME_NEVER));
+    if (storage.reserved) checked(H5Pset_alloc_time(plist.get(), H5D_ALLOC_TIME_EARLY));
   }
-  const Handle space(H5Screate_simple(static_cast<int>(dims.size()), dims.data(), nullptr), H5Sclose);
+  const Handle space(checked(H5Screate_simple(static_cast<int>(dims.size()), dims.data(), nullptr)), H5Sclose);
   Handle handle(H5Dcreate2(id(), link.c_str(), type, space.get(), H5P_DEFAULT, plist.get(), H5P_DEFAULT), H5Dclose);
   if (!handle) throw StoreError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
   return Dataset(std::move(handle), memberPath(link), file());
