@@ -16,10 +16,16 @@ std::shared_ptr<const BlockStorage> BlockStorage::subset(const std::shared_ptr<S
   SharedRows rows = content_->location().rowsIn(set);
   if (selection_) {
     std::vector<int> both;
-    std::set_intersection(rows->begin(), rows->end(), selection_->begin(), selection_->end(), std::back_inserter(both));
-    rows = std::make_shared<const std::vector<int>>(std::move(both));
+    for (int i = 0, j = 0; i < rows->size() && j < selection_->size();) {
+      const int a = (*rows)[i];
+      const int b = (*selection_)[j];
+      if (a == b) both.push_back(a);
+      i += a <= b ? 1 : 0;
+      j += b <= a ? 1 : 0;
+    }
+    rows = std::make_shared<const RowSelection>(std::move(both));
   }
-  if (rows->empty()) return nullptr;
+  if (rows->size() == 0) return nullptr;
   return std::make_shared<const BlockStorage>(content_, std::move(rows));
 }
 
@@ -169,8 +175,8 @@ float* BlockStorage::mises() const {
   if (!selection_) return const_cast<float*>(all);
   if (!mises_) {
     mises_.emplace();
-    mises_->reserve(selection_->size());
-    for (const int row : *selection_) mises_->push_back(all[row]);
+    mises_->reserve(static_cast<std::size_t>(rows()));
+    for (int row = 0; row < rows(); ++row) mises_->push_back(all[contentRow(row)]);
   }
   return mises_->data();
 }

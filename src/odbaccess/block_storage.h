@@ -14,12 +14,13 @@
 #include "odbaccess/invariants.h"
 #include "odbaccess/odb_FieldBulkTile.h"
 #include "odbaccess/read_ahead.h"
+#include "odbaccess/row_selection.h"
 #include "odbaccess/set_storage.h"
 #include "odbstore/reader.h"
 
 namespace odb_detail {
 
-using SharedRows = std::shared_ptr<const std::vector<int>>;
+using SharedRows = std::shared_ptr<const RowSelection>;
 
 // The rows in which each label occurs, ascending by label, then by row: built once per location.
 class LabelIndex {
@@ -146,9 +147,9 @@ class BlockStorage {
       : content_(std::move(content)), selection_(std::move(selection)) {}
 
   const std::shared_ptr<const BlockContent>& content() const { return content_; }
-  int rows() const { return selection_ ? static_cast<int>(selection_->size()) : content_->rows(); }
+  int rows() const { return selection_ ? selection_->size() : content_->rows(); }
   // The place of row `row` in the content.
-  int contentRow(int row) const { return selection_ ? (*selection_)[static_cast<std::size_t>(row)] : row; }
+  int contentRow(int row) const { return selection_ ? (*selection_)[row] : row; }
   // Whether `count` rows, at least one, from `from` on lie one after the other in the content.
   bool isOneStretch(int from, int count) const { return contentRow(from + count - 1) - contentRow(from) == count - 1; }
 

@@ -93,20 +93,24 @@ int odb_FieldOutput::type() const { return storage_->field().info.type; }
 bool odb_FieldOutput::hasEngineeringShear() const { return storage_->field().info.engineeringShear; }
 
 odb_Sequence<odb_String> odb_FieldOutput::componentLabels() const {
-  odb_Sequence<odb_String> labels;
-  for (const std::string& label : storage_->field().info.componentLabels) labels.append(odb_String(label));
-  return labels;
+  const std::vector<std::string>& stored = storage_->field().info.componentLabels;
+  std::vector<odb_String> labels;
+  labels.reserve(stored.size());
+  for (const std::string& label : stored) labels.emplace_back(label);
+  return odb_Sequence<odb_String>(std::move(labels));
 }
 
 odb_Sequence<odb_InvariantEnum> odb_FieldOutput::validInvariants() const {
-  odb_Sequence<odb_InvariantEnum> invariants;
-  for (const int code : storage_->field().info.validInvariants) {
+  const std::vector<int>& stored = storage_->field().info.validInvariants;
+  std::vector<odb_InvariantEnum> invariants;
+  invariants.reserve(stored.size());
+  for (const int code : stored) {
     // A code of a later program is none that could be asked for.
     if (code >= odb_Enum::maxPrincipal && code <= odb_Enum::outOfPlanePrincipal) {
-      invariants.append(static_cast<odb_InvariantEnum>(code));
+      invariants.push_back(static_cast<odb_InvariantEnum>(code));
     }
   }
-  return invariants;
+  return odb_Sequence<odb_InvariantEnum>(std::move(invariants));
 }
 
 const odb_detail::FieldContent& odb_FieldOutput::content() const {

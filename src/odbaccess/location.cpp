@@ -22,9 +22,16 @@ LabelIndex::LabelIndex(const std::vector<int>& labels) : rows_(labels.size()) {
 
 std::vector<int> LabelIndex::rowsOf(const std::vector<int>& labels) const {
   std::vector<int> rows;
+  rows.reserve(labels.size());
   auto from = labels_.begin();
   for (const int label : labels) {
-    from = std::lower_bound(from, labels_.end(), label);
+    // The next label is mostly near: steps that double find a stretch for the search.
+    auto to = from;
+    for (std::ptrdiff_t step = 1; to != labels_.end() && *to < label; step *= 2) {
+      from = to + 1;
+      to += std::min(step, labels_.end() - to);
+    }
+    from = std::lower_bound(from, to, label);
     if (from == labels_.end()) break;
     if (*from != label) continue;
     const auto at = static_cast<std::size_t>(from - labels_.begin());
@@ -73,7 +80,7 @@ constexpr std::size_t kMostKeptRows = std::size_t{4} << 20U;
 }  // namespace
 
 SharedRows LocationStorage::rowsIn(const std::shared_ptr<SetStorage>& set) {
-  static const SharedRows none = std::make_shared<const std::vector<int>>();
+  static const SharedRows none = std::make_shared<const RowSelection>();
   const bool byElement = set->kind() == SetKind::element;
   const odbstore::Position position = info().position;
   if (byElement ? !odbstore::hasElementLabels(position) : !odbstore::hasNodeLabels(position)) return none;
@@ -83,9 +90,9 @@ SharedRows LocationStorage::rowsIn(const std::shared_ptr<SetStorage>& set) {
   if (wanted.empty()) return none;
   std::unique_ptr<LabelIndex>& index = byElement ? elementIndex_ : nodeIndex_;
   if (!index) index = std::make_unique<LabelIndex>(byElement ? elementLabels() : nodeLabels());
-  auto rows = std::make_shared<const std::vector<int>>(index->rowsOf(wanted));
-  if (keptRows_ + rows->size() <= kMostKeptRows) {
-    keptRows_ += rows->size();
+  auto rows = std::make_shared<const RowSelection>(index->rowsOf(wanted));
+  if (keptRows_ + rows->kept() <= kMostKeptRows) {
+    keptRows_ += rows->kept();
     rowsOfSets_.emplace(set, rows);
   }
   return rows;
