@@ -17,9 +17,10 @@ LineReader::LineReader(const std::string& path) : path_(path), buffer_(2 * kLong
   file_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (file_ < 0) throw ImportError(path, 0, std::strerror(errno));
   struct stat status {};
-  if (::fstat(file_, &status) != 0 || !S_ISREG(status.st_mode)) {
+  const int failure = ::fstat(file_, &status) != 0 ? errno : 0;
+  if (failure != 0 || !S_ISREG(status.st_mode)) {
     ::close(file_);
-    throw ImportError(path, 0, "is not a regular file");
+    throw ImportError(path, 0, failure != 0 ? std::strerror(failure) : "is not a regular file");
   }
   size_ = static_cast<std::uint64_t>(status.st_size);
 }
@@ -86,8 +87,11 @@ std::string_view LineReader::peekAt(std::uint64_t distance, std::size_t size) {
     return std::string_view(buffer_.data() + at_, end_ - at_).substr(begin, size);
   }
   ahead_.resize(size);
-  const ssize_t got = ::pread(file_, ahead_.data(), size, static_cast<off_t>(offset() + distance));
-  return {ahead_.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0))};
+  for (;;) {
+    const ssize_t got = ::pread(file_, ahead_.data(), size, static_cast<off_t>(offset() + distance));
+    if (got >= 0) return {ahead_.data(), static_cast<std::size_t>(got)};
+    if (errno != EINTR) fail(std::strerror(errno));
+  }
 }
 
 void LineReader::skipBytes(std::uint64_t size, std::int64_t lines) {

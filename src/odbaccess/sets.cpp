@@ -13,7 +13,7 @@ void SetStorage::load() {
   labels_.emplace();
   if (!reader_) return;
   const auto add = [&](const std::string& instance, std::vector<int> labels) {
-    std::sort(labels.begin(), labels.end());
+    if (!std::is_sorted(labels.begin(), labels.end())) std::sort(labels.begin(), labels.end());
     labels.erase(std::unique(labels.begin(), labels.end()), labels.end());
     (*labels_)[instance] = std::move(labels);
   };

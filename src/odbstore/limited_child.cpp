@@ -97,7 +97,8 @@ void send(int pipe, Ending ending, const std::string& text) {
   ::_exit(0);
 }
 
-// All that the child sends until it closes its end; nothing when the time is over or it sends too much.
+// All that the child sends until it closes its end, or an empty text when that is too much; nothing when the time is
+// over.
 std::optional<std::string> receive(int pipe, std::chrono::milliseconds time) {
   const auto end = std::chrono::steady_clock::now() + time;
   std::string message;
@@ -113,7 +114,7 @@ std::optional<std::string> receive(int pipe, std::chrono::milliseconds time) {
     if (count <= 0) return message;
     message.append(bytes.data(), static_cast<std::size_t>(count));
   }
-  return std::nullopt;
+  return std::string();
 }
 
 int statusOf(pid_t child) {

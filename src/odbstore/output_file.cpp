@@ -80,7 +80,11 @@ void giveUsualRights(const Descriptor& file) {
 }
 
 // Makes what was written survive a power failure. Some file systems cannot do that for directories and say so.
-bool isSynchronised(const Descriptor& file) { return ::fsync(file.get()) == 0 || errno == EINVAL; }
+bool isSynchronised(const Descriptor& file) {
+  int status = ::fsync(file.get());
+  while (status != 0 && errno == EINTR) status = ::fsync(file.get());
+  return status == 0 || errno == EINVAL;
+}
 
 }  // namespace
 

@@ -60,6 +60,14 @@ void checkSuperblock(const std::string& path, const std::array<unsigned char, kS
 
 }  // namespace
 
+std::size_t readStart(int file, const std::string& path, std::span<char> bytes) {
+  for (;;) {
+    const ssize_t got = ::pread(file, bytes.data(), bytes.size(), 0);
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno != EINTR) throw StoreError(path, "", fmt::format("cannot be read ({})", std::strerror(errno)));
+  }
+}
+
 Preflight checkBeforeOpening(const std::string& path) {
   const OpenFile file(path);
   struct stat status {};
@@ -68,7 +76,8 @@ Preflight checkBeforeOpening(const std::string& path) {
   if (!S_ISREG(status.st_mode)) throw StoreError(path, "", "is not a regular file");
   if (status.st_size == 0) throw StoreError(path, "", "the file is empty");
   std::array<unsigned char, kSuperblockBytes> bytes{};
-  const bool isWhole = ::pread(file.get(), bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size());
+  const std::span start(reinterpret_cast<char*>(bytes.data()), bytes.size());
+  const bool isWhole = readStart(file.get(), path, start) == start.size();
   const bool isHdf5 = isWhole && std::memcmp(bytes.data(), kSignature.data(), kSignature.size()) == 0;
   const bool isChecked = isHdf5 && bytes[kVersion] == kCheckedVersion && bytes[kOffsetSize] == sizeof(std::uint64_t);
   if (isChecked) checkSuperblock(path, bytes, static_cast<std::uint64_t>(status.st_size));

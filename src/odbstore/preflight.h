@@ -1,7 +1,9 @@
 // What can be told of a file before HDF5 sees it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 namespace odbstore {
@@ -17,5 +19,8 @@ struct Preflight {
 // of layout 2 has) that says that the file is cut off, goes on behind its end, or is still being written. Files that
 // start otherwise are left to HDF5.
 Preflight checkBeforeOpening(const std::string& path);
+
+// Reads the first bytes of the open file; how many there are. Throws a StoreError that names `path` where that fails.
+std::size_t readStart(int file, const std::string& path, std::span<char> bytes);
 
 }  // namespace odbstore

@@ -174,7 +174,7 @@ bool isForeign(const std::string& path) {
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   const bool isRegular = file && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
-  return isRegular && ::pread(file.get(), start.data(), start.size(), 0) == static_cast<ssize_t>(start.size()) &&
+  return isRegular && readStart(file.get(), path, start) == start.size() &&
          std::string_view(start.data(), start.size()) != strictStart;
 }
 

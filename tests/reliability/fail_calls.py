@@ -1,12 +1,14 @@
 """Lets calls that the programs make fail, one at a time or from one on: a clean error, never a crash, never a marker or a
-final name on something incomplete. Of allocations, those of the programs' own code; of HDF5, all that it makes but
-those that close something. The programs are built with calls that fail on order.
+final name on something incomplete. Of allocations, those of the programs' own code; of HDF5, all calls but those that
+close something; of the system, those that read, write and deal with processes, interrupted (EINTR) and broken (EIO).
+The programs are built with calls that fail on order.
 
-    fail_calls.py [--all] allocations|hdf5 [CASE ...]
+    fail_calls.py [--all] allocations|hdf5|system [CASE ...]
 
 Without --all: the first hundred calls and a fixed share of the others."""
 import argparse
 import concurrent.futures
+import errno
 import os
 import pathlib
 import re
@@ -23,7 +25,7 @@ from test_results import ResultsTest
 RUNS = 300
 FIRST = 100
 
-SUFFIXES = {"allocations": "_failing_new", "hdf5": "_failing_hdf5"}
+SUFFIXES = {"allocations": "_failing_new", "hdf5": "_failing_hdf5", "system": "_failing_system"}
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 
 
@@ -139,14 +141,14 @@ def chosen(number, is_all):
     return [*range(1, FIRST + 1), *range(FIRST + 1, number + 1, stride)]
 
 
-def try_all(suffix, case, scratch, orders, jobs):
+def try_all(suffix, case, scratch, orders, jobs, number):
     local = threading.local()
 
     def one(order):
         if not hasattr(local, "directory"):
             local.directory = pathlib.Path(tempfile.mkdtemp(dir=scratch))
         try:
-            process = run(suffix, case, local.directory, KOLVEX_FAIL=order)
+            process = run(suffix, case, local.directory, KOLVEX_FAIL=order, KOLVEX_ERRNO=str(number))
         except subprocess.TimeoutExpired:
             return order, ["it hangs"]
         # Which calls come behind the renaming is not known, so a new database is accepted.
@@ -157,7 +159,7 @@ def try_all(suffix, case, scratch, orders, jobs):
         for order, wrong in pool.map(one, orders):
             for text in wrong:
                 failures += 1
-                print(f"{case.name}: call {order}: {text}")
+                print(f"{case.name}: call {order} ({errno.errorcode[number]}): {text}")
     return failures
 
 
@@ -171,8 +173,9 @@ def main():
     suffix = SUFFIXES[options.what]
     kinds = [*CASES, BrokenExtraction]
     failures = 0
-    if options.what == "hdf5":
+    if options.what != "allocations":
         kinds += [PackedExtraction, Verification, PackedVerification, DamagedVerification]
+    if options.what == "hdf5":
         for name in unlisted():
             failures += 1
             print(f"{name} is called, but cannot be made to fail")
@@ -183,9 +186,13 @@ def main():
             case = kind(scratch)
             number = calls(suffix, case, pathlib.Path(scratch) / "counted")
             orders = [f"{n}{further}" for n in chosen(number, options.all) for further in ("", "+")]
-            wrong = try_all(suffix, case, scratch, orders, options.jobs)
-            print(f"{case.name}: {number} calls, {len(orders)} runs, {wrong} wrong")
-            failures += wrong
+            reasons = [errno.EIO, errno.EINTR] if options.what == "system" else [errno.ENOMEM]
+            for reason in reasons:
+                # Who is interrupted for ever tries for ever.
+                tried = orders if reason != errno.EINTR else [order for order in orders if "+" not in order]
+                wrong = try_all(suffix, case, scratch, tried, options.jobs, reason)
+                print(f"{case.name}: {number} calls, {errno.errorcode[reason]}, {len(tried)} runs, {wrong} wrong")
+                failures += wrong
     return 1 if failures else 0
 
 

@@ -1,5 +1,10 @@
-// Calls of HDF5 that fail when they are told to, as they do when memory is short inside of it. The linker leads what is
-// called as H5Xxx to __wrap_H5Xxx, which is here, and what is called as __real_H5Xxx to HDF5 (its option --wrap).
+// Calls of a library that fail when they are told to; KOLVEX_CALLS lists them. The linker leads what is called as
+// `name` to
+// __wrap_name, which is here, and what is called as __real_name to the library (its option --wrap). They fail with the
+// error number KOLVEX_ERRNO, where the environment has it.
+
+#include <cerrno>
+#include <cstdlib>
 
 #include "counted_calls.h"
 
@@ -9,7 +14,12 @@ CountedCalls calls;
 
 }  // namespace
 
-extern "C" bool isCallToFail() { return calls.isToFail(); }
+extern "C" bool isCallToFail() {
+  static const char* const number = std::getenv("KOLVEX_ERRNO");
+  if (!calls.isToFail()) return false;
+  if (number != nullptr) errno = std::atoi(number);
+  return true;
+}
 
 int programMain(int argc, char** argv);
 
@@ -29,4 +39,4 @@ int main(int argc, char** argv) {
       "je __real_" #name                                                                                     \
       "@PLT\n"                                                                                               \
       "mov $" #failure ", %rax\nret\n");
-#include "hdf5_calls.inc"
+#include KOLVEX_CALLS
