@@ -10,13 +10,6 @@
 
 namespace odbstore {
 
-int layoutOf(const std::string& path) {
-  if (isForeign(path)) return foreignLayout(path);
-  int layout = 0;
-  h5::openFile(path, layout);
-  return layout;
-}
-
 namespace {
 
 // The file and its layout; no file access for an older one.

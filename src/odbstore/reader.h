@@ -16,10 +16,6 @@
 
 namespace odbstore {
 
-// The layout number of the database at `path`, 1 to kNewestLayout. What is no database, or is of a newer layout, is
-// an error that says so.
-int layoutOf(const std::string& path);
-
 class FileAccess;  // the open file behind a reader
 
 // Where rows lie, shared by every block that lies there. Labels are read at the first call and kept.

@@ -130,6 +130,16 @@ class UpgradeTest(ProgramTest):
         self.assertEqual([p.name for p in self.path("elsewhere").iterdir()], ["copy.odb"])
         self.assertIsNone(run.text("params.txt"))
 
+    def test_text_that_was_never_written_is_empty(self):
+        with h5py.File(self.path("old.odb"), "a") as old:
+            del old.attrs["title"]
+            kind = h5py.h5t.py_create(h5py.string_dtype(), logical=True)
+            h5py.h5a.create(old.id, b"title", kind, h5py.h5s.create(h5py.h5s.SCALAR))
+        run = self.run_program("-odb", "old", "-config", "config.txt")
+        self.assertEqual((run.status, run.err), (0, b""))
+        with h5py.File(self.path("upgradedOdb.odb")) as new:
+            self.assertEqual(new.attrs.get("title", b""), b"")
+
     def test_a_block_without_labels_is_named(self):
         with h5py.File(self.path("old.odb"), "a") as old:
             del old["steps/Pull/frames/3/fields/U/blocks/0/nodeLabels"]

@@ -303,6 +303,33 @@ class ProfileTest(ProgramTest):
         self.assert_refused(change, STEP + ': the attribute "description" must hold one value')
         self.assert_sound(lambda file: file[STEP].attrs.pop("description"))
 
+    def test_an_enumeration_that_is_no_truth_value(self):
+        colours = h5py.enum_dtype({"RED": 0, "BLUE": 1}, basetype="i4")
+        self.assert_refused(self.attribute(STEP + "/fields/S", "type", 1, dtype=colours),
+                            STEP + '/fields/S: the attribute "type" must hold integers')
+
+    def test_text_padded_with_blanks_is_read_without_them(self):
+        def change(file):
+            padded = h5py.h5t.C_S1.copy()
+            padded.set_size(20)
+            padded.set_strpad(h5py.h5t.STR_SPACEPAD)
+            location = file["locations/nodes"]
+            del location.attrs["position"]
+            attribute = h5py.h5a.create(location.id, b"position", padded, h5py.h5s.create(h5py.h5s.SCALAR))
+            attribute.write(np.array(b"nodal".ljust(20), "S20"), mtype=padded)
+        self.assert_sound(change)
+
+    def test_what_nobody_reads_may_have_any_shape(self):
+        def change(file):
+            file["remarks/one number"] = 5.0
+            file["remarks/no numbers"] = np.zeros((0, 3), "f4")
+        self.assert_sound(change)
+
+    def test_a_model_without_an_assembly(self):
+        def change(file):
+            del file["assembly"]
+        self.assert_sound(change)
+
     def test_fields_that_do_not_fit(self):
         def in_block(name, value):
             return lambda file: file.__setitem__(BLOCK + "/" + name, value)

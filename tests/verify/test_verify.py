@@ -97,6 +97,14 @@ class VerifyTest(ProgramTest):
                 self.assertIn(name, text)
                 self.damage(offset)
 
+    def test_frames_that_are_damaged_too_are_told_beside_the_numbers(self):
+        block = "steps/Step-1/fields/S/blocks/0"
+        self.damage(self.offset_of(block + "/frames") + 1)
+        self.damage(self.offset_of(block + "/data") + 8 * 6 * ROWS)
+        findings = self.findings()
+        self.assertIn("/steps/Step-1/fields/S/blocks/0/frames: frame 8196 is out of range 0..5\n", findings)
+        self.assertIn('are damaged: step "Step-1", field "S", block 0', findings)
+
     def test_damage_over_frames_and_gaps_is_told_run_by_run(self):
         start = self.offset_of("steps/Step-1/fields/NT/blocks/0/data")
         for byte in (4 * ROWS + 100, 4 * ROWS + 5000, 4 * ROWS + 9000, 8 * ROWS + 2000, 20 * ROWS + 6000):
