@@ -25,7 +25,7 @@ build_packages=(g++ cmake ninja-build pkg-config libhdf5-dev libcli11-dev libfmt
 demo_packages=(calculix-ccx)
 bench_packages=(libbenchmark-dev python3 python3-h5py python3-numpy)
 test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-numpy hdf5-tools strace clang-format)
-soak_packages=(clang libclang-rt-14-dev valgrind gcovr)
+soak_packages=(clang llvm libclang-rt-14-dev valgrind)
 arm64_packages=(g++-aarch64-linux-gnu gcc-aarch64-linux-gnu qemu-user-static debootstrap)
 
 # Installs those of the packages named that are missing.

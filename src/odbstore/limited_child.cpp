@@ -60,7 +60,7 @@ void confine(const ChildLimits& limits, pid_t parent) {
   limit(RLIMIT_CORE, 0, 0);
   const auto seconds = static_cast<rlim_t>(limits.processorTime.count());
   limit(RLIMIT_CPU, seconds, seconds + 1);
-  if (kCanLimitMemory) {
+  if constexpr (kCanLimitMemory) {
     const rlim_t bytes = addressSpaceInUse() + limits.memory;
     limit(RLIMIT_AS, bytes, bytes);
   }

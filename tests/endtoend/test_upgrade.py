@@ -130,6 +130,15 @@ class UpgradeTest(ProgramTest):
         self.assertEqual([p.name for p in self.path("elsewhere").iterdir()], ["copy.odb"])
         self.assertIsNone(run.text("params.txt"))
 
+    def test_links_that_are_not_hard_are_followed(self):
+        labels = "steps/Pull/frames/3/fields/U/blocks/0/nodeLabels"
+        with h5py.File(self.path("old.odb"), "a") as old:
+            old.move(labels, "labels elsewhere")
+            old[labels] = h5py.SoftLink("/labels elsewhere")
+        before = self.path("params.txt").read_bytes()
+        run = self.run_program("-odb", "old", "-config", "config.txt")
+        self.assertEqual((run.status, run.err, run.text("params.txt")), (0, b"", before))
+
     def test_text_that_was_never_written_is_empty(self):
         with h5py.File(self.path("old.odb"), "a") as old:
             del old.attrs["title"]

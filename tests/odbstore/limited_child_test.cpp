@@ -75,19 +75,23 @@ TEST(LimitedChild, AnExitIsAnError) {
               StartsWith("old.odb: reading it ended the process (status 0): "));
 }
 
-// What comes of a child that has been taken over and sends something of its own.
-std::string failureAfterSending(const std::string& message) {
-  return failureOf([&]() -> std::string {
-    for (int file = 3; file < 100; ++file) {
-      struct stat status {};
-      if (::fstat(file, &status) != 0 || !S_ISFIFO(status.st_mode)) continue;
-      for (std::size_t sent = 0; sent < message.size();) {
-        const ssize_t written = ::write(file, message.data() + sent, message.size() - sent);
-        if (written <= 0) break;
-        sent += static_cast<std::size_t>(written);
-      }
+void sendToAllPipes(const std::string& message) {
+  for (int file = 3; file < 100; ++file) {
+    struct stat status {};
+    if (::fstat(file, &status) != 0 || !S_ISFIFO(status.st_mode)) continue;
+    for (std::size_t sent = 0; sent < message.size();) {
+      const ssize_t written = ::write(file, message.data() + sent, message.size() - sent);
+      if (written <= 0) break;
+      sent += static_cast<std::size_t>(written);
     }
-    ::_exit(0);
+  }
+}
+
+// What comes of a child that has been taken over and sends something of its own.
+std::string failureAfterSending(const std::string& message, int status = 0) {
+  return failureOf([&]() -> std::string {
+    sendToAllPipes(message);
+    ::_exit(status);
   });
 }
 
@@ -95,6 +99,7 @@ TEST(LimitedChild, TakesNoAnswerThatIsNotWhole) {
   for (const std::string message : {"", "V", ".", "Vhalf an answer", "S", "old.odb"}) {
     EXPECT_THAT(failureAfterSending(message), StartsWith("old.odb: reading it ended the process")) << message;
   }
+  EXPECT_THAT(failureAfterSending("V42.", 1), StartsWith("old.odb: reading it ended the process (status 1)"));
   EXPECT_THAT(failureAfterSending(std::string(1 << 20, 'V')), StartsWith("old.odb: reading it crashed (Killed)"));
 }
 
@@ -102,6 +107,17 @@ TEST(LimitedChild, MakesAnErrorOfWhateverElseItIsSent) {
   EXPECT_EQ(failureAfterSending("Xwhat is this."), "old.odb: reading it failed: what is this");
   EXPECT_EQ(failureAfterSending("Sno name of a file."), "no name of a file: no name of a file");
   EXPECT_EQ(failureAfterSending("V42."), "no failure but 42");
+}
+
+TEST(LimitedChild, TimeIsLimitedWhateverIsSentMeanwhile) {
+  const auto sendOn = []() -> std::string {
+    for (;;) {
+      sendToAllPipes("V");
+      ::usleep(100);
+    }
+  };
+  EXPECT_EQ(failureOf(sendOn, {kRoomy.memory, kRoomy.processorTime, 200ms}),
+            "old.odb: reading it took longer than 0.2 s");
 }
 
 TEST(LimitedChild, TimeIsLimited) {

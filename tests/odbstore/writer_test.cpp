@@ -238,6 +238,22 @@ TEST_P(WriterStorageTest, DoublesComeBackToTheLastBit) {
   EXPECT_EQ(back, rows);
 }
 
+TEST_P(WriterStorageTest, RowsAreReadInEitherPrecision) {
+  Writer writer(path_, GetParam());
+  const LocationId location = writer.addLocation({"I", Position::nodal, "", 0, ""}, {{1, 2, 3}, {}, {}});
+  const FrameId frame = writer.addFrame(writer.addStep("Step-1", {}), {0, 0, ""});
+  writer.addBlock(writer.addField(frame, "NT", kTemperature), location, std::vector<float>{1, 2, 0.5F});
+  writer.addBlock(writer.addField(frame, "NT2", kTemperature), location, std::vector<double>{4, 5, 0.25});
+  writer.finish();
+  const auto stored = Reader(path_).step("Step-1");
+  std::vector<double> doubles(3);
+  stored->fields().at(0).blocks.at(0).read(0, doubles.data());
+  EXPECT_THAT(doubles, ElementsAre(1.0, 2.0, 0.5));
+  std::vector<float> floats(3);
+  stored->fields().at(1).blocks.at(0).read(0, floats.data());
+  EXPECT_THAT(floats, ElementsAre(4.0F, 5.0F, 0.25F));
+}
+
 INSTANTIATE_TEST_SUITE_P(Storage, WriterStorageTest,
                          testing::Values(WriterOptions{false, false}, WriterOptions{true, false},
                                          WriterOptions{false, true}, WriterOptions{true, true}));

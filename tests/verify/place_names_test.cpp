@@ -7,6 +7,7 @@ namespace verify {
 namespace {
 
 TEST(PlaceNamesTest, NameWhatTheLayoutKnows) {
+  EXPECT_EQ(describePlace("/"), "/");
   EXPECT_EQ(describePlace("/steps/S%2F1/fields/U/blocks/12/data"), "step \"S/1\", field \"U\", block 12");
   EXPECT_EQ(describePlace("/steps/S/fields/U/blocks/0/frames"), "step \"S\", field \"U\", block 0, its list of frames");
   EXPECT_EQ(describePlace("/steps/S/fields/U/frames"), "step \"S\", field \"U\", its list of frames");

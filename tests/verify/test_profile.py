@@ -325,6 +325,11 @@ class ProfileTest(ProgramTest):
             file["remarks/no numbers"] = np.zeros((0, 3), "f4")
         self.assert_sound(change)
 
+    def test_numbers_of_the_other_precision(self):
+        axis, values = "assembly/sector/symmetryAxis", STEP + "/frames/value"
+        self.change(self.replace(axis, np.zeros((2, 3), "f8")))
+        self.assert_sound(self.replace(values, np.zeros(2, "f4")))
+
     def test_a_model_without_an_assembly(self):
         def change(file):
             del file["assembly"]
