@@ -1,7 +1,6 @@
 // Calls of a library that fail when they are told to; KOLVEX_CALLS lists them. The linker leads what is called as
-// `name` to
-// __wrap_name, which is here, and what is called as __real_name to the library (its option --wrap). They fail with the
-// error number KOLVEX_ERRNO, where the environment has it.
+// `name` to __wrap_name, which is here, and what is called as __real_name to the library (its option --wrap). They fail
+// with the error number KOLVEX_ERRNO, where the environment has it.
 
 #include <cerrno>
 #include <cstdlib>
