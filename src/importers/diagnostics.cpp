@@ -7,6 +7,6 @@ std::string placeIn(const std::string& file, std::int64_t line) {
 }
 
 ImportError::ImportError(const std::string& file, std::int64_t line, const std::string& reason)
-    : std::runtime_error(placeIn(file, line) + ": error: " + reason) {}
+    : std::runtime_error(placeIn(file, line) + ": error: " + reason), line_(line), reason_(reason) {}
 
 }  // namespace importers

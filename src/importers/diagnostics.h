@@ -8,10 +8,23 @@
 
 namespace importers {
 
-// A file that cannot be imported. what() is "<file>:<line>: <reason>", the line left out where there is none.
+// Where in the files of a run something is said of.
+struct SourcePlace {
+  std::string file;
+  std::int64_t line = 0;  // 0 for the file as a whole
+};
+
+// A file that cannot be imported. what() is "<file>:<line>: error: <reason>", the line left out where there is none.
 class ImportError : public std::runtime_error {
  public:
   ImportError(const std::string& file, std::int64_t line, const std::string& reason);
+
+  std::int64_t line() const { return line_; }
+  const std::string& reason() const { return reason_; }
+
+ private:
+  std::int64_t line_;
+  std::string reason_;
 };
 
 // "<file>:<line>", or the file alone for line 0.

@@ -17,7 +17,7 @@ std::string withoutEnding(std::string name) {
   return name;
 }
 
-void addSelection(CLI::App& app, calculix::Selection& selection) {
+void addSelection(CLI::App& app, Selection& selection) {
   app.add_option("--field", selection.fields, "Import this field only, in any case; may be repeated")
       ->allow_extra_args(false)
       ->type_name("NAME");
@@ -27,7 +27,7 @@ void addSelection(CLI::App& app, calculix::Selection& selection) {
       ->check(CLI::PositiveNumber)
       ->type_name("N");
   const auto takeFrames = [&selection](const std::string& text) {
-    const auto choice = calculix::frameChoiceFrom(text);
+    const auto choice = frameChoiceFrom(text);
     if (!choice) throw CLI::ValidationError("--frames", "\"" + text + "\" is none of first, last, all, N, N-M");
     selection.frames = *choice;
   };

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "importers/calculix/field_mapping.h"
-#include "importers/calculix/selection.h"
+#include "importers/run/choice.h"
 
 namespace importers {
 
@@ -23,7 +23,7 @@ struct ImportOptions {
   bool compress = false;
   bool checksum = false;
   bool isList = false;  // show what would be imported, and write nothing
-  calculix::Selection selection;
+  Selection selection;
 
   // Set when there is nothing to run: print `message` (on standard error when the status is not 0) and exit.
   bool isDone = false;

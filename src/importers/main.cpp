@@ -8,12 +8,16 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <new>
+#include <set>
 
-#include "importers/calculix/import_calculix.h"
+#include "importers/calculix/calculix_source.h"
 #include "importers/diagnostics.h"
 #include "importers/import_options.h"
 #include "importers/progress_line.h"
+#include "importers/run/outline_table.h"
+#include "importers/run/run_import.h"
 #include "process/prepare_process.h"
 
 namespace {
@@ -56,7 +60,7 @@ void checkOutput(const importers::JobFiles& files) {
 
 void print(const std::string& text) { std::fputs(text.c_str(), stdout); }
 
-void printSummary(const importers::JobFiles& files, const importers::calculix::ImportSummary& summary, double seconds) {
+void printSummary(const importers::JobFiles& files, const importers::ImportSummary& summary, double seconds) {
   print(fmt::format("{}: {} steps, {} frames, {} fields, {} histories, {} sets, {} bytes, {:.2f} s\n", files.output,
                     summary.steps, summary.frames, summary.fields, summary.histories, summary.sets,
                     std::filesystem::file_size(files.output), seconds));
@@ -68,30 +72,26 @@ void printSummary(const importers::JobFiles& files, const importers::calculix::I
 void run(const importers::ImportOptions& options) {
   const auto begin = std::chrono::steady_clock::now();
   const importers::JobFiles files = importers::jobFiles(options);
-  importers::calculix::ImportRequest request;
-  request.results = files.results;
-  request.deck = findDeck(options, files);
-  request.status = files.status;
-  request.printed = findPrinted(options, files);
-  request.output = files.output;
-  request.storage = {options.compress, options.checksum};
-  request.isStrict = options.isStrict;
-  request.withMass = options.withMass;
-  request.selection = options.selection;
-  request.stressAt = options.stressAt;
-  request.historyLimit = options.historyLimit;
-  if (options.isList) {
-    print(importers::calculix::listCalculix(request, warn));
-    return;
-  }
-  checkOutput(files);
+  const importers::calculix::CalculixRun job = {
+      files.results,    findDeck(options, files), files.status,     findPrinted(options, files),
+      options.isStrict, options.withMass,         options.stressAt, options.historyLimit};
+  const importers::ImportRequest request = {
+      files.results, files.output, {options.compress, options.checksum}, options.selection};
   importers::ProgressLine progress(files.results, stderr);
-  const auto warnBeside = [&progress](const std::string& text) {
+  std::set<std::string> said;  // reading a file twice does not say everything twice
+  const importers::WarningSink warnOnce = [&](const std::string& text) {
+    if (!said.insert(text).second) return;
     progress.wipe();
     warn(text);
   };
+  const std::unique_ptr<importers::Source> source = importers::calculix::openCalculix(job, warnOnce);
+  if (options.isList) {
+    print(importers::outlineTable(importers::listImport(*source, request, warnOnce), files.results));
+    return;
+  }
+  checkOutput(files);
   const auto show = [&progress](std::uint64_t done, std::uint64_t all) { progress.show(done, all); };
-  const importers::calculix::ImportSummary summary = importers::calculix::importCalculix(request, warnBeside, show);
+  const importers::ImportSummary summary = importers::runImport(*source, request, warnOnce, show);
   progress.wipe();
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   printSummary(files, summary, seconds.count());

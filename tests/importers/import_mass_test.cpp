@@ -36,7 +36,7 @@ TEST_F(ImportTest, EveryStepHasTheMassOfTheModel) {
 }
 
 TEST_F(ImportTest, MassThatIsNotWantedIsNotMade) {
-  request_.withMass = false;
+  run_.withMass = false;
   // Nor are numbers read that serve mass alone.
   import(kTwoSteps, kPoints + "*NODE\n5,here\n*MASS,ELSET=A\nmuch\n");
   const odbstore::StepInfo info = Reader(output_).step("Step-1")->info();

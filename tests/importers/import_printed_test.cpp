@@ -49,7 +49,7 @@ class PrintedTest : public ImportTest {
  protected:
   ImportSummary importPrinted(const std::string& printed, const std::string& deck, const std::string& results = "",
                               const std::string& status = "") {
-    request_.printed = writeText(directory_, "job.dat", printed);
+    run_.printed = writeText(directory_, "job.dat", printed);
     return import(twoBars() + results + kEnd, deck.empty() ? "" : kSets + deck, status);
   }
 
@@ -96,7 +96,7 @@ TEST_F(PrintedTest, IntegrationPointsBecomeFieldsByTypeOfElement) {
 }
 
 TEST_F(PrintedTest, StressesAtIntegrationPointsCanHaveThePlainName) {
-  request_.stressAt = StressAt::integrationPoints;
+  run_.stressAt = StressAt::integrationPoints;
   importPrinted(
       stress(1, 7) + displacement(1, 2), kStatic,
       result({}, "STRESS", kStress, {{1, {1, 2, 3, 4, 5, 6}}}) + result({}, "DISP", kDisplacement, {{1, {1, 2, 3}}}));
@@ -172,7 +172,8 @@ TEST_F(PrintedTest, BucklingFactorsAreMovedToTheStepThatAskedForThem) {
              temperature({.counter = 3, .value = 48, .kind = 4}) + temperature({.step = 4, .counter = 4, .value = 3}) +
              kEnd,
          kStatic + kStatic + kBuckle + kStatic);
-  EXPECT_THAT(steps(), ElementsAre("Step-2", "Step-3", "Step-4"));
+  EXPECT_THAT(steps(), ElementsAre("Step-1", "Step-2", "Step-3", "Step-4"));
+  EXPECT_THAT(descriptions("Step-1"), IsEmpty());
   EXPECT_THAT(descriptions("Step-3"), ElementsAre("Mode 1: Buckling Factor = 48"));
 }
 
@@ -194,7 +195,7 @@ TEST_F(PrintedTest, SumsAndSectionsBelongToTheirSet) {
 }
 
 TEST_F(PrintedTest, LargeSetsHaveNoHistoriesAndALineSaysSo) {
-  request_.historyLimit = 1;
+  run_.historyLimit = 1;
   importPrinted(stress(1, 7) + displacement(1, 2), kStatic, temperature({}));
   EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.dat:2: warning: stresses of bars with 2 rows, more than 1, become "
                                               "fields without histories")));
@@ -270,7 +271,7 @@ TEST_F(PrintedTest, NamesOfSetsAreTextWhateverIsInThem) {
 TEST_F(PrintedTest, ADamagedRowIsNamed) {
   std::string text = stress(1, 7);
   text.replace(text.find("  2.0  3.0"), 5, "  2,0");
-  request_.printed = writeText(directory_, "job.dat", text);
+  run_.printed = writeText(directory_, "job.dat", text);
   EXPECT_THAT(failure(twoBars() + temperature({}) + kEnd, kSets + kStatic),
               EndsWith("job.dat:4: error: this is no row of stresses"));
 }
@@ -283,7 +284,7 @@ TEST_F(PrintedTest, ATableThatIsCutOffIsLeftOut) {
   EXPECT_EQ(summary.cutOffBehind, "step 1, time 1");
   EXPECT_THAT(fieldOf(*Reader(output_).step("Step-1"), "S_IP").inFrame, ElementsAre(1, 0));
   EXPECT_THAT(warnings_, ElementsAre(HasSubstr("job.dat:")));
-  request_.printed = writeText(directory_, "job.dat", text.substr(0, text.size() - 30));
+  run_.printed = writeText(directory_, "job.dat", text.substr(0, text.size() - 30));
   std::filesystem::remove(output_);
   EXPECT_THAT(failure(twoBars() + temperature({}) + kEnd, kSets + kStatic, true), HasSubstr("job.dat:"));
 }

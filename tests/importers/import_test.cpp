@@ -149,14 +149,13 @@ TEST_F(ImportTest, TensorsOfSomeNodesLieAtThoseOnly) {
 TEST_F(ImportTest, TensorsAtNodesOfNoElementAreLeftOutWithAWarning) {
   import(twoBars() + result({}, "STRESS", kStress, {{1, { 1, 2, 3, 4, 5, 6 }}, { 77, { 1, 2, 3, 4, 5, 6 } }}) + kEnd);
   ASSERT_EQ(warnings_.size(), 1U);
-  EXPECT_THAT(
-      warnings_[0],
-      EndsWith("job.frd:19: warning: STRESS has tensors at 1 nodes that belong to no element, and they are left out"));
+  EXPECT_THAT(warnings_[0], EndsWith("job.frd:19: warning: S has values at 1 nodes that belong to no element with such "
+                                     "values; they are left out"));
   const auto step = Reader(output_).step("Step-1");
   EXPECT_EQ(fieldOf(*step, "S").blocks.at(0).rows(), 1);
 }
 
-TEST_F(ImportTest, EachElementTypeHasItsBlock) {
+TEST_F(ImportTest, AllElementTypesShareOneBlock) {
   import(kHeading +
              nodes({{1,
                      { 0,
@@ -213,15 +212,10 @@ TEST_F(ImportTest, EachElementTypeHasItsBlock) {
          "*ELEMENT,TYPE=T3D2\n6,1,2\n*ELEMENT,TYPE=B31\n7,3,2\n*ELEMENT,TYPE=S8\n5,1,2,3,4,5,6,7,8\n");
   const auto step = Reader(output_).step("Step-1");
   const StoredField& field = fieldOf(*step, "S");
-  std::vector<std::string> types;
-  std::vector<std::vector<int>> elements;
-  for (const StoredBlock& block : field.blocks) {
-    types.push_back(block.location()->info().elementType);
-    elements.push_back(block.location()->elementLabels());
-  }
-  EXPECT_THAT(types, ElementsAre("TRI3", "T3D2", "B31", "LINE2"))
-      << "the deck's name where the file has that element, else the one of the shape";
-  EXPECT_THAT(elements, ElementsAre(ElementsAre(5, 5, 5), ElementsAre(6, 6), ElementsAre(7, 7), ElementsAre(8, 8)));
+  ASSERT_EQ(field.blocks.size(), 1U) << "of several the extraction would keep the components of the last";
+  EXPECT_EQ(field.blocks[0].location()->info().elementType, "");
+  EXPECT_THAT(field.blocks[0].location()->elementLabels(), ElementsAre(5, 5, 5, 6, 6, 7, 7, 8, 8));
+  EXPECT_THAT(field.blocks[0].location()->nodeLabels(), ElementsAre(1, 2, 3, 1, 2, 3, 2, 3, 1));
 }
 
 TEST_F(ImportTest, FramesThatLieAlikeShareTheirLocation) {
@@ -282,8 +276,22 @@ TEST_F(ImportTest, AModelThatContradictsItselfIsRefused) {
               EndsWith("job.frd:18: error: a second model in one file cannot be imported"));
   EXPECT_THAT(failure(kHeading + temperature({}) + twoBars()),
               EndsWith("job.frd:8: error: results come before the nodes that they belong to"));
-  EXPECT_THAT(failure(twoBars() + result({}, "NDTEMP", kTemperature, {{2, {1}}, {2, {1}}}) + kEnd),
-              EndsWith("job.frd:19: error: NDTEMP has two rows for the node 2"));
+}
+
+TEST_F(ImportTest, AResultThatIsNotUnderstoodIsLeftOut) {
+  const std::string twice = result({}, "CELS", kTemperature, {{2, {1}}, {2, {1}}});
+  const std::string garbled = " -4  MYSTERY     1    1\n -5  X           1    1    0    0\n -1         1 1.2x\n -3\n";
+  const std::string odd = frd_text::frame({.increment = 2, .counter = 2}, 1) + garbled;
+  import(twoBars() + twice + temperature({}) + odd + temperature({.increment = 3, .counter = 3}, 30) + kEnd);
+  EXPECT_THAT(warnings_,
+              ElementsAre(EndsWith("job.frd:19: warning: CELS has two rows for the node 2; the block is left out"),
+                          EndsWith("job.frd:33: warning: \"1.2x\" is not a number; the block is left out")));
+  EXPECT_THAT(increments("Step-1"), ElementsAre(1, 3));
+  const auto step = Reader(output_).step("Step-1");
+  EXPECT_THAT(rowsOf(fieldOf(*step, "NT").blocks.at(0), 1), ElementsAre(30)) << "what follows is read";
+  std::filesystem::remove(output_);
+  EXPECT_THAT(failure(twoBars() + twice + kEnd, "", true), EndsWith("error: CELS has two rows for the node 2"));
+  EXPECT_THAT(failure(twoBars() + odd + kEnd, "", true), EndsWith("error: \"1.2x\" is not a number"));
 }
 
 TEST_F(ImportTest, DamageLeavesTheOldDatabaseAlone) {

@@ -112,7 +112,7 @@ TEST(ImportOptions, ASelectionMayNameSeveralFieldsAndSteps) {
   EXPECT_EQ(options.input, "job");
   EXPECT_THAT(options.selection.fields, ElementsAre("S", "u"));
   EXPECT_THAT(options.selection.steps, ElementsAre(1, 3, 5));
-  EXPECT_EQ(options.selection.frames.kind, calculix::FrameChoice::Kind::range);
+  EXPECT_EQ(options.selection.frames.kind, FrameChoice::Kind::range);
   EXPECT_EQ(options.selection.frames.from, 2);
   EXPECT_EQ(options.selection.frames.to, 4);
   EXPECT_FALSE(options.selection.isEverything());

@@ -49,6 +49,7 @@ enum class RowFormat { text = 1, floats = 2, doubles = 3 };
 
 // One field of one frame.
 struct FrdResult {
+  std::size_t ordinal = 0;  // among all result blocks of the file, from 0
   std::string name;
   std::vector<FrdComponent> components;  // those that are stored
   int step = 0;

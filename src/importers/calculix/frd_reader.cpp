@@ -60,6 +60,17 @@ std::optional<FrdBlock> FrdReader::next(const ResultFilter& isWanted) {
   return std::nullopt;
 }
 
+std::optional<FrdBlock> FrdReader::next(const ResultFilter& isWanted, const LeaveOut& leaveOut) {
+  for (;;) {
+    try {
+      return next(isWanted);
+    } catch (const ImportError& error) {
+      if (!isInTextResult_ || !leaveOut(results_ - 1, error)) throw;
+      skipDamagedResult();
+    }
+  }
+}
+
 std::optional<FrdBlock> FrdReader::nextBlock(const ResultFilter& isWanted) {
   for (;;) {
     std::string line;
@@ -164,6 +175,9 @@ void FrdReader::readResultHeader(FrdResult& result, std::string_view header) con
 
 FrdResult FrdReader::readResult(std::string_view header, const ResultFilter& isWanted) {
   FrdResult result;
+  result.ordinal = results_++;
+  isInTextResult_ = trimmed(columns(header, 73, 8)) != "2" && trimmed(columns(header, 73, 8)) != "3";
+  lines_.startBlock();
   readResultHeader(result, header);
   const std::optional<std::size_t> announced = lines_.countAt(header);
   const std::string_view line = lines_.requireKey(" -4", "a field name");
@@ -175,7 +189,20 @@ FrdResult FrdReader::readResult(std::string_view header, const ResultFilter& isW
   } else {
     (isRead ? readBinaryRows : skipBinaryRows)(lines_, requireBinaryCount(announced), result);
   }
+  isInTextResult_ = false;
   return result;
+}
+
+void FrdReader::skipDamagedResult() {
+  isInTextResult_ = false;
+  std::string_view line;
+  while (!lines_.isAtEndOfBlock() && lines_.reader().next(line)) {
+    if (line.starts_with(kEndOfRows)) return;
+    if (!isBlockStart(line)) continue;
+    pending_ = line;
+    hasPending_ = true;
+    return;
+  }
 }
 
 }  // namespace importers::calculix

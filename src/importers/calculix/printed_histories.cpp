@@ -109,19 +109,15 @@ void PrintedHistories::add(const DatValues& row) {
   }
 }
 
-int PrintedHistories::write(odbstore::Writer& writer, const std::map<int, odbstore::StepId>& steps) const {
-  int count = 0;
+void PrintedHistories::deliver(const std::map<int, std::size_t>& steps, Sink& sink) const {
   for (const auto& [key, region] : regions_) {
     const auto step = steps.find(key.first);
-    if (step == steps.end()) continue;
-    const odbstore::HistoryRegionId id = writer.addHistoryRegion(step->second, key.second, region.info);
+    if (step == steps.end() || !sink.takesStep(step->second)) continue;
     for (const auto& [name, numbers] : region.outputs) {
       const auto samples = static_cast<std::int64_t>(numbers.size() / kSampleWidth);
-      writer.addHistoryOutput(id, name, {numbers, samples, kSampleWidth});
-      ++count;
+      sink.history(step->second, key.second, region.info, name, {numbers, samples, kSampleWidth});
     }
   }
-  return count;
 }
 
 }  // namespace importers::calculix

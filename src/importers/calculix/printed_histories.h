@@ -12,7 +12,7 @@
 #include "importers/calculix/deck.h"
 #include "importers/calculix/printed_tables.h"
 #include "importers/diagnostics.h"
-#include "odbstore/writer.h"
+#include "importers/run/sink.h"
 
 namespace importers::calculix {
 
@@ -32,8 +32,8 @@ class PrintedHistories {
   void start(const PrintedTable& table, double value);
   void add(const DatValues& row);
 
-  // Writes the histories of those steps; returns how many.
-  int write(odbstore::Writer& writer, const std::map<int, odbstore::StepId>& steps) const;
+  // Hands over the histories of chosen steps; `steps` are their places in the outline, by number.
+  void deliver(const std::map<int, std::size_t>& steps, Sink& sink) const;
 
  private:
   struct Region {
