@@ -285,13 +285,13 @@ TEST_F(ImportTest, AResultThatIsNotUnderstoodIsLeftOut) {
   import(twoBars() + twice + temperature({}) + odd + temperature({.increment = 3, .counter = 3}, 30) + kEnd);
   EXPECT_THAT(warnings_,
               ElementsAre(EndsWith("job.frd:19: warning: CELS has two rows for the node 2; the block is left out"),
-                          EndsWith("job.frd:33: warning: \"1.2x\" is not a number; the block is left out")));
+                          EndsWith("job.frd:35: warning: \" 1.2x\" is not a number; the block is left out")));
   EXPECT_THAT(increments("Step-1"), ElementsAre(1, 3));
   const auto step = Reader(output_).step("Step-1");
   EXPECT_THAT(rowsOf(fieldOf(*step, "NT").blocks.at(0), 1), ElementsAre(30)) << "what follows is read";
   std::filesystem::remove(output_);
   EXPECT_THAT(failure(twoBars() + twice + kEnd, "", true), EndsWith("error: CELS has two rows for the node 2"));
-  EXPECT_THAT(failure(twoBars() + odd + kEnd, "", true), EndsWith("error: \"1.2x\" is not a number"));
+  EXPECT_THAT(failure(twoBars() + odd + kEnd, "", true), EndsWith("error: \" 1.2x\" is not a number"));
 }
 
 TEST_F(ImportTest, DamageLeavesTheOldDatabaseAlone) {

@@ -38,8 +38,13 @@ ImportSummary write(Source& source, const Outline& outline, const ImportRequest&
   const Choice choice = choose(outline, request.selection, request.results);
   odbstore::Writer writer(request.output, request.storage);
   Sink sink(outline, choice, request.results, writer, warn);
-  source.deliver(choice, sink, progress);
+  std::uint64_t bytes = 1;
+  source.deliver(choice, sink, [&](std::uint64_t done, std::uint64_t all) {
+    bytes = all;
+    if (progress) progress(done, all);
+  });
   sink.finish();
+  if (progress) progress(bytes, bytes);
   writer.finish();
   return summaryOf(outline, choice, sink.histories());
 }

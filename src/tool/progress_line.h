@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-namespace importers {
+namespace tool {
 
 // "job.frd: 45 %, 210 MB/s, 12 s left". `seconds` have gone by; when all is read, "job.frd: writing the database".
 std::string progressText(const std::string& name, std::uint64_t done, std::uint64_t all, double seconds);
@@ -34,4 +34,4 @@ class ProgressLine {
   Clock::time_point drawn_ = begin_;
 };
 
-}  // namespace importers
+}  // namespace tool

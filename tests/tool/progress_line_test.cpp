@@ -1,10 +1,10 @@
-#include "importers/progress_line.h"
+#include "tool/progress_line.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 
-namespace importers {
+namespace tool {
 namespace {
 
 TEST(ProgressLine, SaysShareRateAndTimeLeft) {
@@ -27,4 +27,4 @@ TEST(ProgressLine, LeavesWhatIsNoTerminalAlone) {
 }
 
 }  // namespace
-}  // namespace importers
+}  // namespace tool

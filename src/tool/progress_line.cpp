@@ -1,11 +1,11 @@
-#include "importers/progress_line.h"
+#include "tool/progress_line.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <utility>
 
-namespace importers {
+namespace tool {
 
 namespace {
 
@@ -45,4 +45,4 @@ void ProgressLine::wipe() {
   isDrawn_ = false;
 }
 
-}  // namespace importers
+}  // namespace tool

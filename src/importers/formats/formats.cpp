@@ -1,0 +1,107 @@
+#include "importers/formats/formats.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+
+#include "importers/calculix/calculix_importer.h"
+
+namespace importers {
+
+namespace {
+
+constexpr std::string_view kHdf5 = "\x89HDF\r\n\x1a\n";
+
+std::string namesOf(const std::vector<KnownFormat>& formats) {
+  std::vector<const char*> names;
+  for (const KnownFormat& known : formats) names.push_back(known.format->name);
+  return fmt::format("{}", fmt::join(names, ", "));
+}
+
+// The first bytes of a regular file; nothing for what is none.
+std::string startOf(const std::string& path) {
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(path, ignored)) return {};
+  std::array<char, Importer::kStartBytes> start{};
+  std::ifstream file(path, std::ios::binary);
+  file.read(start.data(), start.size());
+  return {start.data(), static_cast<std::size_t>(file.gcount())};
+}
+
+FoundFormat forcedFormat(const std::vector<KnownFormat>& formats, const std::string& named, const std::string& name) {
+  for (const KnownFormat& known : formats) {
+    if (known.format->name != name) continue;
+    if (!known.importer) throw ImportError(named, 0, fmt::format("the format {} is not in this build", name));
+    return {&known, known.importer->resultFile(named)};
+  }
+  throw ImportError(named, 0, fmt::format("there is no format {}; the formats are {}", name, namesOf(formats)));
+}
+
+// Why no format knows a file.
+std::string unknown(const std::vector<KnownFormat>& formats, const std::string& named) {
+  std::error_code ignored;
+  if (!std::filesystem::exists(named, ignored)) {
+    std::vector<std::string> tried;
+    for (const KnownFormat& known : formats) {
+      const std::string file = known.importer ? known.importer->resultFile(named) : named;
+      if (file != named && std::find(tried.begin(), tried.end(), file) == tried.end()) tried.push_back(file);
+    }
+    return tried.empty() ? "the file does not exist"
+                         : fmt::format("there is neither this file nor {}", fmt::join(tried, ", "));
+  }
+  const std::string start = startOf(named);
+  if (std::filesystem::is_directory(named, ignored)) return "this is a directory";
+  if (start.empty()) return "the file is empty";
+  if (std::filesystem::path(named).extension() == ".odb" && start.starts_with(kHdf5)) {
+    return "this is a database already; it needs no import";
+  }
+  return fmt::format("not a result file of a known format ({}); --format NAME says which it is", namesOf(formats));
+}
+
+}  // namespace
+
+const std::vector<Format>& allFormats() {
+  static const std::vector<Format> table = {
+      {"calculix", "CalculiX: .frd (ASCII, binary), with .dat, .sta and the deck .inp", calculix::makeImporter},
+  };
+  return table;
+}
+
+std::vector<KnownFormat> makeFormats(const std::vector<Format>& table) {
+  std::vector<KnownFormat> formats;
+  for (const Format& format : table) {
+    formats.push_back({&format, format.make == nullptr ? nullptr : format.make()});
+  }
+  return formats;
+}
+
+FoundFormat findFormat(const std::vector<KnownFormat>& formats, const std::string& named, const std::string& forced) {
+  if (!forced.empty()) return forcedFormat(formats, named, forced);
+  std::vector<FoundFormat> found;
+  for (const KnownFormat& known : formats) {
+    if (!known.importer) continue;
+    const std::string file = known.importer->resultFile(named);
+    if (known.importer->recognises(startOf(file), file)) found.push_back({&known, file});
+  }
+  if (found.size() == 1) return found.front();
+  if (found.empty()) throw ImportError(named, 0, unknown(formats, named));
+  std::vector<const char*> names;
+  for (const FoundFormat& one : found) names.push_back(one.format->format->name);
+  throw ImportError(
+      named, 0,
+      fmt::format("the file may be of several formats ({}); --format NAME says which it is", fmt::join(names, ", ")));
+}
+
+std::string formatList(const std::vector<Format>& table) {
+  std::string list;
+  for (const Format& format : table) {
+    list += fmt::format("{:<10} {}{}\n", format.name, format.description,
+                        format.make == nullptr ? " (not in this build)" : "");
+  }
+  return list;
+}
+
+}  // namespace importers
