@@ -8,6 +8,8 @@
 #include <tuple>
 #include <utility>
 
+#include "importers/calculix/deck_set_names.h"
+
 namespace importers::calculix {
 
 namespace {
@@ -112,10 +114,13 @@ std::string tableTable(const Contents& contents) {
   return rows.size() > 1 ? '\n' + aligned(rows) : "";
 }
 
-void addSets(std::vector<Row>& rows, const char* kind, const std::map<std::string, DeckSet>& sets) {
-  for (const auto& [canonical, set] : sets) {
-    for (const std::string& name : set.names) rows.push_back({name, kind, fmt::format("{}", set.labels.size())});
+std::string setTable(const Deck& deck) {
+  std::vector<Row> rows = {{"set", "of", "members"}};
+  for (const StoredSet& stored : storedSets(deck.setsInOrder())) {
+    rows.push_back({stored.name, stored.set->kind == odbstore::SetKind::node ? "nodes" : "elements",
+                    fmt::format("{}", stored.set->labels.size())});
   }
+  return rows.size() > 1 ? '\n' + aligned(rows) : "";
 }
 
 }  // namespace
@@ -124,10 +129,7 @@ std::string contentsTable(const Contents& contents, const Deck& deck, const std:
   std::string text =
       fmt::format("{}: {} nodes, {} elements, {} results{}\n", results, contents.nodes, contents.elements,
                   contents.isBinary ? "binary" : "ASCII", contents.isCutOff ? ", cut off" : "");
-  std::vector<Row> sets = {{"set", "of", "members"}};
-  addSets(sets, "nodes", deck.nodeSets);
-  addSets(sets, "elements", deck.elementSets);
-  if (sets.size() > 1) text += '\n' + aligned(sets);
+  text += setTable(deck);
   if (!contents.blocks.empty()) text += '\n' + frameTable(contents) + '\n' + fieldTable(contents);
   return text + tableTable(contents);
 }

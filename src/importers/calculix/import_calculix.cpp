@@ -31,7 +31,7 @@ void takeColumns(const FrdResult& block, const std::vector<int>& columns, std::v
 }
 
 Deck deckOf(const ImportRequest& request, const WarningSink& warn, DeckDetail detail) {
-  return request.deck.empty() ? Deck{} : readDeck(request.deck, warn, detail);
+  return request.deck.empty() ? Deck{} : readDeck(request.deck, warn, {detail, request.isStrict});
 }
 
 Contents selectedContents(const ImportRequest& request, const Deck& deck, const WarningSink& warn) {
@@ -54,7 +54,7 @@ class Import {
     std::optional<StepMass> mass;
     if (request.withMass) mass = massOf(deck_, warn);
     written_ = writeSteps(contents_, request.selection, deck_, request.withMass, mass, writer_);
-    deck_.mesh.dropNodes();
+    deck_.mesh.dropCoordinates();
     for (const ContentsBlock& block : contents_.blocks) {
       if (!block.isPrinted) wanted_[block.ordinal] = &block;
     }
@@ -95,6 +95,7 @@ class Import {
   void take(const FrdElements& elements) {
     if (model_.hasElements()) fail(elements.line, "a second model in one file cannot be imported");
     model_.addElements(elements);
+    deck_.mesh.dropNodes();
   }
 
   // Finds the result block that comes next among the selected ones.
