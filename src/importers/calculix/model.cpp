@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <map>
 
+#include "importers/calculix/deck_set_names.h"
 #include "importers/calculix/element_codes.h"
 #include "importers/calculix/element_kinds.h"
+#include "importers/calculix/set_matches.h"
 
 namespace importers::calculix {
 
@@ -105,6 +107,8 @@ void Model::addElements(const FrdElements& elements) {
   if (const auto twice = elements_.repeated()) {
     throw ImportError(resultsPath_, elements.line, fmt::format("the element {} is there twice", *twice));
   }
+  expansion_ = Expansion(deck_, elements);
+  setWarnings_ = warningsOfUnmatchedSets(deck_, expansion_, nodes_, elements_);
 }
 
 const std::string& Model::typeOf(int element) const {
@@ -115,31 +119,20 @@ const std::string& Model::typeOf(int element) const {
   return groups_[static_cast<std::size_t>(behind - firstPlaces_.begin()) - 1].type;
 }
 
-void Model::addSetsOf(odbstore::SetKind kind, const WarningSink& warn) {
-  const bool isOfNodes = kind == odbstore::SetKind::node;
-  const LabelIndex& known = isOfNodes ? nodes_ : elements_;
-  std::vector<std::string> strangers;
-  std::string firstPlace;
-  for (const auto& [canonical, set] : isOfNodes ? deck_.nodeSets : deck_.elementSets) {
-    std::vector<odbstore::SetMembers> members;
-    if (!set.labels.empty()) members.push_back({kInstance, set.labels});
-    for (const std::string& name : set.names) writer_.addSet({}, kind, name, members);
-    setCount_ += static_cast<int>(set.names.size());
-    if (std::any_of(set.labels.begin(), set.labels.end(), [&](int label) { return known.contains(label); })) continue;
-    if (strangers.empty()) firstPlace = set.place;
-    strangers.push_back(set.names.front());
+void Model::addSets(const WarningSink& warn) {
+  const std::vector<StoredSet> sets = storedSets(deck_.setsInOrder());
+  warnOfNames(sets, warn);
+  for (const StoredSet& stored : sets) {
+    addSet(stored.set->kind, stored.name, expansion_.membersOf(*stored.set));
   }
-  if (strangers.empty()) return;
-  warn(fmt::format("{}: warning: no {} of the results is in {}{}", firstPlace, isOfNodes ? "node" : "element",
-                   fmt::join(strangers, ", "),
-                   isOfNodes ? "; shells and beams are written as solids with new nodes unless *NODE FILE and *EL FILE "
-                               "have OUTPUT=2D"
-                             : ""));
+  for (const std::string& warning : setWarnings_) warn(warning);
 }
 
-void Model::addSets(const WarningSink& warn) {
-  addSetsOf(odbstore::SetKind::node, warn);
-  addSetsOf(odbstore::SetKind::element, warn);
+void Model::addSet(odbstore::SetKind kind, const std::string& name, const std::vector<int>& labels) {
+  std::vector<odbstore::SetMembers> members;
+  if (!labels.empty()) members.push_back({kInstance, labels});
+  writer_.addSet({}, kind, name, members);
+  ++setCount_;
 }
 
 RowPlaces& Model::placesOf(const FrdResult& block) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "importers/calculix/deck.h"
+#include "importers/calculix/expansion.h"
 #include "importers/calculix/frd_reader.h"
 #include "importers/label_index.h"
 #include "odbstore/writer.h"
@@ -66,7 +67,8 @@ class Model {
   // ImportError.
   void addNodes(const FrdNodes& nodes);
   void addElements(const FrdElements& elements);
-  // The sets of the deck. Those that match nothing of the mesh are kept, and named in a warning.
+  // The sets of the deck, with what the solver has made of their members. Those that match nothing of the mesh are
+  // kept, and named in a warning.
   void addSets(const WarningSink& warn);
 
   // The type of an element under the name that the database has for it; empty for one that is not there.
@@ -83,7 +85,7 @@ class Model {
  private:
   void addGroup(const FrdElementGroup& source, std::int64_t line);
   ElementGroup& groupOf(const FrdElementGroup& source, int label);
-  void addSetsOf(odbstore::SetKind kind, const WarningSink& warn);
+  void addSet(odbstore::SetKind kind, const std::string& name, const std::vector<int>& labels);
 
   const Deck& deck_;
   std::string resultsPath_;
@@ -91,6 +93,8 @@ class Model {
   LabelIndex deckElements_;
   LabelIndex nodes_;
   LabelIndex elements_;
+  Expansion expansion_;
+  std::vector<std::string> setWarnings_;
   int setCount_ = 0;
   std::vector<ElementGroup> groups_;
   std::vector<int> firstPlaces_;                    // of each group among all elements
