@@ -5,6 +5,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace importers {
 
@@ -29,6 +30,9 @@ class ImportError : public std::runtime_error {
 
 // "<file>:<line>", or the file alone for line 0.
 std::string placeIn(const std::string& file, std::int64_t line);
+
+// "A, B, C" for a message; of many names the first ones and how many there are more.
+std::string listed(const std::vector<std::string>& names);
 
 // Receives warnings, complete with their place, one line each.
 using WarningSink = std::function<void(const std::string&)>;

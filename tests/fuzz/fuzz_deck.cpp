@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const InputFile file(data, size);
   const importers::WarningSink ignore = [](const std::string&) {};
   try {
-    const Deck deck = readDeck(file.path(), ignore, DeckDetail::mass);
+    const Deck deck = readDeck(file.path(), ignore, {DeckDetail::mass});
     require(deck.procedures.size() == deck.stepTitles.size());
     massOf(deck, ignore);
   } catch (const importers::ImportError&) {

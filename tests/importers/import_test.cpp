@@ -21,7 +21,7 @@ TEST_F(ImportTest, SaysWhatCameOfIt) {
       import(twoBars() + temperature({}) + temperature({.increment = 2, .counter = 2}) +
                  result({.increment = 2, .counter = 2}, "DISP", kDisplacement, {{1, {1, 2, 3}}}) +
                  temperature({.step = 2, .counter = 3}) + kEnd,
-             "*NSET,NSET=A\n1\n*ELSET,ELSET=A\n10\n");
+             "*NSET,NSET=A\n1\n*ELSET,ELSET=B\n10\n");
   EXPECT_EQ(summary.steps, 2);
   EXPECT_EQ(summary.frames, 3);
   EXPECT_EQ(summary.fields, 2);
@@ -49,7 +49,7 @@ TEST_F(ImportTest, DecksHeadingGoesBeforeThatOfTheResults) {
 TEST_F(ImportTest, SetsOfTheDeckAreSetsOfTheAssembly) {
   import(twoBars() + kEnd, "*NSET,NSET=Both ends\n3,1\n*NSET,NSET=Tip\n3\n*ELSET,ELSET=Tip\n20\n*NSET,NSET=NONE\n");
   const Reader reader(output_);
-  EXPECT_THAT(reader.sets({}, SetKind::node), ElementsAre("Both ends", "NONE", "Tip"));
+  EXPECT_THAT(reader.sets({}, SetKind::node), ElementsAre("Both ends", "NONE", "Tip-NODES"));
   EXPECT_THAT(reader.sets({}, SetKind::element), ElementsAre("Tip"));
   const auto ends = reader.setMembers({}, SetKind::node, "Both ends");
   ASSERT_EQ(ends.size(), 1U);
@@ -57,6 +57,35 @@ TEST_F(ImportTest, SetsOfTheDeckAreSetsOfTheAssembly) {
   EXPECT_THAT(ends[0].labels, ElementsAre(1, 3));
   EXPECT_THAT(reader.setMembers({}, SetKind::element, "Tip").at(0).labels, ElementsAre(20));
   EXPECT_THAT(reader.setMembers({}, SetKind::node, "NONE"), IsEmpty());
+}
+
+TEST_F(ImportTest, SetsThatRecordsCouldNotTellApartAreRenamedWithANote) {
+  import(twoBars() + temperature({}) + kEnd,
+         "*NSET,NSET=A-B\n1\n*NSET,NSET=TOP\n2\n*ELSET,ELSET=A_B\n10\n*NSET,NSET=\"A B\"\n3\n*NSET,NSET=Top\n1\n");
+  const Reader reader(output_);
+  EXPECT_THAT(reader.sets({}, SetKind::element), ElementsAre("A_B"));
+  EXPECT_THAT(reader.sets({}, SetKind::node), ElementsAre("A B-NODES-2", "A-B-NODES", "TOP", "Top"));
+  EXPECT_THAT(reader.setMembers({}, SetKind::node, "A-B-NODES").at(0).labels, ElementsAre(1));
+  EXPECT_THAT(warnings_,
+              ElementsAre(EndsWith("job.inp:1: note: the node set A-B becomes A-B-NODES, because records cannot tell "
+                                   "it from another set"),
+                          EndsWith("job.inp:7: note: the node set A B becomes A B-NODES-2, because records cannot "
+                                   "tell it from another set")));
+}
+
+TEST_F(ImportTest, SetsThatRecordsLeaveOutAreNamed) {
+  import(twoBars() + temperature({}) + kEnd, "*NSET,NSET=A\n1\n*NSET,NSET=WarnNodes\n1\n*ELSET,ELSET=MeshInfo\n10\n");
+  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:3: warning: there will be no records of the sets WarnNodes, "
+                                              "MeshInfo: an extraction leaves out sets whose names contain \"Warn\" "
+                                              "or \"Info\"")));
+}
+
+TEST_F(ImportTest, ARestartWithoutAMeshIsNamed) {
+  import(twoBars() + temperature({}) + kEnd, "** a comment\n*RESTART,READ,STEP=1\n*STEP\n*STATIC\n*END STEP\n");
+  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:2: warning: the deck restarts an earlier run and has no mesh, "
+                                              "so the sets of that run are not known")));
+  import(twoBars() + temperature({}) + kEnd, "*RESTART,WRITE\n*STEP\n*STATIC\n*END STEP\n");
+  EXPECT_THAT(warnings_, IsEmpty());
 }
 
 TEST_F(ImportTest, ASetHasEverySpellingOfItsName) {
@@ -73,16 +102,22 @@ TEST_F(ImportTest, SurfacesAreSets) {
   import(twoBars() + kEnd, "*ELEMENT,TYPE=B31,ELSET=BARS\n10,1,2\n20,2,3\n*SURFACE,NAME=Skin\n20,S1\n");
   const Reader reader(output_);
   EXPECT_THAT(reader.setMembers({}, SetKind::element, "Skin").at(0).labels, ElementsAre(20));
-  EXPECT_THAT(reader.setMembers({}, SetKind::node, "Skin").at(0).labels, ElementsAre(2, 3));
+  EXPECT_THAT(reader.setMembers({}, SetKind::node, "Skin-NODES").at(0).labels, ElementsAre(2, 3));
 }
 
 TEST_F(ImportTest, SetsThatMatchNothingAreKeptAndNamed) {
-  import(twoBars() + kEnd, "*NSET,NSET=OLD\n7\n*NSET,NSET=NEW\n3\n*ELSET,ELSET=SPRINGS\n99\n");
-  EXPECT_THAT(Reader(output_).setMembers({}, SetKind::node, "OLD").at(0).labels, ElementsAre(7));
-  ASSERT_EQ(warnings_.size(), 3U);
-  EXPECT_THAT(warnings_[0], EndsWith("job.frd: warning: the file holds no results"));
-  EXPECT_THAT(warnings_[1], HasSubstr("job.inp:1: warning: no node of the results is in OLD; shells and beams"));
-  EXPECT_THAT(warnings_[2], EndsWith("job.inp:5: warning: no element of the results is in SPRINGS"));
+  import(twoBars() + kEnd,
+         "*NODE,NSET=All\n1,\n2,\n3,\n7,\n8,\n9,\n*ELEMENT,TYPE=T3D2,ELSET=BARS\n10,1,2\n20,2,3\n"
+         "*ELEMENT,TYPE=MASS,ELSET=POINTS\n99,8\n*NSET,NSET=REFERENCE\n7\n*NSET,NSET=NEW\n3,7\n*NSET,NSET=EMPTY\n"
+         "*NSET,NSET=OF POINTS\n8\n*NSET,NSET=UNUSED\n9\n*ELSET,ELSET=NONE\n");
+  EXPECT_THAT(Reader(output_).setMembers({}, SetKind::node, "REFERENCE").at(0).labels, ElementsAre(7));
+  EXPECT_THAT(warnings_,
+              ElementsAre(EndsWith("job.frd: warning: the file holds no results"),
+                          EndsWith("job.inp:17: warning: no members are in the sets EMPTY, NONE"),
+                          EndsWith("job.inp:13: warning: no node of the results is in the following sets, because "
+                                   "their nodes belong to no element: REFERENCE, UNUSED"),
+                          EndsWith("job.inp:18: warning: no node of the results is in OF POINTS"),
+                          EndsWith("job.inp:11: warning: no element of the results is in POINTS")));
 }
 
 TEST_F(ImportTest, VectorsAndScalarsLieAtTheNodes) {

@@ -22,7 +22,7 @@ class RecordNames : public testing::Test {
     Outline outline;
     OutlineStep& step = outline.steps.emplace_back();
     for (const std::string& field : fields) step.fields.push_back({field, "", {}, false, {}});
-    for (const std::string& set : sets) outline.sets.push_back({SetKind::element, set, false, 0, "", 0});
+    for (const std::string& set : sets) outline.sets.push_back({SetKind::element, set, false, 0, ""});
     notes_.clear();
     keepNamesApart(outline, "job.frd", warn_);
     std::vector<std::string> names;

@@ -8,14 +8,15 @@
 
 #include "importers/calculix/contents.h"
 #include "importers/calculix/deck.h"
-#include "importers/calculix/element_codes.h"
-#include "importers/calculix/element_kinds.h"
+#include "importers/calculix/expansion.h"
 #include "importers/calculix/frd_reader.h"
 #include "importers/calculix/mass_properties.h"
 #include "importers/calculix/printed_histories.h"
 #include "importers/calculix/printed_import.h"
 #include "importers/calculix/result_delivery.h"
 #include "importers/calculix/run_outline.h"
+#include "importers/calculix/set_matches.h"
+#include "importers/label_index.h"
 #include "importers/run/sink.h"
 
 namespace importers::calculix {
@@ -31,10 +32,11 @@ class CalculixSource : public Source {
   }
 
   Outline outline() override {
-    if (!run_.deck.empty()) deck_ = readDeck(run_.deck, warn_, run_.withMass ? DeckDetail::mass : DeckDetail::sets);
+    if (!run_.deck.empty())
+      deck_ = readDeck(run_.deck, warn_, {run_.withMass ? DeckDetail::mass : DeckDetail::sets, run_.isStrict});
     if (run_.withMass) mass_ = massOf(deck_, warn_);
+    deck_.mesh.dropCoordinates();
     Outline outline = readOutline();
-    deck_.mesh.dropNodes();
     checkEnd(outline);
     return outline;
   }
@@ -43,6 +45,8 @@ class CalculixSource : public Source {
     for (const auto& [block, line] : contents_->emptyBlocks) {
       warn_(fmt::format("{}: warning: {} has no rows and is left out", placeIn(run_.results, line), block));
     }
+    contents_->nodes = {};
+    contents_->mesh = {};
     ResultDelivery(run_.results, deck_, plan_, leftOut_, sink).run(progress);
     deliverSets(sink);
     if (contents_->printed.tables.empty()) return;
@@ -68,7 +72,7 @@ class CalculixSource : public Source {
     Outline outline = outlineOf(*contents_, deck_, run_.withMass, mass_, plan_);
     outline.title = deck_.heading.empty() ? title_ : deck_.heading;
     outline.producer = producer_;
-    addSets(outline);
+    findSets(outline);
     if (contents_->isCutOff || contents_->printed.isCutOff) outline.truncatedAfter = endOfResults();
     return outline;
   }
@@ -80,24 +84,38 @@ class CalculixSource : public Source {
     return true;
   }
 
-  void addSets(Outline& outline) const {
-    for (const auto& [kind, sets] : {std::pair(odbstore::SetKind::node, &deck_.nodeSets),
-                                     std::pair(odbstore::SetKind::element, &deck_.elementSets)}) {
-      for (const auto& [canonical, set] : *sets) {
-        for (const std::string& name : set.names) {
-          outline.sets.push_back({kind, name, false, set.labels.size(), set.place, 0});
-        }
+  // The sets with what the solver has made of their members.
+  void findSets(Outline& outline) {
+    if (!isExpanded_) {
+      isExpanded_ = true;
+      expansion_ = Expansion(deck_, contents_->mesh);
+      setWarnings_ =
+          warningsOfUnmatchedSets(deck_, expansion_, LabelIndex(contents_->nodes), elementsOf(contents_->mesh));
+      deck_.mesh.dropNodes();
+    }
+    for (const DeckSet* const set : deck_.setsInOrder()) {
+      const std::size_t members = expansion_.membersOf(*set).size();
+      for (const std::string& name : set->names) {
+        outline.sets.push_back({set->kind, name, set->isOfSurface(), members, set->place});
       }
     }
   }
 
   void deliverSets(Sink& sink) const {
     std::size_t number = 0;
-    for (const auto* sets : {&deck_.nodeSets, &deck_.elementSets}) {
-      for (const auto& [canonical, set] : *sets) {
-        for (std::size_t i = 0; i < set.names.size(); ++i) sink.set(number++, set.labels);
-      }
+    for (const DeckSet* const set : deck_.setsInOrder()) {
+      const std::vector<int> members = expansion_.membersOf(*set);
+      for (std::size_t i = 0; i < set->names.size(); ++i) sink.set(number++, members);
     }
+    for (const std::string& warning : setWarnings_) warn_(warning);
+  }
+
+  static LabelIndex elementsOf(const FrdElements& mesh) {
+    std::vector<int> labels;
+    for (const FrdElementGroup& group : mesh.groups) {
+      labels.insert(labels.end(), group.labels.begin(), group.labels.end());
+    }
+    return LabelIndex(labels);
   }
 
   std::string endOfResults() const {
@@ -107,10 +125,10 @@ class CalculixSource : public Source {
   // What is missing at the ends of the files.
   void checkEnd(const Outline& outline) const {
     const bool hasResults = !contents_->blocks.empty() || !contents_->printed.tables.empty();
-    if (contents_->isCutOff && contents_->elements == 0 && !hasResults) {
+    if (contents_->isCutOff && contents_->mesh.groups.empty() && !hasResults) {
       fail(contents_->lastLine, "the file ends before its model is complete");
     }
-    if (contents_->nodes == 0) fail(contents_->lastLine, "there is no model");
+    if (contents_->nodes.empty()) fail(contents_->lastLine, "there is no model");
     if (contents_->isCutOff) {
       complain(run_.results, contents_->lastLine,
                "the file is cut off here; what is complete in it ends behind " + outline.truncatedAfter);
@@ -137,6 +155,9 @@ class CalculixSource : public Source {
   std::string title_;
   std::string producer_;
   Deck deck_;
+  bool isExpanded_ = false;
+  Expansion expansion_;
+  std::vector<std::string> setWarnings_;
   std::optional<StepMass> mass_;
   std::optional<Contents> contents_;
   Plan plan_;

@@ -34,10 +34,8 @@ void readResults(const std::string& results, StressAt stressAt, const Deck& deck
   FrdReader reader(results);
   int lastStep = 0;
   while (std::optional<FrdBlock> next = reader.next([](const FrdResult&) { return false; }, leaveOut)) {
-    if (const auto* nodes = std::get_if<FrdNodes>(&*next)) contents.nodes += nodes->labels.size();
-    if (const auto* elements = std::get_if<FrdElements>(&*next)) {
-      for (const FrdElementGroup& group : elements->groups) contents.elements += group.labels.size();
-    }
+    if (auto* const nodes = std::get_if<FrdNodes>(&*next)) contents.nodes = std::move(nodes->labels);
+    if (auto* const elements = std::get_if<FrdElements>(&*next)) contents.mesh = std::move(*elements);
     auto* const result = std::get_if<FrdResult>(&*next);
     if (result == nullptr) continue;
     result->step = trueStep(*result, deck, lastStep);
@@ -73,7 +71,7 @@ void readPrinted(const std::string& printed, StressAt stressAt, const Deck& deck
 
 Contents readContents(const RunFiles& files, StressAt stressAt, const Deck& deck, const LeaveOut& leaveOut,
                       const std::set<std::size_t>& leftOut, const WarningSink& warn) {
-  Contents contents{0, 0, false, false, 0, {}, {}, {}, Frames(files.status, warn)};
+  Contents contents{{}, {}, false, false, 0, {}, {}, {}, Frames(files.status, warn)};
   readResults(files.results, stressAt, deck, leaveOut, leftOut, contents);
   readPrinted(files.printed, stressAt, deck, contents);
   return contents;

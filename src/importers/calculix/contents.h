@@ -34,8 +34,8 @@ struct ContentsBlock {
 };
 
 struct Contents {
-  std::size_t nodes = 0;
-  std::size_t elements = 0;
+  std::vector<int> nodes;  // labels
+  FrdElements mesh;
   bool isBinary = false;
   bool isCutOff = false;      // the result file
   std::int64_t lastLine = 0;  // of the result file

@@ -38,10 +38,9 @@ bool PrintedHistories::takes(const PrintedTable& table) const {
 std::string PrintedHistories::setName(const PrintedTable& table) const {
   const bool isOfNodes =
       table.format->rows == DatRows::node || table.format->name == "RF" || table.format->name == "RFL";
-  for (const auto* sets :
-       {isOfNodes ? &deck_.nodeSets : &deck_.elementSets, isOfNodes ? &deck_.elementSets : &deck_.nodeSets}) {
-    if (const auto known = sets->find(table.head.set); known != sets->end()) return known->second.names.front();
-  }
+  const DeckSet* const set =
+      deck_.setPrintedAs(table.head.set, isOfNodes ? odbstore::SetKind::node : odbstore::SetKind::element);
+  if (set != nullptr) return set->names.front();
   return table.head.set;
 }
 

@@ -30,8 +30,8 @@ class OutlineMaker {
       : contents_(contents), deck_(deck), plan_(plan) {}
 
   Outline make(bool withMass, const std::optional<StepMass>& mass) {
-    outline_.nodes = contents_.nodes;
-    outline_.elements = contents_.elements;
+    outline_.nodes = contents_.nodes.size();
+    for (const FrdElementGroup& group : contents_.mesh.groups) outline_.elements += group.labels.size();
     outline_.form = contents_.isBinary ? "binary" : "ASCII";
     addSteps(withMass, mass);
     for (const ContentsBlock& block : contents_.blocks) addBlock(block);

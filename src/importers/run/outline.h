@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -53,9 +52,7 @@ struct OutlineSet {
   std::string name;  // in the database
   bool isOfSurface = false;
   std::size_t members = 0;
-  // Where it is mentioned first; the line is 0 where lines mean nothing.
-  std::string file;
-  std::int64_t line = 0;
+  std::string place;  // "<file>:<line>" of its first mention
 };
 
 struct Outline {

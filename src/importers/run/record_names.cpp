@@ -8,6 +8,8 @@
 #include <set>
 #include <vector>
 
+#include "importers/run/set_names.h"
+
 namespace importers {
 
 namespace {
@@ -44,7 +46,7 @@ bool isQuantity(std::string_view text) {
 class Names {
  public:
   explicit Names(const Outline& outline) {
-    for (const OutlineSet& set : outline.sets) sets_.insert(cleanedName(set.name));
+    for (const OutlineSet& set : outline.sets) sets_.insert(nameInRecords(set.name));
   }
 
   bool isFree(const std::string& field) const {
@@ -88,8 +90,9 @@ void renameFields(Outline& outline, const std::string& file, const WarningSink& 
     for (const OutlineField& field : step.fields) {
       if (final.contains(field.name)) continue;
       std::string name = field.name;
-      for (int number = 2; !names.isFree(cleanedName(name)); ++number) name = fmt::format("{}_{}", field.name, number);
-      names.take(cleanedName(name));
+      for (int number = 2; !names.isFree(nameInRecords(name)); ++number)
+        name = fmt::format("{}_{}", field.name, number);
+      names.take(nameInRecords(name));
       if (name != field.name) {
         warn(fmt::format("{}: note: the field {} is called {}, so that no two records have one name", file, field.name,
                          name));
@@ -115,20 +118,45 @@ void renumberFrames(Outline& outline, const std::string& file, const WarningSink
   }
 }
 
-}  // namespace
-
-std::string cleanedName(std::string name) {
-  std::replace(name.begin(), name.end(), '-', '_');
-  std::replace(name.begin(), name.end(), ' ', '_');
-  return name;
+void renameSets(Outline& outline, const WarningSink& warn) {
+  std::vector<NamedSet> asked;
+  for (const OutlineSet& set : outline.sets) asked.push_back({set.kind, set.name, set.isOfSurface});
+  const std::vector<FinalSetName> names = uniqueSetNames(asked);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    OutlineSet& set = outline.sets[i];
+    if (names[i].isRenamed) {
+      warn(fmt::format("{}: note: the {} set {} becomes {}, because records cannot tell it from another set", set.place,
+                       set.kind == odbstore::SetKind::node ? "node" : "element", set.name, names[i].name));
+    }
+    set.name = names[i].name;
+  }
 }
 
+void warnOfHiddenSets(const Outline& outline, const WarningSink& warn) {
+  std::vector<std::string> hidden;
+  std::string place;
+  for (const OutlineSet& set : outline.sets) {
+    if (!isLeftOutOfRecords(set.name)) continue;
+    if (hidden.empty()) place = set.place;
+    hidden.push_back(set.name);
+  }
+  if (hidden.empty()) return;
+  warn(
+      fmt::format("{}: warning: there will be no records of the sets {}: an extraction leaves out sets whose names "
+                  "contain \"Warn\" or \"Info\"",
+                  place, listed(hidden)));
+}
+
+}  // namespace
+
 std::string historyRecord(const std::string& output, const std::string& label) {
-  return label.empty() ? cleanedName(output) : cleanedName(output) + "_" + label;
+  return label.empty() ? nameInRecords(output) : nameInRecords(output) + "_" + label;
 }
 
 void keepNamesApart(Outline& outline, const std::string& file, const WarningSink& warn) {
   renumberFrames(outline, file, warn);
+  renameSets(outline, warn);
+  warnOfHiddenSets(outline, warn);
   renameFields(outline, file, warn);
 }
 

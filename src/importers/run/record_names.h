@@ -8,9 +8,6 @@
 
 namespace importers {
 
-// As the extraction cleans the names of steps, sets, fields and outputs: "-" and blanks become "_".
-std::string cleanedName(std::string name);
-
 // How records of histories end: the output's name cleaned and, where the region has a label, "_" and the label as it
 // is.
 std::string historyRecord(const std::string& output, const std::string& label);
