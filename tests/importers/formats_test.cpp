@@ -17,6 +17,7 @@ class Marked : public Importer {
   bool recognises(std::string_view start, const std::string&) const override {
     return start.find(mark) != std::string_view::npos;
   }
+  std::string beginning() const override { return {mark}; }
   void addOptions(tool::Command&) override {}
   std::vector<std::string> inputs(const OpenRequest&) const override { return {}; }
   std::unique_ptr<Source> open(const OpenRequest&, const WarningSink&) override { return nullptr; }
@@ -51,7 +52,7 @@ TEST_F(FormatsTest, AreRecognisedByWhatStandsInTheFile) {
 }
 
 TEST_F(FormatsTest, WhatNoneOrSeveralKnowIsRefusedWithTheList) {
-  EXPECT_THAT(refusal("abc"), HasSubstr("not a result file of a known format (one, two, absent)"));
+  EXPECT_THAT(refusal("abc"), HasSubstr("not a result file of a known format (expected one: x, or two: y)"));
   EXPECT_THAT(refusal("xy"), HasSubstr("the file may be of several formats (one, two)"));
   EXPECT_THAT(refusal("x", "three"), HasSubstr("there is no format three; the formats are one, two, absent"));
   EXPECT_THAT(refusal("x", "absent"), HasSubstr("the format absent is not in this build"));
@@ -61,7 +62,7 @@ TEST_F(FormatsTest, WhatNoneOrSeveralKnowIsRefusedWithTheList) {
 TEST_F(FormatsTest, MissingFilesAreNamedWithWhatWasTried) {
   const std::vector<KnownFormat> formats = makeFormats();
   EXPECT_EQ(failureOf([&] { findFormat(formats, directory_.file("job"), ""); }),
-            directory_.file("job") + ": error: there is neither this file nor " + directory_.file("job.frd"));
+            directory_.file("job") + ": error: the file does not exist, nor does " + directory_.file("job.frd"));
   EXPECT_THAT(failureOf([&] { findFormat(formats, directory_.file("x.odb"), ""); }),
               HasSubstr("x.odb: error: the file does not exist"));
   const std::string database = writeText(directory_, "x.odb", "\x89HDF\r\n\x1a\n");

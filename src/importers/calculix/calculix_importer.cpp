@@ -36,6 +36,8 @@ class CalculixImporter : public Importer {
     return start.starts_with("    1C");
   }
 
+  std::string beginning() const override { return "\"    1C\" on line 1"; }
+
   void addOptions(tool::Command& command) override {
     command.group("CalculiX")
         .option("--deck", "DECK", deck_, "the input deck with the sets (default: job.inp beside the results)",

@@ -40,25 +40,43 @@ FoundFormat forcedFormat(const std::vector<KnownFormat>& formats, const std::str
   throw ImportError(named, 0, fmt::format("there is no format {}; the formats are {}", name, namesOf(formats)));
 }
 
-// Why no format knows a file.
-std::string unknown(const std::vector<KnownFormat>& formats, const std::string& named) {
+bool exists(const std::string& path) {
   std::error_code ignored;
-  if (!std::filesystem::exists(named, ignored)) {
-    std::vector<std::string> tried;
-    for (const KnownFormat& known : formats) {
-      const std::string file = known.importer ? known.importer->resultFile(named) : named;
-      if (file != named && std::find(tried.begin(), tried.end(), file) == tried.end()) tried.push_back(file);
-    }
-    return tried.empty() ? "the file does not exist"
-                         : fmt::format("there is neither this file nor {}", fmt::join(tried, ", "));
+  return std::filesystem::exists(path, ignored);
+}
+
+// The files that formats would read for what a user has named, without those that are the name itself.
+std::vector<std::string> filesMeant(const std::vector<KnownFormat>& formats, const std::string& named) {
+  std::vector<std::string> files;
+  for (const KnownFormat& known : formats) {
+    const std::string file = known.importer ? known.importer->resultFile(named) : named;
+    if (file != named && std::find(files.begin(), files.end(), file) == files.end()) files.push_back(file);
   }
-  const std::string start = startOf(named);
-  if (std::filesystem::is_directory(named, ignored)) return "this is a directory";
-  if (start.empty()) return "the file is empty";
-  if (std::filesystem::path(named).extension() == ".odb" && start.starts_with(kHdf5)) {
-    return "this is a database already; it needs no import";
+  return files;
+}
+
+// No format knows a file: says why.
+[[noreturn]] void refuse(const std::vector<KnownFormat>& formats, const std::string& named) {
+  const std::vector<std::string> meant = filesMeant(formats, named);
+  const auto other = std::find_if(meant.begin(), meant.end(), exists);
+  if (!exists(named) && other == meant.end()) {
+    const std::string tried = meant.empty() ? "" : fmt::format(", nor does {}", fmt::join(meant, ", "));
+    throw ImportError(named, 0, "the file does not exist" + tried);
   }
-  return fmt::format("not a result file of a known format ({}); --format NAME says which it is", namesOf(formats));
+  const std::string file = other != meant.end() ? *other : named;
+  const std::string start = startOf(file);
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(file, ignored)) throw ImportError(file, 0, "is not a regular file");
+  if (start.empty()) throw ImportError(file, 0, "the file is empty");
+  if (file.ends_with(".odb") && start.starts_with(kHdf5)) {
+    throw ImportError(file, 0, "this is a database already; it needs no import");
+  }
+  std::vector<std::string> expected;
+  for (const KnownFormat& known : formats) {
+    if (known.importer) expected.push_back(fmt::format("{}: {}", known.format->name, known.importer->beginning()));
+  }
+  throw ImportError(file, 0,
+                    fmt::format("not a result file of a known format (expected {})", fmt::join(expected, ", or ")));
 }
 
 }  // namespace
@@ -87,7 +105,7 @@ FoundFormat findFormat(const std::vector<KnownFormat>& formats, const std::strin
     if (known.importer->recognises(startOf(file), file)) found.push_back({&known, file});
   }
   if (found.size() == 1) return found.front();
-  if (found.empty()) throw ImportError(named, 0, unknown(formats, named));
+  if (found.empty()) refuse(formats, named);
   std::vector<const char*> names;
   for (const FoundFormat& one : found) names.push_back(one.format->format->name);
   throw ImportError(

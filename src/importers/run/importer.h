@@ -32,6 +32,8 @@ class Importer {
   virtual std::string resultFile(const std::string& named) const = 0;
   // Whether a file of this format begins like this; `start` are its first bytes, at most kStartBytes.
   virtual bool recognises(std::string_view start, const std::string& path) const = 0;
+  // How such files begin, for whoever has another: "    1C" on line 1.
+  virtual std::string beginning() const = 0;
   // Adds the options that only this format has.
   virtual void addOptions(tool::Command& command) = 0;
   // The files that importing reads, which the database must not replace.
