@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 
 #include "result/result_file.h"
 
@@ -15,6 +17,22 @@ namespace {
 bool isThere(const char* path) {
   struct stat status {};
   return ::lstat(path, &status) == 0 || errno != ENOENT;
+}
+
+// So long another run may have the lock that is not at work any more: it has just written its marker, or was killed and
+// leaves a child that has not noticed.
+constexpr std::chrono::milliseconds kPatience{500};
+constexpr std::chrono::milliseconds kPause{5};
+
+// False as well where there are no locks.
+bool isLockedElsewhere(int directory) {
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  while (::flock(directory, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK) return false;
+    if (std::chrono::steady_clock::now() >= end) return true;
+    std::this_thread::sleep_for(kPause);
+  }
+  return false;
 }
 
 // Removes a name however its scope is left, and keeps the reason in errno.
@@ -32,7 +50,7 @@ struct RemovedAtEnd {
 
 DirectoryLock::DirectoryLock(const char* directory)
     : directory_(::open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
-      isElsewhere_(directory_ >= 0 && ::flock(directory_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {}
+      isElsewhere_(directory_ >= 0 && isLockedElsewhere(directory_)) {}
 
 DirectoryLock::~DirectoryLock() {
   if (directory_ >= 0) ::close(directory_);

@@ -4,7 +4,8 @@
 #include <string>
 
 // Keeps other runs out of a directory, from before the marker of an earlier run is removed until this one's is written.
-// The lock is on the directory itself (flock), where no reader of the results meets it, and goes with the process.
+// The lock is on the directory itself (flock), where no reader of the results meets it, and goes with the process. One
+// that another run has is waited for half a second.
 class DirectoryLock {
  public:
   explicit DirectoryLock(const char* directory);
