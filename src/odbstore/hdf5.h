@@ -238,6 +238,8 @@ class Group : public Object {
 // Opens a file for reading and returns its root group. The profile follows the file's layout attribute:
 // `layout` receives it. What is no database of ours is an error that says what it is instead.
 Group openFile(const std::string& path, int& layout);
+// The same, with another name than its path in messages.
+Group openFile(const std::string& path, const std::string& name, int& layout);
 
 // Creates a file of the strict profile under `path`, emptying one that exists; `name` goes into messages.
 Group createFile(const std::string& path, const std::string& name);

@@ -85,19 +85,21 @@ int readLayout(const Group& root, const std::string& name) {
 
 }  // namespace
 
-Group openFile(const std::string& path, int& layout) {
+Group openFile(const std::string& path, int& layout) { return openFile(path, path, layout); }
+
+Group openFile(const std::string& path, const std::string& name, int& layout) {
   startHdf5();
   auto file = std::make_shared<FileContext>();
-  file->name = path;
+  file->name = name;
   const Preflight preflight = checkBeforeOpening(path);
   file->bytes = preflight.bytes;
-  if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(path, "", "is not a database: it is not an HDF5 file");
+  if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(name, "", "is not a database: it is not an HDF5 file");
   // Alive until the failure is explained: closing it would be the last call, which went well.
-  const Handle access = fileAccess(path);
+  const Handle access = fileAccess(name);
   file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, access.get()), H5Fclose);
-  if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));
+  if (!file->id) throw StoreError(name, "", explained("cannot be opened as a database"));
   file->descriptor = descriptorOf(file->id);
-  layout = readLayout(rootOf(file), path);
+  layout = readLayout(rootOf(file), name);
   file->profile = layout == kNewestLayout ? Profile::strict : Profile::free;
   if (file->profile == Profile::strict) checkSuperblock(*file, preflight.isChecked);
   return rootOf(file);

@@ -51,6 +51,13 @@ std::uint64_t addressSpaceInUse() {
   return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
+// Above the standard streams. The parent's locks are to go with the parent, not with a child that outlives it for a
+// moment.
+void closeAllBut(int file) {
+  ::close_range(STDERR_FILENO + 1, static_cast<unsigned>(file) - 1, 0);
+  ::close_range(static_cast<unsigned>(file) + 1, ~0U, 0);
+}
+
 void confine(const ChildLimits& limits, pid_t parent) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   // It may have died before that was said.
@@ -81,6 +88,7 @@ void send(int pipe, Ending ending, const std::string& text) {
 }
 
 [[noreturn]] void beChild(int pipe, const ChildLimits& limits, pid_t parent, const std::function<std::string()>& work) {
+  closeAllBut(pipe);
   confine(limits, parent);
   try {
     send(pipe, Ending::value, work());

@@ -28,7 +28,7 @@ class OpenFile {
  public:
   // Without waiting: opening a pipe would wait for somebody to write into it.
   explicit OpenFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
-    if (descriptor_ < 0) throw StoreError(path, "", std::strerror(errno));
+    if (descriptor_ < 0) throw NoFileError(path, std::strerror(errno));
   }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
@@ -72,8 +72,8 @@ Preflight checkBeforeOpening(const std::string& path) {
   const OpenFile file(path);
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) throw StoreError(path, "", std::strerror(errno));
-  if (S_ISDIR(status.st_mode)) throw StoreError(path, "", "is a directory, not a database");
-  if (!S_ISREG(status.st_mode)) throw StoreError(path, "", "is not a regular file");
+  if (S_ISDIR(status.st_mode)) throw NoFileError(path, "is a directory, not a database");
+  if (!S_ISREG(status.st_mode)) throw NoFileError(path, "is not a regular file");
   if (status.st_size == 0) throw StoreError(path, "", "the file is empty");
   std::array<unsigned char, kSuperblockBytes> bytes{};
   const std::span start(reinterpret_cast<char*>(bytes.data()), bytes.size());

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "odbstore/names.h"
+#include "odbstore/output_file.h"
 #include "odbstore/reader_internal.h"
 #include "odbstore/upgrade.h"
 
@@ -21,12 +22,14 @@ std::pair<std::shared_ptr<FileAccess>, int> openAccess(const std::string& path) 
   return {std::make_shared<FileAccess>(path, std::move(root)), layout};
 }
 
+[[noreturn]] void refuseLayout(const std::string& path, int layout) {
+  throw StoreError(path, "",
+                   fmt::format("has layout {} and must be upgraded to layout {} first", layout, kNewestLayout));
+}
+
 std::shared_ptr<FileAccess> openNewest(const std::string& path) {
   auto [file, layout] = openAccess(path);
-  if (!file) {
-    throw StoreError(path, "",
-                     fmt::format("has layout {} and must be upgraded to layout {} first", layout, kNewestLayout));
-  }
+  if (!file) refuseLayout(path, layout);
   return file;
 }
 
@@ -104,6 +107,13 @@ Reader::Reader(std::shared_ptr<FileAccess> file) : file_(std::move(file)) {}
 std::shared_ptr<const Reader> Reader::openIfNewest(const std::string& path) {
   std::shared_ptr<FileAccess> file = openAccess(path).first;
   return file ? std::shared_ptr<const Reader>(new Reader(std::move(file))) : nullptr;
+}
+
+std::shared_ptr<const Reader> Reader::openUnpublished(const OutputFile& file) {
+  int layout = 0;
+  h5::Group root = h5::openFile(file.temporaryPath(), file.finalPath(), layout);
+  if (layout != kNewestLayout) refuseLayout(file.finalPath(), layout);
+  return std::shared_ptr<const Reader>(new Reader(std::make_shared<FileAccess>(file.finalPath(), std::move(root))));
 }
 
 Reader::~Reader() = default;

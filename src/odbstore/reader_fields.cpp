@@ -85,7 +85,6 @@ class StoredBlock::Impl {
         type_(group.intAttribute("type", field.info.type)),
         labels_(group.stringsAttribute("componentLabels")),
         data_(group.dataset("data")) {
-    if (!isKnownType(type_)) group.fail(fmt::format("the type {} is not known", type_));
     if (labels_.empty()) labels_ = field.info.componentLabels;
     readFrames(group, field);
     checkShape();
@@ -212,11 +211,10 @@ void StoredBlock::readRows(int frame, std::int64_t first, std::int64_t count, vo
 }
 
 FieldInfo readFieldInfo(const h5::Group& group) {
-  FieldInfo info{group.stringAttribute("description", ""), group.intAttribute("type", 0),
-                 group.stringsAttribute("componentLabels"), group.intsAttribute("validInvariants"),
-                 group.intAttribute("engineeringShear", 0) != 0};
-  if (!isKnownType(info.type)) group.fail(fmt::format("the type {} is not known", info.type));
-  return info;
+  if (!group.hasAttribute("type")) group.fail("has no attribute \"type\"");
+  return {group.stringAttribute("description", ""), group.intAttribute("type", 0),
+          group.stringsAttribute("componentLabels"), group.intsAttribute("validInvariants"),
+          group.intAttribute("engineeringShear", 0) != 0};
 }
 
 namespace {

@@ -77,9 +77,9 @@ struct FrameInfo {
   std::string description;
 };
 
-// Data types: 2 scalar, 3 vector, 5..9 tensor kinds.
+// Data types: 2 scalar, 3 vector, 5..9 tensor kinds. Rows of any other type are kept under their number, whatever it
+// may mean to the program that wrote it.
 constexpr bool isTensorType(int type) { return type >= 5 && type <= 9; }
-constexpr bool isKnownType(int type) { return type == 2 || type == 3 || isTensorType(type); }
 
 struct FieldInfo {
   std::string description;

@@ -6,165 +6,81 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 #include "odbstore/checksums.h"
+#include "odbstore/hdf5.h"
+#include "odbstore/layout_1.h"
 #include "odbstore/limited_child.h"
-#include "odbstore/names.h"
 #include "odbstore/output_file.h"
 #include "odbstore/preflight.h"
-#include "odbstore/reader_internal.h"
+#include "odbstore/reader.h"
 #include "odbstore/writer.h"
 
 namespace odbstore {
 
 namespace {
 
-void copyMesh(const h5::Group& instance, const std::string& name, Writer& writer) {
-  const std::optional<h5::Group> mesh = instance.findGroup("mesh");
-  if (!mesh) return;
-  if (const std::optional<h5::Group> nodes = mesh->findGroup("nodes")) {
-    writer.addNodes(name, nodes->dataset("labels").readInts(), nodes->dataset("coordinates").readDoubles());
-  }
-  const std::optional<h5::Group> elements = mesh->findGroup("elements");
-  for (const std::string& type : memberNames(elements)) {
-    const h5::Group group = elements->group(linkFromName(type));
-    writer.addElements(name, type, group.dataset("labels").readInts(), group.dataset("connectivity").readInts());
-  }
-}
-
-void copySets(const h5::Group& root, const Owner& owner, Writer& writer) {
-  for (const SetKind kind : {SetKind::element, SetKind::node}) {
-    const std::optional<h5::Group> sets = setsGroup(root, owner, kind);
-    for (const std::string& name : memberNames(sets)) {
-      writer.addSet(owner, kind, name, readSetMembers(*sets, owner, name));
-    }
-  }
-}
-
-void copyModel(const h5::Group& root, Writer& writer) {
-  if (root.hasAttribute("name")) writer.setName(root.stringAttribute("name", ""));
-  if (root.hasAttribute("title")) writer.setTitle(root.stringAttribute("title", ""));
-  if (root.hasAttribute("producer")) writer.setProducer(root.stringAttribute("producer", ""));
-  for (const std::string& part : memberNames(root.findGroup("parts"))) {
-    writer.addPart(part);
-    copySets(root, {OwnerKind::part, part}, writer);
-  }
-  const std::optional<h5::Group> assembly = root.findGroup("assembly");
-  if (!assembly) return;
-  if (assembly->hasAttribute("name")) writer.setAssemblyName(assembly->stringAttribute("name", ""));
-  for (const InstanceInfo& instance : readInstances(root)) {
-    writer.addInstance(instance.name, instance.part);
-    copyMesh(assembly->group("instances").group(linkFromName(instance.name)), instance.name, writer);
-    copySets(root, {OwnerKind::instance, instance.name}, writer);
-  }
-  copySets(root, {}, writer);
-  if (const auto axis = readSymmetryAxis(root)) writer.setSymmetryAxis(*axis);
-}
-
-LocationId copyLocation(const h5::Group& block, Writer& writer) {
-  const LocationInfo info = readLocationInfo(block);
-  LocationLabels labels;
-  if (hasNodeLabels(info.position)) labels.nodes = block.dataset("nodeLabels").readInts();
-  if (hasElementLabels(info.position)) labels.elements = block.dataset("elementLabels").readInts();
-  if (hasIntegrationPoints(info.position)) labels.integrationPoints = block.dataset("integrationPoints").readInts();
-  return writer.addLocation(info, labels);
-}
-
-void copyBlock(const h5::Group& block, FieldId field, Writer& writer) {
-  BlockOverrides overrides;
-  if (block.hasAttribute("type")) overrides.type = block.intAttribute("type", 0);
-  overrides.componentLabels = block.stringsAttribute("componentLabels");
-  const h5::Dataset data = block.dataset("data");
-  if (data.dims().empty() || data.dims().size() > 2) data.fail("must have the shape [rows, components]");
-  const int width = data.dims().size() == 2 ? static_cast<int>(data.dims()[1]) : 1;
-  const LocationId location = copyLocation(block, writer);
-  if (data.numberSize() > sizeof(float)) {
-    writer.addBlock(field, location, std::span<const double>(data.readDoubles()), overrides, width);
-  } else {
-    writer.addBlock(field, location, std::span<const float>(data.readFloats()), overrides, width);
-  }
-}
-
-void copyFrame(const h5::Group& group, FrameId frame, Writer& writer) {
-  const std::optional<h5::Group> fields = group.findGroup("fields");
-  for (const std::string& name : memberNames(fields)) {
-    const h5::Group source = fields->group(linkFromName(name));
-    const FieldId field = writer.addField(frame, name, readFieldInfo(source));
-    const std::optional<h5::Group> blocks = source.findGroup("blocks");
-    const std::size_t count = blocks ? blocks->links().size() : 0;
-    for (std::size_t k = 0; k < count; ++k) copyBlock(blocks->group(std::to_string(k)), field, writer);
-  }
-}
-
-void copyHistories(const h5::Group& step, StepId id, Writer& writer) {
-  const std::optional<h5::Group> history = step.findGroup("history");
-  for (const std::string& name : memberNames(history)) {
-    const h5::Group source = history->group(linkFromName(name));
-    const HistoryRegionId region = writer.addHistoryRegion(id, name, readHistoryRegionInfo(source));
-    const std::optional<h5::Group> outputs = source.findGroup("outputs");
-    for (const std::string& output : memberNames(outputs)) {
-      writer.addHistoryOutput(region, output, readHistorySamples(outputs->dataset(linkFromName(output))));
-    }
-  }
-}
-
-void copyStep(const h5::Group& group, const std::string& name, Writer& writer) {
-  const StepId id = writer.addStep(name, readStepInfo(group));
-  const std::optional<h5::Group> frames = group.findGroup("frames");
-  const std::size_t count = frames ? frames->links().size() : 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const h5::Group frame = frames->group(std::to_string(i));
-    const FrameInfo info{frame.intAttribute("incrementNumber", 0), frame.doubleAttribute("value", 0.0),
-                         frame.stringAttribute("description", "")};
-    copyFrame(frame, writer.addFrame(id, info), writer);
-  }
-  copyHistories(group, id, writer);
-}
-
 void writeUpgraded(const std::string& oldPath, const OutputFile& file) {
-  int layout = 0;
-  const h5::Group root = h5::openFile(oldPath, layout);
-  if (layout != 1) throw StoreError(oldPath, "", fmt::format("has layout {}, which needs no upgrade", layout));
   Writer writer(file);
-  copyModel(root, writer);
-  const std::optional<h5::Group> steps = root.findGroup("steps");
-  if (steps) {
-    for (const std::string& link : steps->links(h5::LinkOrder::byCreation)) {
-      copyStep(steps->group(link), nameFromLink(link), writer);
-    }
-  }
+  copyLayout1(oldPath, writer);
   writer.finish();
+}
+
+// The copy would take the place of what it is made from.
+void requireOtherFile(const std::string& oldPath, const std::string& newPath) {
+  std::error_code ignored;
+  if (!std::filesystem::equivalent(oldPath, newPath, ignored)) return;
+  throw StoreError(
+      oldPath, "",
+      fmt::format("is of an older layout, and its upgraded copy {} would replace it: give it another name", newPath));
+}
+
+// What goes wrong with the copy is said of the database, for that is the file whose name the user has given.
+template <class Action>
+auto saidOf(const std::string& oldPath, const std::string& newPath, Action&& action) {
+  try {
+    return action();
+  } catch (const StoreError& error) {
+    const std::string_view text = error.what();
+    if (!text.starts_with(newPath + ": ")) throw;
+    throw StoreError(oldPath, "", fmt::format("cannot be upgraded into {}", text));
+  }
 }
 
 }  // namespace
 
-void requireComplete(const OutputFile& file) {
+std::shared_ptr<const Reader> requireComplete(const OutputFile& file) {
   try {
-    int layout = 0;
-    const h5::Group root = h5::openFile(file.temporaryPath(), layout);
-    const std::optional<ChecksumPlace> sums = layout == kNewestLayout ? findChecksums(root) : std::nullopt;
+    std::shared_ptr<const Reader> reader = Reader::openUnpublished(file);
+    const std::optional<ChecksumPlace> sums = reader->checksums();
     if (!sums) throw StoreError(file.finalPath(), "", "has no checksums");
     const ChecksumReport report = compareChecksums(file.temporaryPath(), *sums);
-    if (!report.tableIsDamaged && report.damagedBlocks.empty()) return;
+    if (!report.tableIsDamaged && report.damagedBlocks.empty()) return reader;
   } catch (const StoreError&) {
     // Whatever is wrong with a file that nobody will see, its user learns the same of it.
   }
   throw StoreError(file.finalPath(), "", "cannot be read back as it was written");
 }
 
-void upgrade(const std::string& oldPath, const std::string& newPath) {
+std::shared_ptr<const Reader> upgrade(const std::string& oldPath, const std::string& newPath) {
   const std::int64_t bytes = checkBeforeOpening(oldPath).bytes;
-  // The child writes, and its parent gives the name: what crashes after its work has left nothing under it, and
-  // waiting for a slow disk counts as nobody's time.
-  OutputFile file(newPath);
-  runLimited(oldPath, limitsFor(bytes), [&] {
-    writeUpgraded(oldPath, file);
-    return std::string();
+  requireOtherFile(oldPath, newPath);
+  return saidOf(oldPath, newPath, [&] {
+    // The child writes, and its parent gives the name: what crashes after its work has left nothing under it, and
+    // waiting for a slow disk counts as nobody's time.
+    OutputFile file(newPath);
+    runLimited(oldPath, limitsFor(bytes), [&] {
+      writeUpgraded(oldPath, file);
+      return std::string();
+    });
+    // A child that went astray may have left anything.
+    std::shared_ptr<const Reader> written = requireComplete(file);
+    file.publish();
+    return written;
   });
-  // A child that went astray may have left anything.
-  requireComplete(file);
-  file.publish();
 }
 
 bool isForeign(const std::string& path) {

@@ -100,8 +100,6 @@ FieldId Writer::Impl::addField(FrameId frame, const std::string& name, const Fie
   StepState& step = this->step(frame.step);
   const auto [known, isNew] = step.fieldIndex.emplace(name, static_cast<int>(step.fields.size()));
   if (isNew) {
-    if (!isKnownType(info.type))
-      step.group.fail(fmt::format("field \"{}\": the type {} is not known", name, info.type));
     step.fields.push_back({name, info, {}, {}});
   }
   FieldState& field = step.fields[static_cast<std::size_t>(known->second)];
@@ -127,7 +125,6 @@ std::int64_t Writer::Impl::widthOf(const h5::Object& user, const LocationState& 
 }
 
 void Writer::Impl::checkBlock(const h5::Object& user, const BlockState& block, const FieldInfo& field) const {
-  if (!isKnownType(block.type)) user.fail(fmt::format("the type {} is not known", block.type));
   const std::vector<std::string>& labels =
       block.componentLabels.empty() ? field.componentLabels : block.componentLabels;
   const auto count = static_cast<std::int64_t>(labels.size());

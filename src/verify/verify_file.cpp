@@ -8,6 +8,7 @@
 #include <new>
 
 #include "odbstore/checksums.h"
+#include "odbstore/layout_1.h"
 #include "odbstore/reader.h"
 #include "verify/damage.h"
 
@@ -26,6 +27,13 @@ class Check {
  public:
   explicit Check(Verdict& verdict) : verdict_(verdict) {}
 
+  // What there is to say of a file without damage.
+  void concludeWith(State state, const std::string& text) {
+    if (verdict_.state == State::damaged) return;
+    verdict_.state = state;
+    verdict_.findings.push_back(text);
+  }
+
   // Runs `action`, which throws for what is wrong. One fault may be met on several ways.
   template <class Action>
   void guarded(Action&& action) {
@@ -39,6 +47,7 @@ class Check {
   }
 
   void add(const std::string& finding) {
+    verdict_.state = State::damaged;
     std::vector<std::string>& findings = verdict_.findings;
     if (std::find(findings.begin(), findings.end(), finding) == findings.end()) findings.push_back(finding);
   }
@@ -130,22 +139,32 @@ void checkSums(const Reader& reader, const odbstore::ChecksumPlace& place, Check
   }
 }
 
+void checkDatabase(const Reader& reader, const std::string& path, Check& check) {
+  bool hasChecksums = false;
+  check.guarded([&] {
+    const std::optional<odbstore::ChecksumPlace> sums = reader.checksums();
+    hasChecksums = sums.has_value();
+    if (sums) checkSums(reader, *sums, check, path);
+  });
+  for (const std::string& problem : reader.inventory().problems) check.add(problem);
+  checkModel(reader, check);
+  check.guarded([&] { checkSteps(reader, !hasChecksums, check); });
+  if (hasChecksums) return;
+  check.concludeWith(State::withoutChecksums, path + ": has no checksums: what its numbers were cannot be told");
+}
+
 }  // namespace
 
 Verdict verifyFile(const std::string& path) {
-  Verdict verdict;
-  verdict.path = path;
+  Verdict verdict{path, State::sound, {}};
   Check check(verdict);
   check.guarded([&] {
-    const Reader reader(path);
-    check.guarded([&] {
-      const std::optional<odbstore::ChecksumPlace> sums = reader.checksums();
-      verdict.hasChecksums = sums.has_value();
-      if (sums) checkSums(reader, *sums, check, path);
-    });
-    for (const std::string& problem : reader.inventory().problems) check.add(problem);
-    checkModel(reader, check);
-    check.guarded([&] { checkSteps(reader, !verdict.hasChecksums, check); });
+    if (const std::shared_ptr<const Reader> reader = Reader::openIfNewest(path)) {
+      return checkDatabase(*reader, path, check);
+    }
+    odbstore::readLayout1(path);
+    check.concludeWith(State::oldLayout,
+                       path + ": has layout 1, which has no checksums: it can be read, but not verified");
   });
   return verdict;
 }

@@ -1,6 +1,7 @@
 // Work in a child process: what it returns, and what becomes of every way to fail.
 #include "odbstore/limited_child.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -189,6 +190,31 @@ TEST(LimitedChild, HasNoStreamsOfTheParent) {
     return std::string();
   });
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// How many descriptors lead to a file.
+std::string descriptorsOf(const std::string& path) {
+  struct stat wanted {};
+  ::stat(path.c_str(), &wanted);
+  int count = 0;
+  for (int file = 0; file < 1000; ++file) {
+    struct stat status {};
+    if (::fstat(file, &status) == 0 && status.st_dev == wanted.st_dev && status.st_ino == wanted.st_ino) ++count;
+  }
+  return std::to_string(count);
+}
+
+TEST(LimitedChild, HasNoOpenFilesOfTheParent) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.file("locked");
+  // On both sides of the number that the pipe will have.
+  const int low = ::open(path.c_str(), O_WRONLY | O_CREAT, 0600);
+  const int high = ::fcntl(low, F_DUPFD, 500);
+  EXPECT_EQ(descriptorsOf(path), "2");
+  EXPECT_EQ(runLimited("old.odb", kRoomy, [&] { return descriptorsOf(path); }), "0");
+  EXPECT_EQ(descriptorsOf(path), "2") << "the parent's stay";
+  ::close(low);
+  ::close(high);
 }
 
 TEST(LimitedChild, LeavesNoCore) {

@@ -8,9 +8,12 @@
 #include <fstream>
 #include <iterator>
 
+#include "odbstore/layout_1.h"
 #include "odbstore/output_file.h"
+#include "odbstore/reader.h"
 #include "odbstore/store_error.h"
 #include "odbstore/writer.h"
+#include "support/old_database.h"
 #include "support/temporary_directory.h"
 
 namespace odbstore {
@@ -99,6 +102,33 @@ TEST_F(RequireCompleteTest, FileWithoutChecksumsIsNot) {
   EXPECT_GE(H5Ldelete(file, "checksums", H5P_DEFAULT), 0);
   H5Fclose(file);
   EXPECT_EQ(failure(), incomplete_);
+}
+
+TEST(Upgrade, HandsOutWhatItHasWrittenWhateverTakesTheNameMeanwhile) {
+  const TemporaryDirectory directory;
+  const std::string copy = directory.file("copy.odb");
+  writeOldDatabase(directory.file("first.odb"), "first");
+  writeOldDatabase(directory.file("second.odb"), "second");
+  const auto first = upgrade(directory.file("first.odb"), copy);
+  const auto second = upgrade(directory.file("second.odb"), copy);
+  EXPECT_EQ(first->name(), "first");
+  EXPECT_EQ(second->name(), "second");
+  EXPECT_EQ(Reader(copy).name(), "second");
+}
+
+TEST(ReadLayout1, WritesNothing) {
+  const TemporaryDirectory directory;
+  writeOldDatabase(directory.file("old.odb"), "old");
+  readLayout1(directory.file("old.odb"));
+  EXPECT_EQ(directory.entries(), 1U);
+}
+
+TEST(ReadLayout1, RefusesOtherLayouts) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.file("new.odb");
+  writeOldDatabase(directory.file("old.odb"), "old");
+  upgrade(directory.file("old.odb"), path);
+  EXPECT_THROW(readLayout1(path), StoreError);
 }
 
 }  // namespace
