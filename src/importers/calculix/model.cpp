@@ -108,6 +108,7 @@ void Model::addElements(const FrdElements& elements) {
     throw ImportError(resultsPath_, elements.line, fmt::format("the element {} is there twice", *twice));
   }
   expansion_ = Expansion(deck_, elements);
+  sectors_ = sectorsOf(deck_, elements);
   setWarnings_ = warningsOfUnmatchedSets(deck_, expansion_, nodes_, elements_);
 }
 
@@ -120,19 +121,18 @@ const std::string& Model::typeOf(int element) const {
 }
 
 void Model::addSets(const WarningSink& warn) {
-  const std::vector<StoredSet> sets = storedSets(deck_.setsInOrder());
+  std::vector<const DeckSet*> all = deck_.setsInOrder();
+  const std::vector<DeckSet> ofSectors = setsOfSectors(deck_, sectors_, warn);
+  for (const DeckSet& set : ofSectors) all.push_back(&set);
+  const std::vector<StoredSet> sets = storedSets(all);
   warnOfNames(sets, warn);
   for (const StoredSet& stored : sets) {
-    addSet(stored.set->kind, stored.name, expansion_.membersOf(*stored.set));
+    std::vector<odbstore::SetMembers> members = {{kInstance, expansion_.membersOf(*stored.set)}};
+    if (members.front().labels.empty()) members.clear();
+    writer_.addSet({}, stored.set->kind, stored.name, members);
+    ++setCount_;
   }
   for (const std::string& warning : setWarnings_) warn(warning);
-}
-
-void Model::addSet(odbstore::SetKind kind, const std::string& name, const std::vector<int>& labels) {
-  std::vector<odbstore::SetMembers> members;
-  if (!labels.empty()) members.push_back({kInstance, labels});
-  writer_.addSet({}, kind, name, members);
-  ++setCount_;
 }
 
 RowPlaces& Model::placesOf(const FrdResult& block) {

@@ -9,6 +9,7 @@
 #include "importers/calculix/deck.h"
 #include "importers/calculix/expansion.h"
 #include "importers/calculix/frd_reader.h"
+#include "importers/calculix/sector_copies.h"
 #include "importers/label_index.h"
 #include "odbstore/writer.h"
 
@@ -85,7 +86,6 @@ class Model {
  private:
   void addGroup(const FrdElementGroup& source, std::int64_t line);
   ElementGroup& groupOf(const FrdElementGroup& source, int label);
-  void addSet(odbstore::SetKind kind, const std::string& name, const std::vector<int>& labels);
 
   const Deck& deck_;
   std::string resultsPath_;
@@ -94,6 +94,7 @@ class Model {
   LabelIndex nodes_;
   LabelIndex elements_;
   Expansion expansion_;
+  std::optional<std::vector<Sector>> sectors_;
   std::vector<std::string> setWarnings_;
   int setCount_ = 0;
   std::vector<ElementGroup> groups_;
