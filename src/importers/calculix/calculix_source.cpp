@@ -8,15 +8,13 @@
 
 #include "importers/calculix/contents.h"
 #include "importers/calculix/deck.h"
-#include "importers/calculix/expansion.h"
 #include "importers/calculix/frd_reader.h"
 #include "importers/calculix/mass_properties.h"
 #include "importers/calculix/printed_histories.h"
 #include "importers/calculix/printed_import.h"
 #include "importers/calculix/result_delivery.h"
 #include "importers/calculix/run_outline.h"
-#include "importers/calculix/set_matches.h"
-#include "importers/label_index.h"
+#include "importers/calculix/run_sets.h"
 #include "importers/run/sink.h"
 
 namespace importers::calculix {
@@ -48,7 +46,7 @@ class CalculixSource : public Source {
     contents_->nodes = {};
     contents_->mesh = {};
     ResultDelivery(run_.results, deck_, plan_, leftOut_, sink).run(progress);
-    deliverSets(sink);
+    sets_->deliver(sink);
     if (contents_->printed.tables.empty()) return;
     PrintedHistories histories(run_.printed, contents_->printed, run_.historyLimit, deck_, warn_);
     PrintedImport(run_.printed, *contents_, plan_, sink).run(histories, progress);
@@ -72,7 +70,9 @@ class CalculixSource : public Source {
     Outline outline = outlineOf(*contents_, deck_, run_.withMass, mass_, plan_);
     outline.title = deck_.heading.empty() ? title_ : deck_.heading;
     outline.producer = producer_;
-    findSets(outline);
+    if (!sets_) sets_.emplace(deck_, contents_->nodes, contents_->mesh, warn_);
+    deck_.mesh.dropNodes();
+    sets_->addTo(outline);
     if (contents_->isCutOff || contents_->printed.isCutOff) outline.truncatedAfter = endOfResults();
     return outline;
   }
@@ -82,40 +82,6 @@ class CalculixSource : public Source {
     if (!leftOut_.insert(result).second) return true;
     warn_(fmt::format("{}: warning: {}; the block is left out", placeIn(run_.results, error.line()), error.reason()));
     return true;
-  }
-
-  // The sets with what the solver has made of their members.
-  void findSets(Outline& outline) {
-    if (!isExpanded_) {
-      isExpanded_ = true;
-      expansion_ = Expansion(deck_, contents_->mesh);
-      setWarnings_ =
-          warningsOfUnmatchedSets(deck_, expansion_, LabelIndex(contents_->nodes), elementsOf(contents_->mesh));
-      deck_.mesh.dropNodes();
-    }
-    for (const DeckSet* const set : deck_.setsInOrder()) {
-      const std::size_t members = expansion_.membersOf(*set).size();
-      for (const std::string& name : set->names) {
-        outline.sets.push_back({set->kind, name, set->isOfSurface(), members, set->place});
-      }
-    }
-  }
-
-  void deliverSets(Sink& sink) const {
-    std::size_t number = 0;
-    for (const DeckSet* const set : deck_.setsInOrder()) {
-      const std::vector<int> members = expansion_.membersOf(*set);
-      for (std::size_t i = 0; i < set->names.size(); ++i) sink.set(number++, members);
-    }
-    for (const std::string& warning : setWarnings_) warn_(warning);
-  }
-
-  static LabelIndex elementsOf(const FrdElements& mesh) {
-    std::vector<int> labels;
-    for (const FrdElementGroup& group : mesh.groups) {
-      labels.insert(labels.end(), group.labels.begin(), group.labels.end());
-    }
-    return LabelIndex(labels);
   }
 
   std::string endOfResults() const {
@@ -155,9 +121,7 @@ class CalculixSource : public Source {
   std::string title_;
   std::string producer_;
   Deck deck_;
-  bool isExpanded_ = false;
-  Expansion expansion_;
-  std::vector<std::string> setWarnings_;
+  std::optional<RunSets> sets_;
   std::optional<StepMass> mass_;
   std::optional<Contents> contents_;
   Plan plan_;

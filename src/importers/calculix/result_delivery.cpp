@@ -50,7 +50,7 @@ class GroupsByType {
       const ElementKind kind = elementKind(name);
       if (kind.nodes == source.nodesPerElement) {
         type = name;
-        hasTensors = kind.family != Family::massless && kind.family != Family::point;
+        hasTensors = kind.hasTensors();
       }
     }
     const auto known =

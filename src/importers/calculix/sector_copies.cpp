@@ -1,9 +1,13 @@
 #include "importers/calculix/sector_copies.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstddef>
+#include <string>
 
 #include "importers/label_index.h"
+#include "importers/run/set_names.h"
 
 namespace importers::calculix {
 
@@ -11,12 +15,8 @@ namespace {
 
 class SectorFinder {
  public:
-  SectorFinder(const Deck& deck, int highest) : highest_(highest) {
-    const std::vector<int>& labels = deck.mesh.elementLabels;
-    elements_ = LabelIndex(labels);
-    sectors_.resize(static_cast<std::size_t>(deck.sectorCopies->sectors));
-    offsets_.resize(sectors_.size());
-  }
+  SectorFinder(const Deck& deck, int highest, std::size_t sectors)
+      : highest_(highest), elements_(deck.mesh.elementLabels), sectors_(sectors), offsets_(sectors) {}
 
   // Whether all elements of the group are the deck's or copies of them.
   bool take(const FrdElementGroup& group) {
@@ -70,6 +70,17 @@ class SectorFinder {
   std::vector<std::optional<long>> offsets_;
 };
 
+// With words before it as long as a set of the deck begins so in records.
+std::string freeStem(const Deck& deck, std::string stem) {
+  const auto begins = [&](const DeckSet* set) {
+    return std::any_of(set->names.begin(), set->names.end(),
+                       [&](const std::string& name) { return nameInRecords(name).starts_with(nameInRecords(stem)); });
+  };
+  const std::vector<const DeckSet*> sets = deck.setsInOrder();
+  while (std::any_of(sets.begin(), sets.end(), begins)) stem = "CYCLIC-" + stem;
+  return stem;
+}
+
 }  // namespace
 
 std::optional<std::vector<Sector>> sectorsOf(const Deck& deck, const FrdElements& elements) {
@@ -77,11 +88,33 @@ std::optional<std::vector<Sector>> sectorsOf(const Deck& deck, const FrdElements
   if (!deck.sectorCopies || labels.empty()) return std::nullopt;
   const int highest = *std::max_element(labels.begin(), labels.end());
   if (highest < 1) return std::nullopt;
-  SectorFinder finder(deck, highest);
+  std::size_t all = 0;
+  for (const FrdElementGroup& group : elements.groups) all += group.labels.size();
+  // A sector has an element at least.
+  SectorFinder finder(deck, highest, std::min(all, static_cast<std::size_t>(deck.sectorCopies->sectors)));
   for (const FrdElementGroup& group : elements.groups) {
     if (!finder.take(group)) return std::nullopt;
   }
   return finder.finish();
+}
+
+std::vector<DeckSet> setsOfSectors(const Deck& deck, const std::optional<std::vector<Sector>>& sectors,
+                                   const WarningSink& warn) {
+  std::vector<DeckSet> sets;
+  if (!deck.sectorCopies) return sets;
+  const std::string& place = deck.sectorCopies->place;
+  if (!sectors) {
+    warn(fmt::format("{}: warning: the copies of the sector (NGRAPH) cannot be told apart in the results", place));
+    return sets;
+  }
+  const std::string stem = freeStem(deck, "SECTOR-");
+  int number = 0;
+  for (const Sector& sector : *sectors) {
+    const std::string name = fmt::format("{}{}", stem, ++number);
+    sets.push_back({odbstore::SetKind::element, DeckSetOrigin::lists, {name}, place, 0, sector.elements, {}});
+    sets.push_back({odbstore::SetKind::node, DeckSetOrigin::lists, {name + kNodesSuffix}, place, 0, sector.nodes, {}});
+  }
+  return sets;
 }
 
 }  // namespace importers::calculix
