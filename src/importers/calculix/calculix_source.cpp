@@ -2,12 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <optional>
 #include <set>
 #include <variant>
 
 #include "importers/calculix/contents.h"
 #include "importers/calculix/deck.h"
+#include "importers/calculix/deck_delivery.h"
 #include "importers/calculix/frd_reader.h"
 #include "importers/calculix/mass_properties.h"
 #include "importers/calculix/printed_histories.h"
@@ -24,16 +26,16 @@ namespace {
 class CalculixSource : public Source {
  public:
   CalculixSource(const CalculixRun& run, const WarningSink& warn) : run_(run), warn_(warn) {
+    if (isMissing(run_.results) && !run_.printed.empty() && !run_.deck.empty()) return;
     const FrdReader reader(run_.results);  // refuses what is no such file before anything else is read
     title_ = reader.header().title;
     producer_ = reader.header().program;
+    hasResultFile_ = true;
   }
 
   Outline outline() override {
-    if (!run_.deck.empty())
-      deck_ = readDeck(run_.deck, warn_, {run_.withMass ? DeckDetail::mass : DeckDetail::sets, run_.isStrict});
+    readDeckFor(run_.withMass ? DeckDetail::mass : DeckDetail::sets);
     if (run_.withMass) mass_ = massOf(deck_, warn_);
-    deck_.mesh.dropCoordinates();
     Outline outline = readOutline();
     checkEnd(outline);
     return outline;
@@ -43,9 +45,16 @@ class CalculixSource : public Source {
     for (const auto& [block, line] : contents_->emptyBlocks) {
       warn_(fmt::format("{}: warning: {} has no rows and is left out", placeIn(run_.results, line), block));
     }
+    for (const std::string& text : mixedAxes(*contents_, deck_)) {
+      warn_(fmt::format("{}: warning: {}", run_.results, text));
+    }
     contents_->nodes = {};
     contents_->mesh = {};
-    ResultDelivery(run_.results, deck_, plan_, leftOut_, sink).run(progress);
+    if (hasMeshOfDeck_) {
+      deliverDeckMesh(deck_.mesh, run_.deck, sink);
+    } else {
+      ResultDelivery(run_.results, deck_, plan_, leftOut_, sink).run(progress);
+    }
     sets_->deliver(sink);
     if (contents_->printed.tables.empty()) return;
     PrintedHistories histories(run_.printed, contents_->printed, run_.historyLimit, deck_, warn_);
@@ -54,6 +63,7 @@ class CalculixSource : public Source {
   }
 
   bool leaveOutDamage(Outline& outline) override {
+    if (!hasResultFile_) return false;
     const std::size_t before = leftOut_.size();
     checkAllRows(run_.results,
                  [this](std::size_t result, const ImportError& error) { return leaveOut(result, error); });
@@ -65,16 +75,43 @@ class CalculixSource : public Source {
  private:
   Outline readOutline() {
     contents_.emplace(readContents(
-        {run_.results, run_.status, run_.printed}, run_.stressAt, deck_,
+        {hasResultFile_ ? run_.results : "", run_.status, run_.printed}, run_.stressAt, deck_,
         [this](std::size_t result, const ImportError& error) { return leaveOut(result, error); }, leftOut_, warn_));
     Outline outline = outlineOf(*contents_, deck_, run_.withMass, mass_, plan_);
     outline.title = deck_.heading.empty() ? title_ : deck_.heading;
     outline.producer = producer_;
+    if (contents_->nodes.empty() && !contents_->printed.tables.empty()) takeMeshOfDeck(outline);
     if (!sets_) sets_.emplace(deck_, contents_->nodes, contents_->mesh, warn_);
-    deck_.mesh.dropNodes();
+    if (!hasMeshOfDeck_) {
+      deck_.mesh.dropCoordinates();
+      deck_.mesh.dropNodes();
+    }
     sets_->addTo(outline);
     if (contents_->isCutOff || contents_->printed.isCutOff) outline.truncatedAfter = endOfResults();
     return outline;
+  }
+
+  static bool isMissing(const std::string& path) {
+    std::error_code failed;
+    const auto size = std::filesystem::file_size(path, failed);
+    return failed ? !std::filesystem::exists(path) : size == 0;
+  }
+
+  void readDeckFor(DeckDetail detail) {
+    if (!run_.deck.empty()) deck_ = readDeck(run_.deck, warn_, {detail, run_.isStrict});
+  }
+
+  // A run that failed in its first increment has printed tables and no results.
+  void takeMeshOfDeck(Outline& outline) {
+    if (deck_.mesh.coordinates.empty()) readDeckFor(DeckDetail::mass);
+    if (deck_.mesh.coordinates.empty()) return;
+    complain(run_.results, contents_->lastLine, "the result file holds no model; the mesh is that of the deck");
+    hasMeshOfDeck_ = true;
+    contents_->nodes = nodesOfDeck(deck_.mesh);
+    contents_->mesh = elementsOfDeck(deck_.mesh);
+    outline.nodes = contents_->nodes.size();
+    outline.elements = 0;
+    for (const FrdElementGroup& group : contents_->mesh.groups) outline.elements += group.labels.size();
   }
 
   bool leaveOut(std::size_t result, const ImportError& error) {
@@ -90,20 +127,21 @@ class CalculixSource : public Source {
 
   // What is missing at the ends of the files.
   void checkEnd(const Outline& outline) const {
+    if (contents_->printed.isCutOff) {
+      complain(run_.printed, contents_->printed.lastLine,
+               "the file is cut off here; what is complete in it is imported");
+    }
     const bool hasResults = !contents_->blocks.empty() || !contents_->printed.tables.empty();
     if (contents_->isCutOff && contents_->mesh.groups.empty() && !hasResults) {
       fail(contents_->lastLine, "the file ends before its model is complete");
     }
     if (contents_->nodes.empty()) fail(contents_->lastLine, "there is no model");
+    if (hasMeshOfDeck_) return;
     if (contents_->isCutOff) {
       complain(run_.results, contents_->lastLine,
-               "the file is cut off here; what is complete in it ends behind " + outline.truncatedAfter);
+               "the file is cut off here; what is complete in it ends after " + outline.truncatedAfter);
     } else if (!hasResults) {
       warn_(fmt::format("{}: warning: the file holds no results", run_.results));
-    }
-    if (contents_->printed.isCutOff) {
-      complain(run_.printed, contents_->printed.lastLine,
-               "the file is cut off here; what is complete in it is imported");
     }
   }
 
@@ -120,6 +158,8 @@ class CalculixSource : public Source {
   const WarningSink& warn_;
   std::string title_;
   std::string producer_;
+  bool hasResultFile_ = false;
+  bool hasMeshOfDeck_ = false;
   Deck deck_;
   std::optional<RunSets> sets_;
   std::optional<StepMass> mass_;

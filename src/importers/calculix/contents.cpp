@@ -72,7 +72,11 @@ void readPrinted(const std::string& printed, StressAt stressAt, const Deck& deck
 Contents readContents(const RunFiles& files, StressAt stressAt, const Deck& deck, const LeaveOut& leaveOut,
                       const std::set<std::size_t>& leftOut, const WarningSink& warn) {
   Contents contents{{}, {}, false, false, 0, {}, {}, {}, Frames(files.status, warn)};
-  readResults(files.results, stressAt, deck, leaveOut, leftOut, contents);
+  if (files.results.empty()) {
+    contents.isCutOff = true;
+  } else {
+    readResults(files.results, stressAt, deck, leaveOut, leftOut, contents);
+  }
   readPrinted(files.printed, stressAt, deck, contents);
   return contents;
 }

@@ -17,7 +17,7 @@ namespace importers::calculix {
 
 // The files of a run that hold results. The last two need not exist.
 struct RunFiles {
-  std::string results;  // .frd
+  std::string results;  // .frd; empty for none
   std::string status;   // .sta
   std::string printed;  // .dat; empty for none
 };

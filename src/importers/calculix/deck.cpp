@@ -251,6 +251,9 @@ class DeckReader {
     std::sort(axes.nodes.begin(), axes.nodes.end());
     axes.nodes.erase(std::unique(axes.nodes.begin(), axes.nodes.end()), axes.nodes.end());
     axes.elements = orientedElements(deck_);
+    for (const DeckSection& section : deck_.sections) {
+      if (section.hasOrientation) axes.orientedSets.push_back(section.elementSet);
+    }
   }
 
   const WarningSink& warn_;

@@ -19,6 +19,8 @@ struct DeckLocalAxes {
   // whose tensors are. Everything else stays in the axes of the model. Labels, ascending.
   std::vector<int> nodes;
   std::vector<int> elements;
+  // The element sets of those sections, as the deck spells them.
+  std::vector<std::string> orientedSets;
 
   // Whether a field is in local axes in a step (from 1).
   bool has(int step, const std::string& key) const;

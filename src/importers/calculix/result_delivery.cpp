@@ -111,10 +111,28 @@ void ResultDelivery::take(const FrdResult& block) {
   if (block.labels.empty()) return;
   for (const Target* const target : targets_) {
     takeColumns(block, target->field->columns, rows_);
-    sink_.rows(target->rows, odbstore::Position::nodal, {block.labels, {}, {}}, std::span<const float>(rows_),
+    std::vector<int> labels = block.labels;
+    if (target->at != RowsAt::allNodes) keepRowsAt(*target, labels);
+    sink_.rows(target->rows, odbstore::Position::nodal, {labels, {}, {}}, std::span<const float>(rows_),
                {path_, block.line});
   }
   takePeaks(block);
+}
+
+void ResultDelivery::keepRowsAt(const Target& target, std::vector<int>& labels) {
+  const std::vector<int>& local = deck_.localAxes.nodes;
+  const std::size_t width = target.field->columns.size();
+  std::size_t kept = 0;
+  for (std::size_t row = 0; row < labels.size(); ++row) {
+    const bool isLocal = std::binary_search(local.begin(), local.end(), labels[row]);
+    if (isLocal != (target.at == RowsAt::nodesWithLocalAxes)) continue;
+    labels[kept] = labels[row];
+    std::copy_n(rows_.begin() + static_cast<std::ptrdiff_t>(row * width), width,
+                rows_.begin() + static_cast<std::ptrdiff_t>(kept * width));
+    ++kept;
+  }
+  labels.resize(kept);
+  rows_.resize(kept * width);
 }
 
 void ResultDelivery::takePeaks(const FrdResult& block) {

@@ -30,6 +30,8 @@ class ResultDelivery {
   void take(const FrdNodes& nodes);
   void take(const FrdElements& elements);
   void take(const FrdResult& block);
+  // Leaves in rows_ and `labels` those rows that the target takes.
+  void keepRowsAt(const Target& target, std::vector<int>& labels);
   void takePeaks(const FrdResult& block);
   // Finds out what is wanted of the result block that comes next.
   bool startResult(std::size_t ordinal);

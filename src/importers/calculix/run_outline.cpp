@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <set>
 #include <tuple>
 
@@ -22,6 +23,44 @@ odbstore::StepInfo infoOf(int step, const Deck& deck, const std::optional<StepMa
   info.inertiaAboutCenter.assign(mass->inertiaAboutCentre.begin(), mass->inertiaAboutCentre.end());
   info.inertiaAboutOrigin.assign(mass->inertiaAboutOrigin.begin(), mass->inertiaAboutOrigin.end());
   return info;
+}
+
+constexpr std::string_view kLocalEnding = "_LOCAL";
+
+// The key with which a deck asks for a block; that of the real one for an imaginary part. Empty for blocks without
+// axes.
+std::string_view requestKey(std::string_view block) {
+  constexpr std::array<std::pair<std::string_view, std::string_view>, 8> keys = {{{"DISP", "U"},
+                                                                                  {"VELO", "V"},
+                                                                                  {"FORC", "RF"},
+                                                                                  {"FLUX", "HFL"},
+                                                                                  {"STRESS", "S"},
+                                                                                  {"TOSTRAI", "E"},
+                                                                                  {"MESTRAI", "ME"},
+                                                                                  {"THSTRAI", "THE"}}};
+  const auto found = std::find_if(keys.begin(), keys.end(), [&](const auto& key) {
+    return block == key.first || block == std::string(key.first) + "I" || block == std::string(key.first) + "N";
+  });
+  return found == keys.end() ? std::string_view() : found->second;
+}
+
+bool isInLocalAxes(const ContentsBlock& block, const Deck& deck) {
+  return !block.isPrinted && deck.localAxes.has(block.step, std::string(requestKey(block.block)));
+}
+
+// Of nodes are the vectors but the heat flux, which comes from elements like tensors.
+bool isOfNodes(const ContentsBlock& block, const MappedField& field) {
+  return !field.isTensor() && field.columns.size() > 1 && requestKey(block.block) != "HFL";
+}
+
+// The field of the rows in local axes; imaginary parts keep their ending.
+MappedField localField(const MappedField& field) {
+  constexpr std::string_view imaginary = "_IM";
+  MappedField local = field;
+  const std::size_t end = field.name.ends_with(imaginary) ? field.name.size() - imaginary.size() : field.name.size();
+  local.name.insert(end, kLocalEnding);
+  local.info.description += ", in local axes";
+  return local;
 }
 
 class OutlineMaker {
@@ -106,12 +145,28 @@ class OutlineMaker {
   void addBlock(const ContentsBlock& block) {
     const std::size_t step = plan_.steps.at(block.step);
     const std::size_t frame = places_.at(block.frame);
+    const bool isLocal = isInLocalAxes(block, deck_) && hasNodesWithLocalAxes();
     for (const MappedField& field : block.fields) {
+      const bool isSplit = isLocal && isOfNodes(block, field);
       const RowsId id{step, fieldOf(step, field.name, block.block, field.info), frame};
       addRows(id, block.rows);
-      (block.isPrinted ? plan_.tables : plan_.results)[block.ordinal].push_back({&field, id});
-      if (!block.isPrinted) byName_[{block.frame, field.name}] = {&block, &field};
+      (block.isPrinted ? plan_.tables : plan_.results)[block.ordinal].push_back(
+          {&field, id, isSplit ? RowsAt::otherNodes : RowsAt::allNodes});
+      if (isSplit) {
+        const MappedField local = localField(field);
+        const RowsId ofLocal{step, fieldOf(step, local.name, block.block, local.info), frame};
+        addRows(ofLocal, deck_.localAxes.nodes.size());
+        plan_.results[block.ordinal].push_back({&field, ofLocal, RowsAt::nodesWithLocalAxes});
+      } else if (!block.isPrinted) {
+        byName_[{block.frame, field.name}] = {&block, &field};
+      }
     }
+  }
+
+  bool hasNodesWithLocalAxes() const {
+    const std::vector<int>& local = deck_.localAxes.nodes;
+    return std::any_of(contents_.nodes.begin(), contents_.nodes.end(),
+                       [&](int node) { return std::binary_search(local.begin(), local.end(), node); });
   }
 
   void addPeaks() {
@@ -188,6 +243,23 @@ Outline outlineOf(const Contents& contents, const Deck& deck, bool withMass, con
                   Plan& plan) {
   plan = {};
   return OutlineMaker(contents, deck, plan).make(withMass, mass);
+}
+
+std::vector<std::string> mixedAxes(const Contents& contents, const Deck& deck) {
+  std::vector<std::string> texts;
+  if (deck.localAxes.elements.empty()) return texts;
+  std::set<std::pair<int, std::string>> said;
+  for (const ContentsBlock& block : contents.blocks) {
+    if (!isInLocalAxes(block, deck)) continue;
+    for (const MappedField& field : block.fields) {
+      if (isOfNodes(block, field) || !said.emplace(block.step, field.name).second) continue;
+      texts.push_back(
+          fmt::format("in Step-{} the components of {} are in local axes for the elements of {} (GLOBAL=NO), "
+                      "and mixed with others at nodes that they share",
+                      block.step, field.name, listed(deck.localAxes.orientedSets)));
+    }
+  }
+  return texts;
 }
 
 }  // namespace importers::calculix

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <map>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "importers/calculix/complex_peaks.h"
@@ -11,10 +13,14 @@
 
 namespace importers::calculix {
 
+// Which rows of a block a field takes: those at nodes with *TRANSFORM may be in local axes.
+enum class RowsAt { allNodes, nodesWithLocalAxes, otherNodes };
+
 // A field that columns of a block become.
 struct Target {
   const MappedField* field = nullptr;  // of the contents
   RowsId rows;
+  RowsAt at = RowsAt::allNodes;
 };
 
 // Largest values over a cycle, made of a real block and of the imaginary one of the same frame that follows it.
@@ -36,5 +42,9 @@ struct Plan {
 // deck's model, which printed sums replace where `withMass`.
 Outline outlineOf(const Contents& contents, const Deck& deck, bool withMass, const std::optional<StepMass>& mass,
                   Plan& plan);
+
+// Steps in which tensors of the result file mix local and global axes (GLOBAL=NO of *EL FILE and an orientation), a
+// text for each: "in Step-1 S is in the local axes of its elements for the elements of A, ...".
+std::vector<std::string> mixedAxes(const Contents& contents, const Deck& deck);
 
 }  // namespace importers::calculix

@@ -76,7 +76,14 @@ void import(const ImportOptions& options, const std::vector<importers::KnownForm
   }
   checkOutput(found.format->importer->inputs(job), request.output);
   const auto show = [&progress](std::uint64_t done, std::uint64_t all) { progress.show(done, all); };
-  const importers::ImportSummary summary = importers::runImport(*source, request, warnOnce, show);
+  const importers::ImportSummary summary = [&] {
+    try {
+      return importers::runImport(*source, request, warnOnce, show);
+    } catch (const odbstore::StoreError& error) {
+      if (!options.output.empty()) throw;
+      throw std::runtime_error(std::string(error.what()) + "; -o DATABASE writes it elsewhere");
+    }
+  }();
   progress.wipe();
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   printSummary(request.output, summary, seconds.count());
