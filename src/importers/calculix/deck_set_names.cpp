@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include "importers/calculix/deck_keyword.h"
 #include "importers/run/set_names.h"
+#include "importers/text_fields.h"
 
 namespace importers::calculix {
 
@@ -41,6 +43,22 @@ void warnOfNames(const std::vector<StoredSet>& sets, const WarningSink& warn) {
       fmt::format("{}: warning: there will be no records of the sets {}: an extraction leaves out sets whose names "
                   "contain \"Warn\" or \"Info\"",
                   place, listed(hidden)));
+}
+
+PrintedSetNames::PrintedSetNames(const Deck& deck) : deck_(deck) {
+  for (const StoredSet& stored : storedSets(deck.setsInOrder())) names_.try_emplace(stored.set, stored.name);
+}
+
+std::string PrintedSetNames::nameOf(std::string_view printed, odbstore::SetKind kind) const {
+  return nameOf(printed, deck_.setPrintedAs(printed, kind));
+}
+
+std::string PrintedSetNames::nameOfSurface(std::string_view printed) const {
+  return nameOf(printed, deck_.surfacePrintedAs(printed));
+}
+
+std::string PrintedSetNames::nameOf(std::string_view printed, const DeckSet* set) const {
+  return set == nullptr ? storableText(withoutQuotes(printed)) : names_.at(set);
 }
 
 }  // namespace importers::calculix
