@@ -34,7 +34,11 @@ PERCENTAGE = 5
 """
 # What the import may have to say of a deck of these, and why.
 KNOWN_MESSAGES = [
-    r"no (node|element) of the results is in ",  # shells, beams, and elements that write no results
+    r"no (node|element) of the results is in ",  # unused nodes, and elements that write no results
+    r"no members are in the sets ",
+    r"labels that no (node|element) of the deck has are left out of the sets ",
+    r": note: the (node|element) set .* becomes ",  # names that records cannot tell apart
+    r"restarts an earlier run and has no mesh",
     r"the file is cut off here",  # the solver stopped
     r"the file holds no results",  # it had nothing to write
     r"the set \S+ is not known",  # decks that misspell a set

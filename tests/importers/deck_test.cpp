@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "importers/calculix/deck_set_names.h"
 #include "importers_test.h"
 
 namespace importers::calculix {
@@ -109,6 +110,22 @@ TEST_F(DeckTest, FindsSetsAsTheSolverPrintsTheirNames) {
   EXPECT_EQ(nameOf(deck.surfacePrintedAs("SURF")), "Sur f");
   EXPECT_EQ(nameOf(deck.surfacePrintedAs("E")), "E-SURFACE");
   EXPECT_EQ(nameOf(deck.surfacePrintedAs("LONG")), "none");
+}
+
+TEST_F(DeckTest, PrintedSetsHaveTheNamesOfTheDatabase) {
+  const Deck deck = read(
+      "*ELEMENT,TYPE=C3D8,ELSET=Both\n7,1,2,3,4,5,6,7,8\n*NSET,NSET=BOTH\n1\n*NSET,NSET=both\n2\n*ELSET,ELSET=both\n7\n"
+      "*NSET,NSET=\"Lo ng\"\n5\n*NSET,NSET=Lo ng\n6\n*SURFACE,NAME=Both\nBOTH,S1\n*SURFACE,NAME=P,TYPE=NODE\n1\n");
+  const PrintedSetNames names(deck);
+  using odbstore::SetKind;
+  EXPECT_EQ(names.nameOf("BOTH", SetKind::element), "Both");
+  EXPECT_EQ(names.nameOf("BOTH", SetKind::node), "BOTH") << "its spellings are BOTH and both-NODES";
+  EXPECT_EQ(names.nameOf("\"LONG\"", SetKind::node), "Lo ng");
+  EXPECT_EQ(names.nameOf("LONG", SetKind::node), "Lo ng-2");
+  EXPECT_EQ(names.nameOf("\"OTHER", SetKind::node), "OTHER") << "the deck does not have it";
+  EXPECT_EQ(names.nameOfSurface("BOTH"), "Both-SURFACE");
+  EXPECT_EQ(names.nameOfSurface("P"), "P-NODES");
+  EXPECT_EQ(names.nameOfSurface("\"NONE\""), "NONE");
 }
 
 TEST_F(DeckTest, SetsHaveTheOrderOfTheirFirstMention) {
