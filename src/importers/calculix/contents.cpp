@@ -58,13 +58,15 @@ void readResults(const std::string& results, StressAt stressAt, const Deck& deck
   contents.isCutOff = reader.isCutOff();
 }
 
-void readPrinted(const std::string& printed, StressAt stressAt, const Deck& deck, Contents& contents) {
-  contents.printed = readPrintedTables(printed);
-  placeTables(contents.printed.tables, deck.procedures, contents.frames);
-  if (!contents.printed.tables.empty()) contents.frames.settleTimes();
+// The frames are settled then.
+void readPrinted(const RunFiles& files, StressAt stressAt, const Deck& deck, const WarningSink& warn,
+                 Contents& contents) {
+  contents.frames.checkStatus();
+  const WarningSink note = [&](const std::string& text) { warn(fmt::format("{}: note: {}", files.results, text)); };
+  contents.printed = placePrintedTables(files.printed, deck, contents.frames, note);
   for (const PrintedTable& table : contents.printed.tables) {
     std::vector<MappedField> fields = mapTable(table, stressAt);
-    if (fields.empty() || table.rows == 0 || !table.frame) continue;
+    if (fields.empty() || !table.frame) continue;
     contents.blocks.push_back(
         {true, table.ordinal, table.head.title, *table.frame, table.step, 0, std::move(fields), table.rows});
   }
@@ -75,7 +77,7 @@ void readPrinted(const std::string& printed, StressAt stressAt, const Deck& deck
 Contents readContents(const RunFiles& files, StressAt stressAt, const Deck& deck, const WarningSink& warn) {
   Contents contents{0, 0, false, false, {}, {}, Frames(files.status, warn)};
   readResults(files.results, stressAt, deck, contents);
-  readPrinted(files.printed, stressAt, deck, contents);
+  readPrinted(files, stressAt, deck, warn, contents);
   const std::vector<int> places = placesInSteps(contents.frames);
   for (ContentsBlock& block : contents.blocks) block.place = places[block.frame];
   return contents;

@@ -69,6 +69,7 @@ class DeckReader {
     deck_.materials = sections_.finishMaterials();
     deck_.sections = sections_.finishSections();
     deck_.nodalThicknesses = sections_.finishNodalThicknesses();
+    deck_.steps = steps_.finish();
     return std::move(deck_);
   }
 
@@ -97,6 +98,7 @@ class DeckReader {
     }
     data_ = Data::none;
     set_ = nullptr;
+    steps_.start(keyword);
     if (keyword.name == "HEADING") {
       data_ = Data::heading;
     } else if (keyword.name == "STEP") {
@@ -153,6 +155,7 @@ class DeckReader {
   }
 
   void takeData(std::string_view line, LineReader& lines) {
+    steps_.takeData(line);
     switch (data_) {
       case Data::heading:
         if (deck_.heading.empty()) deck_.heading = storableText(line);
@@ -212,6 +215,7 @@ class DeckReader {
   bool withSections_;
   DeckSections sections_;
   DeckSurfaces surfaces_;
+  DeckStepReader steps_;
   Data data_ = Data::none;
   DeckSet* set_ = nullptr;  // the set that the data lines belong to
   bool generate_ = false;

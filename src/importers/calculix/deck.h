@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "importers/calculix/deck_sections.h"
+#include "importers/calculix/deck_steps.h"
 #include "importers/diagnostics.h"
 #include "importers/mass/vector3.h"
 
@@ -55,6 +56,7 @@ struct Deck {
   std::vector<DeckNodalThickness> nodalThicknesses;
   std::vector<std::string> stepTitles;  // of each step its first line of text, or empty
   std::vector<Procedure> procedures;    // of each step
+  DeckSteps steps;                      // when they write, and what they print
   // The step that first asks for SECTION FORCES, 0 where none does. From there on the solver writes them instead of
   // stresses, even if a later step asks for stresses again.
   int sectionForcesFrom = 0;

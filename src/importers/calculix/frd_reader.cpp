@@ -83,11 +83,14 @@ void FrdReader::takeFrameLine(std::string_view line) {
     increment_ = lines_.integerAt(line, 37, 12, "the increment");
     step_ = lines_.integerAt(line, 49, 12, "the step");
     nodalDiameter_.reset();
+    mode_ = 0;
     hasFrameLine_ = true;
   } else if (line.starts_with("    1PHID")) {
     const int diameter = lines_.integerAt(line, 25, 12, "the nodal diameter");
     // A model that is no sector of a cycle has -1 here.
     if (diameter >= 0) nodalDiameter_ = diameter;
+  } else if (line.starts_with("    1PMODE")) {
+    mode_ = lines_.integerAt(line, 25, 12, "the number of the mode");
   }
 }
 
@@ -159,6 +162,7 @@ void FrdReader::readResultHeader(FrdResult& result, std::string_view header) con
   result.step = step_;
   result.increment = hasFrameLine_ ? increment_ : result.frameCounter;
   result.nodalDiameter = nodalDiameter_;
+  result.mode = mode_;
   result.format = formatOf(header);
 }
 

@@ -36,6 +36,7 @@ Deck deckOf(const ImportRequest& request, const WarningSink& warn, DeckDetail de
 
 Contents selectedContents(const ImportRequest& request, const Deck& deck, const WarningSink& warn) {
   Contents contents = readContents({request.results, request.status, request.printed}, request.stressAt, deck, warn);
+  reportProblems(contents.printed, request.printed, request.isStrict, warn);
   select(contents, request.selection, request.results);
   return contents;
 }

@@ -3,14 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <numeric>
 
 namespace importers::calculix {
 
 namespace {
-
-// Sums over rows, and the motions of knots, are no rows of a place.
-bool isOfNothing(const DatRow& row) { return row.front().front() >= 'A' && row.front() != "NaN"; }
 
 odbstore::Position positionOf(DatRows rows) {
   switch (rows) {
@@ -55,15 +51,16 @@ void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, cons
                               PrintedHistories* histories) {
   if (block == nullptr && histories == nullptr) return;
   if (histories != nullptr) histories->start(table, table.frame ? contents_.frames[*table.frame].info.value : 0.0);
-  const std::size_t width = std::max(table.format->width(), table.width);
+  const std::size_t width = table.width;
   DatRow row;
   DatValues values;
   rows_.first.clear();
   rows_.second.clear();
+  rows_.areLocal.clear();
   rows_.numbers.clear();
   rows_.width = width;
   while (reader.nextRow(row)) {
-    if (isOfNothing(row)) continue;
+    if (isRemark(row)) continue;
     const bool isGood = readDatRow(*table.format, row, values);
     if (!isGood || (block != nullptr && values.numbers.size() < width)) {
       throw ImportError(path_, reader.lineNumber(), fmt::format("this is no row of {}", table.head.title));
@@ -72,6 +69,7 @@ void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, cons
     if (block == nullptr) continue;
     rows_.first.push_back(values.labels[0]);
     rows_.second.push_back(values.labels[1]);
+    rows_.areLocal.push_back(values.isLocal);
     for (std::size_t i = 0; i < width; ++i) rows_.numbers.push_back(static_cast<float>(values.numbers[i]));
   }
   if (!rows_.first.empty()) addFields(table, *block);
@@ -100,11 +98,12 @@ void PrintedImport::addBlocks(const PrintedTable& table, const MappedField& fiel
   const odbstore::Position position = positionOf(table.format->rows);
   std::vector<std::pair<std::string, std::vector<std::size_t>>> groups;
   if (position == odbstore::Position::nodal) {
-    groups.emplace_back("", std::vector<std::size_t>(rows_.first.size()));
-    std::iota(groups[0].second.begin(), groups[0].second.end(), std::size_t{0});
+    groups.emplace_back("", std::vector<std::size_t>());
   }
-  for (std::size_t i = 0; position != odbstore::Position::nodal && i < rows_.first.size(); ++i) {
-    const std::string& type = model_.typeOf(rows_.first[i]);
+  const std::string noType;
+  for (std::size_t i = 0; i < rows_.first.size(); ++i) {
+    if (rows_.areLocal[i] != field.isLocal) continue;
+    const std::string& type = position == odbstore::Position::nodal ? noType : model_.typeOf(rows_.first[i]);
     auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& known) { return known.first == type; });
     if (group == groups.end()) group = groups.insert(groups.end(), {type, {}});
     group->second.push_back(i);
