@@ -23,13 +23,10 @@ namespace {
 // The solver writes buckling factors under the number of its first step. The deck knows the step that they belong to:
 // the first buckling step that is not before what was written last.
 int trueStep(const FrdResult& result, const Deck& deck, int lastStep) {
-  const auto isBuckling = [&](int step) {
-    return deck.procedures[static_cast<std::size_t>(step) - 1] == Procedure::buckling;
-  };
-  const int count = static_cast<int>(deck.procedures.size());
-  const bool isDoubtful = result.kind == AnalysisKind::buckling && result.step >= 1 && result.step <= count;
-  if (!isDoubtful || isBuckling(result.step)) return result.step;
-  for (int step = std::max(lastStep, 1); step <= count; ++step) {
+  if (result.kind != AnalysisKind::buckling) return result.step;
+  const auto isBuckling = [&](int step) { return deck.steps.find(step)->procedure == Procedure::buckling; };
+  if (deck.steps.find(result.step) == nullptr || isBuckling(result.step)) return result.step;
+  for (int step = std::max(lastStep, result.step); deck.steps.find(step) != nullptr; ++step) {
     if (isBuckling(step)) return step;
   }
   return result.step;
@@ -63,7 +60,7 @@ void readPrinted(const RunFiles& files, StressAt stressAt, const Deck& deck, con
                  Contents& contents) {
   contents.frames.checkStatus();
   const WarningSink note = [&](const std::string& text) { warn(fmt::format("{}: note: {}", files.results, text)); };
-  contents.printed = placePrintedTables(files.printed, deck, contents.frames, note);
+  contents.printed = placePrintedTables(files.printed, deck, !contents.isCutOff, contents.frames, note);
   for (const PrintedTable& table : contents.printed.tables) {
     std::vector<MappedField> fields = mapTable(table, stressAt);
     if (fields.empty() || !table.frame) continue;

@@ -281,7 +281,9 @@ bool readDatRow(const DatFormat& format, const DatRow& row, DatValues& values) {
   }
   const bool mayBeLocal = format.rows == node || format.rows == integrationPoint;
   values.isLocal = mayBeLocal && at + 1 == row.size();
-  return !values.numbers.empty() && (at == row.size() || values.isLocal);
+  const bool isFixed = format.shape != numbered && format.traits.words.empty();
+  const std::size_t least = isFixed ? format.width() - format.traits.optionalColumns : 1;
+  return values.numbers.size() >= least && (at == row.size() || values.isLocal);
 }
 
 }  // namespace importers::calculix

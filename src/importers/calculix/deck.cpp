@@ -22,13 +22,6 @@ namespace {
 // Files include each other only so deep.
 constexpr std::size_t kDeepestInclude = 32;
 
-std::optional<Procedure> procedureOf(const Keyword& keyword) {
-  if (keyword.name == "FREQUENCY" || keyword.name == "COMPLEXFREQUENCY") return Procedure::modes;
-  if (keyword.name == "BUCKLE") return Procedure::buckling;
-  if (keyword.name == "STEADYSTATEDYNAMICS") return Procedure::steadyState;
-  return std::nullopt;
-}
-
 // What tells files apart whatever they are called; their name where it cannot be found out.
 std::string identityOf(const std::filesystem::path& path) {
   std::error_code failed;
@@ -76,8 +69,6 @@ class DeckReader {
  private:
   enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet, section, surface };
 
-  bool hasStep() const { return !deck_.procedures.empty(); }
-
   // A keyword line that ends in a comma goes on in the next one.
   static std::string joined(LineReader& lines, std::string_view line) {
     std::string whole(line);
@@ -103,10 +94,7 @@ class DeckReader {
       data_ = Data::heading;
     } else if (keyword.name == "STEP") {
       deck_.stepTitles.emplace_back();
-      deck_.procedures.push_back(Procedure::time);
       data_ = Data::stepTitle;
-    } else if (const std::optional<Procedure> procedure = procedureOf(keyword); procedure && hasStep()) {
-      deck_.procedures.back() = *procedure;
     } else if (keyword.name == "ELFILE" || keyword.name == "ELEMENTOUTPUT") {
       const bool isFirst = deck_.sectionForcesFrom == 0 && keyword.has("SECTIONFORCES");
       if (isFirst) deck_.sectionForcesFrom = static_cast<int>(deck_.stepTitles.size());

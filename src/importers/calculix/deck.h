@@ -42,9 +42,6 @@ struct DeckMesh {
   void dropNodes();
 };
 
-// What a step calculates. All but modes, buckling factors and steady states go on in time.
-enum class Procedure { time, modes, buckling, steadyState };
-
 struct Deck {
   std::string heading;  // the first line under *HEADING
   // By canonical name, from *NSET, *ELSET, NSET= on *NODE, ELSET= on *ELEMENT and *SURFACE.
@@ -55,8 +52,7 @@ struct Deck {
   std::vector<DeckSection> sections;              // the later one counts for an element in several
   std::vector<DeckNodalThickness> nodalThicknesses;
   std::vector<std::string> stepTitles;  // of each step its first line of text, or empty
-  std::vector<Procedure> procedures;    // of each step
-  DeckSteps steps;                      // when they write, and what they print
+  DeckSteps steps;                      // what each calculates, when it writes, and what it prints
   // The step that first asks for SECTION FORCES, 0 where none does. From there on the solver writes them instead of
   // stresses, even if a later step asks for stresses again.
   int sectionForcesFrom = 0;

@@ -86,7 +86,6 @@ void DeckStepReader::start(const Keyword& keyword) {
     data_ = Data::points;
   }
   if (!hasStep()) return;
-  if (keyword.name == "STEADYSTATEDYNAMICS") data_ = Data::range;
   if (keyword.name == "SELECTCYCLICSYMMETRYMODES") {
     const auto diameter = [&](const char* parameter) {
       return integerFrom(keyword.value(parameter).value_or("0")).value_or(0);
@@ -94,7 +93,7 @@ void DeckStepReader::start(const Keyword& keyword) {
     step().isCyclic = true;
     step().diameters = {diameter("NMIN"), std::max(diameter("NMIN"), diameter("NMAX"))};
   }
-  if (isOneOf(kInTime, keyword.name)) startTime(keyword);
+  startProcedure(keyword);
   if (isOneOf(kOutputs, keyword.name)) takeFrequency(keyword);
   if (const std::optional<Kind> kind = printKindOf(keyword.name)) startPrint(*kind, keyword);
 }
@@ -113,9 +112,29 @@ void DeckStepReader::startStep() {
   asked_.clear();
 }
 
+void DeckStepReader::startProcedure(const Keyword& keyword) {
+  const bool isHarmonic = canonicalName(keyword.value("HARMONIC").value_or("")) != "NO";
+  const bool hasModes = keyword.name == "FREQUENCY" || keyword.name == "COMPLEXFREQUENCY" ||
+                        (keyword.name == "HEATTRANSFER" && keyword.has("FREQUENCY"));
+  if (hasModes) {
+    step().procedure = Procedure::modes;
+  } else if (keyword.name == "BUCKLE") {
+    step().procedure = Procedure::buckling;
+  } else if (keyword.name == "STEADYSTATEDYNAMICS" && isHarmonic) {
+    step().procedure = Procedure::steadyState;
+    data_ = Data::range;
+  } else if (keyword.name == "STEADYSTATEDYNAMICS") {
+    step().isPeriodic = true;
+  } else if (isOneOf(kInTime, keyword.name)) {
+    startTime(keyword);
+  }
+}
+
 void DeckStepReader::startTime(const Keyword& keyword) {
+  step().isFluid = keyword.name == "CFD";
   // Steady states in modal dynamics end when they are steady.
-  const bool hasEnd = keyword.name != "MODALDYNAMIC" || !keyword.has("STEADYSTATE");
+  const bool isModal = keyword.name == "MODALDYNAMIC" || keyword.has("MODALDYNAMIC");
+  const bool hasEnd = !isModal || !keyword.has("STEADYSTATE");
   if (hasEnd) step().period = 1.0;
   if (keyword.has("TIMERESET")) step().startsAt = 0.0;
   if (const auto time = keyword.value("TOTALTIMEATSTART")) step().startsAt = numberFrom(*time);

@@ -1,6 +1,7 @@
 // What the steps of a CalculiX deck say of their times, of when they write results, and of what they print.
 #pragma once
 
+#include <compare>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,9 @@
 #include "importers/calculix/deck_keyword.h"
 
 namespace importers::calculix {
+
+// What a step calculates. All but modes, buckling factors and steady states go on in time.
+enum class Procedure { time, modes, buckling, steadyState };
 
 // One quantity that *NODE PRINT, *EL PRINT, *CONTACT PRINT or *SECTION PRINT asks for.
 struct PrintRequest {
@@ -21,12 +25,13 @@ struct PrintRequest {
   std::string key;  // "U", "S", ...; of a section "SOF", whatever it asks for
   Totals totals = Totals::no;
 
-  bool operator==(const PrintRequest&) const = default;
+  auto operator<=>(const PrintRequest&) const = default;
 };
 
 // A step has what the ones before it have asked for until it asks anew, as in the solver: the first request of a kind
 // in a step takes the place of all earlier ones of that kind.
 struct DeckStep {
+  Procedure procedure = Procedure::time;
   // Results are written after every n-th increment and after the last one. All requests of a step, for printing and for
   // the result file, share the number that the deck gives last.
   int frequency = 1;
@@ -36,6 +41,8 @@ struct DeckStep {
 
   std::optional<double> period;      // of a step in time, nothing where the deck does not say
   std::optional<double> startsAt;    // the total time that the step sets, with TIME RESET 0
+  bool isPeriodic = false;           // in time, but within periods of a steady state, which take no total time
+  bool isFluid = false;              // prints at times of its own, which the status file does not know
   double lastFrequency = 0.0;        // of a steady state: the end of its range, 0 where the deck does not say
   std::pair<int, int> diameters;     // of the modes of a cyclic model, first and last
   bool isCyclic = false;             // whether it names nodal diameters
@@ -71,6 +78,7 @@ class DeckStepReader {
   };
 
   bool hasStep() const { return !steps_.steps.empty(); }
+  void startProcedure(const Keyword& keyword);
   DeckStep& step() { return steps_.steps.back(); }
   void startStep();
   void startTime(const Keyword& keyword);

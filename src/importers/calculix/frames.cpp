@@ -69,7 +69,7 @@ FrameKind frameKindOf(const FrdResult& block) {
   const bool isComplexMode = block.kind == AnalysisKind::other && block.mode > 0;
   if (block.kind == AnalysisKind::modal || isComplexMode) return FrameKind::mode;
   // All frames of steady-state dynamics have the increment 0, which no increment in time has.
-  const bool isSteadyState = block.kind == AnalysisKind::time && block.increment == 0;
+  const bool isSteadyState = block.kind == AnalysisKind::time && block.increment == 0 && !block.isPeriodic;
   return isSteadyState ? FrameKind::steadyState : FrameKind::time;
 }
 
@@ -89,16 +89,15 @@ FrameNumber Frames::find(const FrdResult& block, const std::vector<std::string>&
   };
   if (known == byCounter_.end() || hasOne(frames_[known->second].fields)) {
     std::vector<FrameNumber>& order = order_[block.step];
-    RunFrame frame{block.step,
-                   frameKindOf(block),
-                   block.value,
-                   block.increment,
-                   block.mode,
-                   0,
-                   block.nodalDiameter,
-                   digitsOfResults(block.value),
-                   {},
-                   {}};
+    RunFrame frame;
+    frame.step = block.step;
+    frame.kind = frameKindOf(block);
+    frame.value = block.value;
+    frame.digits = digitsOfResults(block.value);
+    if (!block.isPeriodic) frame.increment = block.increment;
+    frame.mode = block.mode;
+    frame.nodalDiameter = block.nodalDiameter;
+    frame.isPeriodic = block.isPeriodic;
     if (frame.kind == FrameKind::bucklingMode && order.empty() && frame.value == 0.0) {
       frame.kind = FrameKind::baseState;
     } else if (frame.mode > 0) {
@@ -160,6 +159,7 @@ double Frames::startOf(int step, const StepStarts& starts) const {
 // The status file has the time in the step with six digits. The difference of the total times is used only where it
 // has more of them, and the same ones.
 double Frames::timeInStep(const RunFrame& frame, double start) const {
+  if (frame.isPeriodic) return frame.value;
   const double time = difference(frame.value, start, frame.digits);
   const auto times = times_.find(frame.step);
   if (times == times_.end()) return time;

@@ -55,6 +55,7 @@ struct RunFrame {
   int mode = 0;                  // the solver's number of a mode, from 1 for each nodal diameter
   int place = 0;                 // of a mode among all of its step, from 1
   std::optional<int> nodalDiameter;
+  bool isPeriodic = false;       // whether a time starts with a period of a steady state
   int digits = 0;                // of the value
   std::set<std::string> fields;  // of the result file
   odbstore::FrameInfo info;      // known when the frames are settled

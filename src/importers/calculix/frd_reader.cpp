@@ -161,6 +161,9 @@ void FrdReader::readResultHeader(FrdResult& result, std::string_view header) con
   result.frameCounter = lines_.integerAt(header, 59, 5, "the frame counter");
   result.step = step_;
   result.increment = hasFrameLine_ ? increment_ : result.frameCounter;
+  // Steady states under loads that are not harmonic have their frequency as the text of the frame.
+  result.isPeriodic =
+      result.kind == AnalysisKind::time && result.increment == 0 && !trimmed(columns(header, 37, 20)).empty();
   result.nodalDiameter = nodalDiameter_;
   result.mode = mode_;
   result.format = formatOf(header);

@@ -12,12 +12,16 @@ constexpr int kLeftOut = 2;              // results are written after the increm
 constexpr int kNotWritten = 3;           // the other way round
 constexpr int kUnknown = 1;              // the increment is not known ...
 constexpr int kUnknownBesideFrames = 4;  // ... although the result file has some of its step
-constexpr int kSameTime = 1;             // the time is that of the increment before
+constexpr int kSameTime = 1;             // the time is that of the one before, as far as it has digits ...
+constexpr int kSameAsKnown = 4;          // ... or that of a known increment or the start
 constexpr int kNotAsked = 6;             // the step does not print such tables
 constexpr int kNewStep = 6;              // nobody knows of the step
 
 // More would take longer than a match is worth: then the order of the times decides.
 constexpr std::size_t kMostCandidates = 4'000'000;
+
+// FREQUENCY of decks that are not there.
+constexpr int kLargestFrequency = 10'000;
 
 constexpr double kForever = std::numeric_limits<double>::infinity();
 
@@ -41,7 +45,8 @@ std::vector<Place> placesOf(const std::vector<StepInTime>& steps, bool mayGoOn, 
     for (std::size_t k = 0; k <= known.size(); ++k) {
       const bool isTail = k == known.size();
       const int number = k == 0 ? 0 : known[k - 1].number.value_or(-1);
-      const bool isDense = !isTail && number >= 0 && known[k].number && *known[k].number == number + 1;
+      const bool isFluid = step.deck != nullptr && step.deck->isFluid;
+      const bool isDense = !isTail && !isFluid && number >= 0 && known[k].number && *known[k].number == number + 1;
       if (isTail ? step.mayGoOn : !step.knowsAll && !isDense) {
         const double low = k == 0 ? start : known[k - 1].total.low;
         const double high = isTail ? step.end.value_or(kForever) : known[k].total.high;
@@ -102,7 +107,10 @@ class Matching {
     const std::vector<bool>& askedBy = times_[time].askedBy;
     const std::size_t step = places_[place].step;
     const bool isAsked = askedBy.empty() || step >= askedBy.size() || askedBy[step];
-    return places_[place].cost + (isAsked ? 0 : kNotAsked);
+    const Rounded& range = places_[place].range;
+    const bool isApart =
+        places_[place].increment || (times_[time].time.low > range.low && times_[time].time.high < range.high);
+    return places_[place].cost + (isAsked ? 0 : kNotAsked) + (isApart ? 0 : kSameAsKnown);
   }
 
   // The increments after which results are written, if there are as many as times and all of them agree. Without deck
@@ -112,9 +120,10 @@ class Matching {
     const bool isCounted = std::any_of(steps_.begin(), steps_.end(), [](const StepInTime& step) {
       return step.step->deck == nullptr && !step.step->hasFrames;
     });
-    for (int frequency = 1; frequency <= (isCounted ? longest() : 1); ++frequency) {
+    for (int frequency = 1; frequency <= (isCounted ? kLargestFrequency : 1); ++frequency) {
       const std::vector<std::size_t> expected = expectedPlaces(frequency);
-      if (expected.size() != times_.size() || !allFit(expected)) continue;
+      if (expected.size() < times_.size()) break;
+      if (expected.size() > times_.size() || !allFit(expected)) continue;
       std::vector<TimeMatch> match;
       for (const std::size_t place : expected) match.push_back(matchAt(place));
       const auto isSame = [](const TimeMatch& a, const TimeMatch& b) {
@@ -124,14 +133,6 @@ class Matching {
       found = std::move(match);
     }
     return found;
-  }
-
-  int longest() const {
-    int number = 1;
-    for (const StepInTime& step : steps_) {
-      for (const KnownIncrement& known : step.step->increments) number = std::max(number, known.number.value_or(1));
-    }
-    return number;
   }
 
   std::vector<std::size_t> expectedPlaces(int frequency) const {
@@ -223,13 +224,17 @@ class Matching {
     return !candidates_[time].empty();
   }
 
+  bool isPeriodic(std::size_t step) const {
+    return step < steps_.size() && steps_[step].step->deck != nullptr && steps_[step].step->deck->isPeriodic;
+  }
+
   // From a place between increments to the same one, which holds several.
   std::optional<Candidate> sameTime(std::size_t time, std::size_t place, std::size_t next) const {
     const std::vector<Candidate>& before = candidates_[time - 1];
     if (places_[place].increment || next >= before.size() || before[next].place != place) return std::nullopt;
     const Rounded& a = times_[time - 1].time;
     const Rounded& b = times_[time].time;
-    if (b.high < a.low) return std::nullopt;
+    if (b.high < a.low && !isPeriodic(places_[place].step)) return std::nullopt;
     // A step that nobody knows of is charged once.
     const int refund = places_[place].step < steps_.size() ? 0 : places_[place].cost;
     return Candidate{place, before[next].cost + (a.meets(b) ? kSameTime : 0) - refund, 0, 0};
@@ -252,11 +257,18 @@ class Matching {
       const Candidate& last = candidates_[time][high];
       found[time] = matchAt(first.place);
       const TimeMatch other = matchAt(last.place);
-      found[time].isCertain = found[time].step == other.step && found[time].increment == other.increment;
+      found[time].isCertain =
+          found[time].step == other.step && found[time].increment == other.increment && !isLikeNext(time, found);
       low = first.first;
       high = last.last;
     }
     return found;
+  }
+
+  // Whether a time and the next one lie between the same known increments, and are the same by their digits.
+  bool isLikeNext(std::size_t time, const std::vector<TimeMatch>& found) const {
+    return time + 1 < found.size() && !found[time].increment && !found[time + 1].increment &&
+           found[time].step == found[time + 1].step && times_[time].time.meets(times_[time + 1].time);
   }
 
   // Every time at the first place that is left for it.
@@ -264,7 +276,7 @@ class Matching {
     std::vector<TimeMatch> found;
     std::size_t next = 0;
     for (std::size_t time = 0; time < times_.size(); ++time) {
-      while (next < places_.size() && (!fits(time, next) || costOf(time, next) >= kNotWritten)) ++next;
+      while (next < places_.size() && !fits(time, next)) ++next;
       if (next == places_.size()) return std::nullopt;
       found.push_back(matchAt(next));
       found.back().isCertain = false;

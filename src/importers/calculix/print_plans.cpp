@@ -42,27 +42,29 @@ TableKind tableKindOf(const PrintedTable& table) {
 }
 
 PrintPlans::PrintPlans(const RunSteps& steps) {
+  std::map<std::vector<PrintRequest>, int> known;
   for (const auto& [number, step] : steps.steps) {
     if (step.deck == nullptr || !step.deck->knowsPrints) continue;
-    const bool isNew = plans_.empty() || plans_.back().requests != step.deck->prints;
-    if (isNew) {
-      all_.push_back(static_cast<int>(plans_.size()));
-      plans_.push_back({step.deck->prints, tablesOf(step.deck->prints)});
-    }
-    ofStep_[number] = static_cast<int>(plans_.size()) - 1;
+    const auto [plan, isNew] = known.try_emplace(step.deck->prints, static_cast<int>(plans_.size()));
+    ofStep_[number] = plan->second;
+    if (!isNew) continue;
+    all_.push_back(plan->second);
+    plans_.push_back({step.deck->prints, tablesOf(step.deck->prints)});
+    for (const auto& [kind, times] : plans_.back().times) kinds_.insert(kind);
   }
 }
 
+int PrintPlans::timesOf(int plan, const TableKind& kind) const {
+  const auto& times = plans_[static_cast<std::size_t>(plan)].times;
+  const auto known = times.find(kind);
+  return known == times.end() ? 0 : known->second;
+}
+
 std::vector<int> PrintPlans::thatPrint(const TableKind& kind, int count, const std::vector<int>& plans) const {
-  const auto timesIn = [&](int plan) {
-    const auto& times = plans_[static_cast<std::size_t>(plan)].times;
-    const auto known = times.find(kind);
-    return known == times.end() ? 0 : known->second;
-  };
-  const bool isKnown = std::any_of(all_.begin(), all_.end(), [&](int plan) { return timesIn(plan) > 0; });
+  const bool isKnown = kinds_.contains(kind);
   std::vector<int> found;
   for (const int plan : plans) {
-    if (isKnown ? timesIn(plan) > count : count == 0) found.push_back(plan);
+    if (isKnown ? timesOf(plan, kind) > count : count == 0) found.push_back(plan);
   }
   return found;
 }
@@ -74,10 +76,7 @@ int PrintPlans::of(int step) const {
 
 int PrintPlans::timesIn(int step, const TableKind& kind) const {
   const int plan = of(step);
-  if (plan < 0) return 1;
-  const auto& times = plans_[static_cast<std::size_t>(plan)].times;
-  const auto known = times.find(kind);
-  return known == times.end() ? 1 : known->second;
+  return plan < 0 ? 1 : std::max(timesOf(plan, kind), 1);
 }
 
 std::string PrintPlans::partOfForces(int plan, const PrintedTable& table, int n) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -40,9 +41,12 @@ class PrintPlans {
     std::map<TableKind, int> times;
   };
 
+  int timesOf(int plan, const TableKind& kind) const;
+
   std::vector<Plan> plans_;
   std::vector<int> all_;
   std::map<int, int> ofStep_;
+  std::set<TableKind> kinds_;  // of any plan
 };
 
 }  // namespace importers::calculix

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
 
 #include "importers/calculix/increment_matching.h"
 #include "importers/calculix/printed_outputs.h"
@@ -13,8 +14,8 @@ namespace {
 
 class PlaceFinder {
  public:
-  PlaceFinder(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames)
-      : tables_(tables), steps_(steps), frames_(frames), plans_(steps) {
+  PlaceFinder(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames, bool isComplete)
+      : tables_(tables), steps_(steps), frames_(frames), plans_(steps), isComplete_(isComplete) {
     places_.tables.resize(tables.size());
   }
 
@@ -38,6 +39,7 @@ class PlaceFinder {
         i = end;
       }
     }
+    if (isComplete_ && places_.contradiction.empty()) checkFrames(found);
     return std::move(places_);
   }
 
@@ -52,6 +54,7 @@ class PlaceFinder {
   }
 
   void give(const PrintedOutput& output, int step, FrameNumber frame) {
+    withTables_.insert(frame);
     for (const std::size_t table : output.tables) {
       places_.tables[table].step = step;
       places_.tables[table].frame = frame;
@@ -153,6 +156,25 @@ class PlaceFinder {
     give(output, match.step, add(std::move(frame)));
   }
 
+  // The solver prints after the same increments after which it writes frames. Where it asks for both, and no frame at
+  // all has tables, they are of different runs.
+  void checkFrames(const PrintedOutputs& found) {
+    std::set<int> printed;
+    for (const PrintedOutput& output : found.outputs) printed.insert(output.plans.begin(), output.plans.end());
+    std::size_t lacking = 0;
+    for (const auto& [number, step] : steps_.steps) {
+      if (!printed.contains(plans_.of(number))) continue;
+      for (const KnownIncrement& known : step.increments) {
+        if (!known.frame || !known.isExpected) continue;
+        if (withTables_.contains(*known.frame)) return;
+        ++lacking;
+      }
+    }
+    if (lacking > 0) {
+      contradict(tables_.front().head.line, fmt::format("nothing is printed for any of {} frames", lacking));
+    }
+  }
+
   void noteDoubt(const PrintedOutput& output, int step) {
     if (inDoubt_) return;
     inDoubt_ = true;
@@ -166,7 +188,9 @@ class PlaceFinder {
   const RunSteps& steps_;
   const Frames& frames_;
   PrintPlans plans_;
+  bool isComplete_;
   PrintedPlaces places_;
+  std::set<FrameNumber> withTables_;
   bool inDoubt_ = false;
 };
 
@@ -183,18 +207,21 @@ void take(PrintedTables& printed, const PrintedPlaces& places) {
 
 }  // namespace
 
-PrintedPlaces findPlaces(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames) {
-  return PlaceFinder(tables, steps, frames).find();
+PrintedPlaces findPlaces(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames,
+                         bool isComplete) {
+  return PlaceFinder(tables, steps, frames, isComplete).find();
 }
 
-PrintedTables placePrintedTables(const std::string& path, const Deck& deck, Frames& frames, const WarningSink& note) {
+PrintedTables placePrintedTables(const std::string& path, const Deck& deck, bool isComplete, Frames& frames,
+                                 const WarningSink& note) {
   PrintedTables printed = readPrintedTables(path, deck);
+  isComplete = isComplete && !printed.isCutOff;
   RunSteps steps = knownSteps(frames, frames.statusTimes(), deck);
-  PrintedPlaces places = findPlaces(printed.tables, steps, frames);
+  PrintedPlaces places = findPlaces(printed.tables, steps, frames, isComplete);
   if (!places.contradiction.empty() && !frames.statusTimes().empty() && !steps.confirmsStatus) {
     // The status file may be the one that is of another run.
     RunSteps others = knownSteps(frames, {}, deck);
-    PrintedPlaces without = findPlaces(printed.tables, others, frames);
+    PrintedPlaces without = findPlaces(printed.tables, others, frames, isComplete);
     if (without.contradiction.empty()) {
       frames.dropStatus();
       steps = std::move(others);

@@ -48,12 +48,16 @@ struct PrintedPlaces {
   std::int64_t contradictionLine = 0;
 };
 
-// `tables` are all of a file in its order, `steps` what is known of the run, `frames` those of the result file.
-// Decides alone by what it is given; see printed_outputs.h and increment_matching.h for how.
-PrintedPlaces findPlaces(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames);
+// `tables` are all of a file in its order, `steps` what is known of the run, `frames` those of the result file,
+// `isComplete` whether neither file is cut off. Decides by what it is given alone; see printed_outputs.h and
+// increment_matching.h for how.
+PrintedPlaces findPlaces(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames,
+                         bool isComplete);
 
 // Reads the tables of a run and gives each its place: the new frames become some of `frames`, which are settled then.
 // Tables of another run are left out, all of them. `problems` of the result tell what was left out or is in doubt.
-PrintedTables placePrintedTables(const std::string& path, const Deck& deck, Frames& frames, const WarningSink& note);
+// `isComplete` says whether the result file is not cut off.
+PrintedTables placePrintedTables(const std::string& path, const Deck& deck, bool isComplete, Frames& frames,
+                                 const WarningSink& note);
 
 }  // namespace importers::calculix

@@ -40,10 +40,14 @@ bool PrintedRows::areMissing() const {
   }
 }
 
-// Nodes are printed whether they are used or not.
+// All nodes of elements are printed; of others of the set the deck may lack the coordinates.
 bool PrintedRows::lackNodes() const {
   const auto set = deck_->nodeSets.find(deckNameOf(set_, deck_->nodeSets));
-  return set != deck_->nodeSets.end() && count_ < set->second.labels.size();
+  if (set == deck_->nodeSets.end() || count_ >= set->second.labels.size()) return false;
+  const LabelIndex nodes(deck_->mesh.elementNodes);
+  const std::vector<int>& labels = set->second.labels;
+  const auto used = std::count_if(labels.begin(), labels.end(), [&](int node) { return nodes.contains(node); });
+  return count_ < static_cast<std::size_t>(used);
 }
 
 // Of solids every one is printed, unless a step takes some of them out.

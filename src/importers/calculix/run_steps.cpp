@@ -38,6 +38,8 @@ class StepFinder {
 
   RunSteps find() {
     findNumbers();
+    asks_ = std::any_of(deck_.steps.steps.begin(), deck_.steps.steps.end(),
+                        [](const DeckStep& step) { return step.knowsPrints && !step.prints.empty(); });
     if (found_.isWhole) findTimes();
     for (auto& [number, step] : found_.steps) {
       addStatus(number, step);
@@ -58,6 +60,16 @@ class StepFinder {
     return numbers.empty() ? std::pair(0, 0) : std::pair(*numbers.begin(), *numbers.rbegin());
   }
 
+  // All up to the last one, as long as there can be so many.
+  std::set<int> numbersTo(int last) const {
+    constexpr int kMostSteps = 100'000;
+    std::set<int> numbers;
+    for (int step = 1; step <= std::min(last, kMostSteps); ++step) numbers.insert(step);
+    for (const auto& [step, times] : times_) numbers.insert(step);
+    for (const auto& [step, order] : frames_.steps()) numbers.insert(step);
+    return numbers;
+  }
+
   void findNumbers() {
     const auto [first, last] = seen();
     const DeckSteps& deck = deck_.steps;
@@ -68,12 +80,12 @@ class StepFinder {
       found_.doubt = fmt::format("it has the steps {} to {}, the results {} to {}: its steps are not used", before + 1,
                                  before + count, first, last);
     }
-    for (int step = 1; step <= (found_.isWhole ? before + count : last); ++step) {
+    for (const int step : numbersTo(found_.isWhole ? before + count : last)) {
       RunStep& known = found_.steps[step];
-      if (found_.isWhole && step > before) {
+      if (found_.isWhole && step > before && step <= before + count) {
         const auto place = static_cast<std::size_t>(step - before - 1);
         known.deck = &deck.steps[place];
-        known.procedure = deck_.procedures[place];
+        known.procedure = deck.steps[place].procedure;
       } else if (const auto order = frames_.steps().find(step); order != frames_.steps().end()) {
         known.procedure = procedureOf(frames_[order->second.front()].kind);
       }
@@ -86,6 +98,10 @@ class StepFinder {
     if (deck_.steps.stepsBefore == 0) now = 0.0;
     for (auto& [number, step] : found_.steps) {
       if (step.deck == nullptr) continue;
+      if (step.deck->isPeriodic) {
+        step.start = 0.0;
+        continue;
+      }
       if (step.deck->startsAt) now = step.deck->startsAt;
       step.start = now;
       if (step.isInTime()) {
@@ -118,7 +134,7 @@ class StepFinder {
 
   void addStatus(int number, RunStep& step) {
     const auto times = times_.find(number);
-    if (times == times_.end()) return;
+    if (times == times_.end() || (step.deck != nullptr && step.deck->isFluid)) return;
     step.knowsAll = true;
     for (const IncrementTime& time : times->second) {
       KnownIncrement known{
@@ -172,8 +188,8 @@ class StepFinder {
   }
 
   // The solver writes the result file and the tables after the same increments.
-  static void setExpected(RunStep& step) {
-    const bool prints = step.deck == nullptr || !step.deck->knowsPrints || !step.deck->prints.empty();
+  void setExpected(RunStep& step) const {
+    const bool prints = !asks_ || step.deck == nullptr || !step.deck->prints.empty();
     for (std::size_t i = 0; i < step.increments.size(); ++i) {
       KnownIncrement& known = step.increments[i];
       const bool isLast = i + 1 == step.increments.size() && !step.mayGoOn;
@@ -190,6 +206,7 @@ class StepFinder {
   const Frames& frames_;
   const StepTimes& times_;
   const Deck& deck_;
+  bool asks_ = false;  // whether the deck shows what is printed
   RunSteps found_;
 };
 

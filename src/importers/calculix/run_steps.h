@@ -40,7 +40,7 @@ struct RunStep {
 };
 
 struct RunSteps {
-  std::map<int, RunStep> steps;  // by number, without gaps
+  std::map<int, RunStep> steps;  // by number
   bool isWhole = false;          // whether there can be no others: there is a deck
   std::string doubt;             // why the steps of the deck are not used; empty where they are
   bool confirmsStatus = false;   // whether the deck or the result file knows times of the status file
