@@ -77,8 +77,9 @@ class StepFinder {
     const int count = static_cast<int>(deck.steps.size());
     found_.isWhole = count > 0 && (last == 0 || (first > before && last <= before + count));
     if (count > 0 && !found_.isWhole) {
-      found_.doubt = fmt::format("it has the steps {} to {}, the results {} to {}: its steps are not used", before + 1,
-                                 before + count, first, last);
+      found_.doubt =
+          fmt::format("the deck has the steps {} to {}, the results {} to {}: the steps of the deck are not used",
+                      before + 1, before + count, first, last);
     }
     for (const int step : numbersTo(found_.isWhole ? before + count : last)) {
       RunStep& known = found_.steps[step];
