@@ -39,14 +39,14 @@ class FramesTest : public testing::Test {
   }
 
   // "number value description" of the frames of a step.
-  std::vector<std::string> frames(const std::vector<Block>& blocks, int step, const StepStarts& starts = {},
+  std::vector<std::string> frames(const std::vector<Block>& blocks, int step, const StepSpans& spans = {},
                                   const std::vector<RunFrame>& added = {}) {
     writeText(directory_, "job.sta", status_);
     Frames frames(directory_.file("job.sta"), warn_);
     for (const Block& block : blocks) frames.find(resultOf(block), {"U"});
     frames.checkStatus();
     for (const RunFrame& frame : added) frames.add(frame);
-    frames.settle(starts, warn_);
+    frames.settle(spans, warn_);
     std::vector<std::string> found;
     for (const FrameNumber frame : frames.steps().at(step)) {
       const odbstore::FrameInfo& info = frames[frame].info;
@@ -80,7 +80,7 @@ TEST_F(FramesTest, TimesAreThoseOfTheStep) {
   status(1, 1, 1.0, 1.0);
   status(2, 1, 1.001, 0.001);
   status(2, 2, 1.001, 0.001004);
-  EXPECT_THAT(frames({{1, 1, 1.0}, {2, 1, 1.001}, {2, 2, 1.001004}}, 2, {{2, 1.000000005}}),
+  EXPECT_THAT(frames({{1, 1, 1.0}, {2, 1, 1.001}, {2, 2, 1.001004}}, 2, {{2, {1.000000005, {}}}}),
               ElementsAre("1 0.001 Increment 1: Step Time = 0.0010", "2 0.001004 Increment 2: Step Time = 0.0010"));
   EXPECT_THAT(said_, IsEmpty());
 }
@@ -91,8 +91,14 @@ TEST_F(FramesTest, TotalTimesMayHaveMoreDigitsThanThoseOfTheStep) {
 }
 
 TEST_F(FramesTest, TheDeckKnowsWhereAStepStarts) {
-  EXPECT_THAT(frames({{2, 1, 1000.013}}, 2, {{2, 1000.003}}), ElementsAre("1 0.01 Increment 1: Step Time = 0.0100"));
+  EXPECT_THAT(frames({{2, 1, 1000.013}}, 2, {{2, {1000.003, {}}}}),
+              ElementsAre("1 0.01 Increment 1: Step Time = 0.0100"));
   EXPECT_THAT(frames({{2, 1, 1000.013}}, 2), ElementsAre("1 1000.013 Increment 1: Step Time = 1000.0130"));
+}
+
+TEST_F(FramesTest, WithoutAStatusFileTheDeckKnowsWhereAStepEnds) {
+  EXPECT_THAT(frames({{2, 3, 1000.003}, {2, 7, 1000.007}}, 2, {{2, {1000.0, 0.0070001}}}),
+              ElementsAre("3 0.003 Increment 3: Step Time = 0.0030", HasSubstr("7 0.0070001")));
 }
 
 TEST_F(FramesTest, AStatusFileThatAgreesWithinItsDigitsIsNotBlamed) {
@@ -146,7 +152,7 @@ TEST_F(FramesTest, TimesWithinAPeriodCountFromItsStart) {
   FrdResult result = resultOf({2, 0, 4.2e-6, AnalysisKind::time});
   result.isPeriodic = true;
   const FrameNumber number = frames.find(result, {"U"});
-  frames.settle({{2, 1.0}}, warn_);
+  frames.settle({{2, {1.0, {}}}}, warn_);
   EXPECT_EQ(frames[number].info.value, 4.2e-6);
   EXPECT_EQ(frames[number].info.incrementNumber, 1);
 }

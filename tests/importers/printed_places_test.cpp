@@ -144,10 +144,10 @@ TEST_F(PlacesTest, ARepeatedRequestIsASecondTableOfTheSameFrame) {
 TEST_F(PlacesTest, TheSameTimeAgainIsAnotherIncrement) {
   // The second step ends a billionth behind the first one.
   EXPECT_THAT(places(displacements(1) + displacements(1), {"*STATIC\n" + kPrints, "*STATIC\n1e-9, 1e-9\n"}),
-              ElementsAre("1/1 1", "2/1 0"));
+              ElementsAre("1/1 1", "2/1 1e-09"));
   EXPECT_THAT(
       places(displacements(1) + forces(1), {"*STATIC\n" + kPrints, "*STATIC\n1e-9, 1e-9\n*NODE PRINT, NSET=TOP\nRF\n"}),
-      ElementsAre("1/1 1", "2/1 0"))
+      ElementsAre("1/1 1", "2/1 1e-09"))
       << "no step prints both";
 }
 

@@ -140,8 +140,8 @@ void Frames::checkStatus() {
 
 // The deck knows it exactly, the status file with six digits; else a step starts where those before it ended. Modes,
 // buckling factors and steady states take no time.
-double Frames::startOf(int step, const StepStarts& starts) const {
-  if (const auto known = starts.find(step); known != starts.end()) return known->second;
+double Frames::startOf(int step, const StepSpans& spans) const {
+  if (const auto known = spans.find(step); known != spans.end()) return known->second.start;
   if (const auto times = times_.find(step); times != times_.end()) {
     const IncrementTime& first = times->second.front();
     return difference(first.total, first.step, kDigitsOfStatus);
@@ -193,19 +193,30 @@ void Frames::numberStep(const std::vector<FrameNumber>& frames, const WarningSin
   note(fmt::format("step {} has frames with equal numbers; they are numbered from 1", frames_[frames.front()].step));
 }
 
-void Frames::settle(const StepStarts& starts, const WarningSink& note) {
+void Frames::setTimes(const std::vector<FrameNumber>& frames, const StepSpans& spans) {
+  const int step = frames_[frames.front()].step;
+  const double start = startOf(step, spans);
+  for (const FrameNumber number : frames) {
+    RunFrame& frame = frames_[number];
+    frame.info.value = frame.kind == FrameKind::time        ? timeInStep(frame, start)
+                       : frame.kind == FrameKind::baseState ? 0.0
+                                                            : frame.value;
+  }
+  // The deck knows the end of a step better than the digits of a total time do.
+  const auto span = spans.find(step);
+  RunFrame& last = frames_[frames.back()];
+  if (span == spans.end() || !span->second.period || times_.contains(step) || last.kind != FrameKind::time) return;
+  const double period = *span->second.period;
+  if (rounded(last.value, last.digits).contains(start + period)) last.info.value = period;
+}
+
+void Frames::settle(const StepSpans& spans, const WarningSink& note) {
   for (const FrameNumber frame : added_) order(frame);
   added_.clear();
   for (const auto& [step, frames] : order_) {
-    const double start = startOf(step, starts);
     numberStep(frames, note);
-    for (const FrameNumber number : frames) {
-      RunFrame& frame = frames_[number];
-      frame.info.value = frame.kind == FrameKind::time        ? timeInStep(frame, start)
-                         : frame.kind == FrameKind::baseState ? 0.0
-                                                              : frame.value;
-      frame.info.description = descriptionOf(frame);
-    }
+    setTimes(frames, spans);
+    for (const FrameNumber frame : frames) frames_[frame].info.description = descriptionOf(frames_[frame]);
   }
 }
 

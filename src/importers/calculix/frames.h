@@ -64,8 +64,12 @@ struct RunFrame {
 // The number of a frame among all that are known, in the order in which they became known.
 using FrameNumber = std::size_t;
 
-// Where the steps start in total time, as far as the deck says it.
-using StepStarts = std::map<int, double>;
+// When a step starts in total time, and how long it goes, as far as the deck says it.
+struct StepSpan {
+  double start = 0.0;
+  std::optional<double> period;
+};
+using StepSpans = std::map<int, StepSpan>;
 
 // Blocks with the same step and frame counter make one frame. Modes and buckling factors are numbered as the solver
 // counts them in their step, frequencies of a steady state from 1; the state that a buckling step starts from has 0;
@@ -92,7 +96,7 @@ class Frames {
 
   // When all frames are known: orders those of each step, and finds their numbers, values and descriptions. Where
   // frames of a step would have equal numbers they are numbered from 1, and `note` receives a text that says so.
-  void settle(const StepStarts& starts, const WarningSink& note);
+  void settle(const StepSpans& spans, const WarningSink& note);
 
   const RunFrame& operator[](FrameNumber frame) const { return frames_[frame]; }
   std::size_t size() const { return frames_.size(); }
@@ -104,8 +108,9 @@ class Frames {
   const std::string& lastPlace() const { return lastPlace_; }
 
  private:
-  double startOf(int step, const StepStarts& starts) const;
+  double startOf(int step, const StepSpans& spans) const;
   double timeInStep(const RunFrame& frame, double start) const;
+  void setTimes(const std::vector<FrameNumber>& frames, const StepSpans& spans);
   void order(FrameNumber frame);
   void numberStep(const std::vector<FrameNumber>& frames, const WarningSink& note);
 

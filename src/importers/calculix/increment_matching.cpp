@@ -12,8 +12,7 @@ constexpr int kLeftOut = 2;              // results are written after the increm
 constexpr int kNotWritten = 3;           // the other way round
 constexpr int kUnknown = 1;              // the increment is not known ...
 constexpr int kUnknownBesideFrames = 4;  // ... although the result file has some of its step
-constexpr int kSameTime = 1;             // the time is that of the one before, as far as it has digits ...
-constexpr int kSameAsKnown = 4;          // ... or that of a known increment or the start
+constexpr int kSameAsKnown = 4;          // as far as the time has digits it is that of a known increment or the start
 constexpr int kNotAsked = 6;             // the step does not print such tables
 constexpr int kNewStep = 6;              // nobody knows of the step
 
@@ -237,7 +236,7 @@ class Matching {
     if (b.high < a.low && !isPeriodic(places_[place].step)) return std::nullopt;
     // A step that nobody knows of is charged once.
     const int refund = places_[place].step < steps_.size() ? 0 : places_[place].cost;
-    return Candidate{place, before[next].cost + (a.meets(b) ? kSameTime : 0) - refund, 0, 0};
+    return Candidate{place, before[next].cost - refund, 0, 0};
   }
 
   std::vector<TimeMatch> trace() const {

@@ -238,7 +238,7 @@ PrintedTables placePrintedTables(const std::string& path, const Deck& deck, bool
     printed.problems.insert(printed.problems.end(), places.problems.begin(), places.problems.end());
   }
   if (!steps.doubt.empty()) note(steps.doubt);
-  frames.settle(steps.starts(), note);
+  frames.settle(steps.spans(), note);
   return printed;
 }
 

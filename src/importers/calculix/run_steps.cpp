@@ -218,10 +218,10 @@ const RunStep* RunSteps::find(int step) const {
   return known == steps.end() ? nullptr : &known->second;
 }
 
-StepStarts RunSteps::starts() const {
-  StepStarts known;
+StepSpans RunSteps::spans() const {
+  StepSpans known;
   for (const auto& [number, step] : steps) {
-    if (step.start) known[number] = *step.start;
+    if (step.start && step.isInTime()) known[number] = {*step.start, step.deck->period};
   }
   return known;
 }

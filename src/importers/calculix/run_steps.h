@@ -47,8 +47,8 @@ struct RunSteps {
 
   const RunStep* find(int step) const;
   int last() const { return steps.empty() ? 0 : steps.rbegin()->first; }
-  // The starts that the deck knows.
-  StepStarts starts() const;
+  // Of the steps in time, as the deck knows them.
+  StepSpans spans() const;
 };
 
 // `frames` are those of the result file, `times` those of the status file, which must have been checked, or none. The
