@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const importers::WarningSink ignore = [](const std::string&) {};
   try {
     const Deck deck = readDeck(file.path(), ignore, {DeckDetail::mass});
-    require(deck.procedures.size() == deck.stepTitles.size());
+    require(deck.steps.steps.size() == deck.stepTitles.size());
     massOf(deck, ignore);
   } catch (const importers::ImportError&) {
     return 0;

@@ -77,6 +77,7 @@ class CalculixSource : public Source {
     contents_.emplace(readContents(
         {hasResultFile_ ? run_.results : "", run_.status, run_.printed}, run_.stressAt, deck_,
         [this](std::size_t result, const ImportError& error) { return leaveOut(result, error); }, leftOut_, warn_));
+    reportProblems(contents_->printed, run_.printed, run_.isStrict, warn_);
     Outline outline = outlineOf(*contents_, deck_, run_.withMass, mass_, plan_);
     outline.title = deck_.heading.empty() ? title_ : deck_.heading;
     outline.producer = producer_;

@@ -1,5 +1,7 @@
 #include "importers/calculix/contents.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "importers/calculix/printed_mapping.h"
@@ -17,13 +19,10 @@ namespace {
 // The solver writes buckling factors under the number of its first step. The deck knows the step that they belong to:
 // the first buckling step that is not before what was written last.
 int trueStep(const FrdResult& result, const Deck& deck, int lastStep) {
-  const auto isBuckling = [&](int step) {
-    return deck.procedures[static_cast<std::size_t>(step) - 1] == Procedure::buckling;
-  };
-  const int count = static_cast<int>(deck.procedures.size());
-  const bool isDoubtful = result.kind == AnalysisKind::buckling && result.step >= 1 && result.step <= count;
-  if (!isDoubtful || isBuckling(result.step)) return result.step;
-  for (int step = std::max(lastStep, 1); step <= count; ++step) {
+  if (result.kind != AnalysisKind::buckling) return result.step;
+  const auto isBuckling = [&](int step) { return deck.steps.find(step)->procedure == Procedure::buckling; };
+  if (deck.steps.find(result.step) == nullptr || isBuckling(result.step)) return result.step;
+  for (int step = std::max(lastStep, result.step); deck.steps.find(step) != nullptr; ++step) {
     if (isBuckling(step)) return step;
   }
   return result.step;
@@ -55,13 +54,15 @@ void readResults(const std::string& results, StressAt stressAt, const Deck& deck
   contents.lastLine = reader.lineNumber();
 }
 
-void readPrinted(const std::string& printed, StressAt stressAt, const Deck& deck, Contents& contents) {
-  contents.printed = readPrintedTables(printed);
-  placeTables(contents.printed.tables, deck.procedures, contents.frames);
-  if (!contents.printed.tables.empty()) contents.frames.settleTimes();
+// The frames are settled then.
+void readPrinted(const RunFiles& files, StressAt stressAt, const Deck& deck, const WarningSink& warn,
+                 Contents& contents) {
+  contents.frames.checkStatus();
+  const WarningSink note = [&](const std::string& text) { warn(fmt::format("{}: note: {}", files.results, text)); };
+  contents.printed = placePrintedTables(files.printed, deck, !contents.isCutOff, contents.frames, note);
   for (const PrintedTable& table : contents.printed.tables) {
     std::vector<MappedField> fields = mapTable(table, stressAt);
-    if (fields.empty() || table.rows == 0 || !table.frame) continue;
+    if (fields.empty() || !table.frame) continue;
     contents.blocks.push_back(
         {true, table.ordinal, table.head.title, *table.frame, table.step, std::move(fields), table.rows});
   }
@@ -77,7 +78,7 @@ Contents readContents(const RunFiles& files, StressAt stressAt, const Deck& deck
   } else {
     readResults(files.results, stressAt, deck, leaveOut, leftOut, contents);
   }
-  readPrinted(files.printed, stressAt, deck, contents);
+  readPrinted(files, stressAt, deck, warn, contents);
   return contents;
 }
 

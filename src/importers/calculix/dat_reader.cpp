@@ -129,6 +129,7 @@ DatTable parseDatTitle(std::string_view line) {
   if (parseSpacedTitle(line, table)) return table;
   std::string_view text = trimmed(line);
   table.isOfFaces = text.find("element+face") != std::string_view::npos;
+  table.heading = lowerCased(std::string(text));
   table.time = takeTime(text);
   table.set = storableText(takeSet(text));
   table.title = lowerCased(squeezed(text.substr(0, text.find('('))));

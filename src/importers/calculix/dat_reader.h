@@ -20,6 +20,7 @@ struct DatTable {
   std::optional<double> time;    // total time or frequency
   std::optional<double> number;  // that ends a spaced title: the mode or the frequency
   bool isOfFaces = false;        // of contact: rows are points of faces, not nodes
+  std::string heading;           // the whole line, in lower case
   std::int64_t line = 0;
 };
 

@@ -21,13 +21,6 @@ namespace importers::calculix {
 
 namespace {
 
-std::optional<Procedure> procedureOf(const Keyword& keyword) {
-  if (keyword.name == "FREQUENCY" || keyword.name == "COMPLEXFREQUENCY") return Procedure::modes;
-  if (keyword.name == "BUCKLE") return Procedure::buckling;
-  if (keyword.name == "STEADYSTATEDYNAMICS") return Procedure::steadyState;
-  return std::nullopt;
-}
-
 // Labels of the elements whose section has an orientation, ascending.
 std::vector<int> orientedElements(const Deck& deck) {
   const bool hasAny = std::any_of(deck.sections.begin(), deck.sections.end(),
@@ -77,13 +70,12 @@ class DeckReader {
     deck_.sections = sections_.finishSections();
     deck_.nodalThicknesses = sections_.finishNodalThicknesses();
     finishLocalAxes();
+    deck_.steps = steps_.finish();
     return std::move(deck_);
   }
 
  private:
   enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet, section, surface, fileRequest };
-
-  bool hasStep() const { return !deck_.procedures.empty(); }
 
   // A keyword line that ends in a comma goes on in the next one.
   static std::string joined(LineReader& lines, std::string_view line) {
@@ -105,14 +97,12 @@ class DeckReader {
     }
     data_ = localAxes_.start(keyword) ? Data::fileRequest : Data::none;
     set_ = nullptr;
+    steps_.start(keyword);
     if (keyword.name == "HEADING") {
       data_ = Data::heading;
     } else if (keyword.name == "STEP") {
       deck_.stepTitles.emplace_back();
-      deck_.procedures.push_back(Procedure::time);
       data_ = Data::stepTitle;
-    } else if (const std::optional<Procedure> procedure = procedureOf(keyword); procedure && hasStep()) {
-      deck_.procedures.back() = *procedure;
     } else if (keyword.name == "ELFILE" || keyword.name == "ELEMENTOUTPUT") {
       const bool isFirst = deck_.sectionForcesFrom == 0 && keyword.has("SECTIONFORCES");
       if (isFirst) deck_.sectionForcesFrom = static_cast<int>(deck_.stepTitles.size());
@@ -173,6 +163,7 @@ class DeckReader {
   }
 
   void takeData(std::string_view line, LineReader& lines) {
+    steps_.takeData(line);
     switch (data_) {
       case Data::heading:
         if (deck_.heading.empty()) deck_.heading = storableText(line);
@@ -269,6 +260,7 @@ class DeckReader {
   DeckSurfaces surfaces_{setCount_};
   DeckLocalAxesReader localAxes_;
   std::string restart_;  // where the deck reads the state of an earlier run
+  DeckStepReader steps_;
   Data data_ = Data::none;
   DeckSet* set_ = nullptr;  // the set that the data lines belong to
   bool generate_ = false;

@@ -12,6 +12,7 @@
 #include "importers/calculix/deck_local_axes.h"
 #include "importers/calculix/deck_sections.h"
 #include "importers/calculix/deck_set.h"
+#include "importers/calculix/deck_steps.h"
 #include "importers/diagnostics.h"
 #include "importers/mass/vector3.h"
 
@@ -43,9 +44,6 @@ struct DeckSectorCopies {
   int sectors = 1;    // of the whole circle that the file holds, the deck's own one among them
 };
 
-// What a step calculates. All but modes, buckling factors and steady states go on in time.
-enum class Procedure { time, modes, buckling, steadyState };
-
 struct Deck {
   std::string heading;  // the first line under *HEADING
   // By canonical name, from *NSET, *ELSET, NSET= on *NODE, ELSET= on *ELEMENT and *SURFACE.
@@ -65,7 +63,7 @@ struct Deck {
   std::vector<DeckSection> sections;              // the later one counts for an element in several
   std::vector<DeckNodalThickness> nodalThicknesses;
   std::vector<std::string> stepTitles;  // of each step its first line of text, or empty
-  std::vector<Procedure> procedures;    // of each step
+  DeckSteps steps;                      // what each calculates, when it writes, and what it prints
   // The step that first asks for SECTION FORCES, 0 where none does. From there on the solver writes them instead of
   // stresses, even if a later step asks for stresses again.
   int sectionForcesFrom = 0;

@@ -94,11 +94,14 @@ void FrdReader::takeFrameLine(std::string_view line) {
     increment_ = lines_.integerAt(line, 37, 12, "the increment");
     step_ = lines_.integerAt(line, 49, 12, "the step");
     nodalDiameter_.reset();
+    mode_ = 0;
     hasFrameLine_ = true;
   } else if (line.starts_with("    1PHID")) {
     const int diameter = lines_.integerAt(line, 25, 12, "the nodal diameter");
     // A model that is no sector of a cycle has -1 here.
     if (diameter >= 0) nodalDiameter_ = diameter;
+  } else if (line.starts_with("    1PMODE")) {
+    mode_ = lines_.integerAt(line, 25, 12, "the number of the mode");
   }
 }
 
@@ -169,7 +172,11 @@ void FrdReader::readResultHeader(FrdResult& result, std::string_view header) con
   result.frameCounter = lines_.integerAt(header, 59, 5, "the frame counter");
   result.step = step_;
   result.increment = hasFrameLine_ ? increment_ : result.frameCounter;
+  // Steady states under loads that are not harmonic have their frequency as the text of the frame.
+  result.isPeriodic =
+      result.kind == AnalysisKind::time && result.increment == 0 && !trimmed(columns(header, 37, 20)).empty();
   result.nodalDiameter = nodalDiameter_;
+  result.mode = mode_;
   result.format = formatOf(header);
 }
 

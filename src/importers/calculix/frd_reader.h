@@ -65,6 +65,7 @@ class FrdReader {
   int step_ = 1;
   int increment_ = 0;
   std::optional<int> nodalDiameter_;
+  int mode_ = 0;
 };
 
 }  // namespace importers::calculix

@@ -9,9 +9,6 @@ namespace importers::calculix {
 
 namespace {
 
-// Sums over rows, and the motions of knots, are no rows of a place.
-bool isOfNothing(const DatRow& row) { return row.front().front() >= 'A' && row.front() != "NaN"; }
-
 odbstore::Position positionOf(DatRows rows) {
   switch (rows) {
     case DatRows::integrationPoint:
@@ -57,11 +54,11 @@ void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, cons
                               PrintedHistories* histories) {
   if (targets.empty() && histories == nullptr) return;
   if (histories != nullptr) histories->start(table, table.frame ? contents_.frames[*table.frame].info.value : 0.0);
-  rows_ = {{}, {}, {}, std::max(table.format->width(), table.width)};
+  rows_ = {{}, {}, {}, {}, table.width};
   DatRow row;
   DatValues values;
   while (reader.nextRow(row)) {
-    if (isOfNothing(row)) continue;
+    if (isRemark(row)) continue;
     const bool isGood = readDatRow(*table.format, row, values);
     if (!isGood || (!targets.empty() && values.numbers.size() < rows_.width)) {
       throw ImportError(path_, reader.lineNumber(), fmt::format("this is no row of {}", table.head.title));
@@ -70,6 +67,7 @@ void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, cons
     if (targets.empty()) continue;
     rows_.first.push_back(values.labels[0]);
     rows_.second.push_back(values.labels[1]);
+    rows_.areLocal.push_back(values.isLocal);
     for (std::size_t i = 0; i < rows_.width; ++i) rows_.numbers.push_back(static_cast<float>(values.numbers[i]));
   }
   if (table.format->rows == DatRows::contactFace) numberPoints(rows_.first, rows_.second);
@@ -78,12 +76,14 @@ void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, cons
 
 void PrintedImport::deliver(const PrintedTable& table, const Target& target) {
   const odbstore::Position position = positionOf(table.format->rows);
+  const bool hasPoints = position == odbstore::Position::integrationPoint;
   odbstore::LocationLabels labels;
-  (position == odbstore::Position::nodal ? labels.nodes : labels.elements) = rows_.first;
-  if (position == odbstore::Position::integrationPoint) labels.integrationPoints = rows_.second;
+  std::vector<int>& first = position == odbstore::Position::nodal ? labels.nodes : labels.elements;
   std::vector<float> numbers;
-  numbers.reserve(rows_.first.size() * target.field->columns.size());
   for (std::size_t row = 0; row < rows_.first.size(); ++row) {
+    if (rows_.areLocal[row] != target.field->isLocal) continue;
+    first.push_back(rows_.first[row]);
+    if (hasPoints) labels.integrationPoints.push_back(rows_.second[row]);
     for (const int column : target.field->columns) {
       numbers.push_back(rows_.numbers[row * rows_.width + static_cast<std::size_t>(column)]);
     }

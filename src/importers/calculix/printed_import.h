@@ -28,6 +28,7 @@ class PrintedImport {
   struct Rows {
     std::vector<int> first;   // node or element
     std::vector<int> second;  // integration point
+    std::vector<bool> areLocal;
     std::vector<float> numbers;
     std::size_t width = 0;
   };

@@ -89,7 +89,7 @@ class OutlineMaker {
       if (table.step > 0) steps.insert(table.step);
     }
     if (contents_.isCutOff) return steps;
-    for (std::size_t step = 1; step <= deck_.procedures.size(); ++step) steps.insert(static_cast<int>(step));
+    for (std::size_t step = 1; step <= deck_.steps.steps.size(); ++step) steps.insert(static_cast<int>(step));
     return steps;
   }
 
