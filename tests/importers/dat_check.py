@@ -122,21 +122,34 @@ class Comparison:
         return self.compared
 
     def frame(self, step, frame, field, stored, pending):
-        labels, rows, times = [], [], set()
-        while len(rows) < len(stored):
-            expect(pending, f"{step} frame {frame} {field}")
-            table = pending.popleft()
-            labels += table.labels
-            rows += as_floats(table.rows)
-            times.add(table.time)
+        """Takes the tables of a frame: a row that two of them share is stored once."""
         place = f"{step} frame {frame} {field}"
+        # Points of faces have no number in the file, so that each is a row of its own.
+        are_faces = field.startswith(("CDIS_IP", "CSTR_IP", "CELS_IP"))
+        known, labels, rows, times = {}, [], [], set()
+        while len(rows) < len(stored) or self.is_repeated(pending, known, times):
+            expect(pending, place)
+            table = pending.popleft()
+            times.add(table.time)
+            for label, row in zip(table.labels, as_floats(table.rows)):
+                if tuple(label) in known and not are_faces:
+                    continue
+                known[tuple(label)] = row
+                labels.append(label[:1] if are_faces else label)
+                rows.append(row)
         expect(len(times) == 1, place + " times")
         self.time(step, frame, times.pop())
-        if field.startswith(("CDIS_IP", "CSTR_IP", "CELS_IP")):
-            # Points of faces have no number in the file.
-            labels, stored = [label[:1] for label in labels], [(label[:1], row) for label, row in stored]
+        if are_faces:
+            stored = [(label[:1], row) for label, row in stored]
         expect(sorted(zip(labels, rows)) == sorted((tuple(label), row) for label, row in stored), place)
         self.extremes(step, frame, field, np.array(rows, dtype="f4"))
+
+    @staticmethod
+    def is_repeated(pending, known, times):
+        """Whether the next table shows again what the frame has already."""
+        if not pending or pending[0].time not in times:
+            return False
+        return all(known.get(tuple(label)) == row for label, row in zip(pending[0].labels, as_floats(pending[0].rows)))
 
     def time(self, step, frame, printed):
         """A frame in time has the same distance from the printed time as all others of its step; a frequency is it."""
@@ -181,23 +194,23 @@ def compare_histories(tables, odb, records, limit=1000):
             continue
         for label, row in zip(table.labels, as_floats(table.rows)):
             for column, value in enumerate(row):
-                expected[table.field.split("_")[0], table.set, label, column].append(value)
+                expected[table.field.split("_")[0], label, column].append(value)
     found = collections.defaultdict(list)
     compared = 0
     for step_name, step in odb["steps"].items():
         for region_name, region in step["history"].items() if "history" in step else ():
-            match = re.match(r"(?:Node (\d+)|Element (\d+)(?: Int Point (\d+))?)(?: of (.*))?$", region_name)
+            match = re.match(r"(?:Node (\d+)|Element (\d+)(?: Int Point (\d+))?)(?: of .*)?$", region_name)
             for name, output in region["outputs"].items():
                 values = output[()][:, -1]
                 compared += compare_extremes_of(records, step_name, name, region, values)
                 if not match:
                     continue
-                label = tuple(int(text) for text in match.groups()[:3] if text)
-                set_name = (match.group(4) or "").upper().replace(" ", "").replace("%2F", "/").replace('"', "")
+                label = tuple(int(text) for text in match.groups() if text)
                 quantity, column = column_of(name.replace("_IM", ""), len(label), label)
-                found[quantity, set_name, label, column].append(values.tolist())
+                found[quantity, label, column] += values.tolist()
     for key, values in expected.items():
-        expect(sorted(sum(found.get(key, []), [])) == sorted(values), f"history {key}")
+        # What two sets print of a place is there once.
+        expect(set(found.get(key, [])) == set(values) and len(found[key]) <= len(values), f"history {key}")
     return compared
 
 

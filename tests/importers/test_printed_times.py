@@ -207,7 +207,8 @@ class StepsTest(TimesTest):
         self.path("job.dat").write_bytes(other)
         self.assertIn("job.dat:2: warning: the tables are not of this run, and are left out: ", self.import_all())
         with h5py.File(self.path("job.odb")) as odb:
-            self.assertEqual([(name, sorted(group["fields"])) for name, group in odb["steps"].items()], [("Step-2", ["U"])])
+            self.assertEqual([(name, sorted(group["fields"])) for name, group in odb["steps"].items()],
+                             [("Step-1", []), ("Step-2", ["U"])])
         run = self.import_job("--strict")
         self.assertEqual((run.status, run.out), (1, b""))
         self.path("job.sta").unlink()
