@@ -37,8 +37,10 @@ def read_tables(path):
         if not words:
             continue
         if words[0].isdigit() and table is not None:
-            table.labels.append(tuple(map(int, words[:table.width[0]])))
-            table.rows.append([number(word) for word in words[table.width[0]:sum(table.width)]])
+            # A word behind the numbers names the local axes that they are in.
+            of = table.local if len(words) > sum(table.width) else table
+            of.labels.append(tuple(map(int, words[:table.width[0]])))
+            of.rows.append([number(word) for word in words[table.width[0]:sum(table.width)]])
         elif not words[0].isdigit():
             table = None
             match = TITLE.match(line.rstrip())
@@ -46,7 +48,8 @@ def read_tables(path):
                 continue
             table = started(line, match)
             if table:
-                tables.append(table)
+                table.local = Table(table.field + "_LOCAL", table.title, table.set, table.time)
+                tables += [table, table.local]
     return tables
 
 
@@ -194,7 +197,7 @@ def compare_histories(tables, odb, records, limit=1000):
             continue
         for label, row in zip(table.labels, as_floats(table.rows)):
             for column, value in enumerate(row):
-                expected[table.field.split("_")[0], label, column].append(value)
+                expected[table.field.replace("_IP", "").replace("_PRINT", ""), label, column].append(value)
     found = collections.defaultdict(list)
     compared = 0
     for step_name, step in odb["steps"].items():
@@ -216,6 +219,9 @@ def compare_histories(tables, odb, records, limit=1000):
 
 def column_of(name, labels, label):
     name = name[:-len(f"_{label[0]}")] if labels == 2 else name
+    if name.endswith("_LOCAL"):
+        quantity, column = column_of(name[:-len("_LOCAL")], 1, label)
+        return quantity + "_LOCAL", column
     match = re.match(r"(U|V|RF|HFL|CDIS|CSTR)([123])$", name)
     if match:
         return match.group(1), int(match.group(2)) - 1
