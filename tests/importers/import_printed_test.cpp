@@ -108,6 +108,14 @@ TEST_F(PrintedTest, RowsInAxesOfTheElementMakeFieldsAndHistoriesOfTheirOwn) {
   EXPECT_THAT(history("Step-1", "Node 3 of Top", "U1_LOCAL"), ElementsAre(1, 2));
 }
 
+TEST_F(PrintedTest, ANodeThatASetListsTwiceHasOneRow) {
+  const std::string row = "         3  1.000000E+00  0.000000E+00 -1.000000E+00\n";
+  importPrinted(table("displacements (vx,vy,vz) for set TOP", 1, row + row), kStatic, temperature({}));
+  const auto step = Reader(output_).step("Step-1");
+  EXPECT_THAT(fieldOf(*step, "U_PRINT").blocks.at(0).location()->nodeLabels(), ElementsAre(3));
+  EXPECT_THAT(history("Step-1", "Node 3 of Top", "U1"), ElementsAre(1, 1));
+}
+
 TEST_F(PrintedTest, StressesAtIntegrationPointsCanHaveThePlainName) {
   run_.stressAt = StressAt::integrationPoints;
   importPrinted(

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <map>
 
+#include "importers/label_index.h"
+#include "importers/run/merged_rows.h"
+
 namespace importers::calculix {
 
 namespace {
@@ -79,7 +82,7 @@ void PrintedImport::deliver(const PrintedTable& table, const Target& target) {
   const bool hasPoints = position == odbstore::Position::integrationPoint;
   odbstore::LocationLabels labels;
   std::vector<int>& first = position == odbstore::Position::nodal ? labels.nodes : labels.elements;
-  std::vector<float> numbers;
+  std::vector<double> numbers;
   for (std::size_t row = 0; row < rows_.first.size(); ++row) {
     if (rows_.areLocal[row] != target.field->isLocal) continue;
     first.push_back(rows_.first[row]);
@@ -88,7 +91,14 @@ void PrintedImport::deliver(const PrintedTable& table, const Target& target) {
       numbers.push_back(rows_.numbers[row * rows_.width + static_cast<std::size_t>(column)]);
     }
   }
-  sink_.rows(target.rows, position, labels, std::span<const float>(numbers), {path_, table.head.line});
+  // A set that lists a node twice has it printed twice.
+  if (!hasPoints && LabelIndex(first).repeated()) {
+    MergedRows once;
+    once.add(position, labels, numbers);
+    labels = once.labels();
+    numbers = once.values();
+  }
+  sink_.rows(target.rows, position, labels, std::span<const double>(numbers), {path_, table.head.line});
 }
 
 }  // namespace importers::calculix
