@@ -35,7 +35,7 @@ PERCENTAGE = 5
 # What the import may have to say of a deck of these, and why.
 KNOWN_MESSAGES = [
     r"no (node|element) of the results is in ",  # unused nodes, and elements that write no results
-    r"no members are in the sets ",
+    r"warning: empty sets: ",
     r"labels that no (node|element) of the deck has are left out of the sets ",
     r": note: the (node|element) set .* becomes ",  # names that records cannot tell apart
     r"restarts an earlier run and has no mesh",

@@ -13,31 +13,12 @@
 #include "importers/calculix/deck_mesh.h"
 #include "importers/calculix/deck_sets.h"
 #include "importers/calculix/deck_surfaces.h"
-#include "importers/calculix/section_of_elements.h"
 #include "importers/line_reader.h"
 #include "importers/text_fields.h"
 
 namespace importers::calculix {
 
 namespace {
-
-// Labels of the elements whose section has an orientation, ascending.
-std::vector<int> orientedElements(const Deck& deck) {
-  const bool hasAny = std::any_of(deck.sections.begin(), deck.sections.end(),
-                                  [](const DeckSection& section) { return section.hasOrientation; });
-  if (!hasAny) return {};
-  const std::vector<int>& labels = deck.mesh.elementLabels;
-  const std::vector<int> sections = sectionOfElements(deck, LastPlaces(labels), kindsOfTypes(deck.mesh));
-  std::vector<int> oriented;
-  for (std::size_t i = 0; i < labels.size(); ++i) {
-    const int section = sections[i];
-    if (section != kNoSection && deck.sections[static_cast<std::size_t>(section)].hasOrientation) {
-      oriented.push_back(labels[i]);
-    }
-  }
-  std::sort(oriented.begin(), oriented.end());
-  return oriented;
-}
 
 class DeckReader {
  public:
@@ -69,7 +50,7 @@ class DeckReader {
     deck_.materials = sections_.finishMaterials();
     deck_.sections = sections_.finishSections();
     deck_.nodalThicknesses = sections_.finishNodalThicknesses();
-    finishLocalAxes();
+    deck_.localAxes = localAxes_.finish(deck_);
     deck_.steps = steps_.finish();
     return std::move(deck_);
   }
@@ -229,22 +210,6 @@ class DeckReader {
     deck_.nodeSets = nodeSets_.finish(labelsOf(mesh.nodeLabels), budget, warn_);
     deck_.elementSets = elementSets_.finish(labelsOf(mesh.elementLabels), budget, warn_);
     surfaces_.addSets(deck_, budget, warn_);
-  }
-
-  void finishLocalAxes() {
-    DeckLocalAxes& axes = deck_.localAxes;
-    axes.fields = localAxes_.finishFields();
-    for (const std::string& name : localAxes_.transformedSets()) {
-      const auto set = deck_.nodeSets.find(name);
-      if (set == deck_.nodeSets.end()) continue;
-      axes.nodes.insert(axes.nodes.end(), set->second.labels.begin(), set->second.labels.end());
-    }
-    std::sort(axes.nodes.begin(), axes.nodes.end());
-    axes.nodes.erase(std::unique(axes.nodes.begin(), axes.nodes.end()), axes.nodes.end());
-    axes.elements = orientedElements(deck_);
-    for (const DeckSection& section : deck_.sections) {
-      if (section.hasOrientation) axes.orientedSets.push_back(section.elementSet);
-    }
   }
 
   const WarningSink& warn_;

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
-#include "importers/calculix/deck_set.h"
+#include "importers/calculix/deck.h"
+#include "importers/calculix/section_of_elements.h"
 #include "importers/text_fields.h"
 
 namespace importers::calculix {
@@ -13,6 +15,28 @@ namespace {
 // Keys of vectors and tensors: nothing else has axes.
 constexpr std::array<std::string_view, 17> kKeys = {"U",   "V",   "RF",  "PU",   "MAXU", "S",    "E",    "ME",  "THE",
                                                     "HFL", "PHS", "ZZS", "MAXS", "MAXE", "SNEG", "SMID", "SPOS"};
+
+void bringInOrder(std::vector<int>& labels) {
+  std::sort(labels.begin(), labels.end());
+  labels.erase(std::unique(labels.begin(), labels.end()), labels.end());
+}
+
+// Labels of the elements whose section has an orientation.
+std::vector<int> orientedElements(const Deck& deck) {
+  const bool hasAny = std::any_of(deck.sections.begin(), deck.sections.end(),
+                                  [](const DeckSection& section) { return section.hasOrientation; });
+  if (!hasAny) return {};
+  const std::vector<int>& labels = deck.mesh.elementLabels;
+  const std::vector<int> sections = sectionOfElements(deck, LastPlaces(labels), kindsOfTypes(deck.mesh));
+  std::vector<int> oriented;
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    const int section = sections[i];
+    const bool isOriented = section != kNoSection && deck.sections[static_cast<std::size_t>(section)].hasOrientation;
+    if (isOriented) oriented.push_back(labels[i]);
+  }
+  bringInOrder(oriented);
+  return oriented;
+}
 
 }  // namespace
 
@@ -58,6 +82,20 @@ void DeckLocalAxesReader::settle() {
       if (isLocal) fields.insert(key);
     }
   }
+}
+
+DeckLocalAxes DeckLocalAxesReader::finish(const Deck& deck) {
+  DeckLocalAxes axes{std::move(fields_), {}, orientedElements(deck)};
+  for (const std::string& name : transformedSets_) {
+    const auto set = deck.nodeSets.find(name);
+    if (set == deck.nodeSets.end()) continue;
+    axes.nodes.insert(axes.nodes.end(), set->second.labels.begin(), set->second.labels.end());
+  }
+  bringInOrder(axes.nodes);
+  for (const DeckSection& section : deck.sections) {
+    if (section.hasOrientation) axes.orientedSets.push_back(section.elementSet);
+  }
+  return axes;
 }
 
 }  // namespace importers::calculix

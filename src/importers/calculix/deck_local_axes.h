@@ -11,6 +11,8 @@
 
 namespace importers::calculix {
 
+struct Deck;
+
 struct DeckLocalAxes {
   // Of each step the solver's keys ("U", "RF", "S") of those fields of the result file that GLOBAL=NO of *NODE FILE or
   // *EL FILE puts into local axes. Requests hold in later steps until one of their kind replaces them.
@@ -34,10 +36,8 @@ class DeckLocalAxesReader {
   // A data line of such a request: keys of fields.
   void takeData(std::string_view line);
 
-  // Of each step the keys of fields in local axes.
-  std::vector<std::set<std::string>> finishFields() { return std::move(fields_); }
-  // Canonical names of the node sets with *TRANSFORM.
-  const std::set<std::string>& transformedSets() const { return transformedSets_; }
+  // The deck has its sets, mesh and sections by then.
+  DeckLocalAxes finish(const Deck& deck);
 
  private:
   using LocalByKey = std::map<std::string, bool>;
@@ -55,7 +55,7 @@ class DeckLocalAxesReader {
   Requests ofElements_;
   Requests* open_ = nullptr;
   bool isLocal_ = false;
-  std::set<std::string> transformedSets_;
+  std::set<std::string> transformedSets_;  // canonical names
 };
 
 }  // namespace importers::calculix

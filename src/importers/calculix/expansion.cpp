@@ -241,13 +241,19 @@ class Expansion::Finder {
   std::size_t fullAt_ = kFewPairs;
 };
 
-Expansion::Expansion(const Deck& deck, const FrdElements& elements) { Finder(deck, elements, *this).run(); }
+Expansion::Expansion(const Deck& deck, const FrdElements& elements) {
+  const std::vector<std::string>& types = deck.mesh.elementTypes;
+  const bool mayExpand = std::any_of(
+      types.begin(), types.end(), [](const std::string& type) { return !nodesOfExpanded(elementKind(type)).empty(); });
+  if (mayExpand) Finder(deck, elements, *this).run();
+}
 
 std::vector<int> Expansion::nodesOf(int node) const { return secondsOf(nodes_, node); }
 
 std::vector<int> Expansion::elementsOf(int element) const { return secondsOf(elements_, element); }
 
 std::vector<int> Expansion::membersOf(const DeckSet& set) const {
+  if (nodes_.empty()) return set.labels;
   std::vector<int> members = set.labels;
   if (set.origin == DeckSetOrigin::surfaceOfFaces && set.kind == odbstore::SetKind::node) {
     const auto nodes = nodesOfFaces_.find(&set);

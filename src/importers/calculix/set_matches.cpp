@@ -19,8 +19,8 @@ struct Group {
     names.push_back(set.names.front());
   }
 
-  void warnInto(std::vector<std::string>& warnings, const std::string& text) const {
-    if (!names.empty()) warnings.push_back(fmt::format("{}: warning: {} {}", place, text, listed(names)));
+  void warnInto(std::vector<std::string>& warnings, const std::string& before, const std::string& after = "") const {
+    if (!names.empty()) warnings.push_back(fmt::format("{}: warning: {} {}{}", place, before, listed(names), after));
   }
 };
 
@@ -52,9 +52,8 @@ std::vector<std::string> warningsOfUnmatchedSets(const Deck& deck, const Expansi
     }
   }
   std::vector<std::string> warnings;
-  empty.warnInto(warnings, "no members are in the sets");
-  loose.warnInto(warnings,
-                 "no node of the results is in the following sets, because their nodes belong to no element:");
+  empty.warnInto(warnings, "empty sets:");
+  loose.warnInto(warnings, "no node of the results is in", ": their nodes belong to no element");
   nodesNotWritten.warnInto(warnings, "no node of the results is in");
   elementsNotWritten.warnInto(warnings, "no element of the results is in");
   return warnings;
