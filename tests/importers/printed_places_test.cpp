@@ -323,6 +323,13 @@ TEST_F(PlacesTest, ARestartGoesOnWhereTheEarlierRunEnded) {
               ElementsAre("3/1 0.25", "3/2 0.5"));
 }
 
+TEST_F(PlacesTest, EveryPeriodOfASteadyStateStartsFromZero) {
+  EXPECT_THAT(places(displacements(2) + displacements(0) + displacements(0.5) + displacements(0) + displacements(0.25) +
+                         displacements(3),
+                     {"*STATIC\n1., 2.\n" + kPrints, "*STEADY STATE DYNAMICS, HARMONIC=NO\n1., 9., 2\n", "*STATIC\n"}),
+              ElementsAre("1/1 2", "2/1 0", "2/2 0.5", "2/3 0", "2/4 0.25", "3/1 1"));
+}
+
 TEST_F(PlacesTest, TimeCanBeReset) {
   EXPECT_THAT(places(displacements(1) + displacements(1), {"*STATIC\n" + kPrints, "*STATIC, TIME RESET\n"}),
               ElementsAre("1/1 1", "2/1 1"));

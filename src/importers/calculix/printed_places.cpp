@@ -147,9 +147,11 @@ class PlaceFinder {
     RunFrame frame;
     frame.step = match.step;
     frame.value = output.value;
+    const RunStep* const step = steps_.find(match.step);
+    frame.isPeriodic = step != nullptr && step->deck != nullptr && step->deck->isPeriodic;
     if (!match.isCertain) noteDoubt(output, match.step);
     if (match.increment) {
-      const KnownIncrement& known = steps_.find(match.step)->increments[*match.increment];
+      const KnownIncrement& known = step->increments[*match.increment];
       if (known.frame) return give(output, match.step, *known.frame);
       frame.increment = known.number;
     }
