@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include "importers/calculix/placed_tables.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

@@ -7,8 +7,8 @@
 #include <map>
 #include <set>
 
+#include "importers/calculix/placed_tables.h"
 #include "importers/calculix/printed_mapping.h"
-#include "importers/calculix/printed_places.h"
 #include "importers/text_fields.h"
 
 namespace importers::calculix {
