@@ -1,7 +1,7 @@
 // Printed tables, and the steps and frames that they are given.
 #include "fuzz_input.h"
+#include "importers/calculix/placed_tables.h"
 #include "importers/calculix/printed_mapping.h"
-#include "importers/calculix/printed_places.h"
 #include "importers/diagnostics.h"
 
 namespace {

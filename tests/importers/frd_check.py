@@ -36,9 +36,10 @@ def deck_order(code, nodes):
 class Block:
     """One result block: where it belongs, its labels and numbers."""
 
-    def __init__(self, step, increment, header):
+    def __init__(self, step, increment, mode, header):
         self.step = step
         self.increment = increment
+        self.mode = mode
         self.counter = int(header[58:63])
         self.value = float(header[12:24])
         self.kind = int(header[57:58])
@@ -87,17 +88,19 @@ class ResultFile:
         return {label: nodes for label, nodes in self.elements.items() if label not in self.without_tensors}
 
     def read(self, lines):
-        step = increment = 0
+        step = increment = mode = 0
         for line in lines:
             key = line[:6]
             if line.startswith("    1PSTEP"):
-                increment, step = int(line[36:48]), int(line[48:60])
+                increment, step, mode = int(line[36:48]), int(line[48:60]), 0
+            elif line.startswith("    1PMODE"):
+                mode = int(line[24:36])
             elif key == "    2C":
                 self.read_nodes(lines)
             elif key == "    3C":
                 self.read_elements(lines)
             elif key == "  100C":
-                self.read_block(Block(step, increment, line), lines)
+                self.read_block(Block(step, increment, mode, line), lines)
 
     def read_nodes(self, lines):
         for line in lines:
@@ -181,6 +184,10 @@ class Comparison:
 
     def steps(self):
         places = collections.Counter()
+        # Frames of a step that have equal numbers are numbered anew, all of them.
+        numbers = collections.Counter((blocks[0].step, blocks[0].increment) for blocks in frames_of(self.results.blocks).values())
+        steps = {step for (step, _), count in numbers.items() if count > 1}
+        self.repeated = {key for key in numbers if key[0] in steps}
         for (step, _), blocks in frames_of(self.results.blocks).items():
             name = f"Step-{step}"
             index = places[name]
@@ -193,11 +200,14 @@ class Comparison:
         self.frames += 1
         first = blocks[0]
         table = self.odb["steps"][step]["frames"]
-        in_time = first.kind in (0, 1, 3) and not (first.kind == 1 and first.increment == 0)
-        if in_time:
-            expect(table["incrementNumber"][index], first.increment, "increment")
-        else:
+        in_time = first.kind in (0, 1, 3) and not (first.kind == 1 and first.increment == 0) and first.mode == 0
+        if not in_time:
             expect(table["value"][index], first.value, "frequency or factor")
+        elif (first.step, first.increment) not in self.repeated:
+            expect(table["incrementNumber"][index], first.increment, "increment")
+        if first.mode > 0:
+            text = table["description"][index].decode()
+            expect(text.startswith(f"Mode {first.mode}: "), True, text)
         for block in blocks:
             for field, columns in block.mapped():
                 self.fields.add(field)

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include "importers/calculix/placed_tables.h"
 #include "importers_test.h"
 
 namespace importers::calculix {
@@ -321,6 +322,13 @@ TEST_F(PlacesTest, ARestartGoesOnWhereTheEarlierRunEnded) {
                      "     3          1     1     2  0.225000E+01  0.250000E+00  0.250000E+00\n"
                      "     3          2     1     2  0.250000E+01  0.500000E+00  0.250000E+00\n"),
               ElementsAre("3/1 0.25", "3/2 0.5"));
+}
+
+TEST_F(PlacesTest, EveryPeriodOfASteadyStateStartsFromZero) {
+  EXPECT_THAT(places(displacements(2) + displacements(0) + displacements(0.5) + displacements(0) + displacements(0.25) +
+                         displacements(3),
+                     {"*STATIC\n1., 2.\n" + kPrints, "*STEADY STATE DYNAMICS, HARMONIC=NO\n1., 9., 2\n", "*STATIC\n"}),
+              ElementsAre("1/1 2", "2/1 0", "2/2 0.5", "2/3 0", "2/4 0.25", "3/1 1"));
 }
 
 TEST_F(PlacesTest, TimeCanBeReset) {

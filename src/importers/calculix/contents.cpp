@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "importers/calculix/placed_tables.h"
 #include "importers/calculix/printed_mapping.h"
-#include "importers/calculix/printed_places.h"
 
 namespace importers::calculix {
 

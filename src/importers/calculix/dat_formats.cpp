@@ -139,21 +139,6 @@ std::string_view wordAt(std::string_view words, std::size_t place) {
   return words.substr(0, words.find(' '));
 }
 
-std::size_t labelsOf(DatRows rows) {
-  switch (rows) {
-    case node:
-    case element:
-    case contactNode:
-    case frequency:
-      return 1;
-    case integrationPoint:
-    case contactFace:
-      return 2;
-    default:
-      return 0;
-  }
-}
-
 // Modes of cyclic models come with their nodal diameter before them.
 bool readMode(const DatRow& row, std::size_t& at, DatValues& values) {
   for (; at < row.size() && at < 2; ++at) {
@@ -188,6 +173,21 @@ const DatFormat* findIn(const std::array<DatFormat, count>& formats, std::string
 }
 
 }  // namespace
+
+std::size_t DatFormat::labels() const {
+  switch (rows) {
+    case node:
+    case element:
+    case contactNode:
+    case frequency:
+      return 1;
+    case integrationPoint:
+    case contactFace:
+      return 2;
+    default:
+      return 0;
+  }
+}
 
 std::size_t DatFormat::width() const {
   switch (shape) {
@@ -268,7 +268,7 @@ bool readDatRow(const DatFormat& format, const DatRow& row, DatValues& values) {
   values.numbers.clear();
   std::size_t at = 0;
   if (format.rows == mode && !readMode(row, at, values)) return false;
-  for (const std::size_t labels = labelsOf(format.rows); at < labels; ++at) {
+  for (const std::size_t labels = format.labels(); at < labels; ++at) {
     const std::optional<int> label = at < row.size() ? integerFrom(row[at]) : std::nullopt;
     if (!label) return false;
     values.labels[at] = *label;

@@ -68,6 +68,8 @@ struct DatFormat {
   std::string_view columns = {};
   DatTraits traits = {};
 
+  // How many labels a row begins with; modes have one or two.
+  std::size_t labels() const;
   // How many numbers a row has, when it has all of them.
   std::size_t width() const;
   // What a history of the i-th column of such rows is called: "U1", "S12", "NT", "SDV3"; empty for what is no result.

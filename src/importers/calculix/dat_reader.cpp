@@ -183,16 +183,25 @@ bool DatReader::findRow() {
   return false;
 }
 
-bool DatReader::skipRow() { return findRow(); }
+bool DatReader::nextRow(std::string_view& line) {
+  if (!findRow()) return false;
+  line = line_;
+  return true;
+}
 
 bool DatReader::nextRow(DatRow& row) {
   row.clear();
   if (!findRow()) return false;
-  for (std::string_view rest = trimmed(line_); !rest.empty(); rest = trimmed(rest)) {
+  splitRow(line_, row);
+  return true;
+}
+
+void splitRow(std::string_view line, DatRow& row) {
+  row.clear();
+  for (std::string_view rest = trimmed(line); !rest.empty(); rest = trimmed(rest)) {
     row.push_back(firstWord(rest));
     rest.remove_prefix(row.back().size());
   }
-  return true;
 }
 
 }  // namespace importers::calculix

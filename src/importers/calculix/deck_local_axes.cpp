@@ -85,7 +85,7 @@ void DeckLocalAxesReader::settle() {
 }
 
 DeckLocalAxes DeckLocalAxesReader::finish(const Deck& deck) {
-  DeckLocalAxes axes{std::move(fields_), {}, orientedElements(deck)};
+  DeckLocalAxes axes{std::move(fields_), {}, orientedElements(deck), {}};
   for (const std::string& name : transformedSets_) {
     const auto set = deck.nodeSets.find(name);
     if (set == deck.nodeSets.end()) continue;

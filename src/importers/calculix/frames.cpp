@@ -52,6 +52,8 @@ bool saysTheSame(const RunFrame& frame, const IncrementTime& time) {
 
 // Whether a frame comes behind one that the result file lacks.
 bool isBehind(const RunFrame& frame, const RunFrame& added) {
+  // Times of the next period are smaller again.
+  if (added.isPeriodic) return false;
   if (added.kind == FrameKind::baseState || frame.kind == FrameKind::baseState) {
     return added.kind == FrameKind::baseState;
   }

@@ -3,18 +3,16 @@
 #include <algorithm>
 #include <limits>
 
+#include "importers/calculix/match_places.h"
+
 namespace importers::calculix {
 
 namespace {
 
-// What a match is charged for; the cheapest one is taken.
-constexpr int kLeftOut = 2;              // results are written after the increment, but no time is its own
-constexpr int kNotWritten = 3;           // the other way round
-constexpr int kUnknown = 1;              // the increment is not known ...
-constexpr int kUnknownBesideFrames = 4;  // ... although the result file has some of its step
-constexpr int kSameAsKnown = 4;          // as far as the time has digits it is that of a known increment or the start
-constexpr int kNotAsked = 6;             // the step does not print such tables
-constexpr int kNewStep = 6;              // nobody knows of the step
+// What a match is charged for besides the cost of its place; the cheapest one is taken.
+constexpr int kLeftOut = 2;      // results are written after the increment, but no time is its own
+constexpr int kSameAsKnown = 4;  // as far as the time has digits it is that of a known increment or the start
+constexpr int kNotAsked = 6;     // the step does not print such tables
 
 // More would take longer than a match is worth: then the order of the times decides.
 constexpr std::size_t kMostCandidates = 4'000'000;
@@ -22,58 +20,18 @@ constexpr std::size_t kMostCandidates = 4'000'000;
 // FREQUENCY of decks that are not there.
 constexpr int kLargestFrequency = 10'000;
 
-constexpr double kForever = std::numeric_limits<double>::infinity();
-
-// Where a time can be: at an increment, or between two of them where there can be others.
-struct Place {
-  std::size_t step = 0;                  // of the list, behind its end for steps that nobody knows of
-  std::optional<std::size_t> increment;  // nothing between two of them
-  Rounded range;
-  bool isExpected = false;
-  int cost = 0;
-};
-
-std::vector<Place> placesOf(const std::vector<StepInTime>& steps, bool mayGoOn, std::size_t most) {
-  std::vector<Place> places;
-  double last = -kForever;
-  for (std::size_t i = 0; i < steps.size(); ++i) {
-    const RunStep& step = *steps[i].step;
-    const std::vector<KnownIncrement>& known = step.increments;
-    const int unknown = step.hasFrames ? kUnknownBesideFrames : kUnknown;
-    const double start = step.start.value_or(-kForever);
-    for (std::size_t k = 0; k <= known.size(); ++k) {
-      const bool isTail = k == known.size();
-      const int number = k == 0 ? 0 : known[k - 1].number.value_or(-1);
-      const bool isFluid = step.deck != nullptr && step.deck->isFluid;
-      const bool isDense = !isTail && !isFluid && number >= 0 && known[k].number && *known[k].number == number + 1;
-      if (isTail ? step.mayGoOn : !step.knowsAll && !isDense) {
-        const double low = k == 0 ? start : known[k - 1].total.low;
-        const double high = isTail ? step.end.value_or(kForever) : known[k].total.high;
-        places.push_back({i, {}, {low, high}, false, unknown});
-      }
-      if (isTail) continue;
-      places.push_back({i, k, known[k].total, known[k].isExpected, known[k].isExpected ? 0 : kNotWritten});
-      last = std::max(last, known[k].total.low);
-    }
-  }
-  for (std::size_t i = 0; mayGoOn && i < most; ++i) {
-    places.push_back({steps.size() + i, {}, {last, kForever}, false, kNewStep + static_cast<int>(i)});
-  }
-  return places;
-}
-
 class Matching {
  public:
   Matching(const std::vector<PrintedTime>& times, const std::vector<StepInTime>& steps, bool mayGoOn)
-      : times_(times), steps_(steps), places_(placesOf(steps, mayGoOn, newSteps(times))) {}
+      : times_(times), steps_(steps), places_(matchPlaces(steps, mayGoOn ? newSteps(times) : 0)) {}
 
   std::optional<std::vector<TimeMatch>> find() {
     if (const auto exact = inOrder()) return exact;
-    const auto isLater = [](const Place& a, const Place& b) {
+    const auto isLater = [](const MatchPlace& a, const MatchPlace& b) {
       return a.range.low > b.range.low || a.range.high > b.range.high;
     };
     isAscending_ = std::adjacent_find(places_.begin(), places_.end(), isLater) == places_.end();
-    for (const Place& place : places_) {
+    for (const MatchPlace& place : places_) {
       expected_.push_back((expected_.empty() ? 0 : expected_.back()) + (place.isExpected ? 1 : 0));
     }
     for (std::size_t i = 0; i < times_.size(); ++i) {
@@ -137,7 +95,7 @@ class Matching {
   std::vector<std::size_t> expectedPlaces(int frequency) const {
     std::vector<std::size_t> found;
     for (std::size_t i = 0; i < places_.size() && found.size() <= times_.size(); ++i) {
-      const Place& place = places_[i];
+      const MatchPlace& place = places_[i];
       if (!place.increment || !place.isExpected) continue;
       const RunStep& step = *steps_[place.step].step;
       const KnownIncrement& known = step.increments[*place.increment];
@@ -156,7 +114,7 @@ class Matching {
   }
 
   TimeMatch matchAt(std::size_t place) const {
-    const Place& at = places_[place];
+    const MatchPlace& at = places_[place];
     const std::size_t known = steps_.size();
     const int last = known == 0 ? 0 : steps_.back().number;
     return {at.step < known ? steps_[at.step].number : last + 1 + static_cast<int>(at.step - known), at.increment,
@@ -167,7 +125,7 @@ class Matching {
     std::vector<Candidate> found;
     const Rounded& range = times_[time].time;
     // Where times only grow, those that fit lie together.
-    const auto low = [&](const Place& place) { return isAscending_ && place.range.high < range.low; };
+    const auto low = [&](const MatchPlace& place) { return isAscending_ && place.range.high < range.low; };
     const auto first = std::partition_point(places_.begin(), places_.end(), low);
     for (auto place = static_cast<std::size_t>(first - places_.begin()); place < places_.size(); ++place) {
       if (isAscending_ && places_[place].range.low > range.high) break;
@@ -286,7 +244,7 @@ class Matching {
 
   const std::vector<PrintedTime>& times_;
   const std::vector<StepInTime>& steps_;
-  std::vector<Place> places_;
+  std::vector<MatchPlace> places_;
   bool isAscending_ = true;    // whether the places lie in the order of their times
   std::vector<int> expected_;  // how many increments up to each place get results
   std::vector<std::vector<Candidate>> candidates_;

@@ -147,9 +147,11 @@ class PlaceFinder {
     RunFrame frame;
     frame.step = match.step;
     frame.value = output.value;
+    const RunStep* const step = steps_.find(match.step);
+    frame.isPeriodic = step != nullptr && step->deck != nullptr && step->deck->isPeriodic;
     if (!match.isCertain) noteDoubt(output, match.step);
     if (match.increment) {
-      const KnownIncrement& known = steps_.find(match.step)->increments[*match.increment];
+      const KnownIncrement& known = step->increments[*match.increment];
       if (known.frame) return give(output, match.step, *known.frame);
       frame.increment = known.number;
     }
@@ -194,52 +196,11 @@ class PlaceFinder {
   bool inDoubt_ = false;
 };
 
-void take(PrintedTables& printed, const PrintedPlaces& places) {
-  for (std::size_t i = 0; i < printed.tables.size(); ++i) {
-    PrintedTable& table = printed.tables[i];
-    if (table.isLeftOut) continue;
-    table.step = places.tables[i].step;
-    table.frame = places.tables[i].frame;
-    table.isImaginary = places.tables[i].isImaginary;
-    table.part = places.tables[i].part;
-  }
-}
-
 }  // namespace
 
 PrintedPlaces findPlaces(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames,
                          bool isComplete) {
   return PlaceFinder(tables, steps, frames, isComplete).find();
-}
-
-PrintedTables placePrintedTables(const std::string& path, const Deck& deck, bool isComplete, Frames& frames,
-                                 const WarningSink& note) {
-  PrintedTables printed = readPrintedTables(path, deck);
-  isComplete = isComplete && !printed.isCutOff;
-  RunSteps steps = knownSteps(frames, frames.statusTimes(), deck);
-  PrintedPlaces places = findPlaces(printed.tables, steps, frames, isComplete);
-  if (!places.contradiction.empty() && !frames.statusTimes().empty() && !steps.confirmsStatus) {
-    // The status file may be the one that is of another run.
-    RunSteps others = knownSteps(frames, {}, deck);
-    PrintedPlaces without = findPlaces(printed.tables, others, frames, isComplete);
-    if (without.contradiction.empty()) {
-      frames.dropStatus();
-      steps = std::move(others);
-      places = std::move(without);
-    }
-  }
-  if (!places.contradiction.empty()) {
-    printed.tables.clear();
-    printed.problems = {
-        {places.contradictionLine, "the tables are not of this run, and are left out: " + places.contradiction}};
-  } else {
-    take(printed, places);
-    for (const RunFrame& frame : places.frames) frames.add(frame);
-    printed.problems.insert(printed.problems.end(), places.problems.begin(), places.problems.end());
-  }
-  if (!steps.doubt.empty()) note(steps.doubt);
-  frames.settle(steps.spans(), note);
-  return printed;
 }
 
 }  // namespace importers::calculix

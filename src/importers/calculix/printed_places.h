@@ -54,10 +54,4 @@ struct PrintedPlaces {
 PrintedPlaces findPlaces(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames,
                          bool isComplete);
 
-// Reads the tables of a run and gives each its place: the new frames become some of `frames`, which are settled then.
-// Tables of another run are left out, all of them. `problems` of the result tell what was left out or is in doubt.
-// `isComplete` says whether the result file is not cut off.
-PrintedTables placePrintedTables(const std::string& path, const Deck& deck, bool isComplete, Frames& frames,
-                                 const WarningSink& note);
-
 }  // namespace importers::calculix

@@ -1,10 +1,20 @@
 #include "importers/calculix/printed_rows.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "importers/label_index.h"
 
 namespace importers::calculix {
+
+namespace {
+
+// How many integration points elements have.
+const std::map<std::string_view, std::size_t> kPointsOfSolids = {{"C3D8", 8},   {"C3D8I", 8},  {"C3D8R", 1},
+                                                                 {"C3D20", 27}, {"C3D20R", 8}, {"C3D4", 1},
+                                                                 {"C3D10", 4},  {"C3D15", 9},  {"C3D6", 2}};
+
+}  // namespace
 
 void PrintedRows::start(const DatFormat& format, const DatTable& head) {
   if (format_ != nullptr) counts_[{std::string(format_->title), set_}] = count_;
@@ -67,7 +77,7 @@ bool PrintedRows::lackElements() const {
   return found < labels.size() && std::all_of(labels.begin(), labels.end(), isSolid);
 }
 
-// The last element against others of its type.
+// The last element against what its type has, or against others of its type.
 bool PrintedRows::lackPoints() const {
   if (elements_.empty()) return false;
   const DeckMesh& mesh = deck_->mesh;
@@ -76,10 +86,13 @@ bool PrintedRows::lackPoints() const {
     const int place = index.placeOf(label);
     return place < 0 ? -1 : mesh.typeOfElement[static_cast<std::size_t>(place)];
   };
-  const int type = typeOf(elements_.back().element);
-  return type >= 0 && std::any_of(elements_.begin(), elements_.end(), [&](const ElementRows& other) {
-           return other.rows > elements_.back().rows && typeOf(other.element) == type;
-         });
+  const ElementRows& last = elements_.back();
+  const int type = typeOf(last.element);
+  if (type < 0) return false;
+  const auto points = kPointsOfSolids.find(mesh.elementTypes[static_cast<std::size_t>(type)]);
+  if (points != kPointsOfSolids.end() && last.rows < points->second) return true;
+  return std::any_of(elements_.begin(), elements_.end(),
+                     [&](const ElementRows& other) { return other.rows > last.rows && typeOf(other.element) == type; });
 }
 
 }  // namespace importers::calculix

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "importers/calculix/printed_rows.h"
+#include "importers/calculix/row_layout.h"
 
 namespace importers::calculix {
 
@@ -60,20 +61,26 @@ class PrintedTableReader {
 
   void readRows(PrintedTable& table) {
     rows_.start(*table.format, table.head);
-    DatRow row;
-    while (reader_.nextRow(row)) {
-      if (isRemark(row)) continue;
-      ++table.rows;
+    layout_.forget();
+    std::string_view line;
+    while (reader_.nextRow(line)) {
       if (table.isLeftOut) continue;
-      if (readDatRow(*table.format, row, values_)) {
-        takeRow(table, row);
+      if (layout_.fits(line, values_.labels)) {
+        ++table.rows;
+        note(table, line);
       } else {
-        leaveOut(table, fmt::format("this is no row of {}", table.head.title));
+        readRow(table, line);
       }
     }
   }
 
-  void takeRow(PrintedTable& table, const DatRow& row) {
+  void readRow(PrintedTable& table, std::string_view line) {
+    splitRow(line, row_);
+    if (isRemark(row_)) return;
+    ++table.rows;
+    if (!readDatRow(*table.format, row_, values_)) {
+      return leaveOut(table, fmt::format("this is no row of {}", table.head.title));
+    }
     const std::size_t numbers = values_.numbers.size();
     if (table.rows == 1) {
       const auto columns = datColumns(*table.format, table.head.heading, numbers);
@@ -86,12 +93,18 @@ class PrintedTableReader {
     } else if (numbers != table.width) {
       return leaveOut(table, fmt::format("this is no row of {}", table.head.title));
     }
+    note(table, line);
+    if (keepsRows(*table.format)) {
+      table.kept.push_back(values_);
+    } else {
+      layout_.learn(line, table.format->labels());
+    }
+  }
+
+  void note(PrintedTable& table, std::string_view line) {
     rows_.add(values_);
     (values_.isLocal ? table.hasLocalRows : table.hasGlobalRows) = true;
-    for (const std::string_view word : row) {
-      table.fingerprint = table.fingerprint * 31 + std::hash<std::string_view>()(word);
-    }
-    if (keepsRows(*table.format)) table.kept.push_back(values_);
+    table.fingerprint = table.fingerprint * 31 + std::hash<std::string_view>()(line);
   }
 
   void finish() {
@@ -106,7 +119,9 @@ class PrintedTableReader {
 
   PrintedTables printed_;
   DatReader reader_;
+  DatRow row_;
   DatValues values_;
+  RowLayout layout_;
   bool lastIsKnown_ = false;
   std::set<std::string> noted_;
   PrintedRows rows_;
