@@ -134,11 +134,12 @@ class Comparison:
         place = f"{step} frame {frame} {field}"
         # Points of faces have no number in the file, so that each is a row of its own.
         are_faces = field.startswith(("CDIS_IP", "CSTR_IP", "CELS_IP"))
-        known, labels, rows, times = {}, [], [], set()
-        while len(rows) < len(stored) or self.is_repeated(pending, known, times):
+        known, labels, rows, times, sets = {}, [], [], set(), set()
+        while len(rows) < len(stored) or self.is_repeated(pending, known, times, sets):
             expect(pending, place)
             table = pending.popleft()
             times.add(table.time)
+            sets.add(table.set)
             for label, row in zip(table.labels, as_floats(table.rows)):
                 if tuple(label) in known and not are_faces:
                     continue
@@ -153,9 +154,9 @@ class Comparison:
         self.extremes(step, frame, field, np.array(rows, dtype="f4"))
 
     @staticmethod
-    def is_repeated(pending, known, times):
-        """Whether the next table shows again what the frame has already."""
-        if not pending or pending[0].time not in times:
+    def is_repeated(pending, known, times, sets):
+        """Whether the next table is one of another set that shows again what the frame has already."""
+        if not pending or pending[0].time not in times or pending[0].set in sets:
             return False
         return all(known.get(tuple(label)) == row for label, row in zip(pending[0].labels, as_floats(pending[0].rows)))
 

@@ -12,6 +12,13 @@ namespace {
 
 constexpr int kSampleWidth = 2;
 
+// Of forces between two surfaces, "SLA, MAS", both.
+std::string surfaceNames(const PrintedSetNames& names, const std::string& printed) {
+  const std::size_t comma = printed.find(", ");
+  if (comma == std::string::npos) return names.nameOfSurface(printed);
+  return names.nameOfSurface(printed.substr(0, comma)) + ", " + names.nameOfSurface(printed.substr(comma + 2));
+}
+
 bool hasOnlyModes(const PrintedTable& table) {
   return table.format->rows == DatRows::mode || table.format->rows == DatRows::modeSum;
 }
@@ -53,7 +60,7 @@ bool PrintedHistories::takes(const PrintedTable& table) const {
 
 // As the deck spells it: tables have it in capitals and without blanks.
 std::string PrintedHistories::setName(const PrintedTable& table) const {
-  if (table.isOfSection) return names_.nameOfSurface(table.head.set);
+  if (table.isOfSection) return surfaceNames(names_, table.head.set);
   const bool isOfNodes = table.format->rows == DatRows::node || table.format->traits.isOfNodes;
   return names_.nameOf(table.head.set, isOfNodes ? odbstore::SetKind::node : odbstore::SetKind::element);
 }
