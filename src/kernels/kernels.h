@@ -34,6 +34,9 @@ struct InvariantColumns {
 
 inline constexpr int kTensorWidth = 6;
 
+// What a full sort puts first: smaller numbers, or larger ones.
+enum class Order { ascending, descending };
+
 // All rows are contiguous, [count, width], width at least 1; pointers need no alignment.
 struct Kernels {
   const char* name;
@@ -59,6 +62,12 @@ struct Kernels {
   // All other invariants of each row.
   void (*invariantsFloat)(const float* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out);
   void (*invariantsDouble)(const double* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out);
+
+  // Reorders `count` values, so that position `target`, up to `count`, holds what a full sort would put there, nothing
+  // before it belongs after it and nothing after it belongs before it. Every value moves as in the plain loops of
+  // selection.inc, with NaN among them too: where the others come to stand is part of the result.
+  void (*selectFloat)(float* values, std::size_t count, std::size_t target, Order order);
+  void (*selectDouble)(double* values, std::size_t count, std::size_t target, Order order);
 };
 
 // The fastest version that this machine can run, found once.
@@ -88,6 +97,13 @@ inline void invariants(const float* rows, std::size_t count, int width, bool hal
 }
 inline void invariants(const double* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out) {
   best().invariantsDouble(rows, count, width, halvedShear, out);
+}
+
+inline void select(std::span<float> values, std::size_t target, Order order) {
+  best().selectFloat(values.data(), values.size(), target, order);
+}
+inline void select(std::span<double> values, std::size_t target, Order order) {
+  best().selectDouble(values.data(), values.size(), target, order);
 }
 
 // All versions that it can run, the plain one first.

@@ -13,6 +13,8 @@
 
 namespace {
 
+using kernels::Order;
+
 template <class Number>
 struct BlockExtremes {
   RunningExtremes<Number> plain;
@@ -57,12 +59,12 @@ void keepColumn(std::vector<Number>& scratch, std::size_t first, std::size_t cou
 }
 
 // Both engineering extremes of an array, as far as they are wanted; the maximum in the order given.
-template <class Number, class Result, class MaxOrder>
-void selectInto(std::span<Number> values, MaxOrder maxOrder, Result& engineeringMax, Result& engineeringMin) {
+template <class Number, class Result>
+void selectInto(std::span<Number> values, Order maxOrder, Result& engineeringMax, Result& engineeringMin) {
   if (values.empty()) return;
   const ExtractionSwitches& switches = extractionSwitches();
   if (switches.engineeringMin) {
-    engineeringMin = static_cast<Result>(engineeringExtreme<Number>(values, switches.percentage, Ascending()));
+    engineeringMin = static_cast<Result>(engineeringExtreme<Number>(values, switches.percentage, Order::ascending));
   }
   if (switches.engineeringMax) {
     engineeringMax = static_cast<Result>(engineeringExtreme<Number>(values, switches.percentage, maxOrder));
@@ -97,7 +99,7 @@ class ColumnReduction {
   }
 
   void selectInto(std::size_t column, Extremes& extremes) {
-    ::selectInto<Number>(columns_[column], Descending(), extremes.engineeringMax, extremes.engineeringMin);
+    ::selectInto<Number>(columns_[column], Order::descending, extremes.engineeringMax, extremes.engineeringMin);
   }
 
  private:
@@ -123,7 +125,7 @@ BlockExtremes<Number> reduceNodeVectors(const Rows<Number>& rows) {
     if (!magnitudes.empty()) kernels::lengths(numbers, count, rows.width, magnitudes.data() + first);
     if (components) columns.take(first, count, numbers);
   });
-  selectInto<Number>(magnitudes, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  selectInto<Number>(magnitudes, Order::descending, extremes.engineeringMax, extremes.engineeringMin);
   for (int j = 0; components && j < vectorComponents(rows); ++j) {
     const auto column = static_cast<std::size_t>(j);
     columns.addPlainTo(column, reductionResults().vector[column]);
@@ -151,9 +153,9 @@ BlockExtremes<Number> reduceNodeNumbers(const Rows<Number>& rows) {
   // In single precision, and here alone, the maximum is selected in ascending order too: a result that readers of the
   // records rely on.
   if constexpr (std::is_same_v<Number, float>) {
-    selectInto<Number>(last, Ascending(), extremes.engineeringMax, extremes.engineeringMin);
+    selectInto<Number>(last, Order::ascending, extremes.engineeringMax, extremes.engineeringMin);
   } else {
-    selectInto<Number>(last, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+    selectInto<Number>(last, Order::descending, extremes.engineeringMax, extremes.engineeringMin);
   }
   return extremes;
 }
@@ -181,7 +183,7 @@ BlockExtremes<Number> reduceElementTensors(const Rows<Number>& rows, const Compo
   BlockExtremes<Number> extremes;
   if (static_cast<Number>(mises.max) > extremes.plain.max) extremes.plain.max = static_cast<Number>(mises.max);
   if (static_cast<Number>(mises.min) < extremes.plain.min) extremes.plain.min = static_cast<Number>(mises.min);
-  selectInto<float>(values, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  selectInto<float>(values, Order::descending, extremes.engineeringMax, extremes.engineeringMin);
   for (std::size_t c = 0; components && c < present.size() && c < static_cast<std::size_t>(rows.width); ++c) {
     if (!present[c]) continue;
     Extremes& component = reductionResults().tensor[c];
@@ -211,7 +213,7 @@ template <class Number>
 BlockExtremes<Number> reduceElementScalars(const Rows<Number>& rows) {
   BlockExtremes<Number> extremes;
   std::vector<Number> last = takeNumbers(rows, extremes);
-  selectInto<Number>(last, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  selectInto<Number>(last, Order::descending, extremes.engineeringMax, extremes.engineeringMin);
   return extremes;
 }
 

@@ -9,6 +9,8 @@
 
 namespace {
 
+using kernels::Order;
+
 template <class Number>
 void takeColumnOf(Quantity& quantity, int place, int count, const Number* rows, int width, int column) {
   constexpr int kBuffer = 1024;
@@ -49,12 +51,12 @@ void Quantity::takeColumn(int place, int count, const double* rows, int width, i
 
 void Quantity::selectMin() {
   if (values.empty()) return;
-  extremes.engineeringMin = engineeringExtreme<double>(values, extractionSwitches().percentage, Ascending());
+  extremes.engineeringMin = engineeringExtreme<double>(values, extractionSwitches().percentage, Order::ascending);
 }
 
 void Quantity::selectMax() {
   if (values.empty()) return;
-  extremes.engineeringMax = engineeringExtreme<double>(values, extractionSwitches().percentage, Descending());
+  extremes.engineeringMax = engineeringExtreme<double>(values, extractionSwitches().percentage, Order::descending);
 }
 
 ValueReduction::ValueReduction(const ComponentFlags& components, int count) : present(components) {

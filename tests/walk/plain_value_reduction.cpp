@@ -1,5 +1,6 @@
 #include "plain_value_reduction.h"
 
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -7,7 +8,7 @@
 #include "reduce/extremes_records.h"
 #include "reduce/field_value_access.h"
 #include "result/extraction_switches.h"
-#include "selection_oracle.h"
+#include "support/selection_oracle.h"
 
 namespace {
 
@@ -29,11 +30,11 @@ struct Quantity {
   }
   void selectMin() {
     if (values.empty()) return;
-    extremes.engineeringMin = plainExtreme(values, Ascending());
+    extremes.engineeringMin = plainExtreme(values, std::less<double>());
   }
   void selectMax() {
     if (values.empty()) return;
-    extremes.engineeringMax = plainExtreme(values, Descending());
+    extremes.engineeringMax = plainExtreme(values, std::greater<double>());
   }
 };
 
