@@ -53,6 +53,12 @@ struct Kernels {
   void (*lengthsFloat)(const float* rows, std::size_t count, int width, float* out);
   void (*lengthsDouble)(const double* rows, std::size_t count, int width, double* out);
 
+  // The first `columnCount` numbers of each row, at most `width`: number c of row i goes to columns[c][at + i].
+  void (*splitColumnsFloat)(const float* rows, std::size_t count, int width, float* const* columns, int columnCount,
+                            std::size_t at);
+  void (*splitColumnsDouble)(const double* rows, std::size_t count, int width, double* const* columns, int columnCount,
+                             std::size_t at);
+
   // Rows are tensors, components 11, 22, 33, 12, 13, 23 up to `width`; those that are missing count as 0, what follows
   // them is passed over. With `halvedShear` the last three are halved first.
   void (*equivalentRange)(const float* rows, std::size_t count, int width, bool halvedShear, EquivalentRange* range);
@@ -91,6 +97,14 @@ inline void lengths(const float* rows, std::size_t count, int width, float* out)
 }
 inline void lengths(const double* rows, std::size_t count, int width, double* out) {
   best().lengthsDouble(rows, count, width, out);
+}
+inline void splitColumns(const float* rows, std::size_t count, int width, float* const* columns, int columnCount,
+                         std::size_t at) {
+  best().splitColumnsFloat(rows, count, width, columns, columnCount, at);
+}
+inline void splitColumns(const double* rows, std::size_t count, int width, double* const* columns, int columnCount,
+                         std::size_t at) {
+  best().splitColumnsDouble(rows, count, width, columns, columnCount, at);
 }
 inline void invariants(const float* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out) {
   best().invariantsFloat(rows, count, width, halvedShear, out);

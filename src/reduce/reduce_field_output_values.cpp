@@ -1,11 +1,13 @@
 #include "reduce/reduce_field_output_values.h"
 
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "reduce/extremes_records.h"
 #include "reduce/field_value_access.h"
 #include "reduce/read_values.h"
+#include "reduce/side_by_side.h"
 #include "reduce/value_reduction.h"
 #include "result/extraction_switches.h"
 
@@ -13,25 +15,22 @@ namespace {
 
 // The maxima are selected in the arrays as the minima have left them; tensor components go the other way round.
 void selectEngineering(ValueReduction& reduction) {
-  const ExtractionSwitches& switches = extractionSwitches();
-  const bool vector = reduction.type == odb_Enum::vector;
-  const bool tensor = odb_isTensor(reduction.type);
-  const auto forEach = [](auto& quantities, bool wanted, auto&& select) {
-    if (!wanted) return;
-    for (Quantity& quantity : quantities) select(quantity);
+  const auto minFirst = [](Quantity& quantity) {
+    if (extractionSwitches().engineeringMin) quantity.selectMin();
+    if (extractionSwitches().engineeringMax) quantity.selectMax();
   };
-  const auto selectMin = [](Quantity& quantity) { quantity.selectMin(); };
-  const auto selectMax = [](Quantity& quantity) { quantity.selectMax(); };
-  if (switches.engineeringMin) {
-    reduction.main.selectMin();
-    forEach(reduction.vector, vector, selectMin);
-  }
-  if (switches.engineeringMax) {
-    reduction.main.selectMax();
-    forEach(reduction.vector, vector, selectMax);
-    forEach(reduction.tensor, tensor, selectMax);
-  }
-  if (switches.engineeringMin) forEach(reduction.tensor, tensor, selectMin);
+  const auto maxFirst = [](Quantity& quantity) {
+    if (extractionSwitches().engineeringMax) quantity.selectMax();
+    if (extractionSwitches().engineeringMin) quantity.selectMin();
+  };
+  SideBySide selections;
+  const auto add = [&](Quantity& quantity, auto&& select) {
+    selections.add(quantity.values.all().size(), [&quantity, select] { select(quantity); });
+  };
+  add(reduction.main, minFirst);
+  for (Quantity& component : reduction.vector) add(component, minFirst);
+  for (Quantity& component : reduction.tensor) add(component, maxFirst);
+  selections.run();
 }
 
 // Over a region the two engineering records of a scalar stand in the other order than over the whole model.
@@ -99,22 +98,42 @@ void writeInvariantRecords(std::ostream& out, const RecordHead& head, std::strin
   write(switches.engineeringMin, Extreme::engineeringMin, extremes.engineeringMin, kHighest<double>);
 }
 
-void reduceInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& quantity) {
-  readInvariant(values, slot, quantity);
+// Selects where values have been seen.
+void selectEngineering(std::span<InvariantReduction> invariants) {
   const ExtractionSwitches& switches = extractionSwitches();
-  if (switches.engineeringMin && quantity.extremes.min != kHighest<double>) quantity.selectMin();
-  if (switches.engineeringMax && quantity.extremes.max != kLowest<double>) quantity.selectMax();
+  SideBySide selections;
+  for (InvariantReduction& invariant : invariants) {
+    Quantity& quantity = invariant.quantity;
+    selections.add(quantity.values.all().size(), [&] {
+      if (switches.engineeringMin && quantity.extremes.min != kHighest<double>) quantity.selectMin();
+      if (switches.engineeringMax && quantity.extremes.max != kLowest<double>) quantity.selectMax();
+    });
+  }
+  selections.run();
 }
 
 void reduceInvariants(const odb_SequenceFieldValue& values, std::ostream& out, const RecordHead& head,
                       const odb_Sequence<odb_InvariantEnum>& valid) {
+  const bool isKept = extractionSwitches().wantsEngineering();
+  // With arrays of their values two at a time, so that all nine need not be in memory.
+  const std::size_t together = isKept ? 2 : kInvariantQuantities.size();
+  std::vector<InvariantReduction> invariants;
+  const auto finish = [&] {
+    readInvariants(values, invariants);
+    selectEngineering(invariants);
+    for (const InvariantReduction& invariant : invariants) {
+      const std::string_view name = kInvariantQuantities[static_cast<std::size_t>(invariant.slot)].quantity;
+      writeInvariantRecords(out, head, name, invariant.quantity.extremes);
+    }
+    invariants.clear();
+  };
   for (std::size_t slot = 0; slot < kInvariantQuantities.size(); ++slot) {
     if (!valid.isMember(kInvariantQuantities[slot].code)) continue;
-    Quantity quantity;
-    if (extractionSwitches().wantsEngineering()) quantity.values.resize(static_cast<std::size_t>(values.size()));
-    reduceInvariant(values, static_cast<int>(slot), quantity);
-    writeInvariantRecords(out, head, kInvariantQuantities[slot].quantity, quantity.extremes);
+    invariants.push_back({static_cast<int>(slot), {}});
+    if (isKept) invariants.back().quantity.values = ValueArray<double>(static_cast<std::size_t>(values.size()));
+    if (invariants.size() == together) finish();
   }
+  if (!invariants.empty()) finish();
 }
 
 }  // namespace
@@ -127,12 +146,15 @@ void reduceFieldOutputValues(const odb_SequenceFieldValue& values, std::ostream&
   if (isScreenedRegion(regionName)) return;
   valueName.append("    ");
   connectTensorSlots(componentSlots());
-  ValueReduction reduction(cutToComponents(componentLabels), values.size());
-  readValues(values, out, invariants, valueName, flag, reduction);
-  selectEngineering(reduction);
   const bool wholeModel = scope.view() == "ALL";
-  writeRecords(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName), wholeModel,
-               reduction);
+  const ComponentFlags present = cutToComponents(componentLabels);
+  {
+    ValueReduction reduction(present, values);
+    readValues(values, out, invariants, valueName, flag, reduction);
+    selectEngineering(reduction);
+    writeRecords(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName), wholeModel,
+                 reduction);
+  }
   if (extractionSwitches().tensorInvariants && cleanedName(fieldName) == "S") {
     reduceInvariants(values, out, RecordHead(prefix, frame, regionName, fieldName), invariants);
   }

@@ -189,6 +189,35 @@ TEST_P(KernelsTest, LengthsAreThoseOfThePlainLoop) {
   checkLengths<double>(version().lengthExtremesDouble, version().lengthsDouble, random_);
 }
 
+template <class Number, class Kernel>
+void checkSplitting(Kernel&& kernel, std::mt19937& random) {
+  constexpr std::size_t kAt = 5;
+  constexpr Number kUntouched = -12345;
+  for (const std::size_t rows : rowCounts()) {
+    for (const int width : {1, 2, 3, 4, 5, 6, 7}) {
+      const int wanted = random() % 2 == 0 ? width : 1 + static_cast<int>(random() % static_cast<unsigned>(width));
+      const auto numbers = drawMany<Number>(Numbers::bits, rows * static_cast<std::size_t>(width), random);
+      std::vector<std::vector<Number>> columns(static_cast<std::size_t>(wanted),
+                                               std::vector<Number>(rows + 2 * kAt, kUntouched));
+      std::vector<Number*> pointers;
+      for (auto& column : columns) pointers.push_back(column.data());
+      kernel(numbers.data(), rows, width, pointers.data(), wanted, kAt);
+      for (std::size_t c = 0; c < columns.size(); ++c) {
+        std::vector<Number> expected(rows + 2 * kAt, kUntouched);
+        for (std::size_t i = 0; i < rows; ++i) expected[kAt + i] = numbers[i * static_cast<std::size_t>(width) + c];
+        const std::string what =
+            "column " + std::to_string(c) + " of " + std::to_string(rows) + " x " + std::to_string(width);
+        ASSERT_NO_FATAL_FAILURE(expectSame(columns[c], expected, what));
+      }
+    }
+  }
+}
+
+TEST_P(KernelsTest, SplitColumnsAreThoseOfTheRows) {
+  checkSplitting<float>(version().splitColumnsFloat, random_);
+  checkSplitting<double>(version().splitColumnsDouble, random_);
+}
+
 void checkEquivalents(const Kernels& version, const std::vector<float>& numbers, int width, bool halved) {
   const std::size_t rows = numbers.size() / static_cast<std::size_t>(width);
   std::vector<float> expected;
