@@ -12,10 +12,17 @@ namespace {
 
 using Numbers = std::array<float, kTogether>;
 
+// So few that all invariants of them stay in the nearest cache.
+constexpr int kInvariantsTogether = 256;
+
 // Calls take(first, count) for stretches of a run.
 template <class Take>
+void forEachStretch(const odb_FieldValueRun& run, int together, Take&& take) {
+  for (int from = 0; from < run.count(); from += together) take(from, std::min(together, run.count() - from));
+}
+template <class Take>
 void forEachStretch(const odb_FieldValueRun& run, Take&& take) {
-  for (int from = 0; from < run.count(); from += kTogether) take(from, std::min(kTogether, run.count() - from));
+  forEachStretch(run, kTogether, take);
 }
 
 double elementOf(const float* row, int width, int column) {
@@ -147,7 +154,7 @@ void readInvariants(const odb_SequenceFieldValue& values, std::span<InvariantRed
       }
       return;
     }
-    forEachStretch(run, [&](int from, int count) {
+    forEachStretch(run, kInvariantsTogether, [&](int from, int count) {
       for (InvariantReduction& invariant : invariants) {
         run.invariant(kInvariantQuantities[static_cast<std::size_t>(invariant.slot)].code, from, count, numbers.data());
         invariant.quantity.takeNumbers(run.first() + from, count, numbers.data());
