@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "result/extraction_switches.h"
+#include "result/record_line.h"
 
 std::string_view extremeToken(Extreme extreme) {
   switch (extreme) {
@@ -17,29 +18,51 @@ std::string_view extremeToken(Extreme extreme) {
   }
 }
 
+namespace {
+
+// Records of a region, one after the other.
+class Records {
+ public:
+  Records(std::ostream& out, const RecordHead& head) : out_(out), head_(head) {}
+
+  void write(std::string_view quantity, Extreme extreme, double value) {
+    line_ << head_.text() << quantity << extremeToken(extreme) << value;
+    line_.end(out_);
+  }
+
+ private:
+  std::ostream& out_;
+  const RecordHead& head_;
+  RecordLine line_;
+};
+
+}  // namespace
+
+void writeExtreme(std::ostream& out, const RecordHead& head, std::string_view quantity, Extreme extreme, double value) {
+  Records(out, head).write(quantity, extreme, value);
+}
+
 void writeExtremes(std::ostream& out, const RecordHead& head, std::string_view quantity, const Extremes& extremes) {
   const ExtractionSwitches& switches = extractionSwitches();
-  writeExtreme(out, head, quantity, Extreme::max, extremes.max);
-  writeExtreme(out, head, quantity, Extreme::min, extremes.min);
-  if (switches.engineeringMax) {
-    writeExtreme(out, head, quantity, Extreme::engineeringMax, extremes.engineeringMax);
-  }
-  if (switches.engineeringMin) {
-    writeExtreme(out, head, quantity, Extreme::engineeringMin, extremes.engineeringMin);
-  }
+  Records records(out, head);
+  records.write(quantity, Extreme::max, extremes.max);
+  records.write(quantity, Extreme::min, extremes.min);
+  if (switches.engineeringMax) records.write(quantity, Extreme::engineeringMax, extremes.engineeringMax);
+  if (switches.engineeringMin) records.write(quantity, Extreme::engineeringMin, extremes.engineeringMin);
 }
 
 void writeVectorComponents(std::ostream& out, const RecordHead& head,
                            const std::array<Extremes, kVectorComponents>& components, Extreme engineeringMin) {
+  Records records(out, head);
   for (std::size_t c = 0; c < components.size(); ++c) {
-    writeExtreme(out, head, kVectorQuantities[c], Extreme::max, components[c].max);
-    writeExtreme(out, head, kVectorQuantities[c], Extreme::min, components[c].min);
+    records.write(kVectorQuantities[c], Extreme::max, components[c].max);
+    records.write(kVectorQuantities[c], Extreme::min, components[c].min);
   }
   for (std::size_t c = 0; extractionSwitches().engineeringMax && c < components.size(); ++c) {
-    writeExtreme(out, head, kVectorQuantities[c], Extreme::engineeringMax, components[c].engineeringMax);
+    records.write(kVectorQuantities[c], Extreme::engineeringMax, components[c].engineeringMax);
   }
   for (std::size_t c = 0; extractionSwitches().engineeringMin && c < components.size(); ++c) {
-    writeExtreme(out, head, kVectorQuantities[c], engineeringMin, components[c].engineeringMin);
+    records.write(kVectorQuantities[c], engineeringMin, components[c].engineeringMin);
   }
 }
 

@@ -17,10 +17,7 @@ enum class Extreme { max, min, engineeringMax, engineeringMin };
 std::string_view extremeToken(Extreme extreme);
 
 // One record: the head, the quantity ("__mises", "__11", ...; empty for scalars), the token, the value.
-template <class Value>
-void writeExtreme(std::ostream& out, const RecordHead& head, std::string_view quantity, Extreme extreme, Value value) {
-  out << head << quantity << extremeToken(extreme) << value << std::endl;
-}
+void writeExtreme(std::ostream& out, const RecordHead& head, std::string_view quantity, Extreme extreme, double value);
 
 // The records of a quantity in the usual order: maximum, minimum, then the engineering maximum and minimum
 // under their switches.

@@ -56,6 +56,7 @@ ValueArray<Number> arrayFor(int rows) {
 template <class Number, class Result>
 void addSelection(SideBySide& selections, ValueArray<Number>& values, Order maxOrder, Result& engineeringMax,
                   Result& engineeringMin) {
+  if (values.empty()) return;
   const std::span<Number> all = values.all();
   selections.add(all.size(), [=, &engineeringMax, &engineeringMin] {
     const ExtractionSwitches& switches = extractionSwitches();

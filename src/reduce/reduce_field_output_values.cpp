@@ -10,6 +10,7 @@
 #include "reduce/side_by_side.h"
 #include "reduce/value_reduction.h"
 #include "result/extraction_switches.h"
+#include "result/indentation.h"
 
 namespace {
 
@@ -25,6 +26,7 @@ void selectEngineering(ValueReduction& reduction) {
   };
   SideBySide selections;
   const auto add = [&](Quantity& quantity, auto&& select) {
+    if (quantity.values.empty()) return;
     selections.add(quantity.values.all().size(), [&quantity, select] { select(quantity); });
   };
   add(reduction.main, minFirst);
@@ -104,6 +106,7 @@ void selectEngineering(std::span<InvariantReduction> invariants) {
   SideBySide selections;
   for (InvariantReduction& invariant : invariants) {
     Quantity& quantity = invariant.quantity;
+    if (quantity.values.empty()) continue;
     selections.add(quantity.values.all().size(), [&] {
       if (switches.engineeringMin && quantity.extremes.min != kHighest<double>) quantity.selectMin();
       if (switches.engineeringMax && quantity.extremes.max != kLowest<double>) quantity.selectMax();
@@ -144,13 +147,13 @@ void reduceFieldOutputValues(const odb_SequenceFieldValue& values, std::ostream&
                              odb_Sequence<odb_String>& componentLabels, int, odb_String valueName, bool flag) {
   reductionResults().clearBlock();
   if (isScreenedRegion(regionName)) return;
-  valueName.append("    ");
+  static DeeperIndentation valueNames;
   connectTensorSlots(componentSlots());
   const bool wholeModel = scope.view() == "ALL";
   const ComponentFlags present = cutToComponents(componentLabels);
   {
     ValueReduction reduction(present, values);
-    readValues(values, out, invariants, valueName, flag, reduction);
+    readValues(values, out, invariants, valueNames.of(valueName), flag, reduction);
     selectEngineering(reduction);
     writeRecords(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName), wholeModel,
                  reduction);

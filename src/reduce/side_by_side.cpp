@@ -13,7 +13,6 @@ constexpr std::size_t kWorthAThread = 100'000;
 }  // namespace
 
 void SideBySide::add(std::size_t values, std::function<void()> job) {
-  if (values == 0) return;
   jobs_.push_back(std::move(job));
   values_ += values;
 }

@@ -8,7 +8,7 @@
 // Collects pieces of work that neither need each other nor throw, and does them together.
 class SideBySide {
  public:
-  // A piece that goes over so many values; without any there is nothing to do.
+  // A piece that goes over so many values.
   void add(std::size_t values, std::function<void()> job);
 
   // Does all of them, on this thread and on a second one, where the machine has another processor and the values are

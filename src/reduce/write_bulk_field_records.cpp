@@ -4,6 +4,7 @@
 #include "reduce/reduce_bulk_block.h"
 #include "reduce/reduction_results.h"
 #include "result/extraction_switches.h"
+#include "result/indentation.h"
 
 namespace {
 
@@ -46,8 +47,7 @@ void writeBulkFieldRecords(const odb_SequenceFieldBulkData& blocks, std::ostream
                            int frame, const odb_String& scope, const odb_String& regionName,
                            const odb_String& fieldName, const odb_Sequence<odb_InvariantEnum>& invariants,
                            const odb_String& indentation, bool flag) {
-  odb_String blockIndentation = indentation;
-  blockIndentation.append("    ");
+  static DeeperIndentation blockIndentation;
   FieldReduction field;
   for (int i = 0; i < blocks.size(); ++i) {
     if (i == 0 && extractionSwitches().fieldComponents) {
@@ -55,7 +55,7 @@ void writeBulkFieldRecords(const odb_SequenceFieldBulkData& blocks, std::ostream
     }
     const odb_FieldBulkData& block = blocks[i];
     field.type = block.type();
-    reduceBulkBlock(block, out, prefix, frame, fieldName, invariants, blockIndentation, flag);
+    reduceBulkBlock(block, out, prefix, frame, fieldName, invariants, blockIndentation.of(indentation), flag);
     field.takeBlock(reductionResults().block);
     if (odb_isTensor(field.type)) field.takeLabels(block.componentLabels());
   }
