@@ -1,9 +1,6 @@
 #include "reduce/extremes_records.h"
 
-#include <algorithm>
-
 #include "result/extraction_switches.h"
-#include "result/record_line.h"
 
 std::string_view extremeToken(Extreme extreme) {
   switch (extreme) {
@@ -18,51 +15,29 @@ std::string_view extremeToken(Extreme extreme) {
   }
 }
 
-namespace {
-
-// Records of a region, one after the other.
-class Records {
- public:
-  Records(std::ostream& out, const RecordHead& head) : out_(out), head_(head) {}
-
-  void write(std::string_view quantity, Extreme extreme, double value) {
-    line_ << head_.text() << quantity << extremeToken(extreme) << value;
-    line_.end(out_);
-  }
-
- private:
-  std::ostream& out_;
-  const RecordHead& head_;
-  RecordLine line_;
-};
-
-}  // namespace
-
-void writeExtreme(std::ostream& out, const RecordHead& head, std::string_view quantity, Extreme extreme, double value) {
-  Records(out, head).write(quantity, extreme, value);
+void ExtremesWriter::write(std::string_view quantity, Extreme extreme, double value) {
+  line_ << head_.text() << quantity << extremeToken(extreme) << value;
+  line_.end(out_);
 }
 
-void writeExtremes(std::ostream& out, const RecordHead& head, std::string_view quantity, const Extremes& extremes) {
+void ExtremesWriter::writeAll(std::string_view quantity, const Extremes& extremes) {
   const ExtractionSwitches& switches = extractionSwitches();
-  Records records(out, head);
-  records.write(quantity, Extreme::max, extremes.max);
-  records.write(quantity, Extreme::min, extremes.min);
-  if (switches.engineeringMax) records.write(quantity, Extreme::engineeringMax, extremes.engineeringMax);
-  if (switches.engineeringMin) records.write(quantity, Extreme::engineeringMin, extremes.engineeringMin);
+  write(quantity, Extreme::max, extremes.max);
+  write(quantity, Extreme::min, extremes.min);
+  if (switches.engineeringMax) write(quantity, Extreme::engineeringMax, extremes.engineeringMax);
+  if (switches.engineeringMin) write(quantity, Extreme::engineeringMin, extremes.engineeringMin);
 }
 
-void writeVectorComponents(std::ostream& out, const RecordHead& head,
-                           const std::array<Extremes, kVectorComponents>& components, Extreme engineeringMin) {
-  Records records(out, head);
+void ExtremesWriter::writeVector(const std::array<Extremes, kVectorComponents>& components, Extreme engineeringMin) {
   for (std::size_t c = 0; c < components.size(); ++c) {
-    records.write(kVectorQuantities[c], Extreme::max, components[c].max);
-    records.write(kVectorQuantities[c], Extreme::min, components[c].min);
+    write(kVectorQuantities[c], Extreme::max, components[c].max);
+    write(kVectorQuantities[c], Extreme::min, components[c].min);
   }
   for (std::size_t c = 0; extractionSwitches().engineeringMax && c < components.size(); ++c) {
-    records.write(kVectorQuantities[c], Extreme::engineeringMax, components[c].engineeringMax);
+    write(kVectorQuantities[c], Extreme::engineeringMax, components[c].engineeringMax);
   }
   for (std::size_t c = 0; extractionSwitches().engineeringMin && c < components.size(); ++c) {
-    records.write(kVectorQuantities[c], engineeringMin, components[c].engineeringMin);
+    write(kVectorQuantities[c], engineeringMin, components[c].engineeringMin);
   }
 }
 
@@ -74,10 +49,14 @@ bool isScreenedRegion(const odb_String& regionTag) {
 ComponentFlags cutToComponents(odb_Sequence<odb_String>& labels) {
   ComponentFlags present{};
   for (int i = 0; i < labels.size(); ++i) {
-    const std::string_view label = labels.constGet(i).cStr();
-    const odb_String ending(label.substr(label.size() - std::min<std::size_t>(label.size(), 2)));
-    labels[i] = ending;
-    markComponent(ending.view(), present);
+    constexpr std::size_t kKept = 2;
+    std::string_view label = labels.constGet(i).cStr();
+    if (label.size() > kKept) {
+      const odb_String ending(label.substr(label.size() - kKept));
+      labels[i] = ending;
+      label = labels.constGet(i).view();
+    }
+    markComponent(label, present);
   }
   return present;
 }

@@ -26,19 +26,19 @@ struct FieldReduction {
   }
 };
 
-void writeTensorRecords(std::ostream& out, const RecordHead& head, const FieldReduction& field) {
-  writeExtremes(out, head, "__mises", field.extremes);
+void writeTensorRecords(ExtremesWriter& records, const FieldReduction& field) {
+  records.writeAll("__mises", field.extremes);
   if (!extractionSwitches().fieldComponents) return;
   for (std::size_t c = 0; c < field.present.size(); ++c) {
-    if (field.present[c]) writeExtremes(out, head, kTensorQuantities[c], reductionResults().tensor[c]);
+    if (field.present[c]) records.writeAll(kTensorQuantities[c], reductionResults().tensor[c]);
   }
 }
 
-void writeVectorRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const FieldReduction& field) {
-  writeExtremes(out, head, "__mag", field.extremes);
+void writeVectorRecords(ExtremesWriter& records, bool wholeModel, const FieldReduction& field) {
+  records.writeAll("__mag", field.extremes);
   if (!extractionSwitches().fieldComponents) return;
   // Over a region a component's engineering minimum goes by the name of its plain minimum: readers rely on it.
-  writeVectorComponents(out, head, reductionResults().vector, wholeModel ? Extreme::engineeringMin : Extreme::min);
+  records.writeVector(reductionResults().vector, wholeModel ? Extreme::engineeringMin : Extreme::min);
 }
 
 }  // namespace
@@ -62,12 +62,12 @@ void writeBulkFieldRecords(const odb_SequenceFieldBulkData& blocks, std::ostream
 
   const bool wholeModel = scope.view() == "ALL";
   if (!wholeModel && field.extremes.max == kLowest<double>) return;
-  const RecordHead head(prefix, frame, wholeModel ? odb_String() : regionName, fieldName);
+  ExtremesWriter records(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName));
   if (odb_isTensor(field.type)) {
-    writeTensorRecords(out, head, field);
+    writeTensorRecords(records, field);
   } else if (field.type == odb_Enum::vector) {
-    writeVectorRecords(out, head, wholeModel, field);
+    writeVectorRecords(records, wholeModel, field);
   } else {
-    writeExtremes(out, head, "", field.extremes);
+    records.writeAll("", field.extremes);
   }
 }
