@@ -50,12 +50,14 @@ TEST(DeckStepsTest, EveryProcedureHasItsKindAndItsPeriod) {
       {"*MODAL DYNAMIC\n.1, .5\n", time, 0.5},
       {"*MODAL DYNAMIC, STEADY STATE\n.1, .01\n", time, std::nullopt},
       {"*HEAT TRANSFER, MODAL DYNAMIC\n.1, .5\n", time, 0.5},
-      {"*HEAT TRANSFER, FREQUENCY\n10\n", modes, std::nullopt},
-      {"*FREQUENCY\n10\n", modes, std::nullopt},
-      {"*COMPLEX FREQUENCY, CORIOLIS\n10\n", modes, std::nullopt},
-      {"*BUCKLE\n3\n", buckling, std::nullopt},
-      {"*STEADY STATE DYNAMICS\n1., 9., 3\n", steadyState, std::nullopt},
-      {"*STEADY STATE DYNAMICS, HARMONIC=NO\n1., 9., 3\n", time, std::nullopt},
+      {"*HEAT TRANSFER, FREQUENCY\n10\n", modes, 0.0},
+      {"*FREQUENCY\n10\n", modes, 0.0},
+      {"*COMPLEX FREQUENCY, CORIOLIS\n10\n", modes, 0.0},
+      {"*GREEN\n", modes, 0.0},
+      {"*SENSITIVITY\n", time, 0.0},
+      {"*BUCKLE\n3\n", buckling, 0.0},
+      {"*STEADY STATE DYNAMICS\n1., 9., 3\n", steadyState, 0.0},
+      {"*STEADY STATE DYNAMICS, HARMONIC=NO\n1., 9., 3\n", time, 0.0},
   };
   for (const ProcedureCase& expected : cases) {
     const DeckSteps found = stepsOf(step(expected.lines));

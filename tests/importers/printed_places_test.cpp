@@ -237,6 +237,19 @@ TEST_F(PlacesTest, ComplexModesHaveTheirFrequencies) {
       ElementsAre("1/-", "2/-", "2/1 41", "2/1 41 im", "2/2 42", "3/1 0.5"));
 }
 
+TEST_F(PlacesTest, GreenFunctionsAreModesWithoutAList) {
+  const std::string printed =
+      displacements(1) + mode(1) + displacements(2) + mode(2) + displacements(2) + displacements(2);
+  EXPECT_THAT(places(printed, {"*STATIC\n" + kPrints, "*GREEN\n", "*STATIC\n"}),
+              ElementsAre("1/1 1", "2/1 0", "2/2 0", "3/1 1"));
+}
+
+TEST_F(PlacesTest, StepsWithoutTimeTakeNone) {
+  EXPECT_THAT(places(displacements(1) + displacements(2), {"*STATIC\n" + kPrints, "*SENSITIVITY\n", "*STATIC\n"}),
+              ElementsAre("1/1 1", "3/1 1"));
+  EXPECT_THAT(said_, IsEmpty());
+}
+
 TEST_F(PlacesTest, BucklingStepsPrintTheirBaseStateBeforeTheirFactors) {
   EXPECT_THAT(places(displacements(1) + displacements(1) + factors({48, 106}) + mode(1) + displacements(1) + mode(2) +
                          displacements(1) + displacements(2),

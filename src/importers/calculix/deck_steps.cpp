@@ -114,7 +114,8 @@ void DeckStepReader::startStep() {
 
 void DeckStepReader::startProcedure(const Keyword& keyword) {
   const bool isHarmonic = canonicalName(keyword.value("HARMONIC").value_or("")) != "NO";
-  const bool hasModes = keyword.name == "FREQUENCY" || keyword.name == "COMPLEXFREQUENCY" ||
+  // Unit loads of Green functions are written as if they were modes.
+  const bool hasModes = keyword.name == "FREQUENCY" || keyword.name == "COMPLEXFREQUENCY" || keyword.name == "GREEN" ||
                         (keyword.name == "HEATTRANSFER" && keyword.has("FREQUENCY"));
   if (hasModes) {
     step().procedure = Procedure::modes;
@@ -135,7 +136,7 @@ void DeckStepReader::startTime(const Keyword& keyword) {
   // Steady states in modal dynamics end when they are steady.
   const bool isModal = keyword.name == "MODALDYNAMIC" || keyword.has("MODALDYNAMIC");
   const bool hasEnd = !isModal || !keyword.has("STEADYSTATE");
-  if (hasEnd) step().period = 1.0;
+  step().period = hasEnd ? std::optional(1.0) : std::nullopt;
   if (keyword.has("TIMERESET")) step().startsAt = 0.0;
   if (const auto time = keyword.value("TOTALTIMEATSTART")) step().startsAt = numberFrom(*time);
   data_ = hasEnd ? Data::period : Data::none;

@@ -39,7 +39,7 @@ struct DeckStep {
   std::vector<double> timePoints;
   bool timePointsAreTotal = false;  // from the start of the run, not of the step
 
-  std::optional<double> period;      // of a step in time, nothing where the deck does not say
+  std::optional<double> period = 0;  // how long it goes in total time; nothing where the deck does not say
   std::optional<double> startsAt;    // the total time that the step sets, with TIME RESET 0
   bool isPeriodic = false;           // in time, but within periods of a steady state, which take no total time
   bool isFluid = false;              // prints at times of its own, which the status file does not know

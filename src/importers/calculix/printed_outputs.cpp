@@ -74,6 +74,8 @@ class OutputFinder {
     entered_.push_back(step);
     isOpen_ = false;
     hasTimes_ = false;
+    isListed_ = false;
+    kind_ = FrameKind::mode;
     lastDiameter_.reset();
     modesBefore_ = 0;
     modes_.clear();
@@ -127,6 +129,7 @@ class OutputFinder {
   // The modes that the table lists are those of the outputs to come.
   void list(FrameKind kind, std::size_t column) {
     isOpen_ = false;
+    isListed_ = true;
     kind_ = kind;
     modes_ = table().kept;
     mode_ = 0;
@@ -136,7 +139,12 @@ class OutputFinder {
 
   void startMode() {
     mode_ = static_cast<int>(std::lround(table().head.number.value_or(1)));
-    if (mode_ == 1) ofFirstMode_.clear();
+    if (mode_ == 1) {
+      ofFirstMode_.clear();
+      // Green functions have modes without a list of them.
+      if (!isListed_) enter(nextStepThat(Procedure::modes));
+      isListed_ = false;
+    }
     const auto row =
         std::find_if(modes_.begin(), modes_.end(), [this](const DatValues& r) { return r.labels[0] == mode_; });
     const bool isListed = row != modes_.end() && column_ < row->numbers.size();
@@ -275,6 +283,7 @@ class OutputFinder {
   std::optional<int> lastDiameter_;
   int modesBefore_ = 0;  // of other diameters
   std::vector<DatValues> modes_;
+  bool isListed_ = false;  // whether a list of modes is without its outputs yet
   FrameKind kind_ = FrameKind::mode;
   std::size_t column_ = 0;  // with their values
   int mode_ = 0;

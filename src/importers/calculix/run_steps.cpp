@@ -105,9 +105,7 @@ class StepFinder {
       }
       if (step.deck->startsAt) now = step.deck->startsAt;
       step.start = now;
-      if (step.isInTime()) {
-        now = now && step.deck->period ? std::optional(*now + *step.deck->period) : std::nullopt;
-      }
+      now = now && step.deck->period ? std::optional(*now + *step.deck->period) : std::nullopt;
       step.end = now;
     }
     const bool isTrue = std::all_of(found_.steps.begin(), found_.steps.end(),
@@ -179,7 +177,7 @@ class StepFinder {
     found_.confirmsStatus = found_.confirmsStatus || (isEnded && times_.contains(number));
     const bool isFollowed = times_.upper_bound(number) != times_.end();
     step.mayGoOn = !isEnded && !(step.knowsAll && isFollowed);
-    if (step.end && !isEnded && step.mayGoOn) {
+    if (step.end && *step.end != *step.start && !isEnded && step.mayGoOn) {
       step.increments.push_back({std::nullopt, {*step.end, *step.end}, {}, {}, true});
       step.mayGoOn = false;
       // What the status file has not is between its last increment and the end.
