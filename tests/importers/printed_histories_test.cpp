@@ -119,9 +119,9 @@ TEST_F(HistoriesTest, LabelsOfSetsDoNotCollideWithEachOtherEither) {
 }
 
 TEST_F(HistoriesTest, SetsHaveTheNamesOfTheDeck) {
-  const Deck deck = readDeck(
-      writeText(directory_, "job.inp", "*NODE\n1,0,0,0\n*NSET,NSET=\"a,b\"\n1\n*NSET,NSET=\"Top face\"\n1\n"),
-      [](const std::string&) {});
+  const Deck deck =
+      readDeck(writeText(directory_, "job.inp", "*NODE\n1,0,0,0\n*NSET,NSET=\"a,b\"\n1\n*NSET,NSET=\"Top face\"\n1\n"),
+               [](const std::string&) {});
   add("total force (fx,fy,fz) for set \"A", 0, 1, {{"1.", "2.", "3."}});
   add("total force (fx,fy,fz) for set \"TOPFACE\"", 0, 1, {{"1.", "2.", "3."}});
   EXPECT_THAT(written(deck), ElementsAre("Set Top face [Top face]: RF1, RF2, RF3", "Set a,b [a,b]: RF1, RF2, RF3"));

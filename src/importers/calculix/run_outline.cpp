@@ -89,8 +89,8 @@ class OutlineMaker {
       if (table.step > 0) steps.insert(table.step);
     }
     // A deck of another run, or of one that goes on from somewhere unknown.
-    const bool isOfRun = std::all_of(steps.begin(), steps.end(),
-                                     [this](int step) { return deck_.steps.find(step) != nullptr; });
+    const bool isOfRun =
+        std::all_of(steps.begin(), steps.end(), [this](int step) { return deck_.steps.find(step) != nullptr; });
     if (contents_.isCutOff || !isOfRun || !deck_.steps.stepsBefore) return steps;
     for (std::size_t step = 1; step <= deck_.steps.steps.size(); ++step) {
       steps.insert(*deck_.steps.stepsBefore + static_cast<int>(step));
