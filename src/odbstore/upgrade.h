@@ -5,9 +5,11 @@
 
 #include "odbstore/store_error.h"
 
-namespace odbstore {
-
+namespace base {
 class OutputFile;
+}
+
+namespace odbstore {
 
 // Writes the database of layout 1 at `oldPath` to `newPath` in layout 2, losing nothing; locations that are equal in
 // all they say are stored once. `newPath` is replaced when it exists, and only by a complete file. Throws StoreError,
@@ -20,7 +22,7 @@ void upgrade(const std::string& oldPath, const std::string& newPath);
 
 // Throws StoreError unless `file`, not published yet, holds a database of layout 2 that is there to its end and agrees
 // with its checksums.
-void requireComplete(const OutputFile& file);
+void requireComplete(const base::OutputFile& file);
 
 // Whether the file has another superblock than every database of layout 2, so that it must be looked at in a child too.
 // False for what cannot be read at all, which is for others to say.

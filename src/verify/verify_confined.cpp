@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "odbstore/limited_child.h"
+#include "base/limited_child.h"
 #include "odbstore/preflight.h"
 
 namespace verify {
@@ -45,8 +45,8 @@ Verdict verifyConfined(const std::string& path) {
   Verdict verdict;
   verdict.path = path;
   try {
-    const odbstore::ChildLimits limits = odbstore::limitsFor(odbstore::checkBeforeOpening(path).bytes);
-    unpack(odbstore::runLimited(path, limits, [&] { return packed(verifyFile(path)); }), verdict);
+    const base::ChildLimits limits = base::limitsFor(odbstore::checkBeforeOpening(path).bytes);
+    unpack(base::runLimited(path, limits, [&] { return packed(verifyFile(path)); }), verdict);
   } catch (const std::exception& error) {
     verdict.findings.emplace_back(error.what());
   }

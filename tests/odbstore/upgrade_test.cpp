@@ -8,7 +8,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "odbstore/output_file.h"
+#include "base/output_file.h"
 #include "odbstore/store_error.h"
 #include "odbstore/writer.h"
 #include "support/temporary_directory.h"
@@ -41,7 +41,7 @@ class RequireCompleteTest : public testing::Test {
   TemporaryDirectory directory_;
   const std::string path_ = directory_.file("new.odb");
   const std::string incomplete_ = path_ + ": cannot be read back as it was written";
-  OutputFile file_{path_};
+  base::OutputFile file_{path_};
 };
 
 TEST_F(RequireCompleteTest, FinishedFileIsCompleteAndHasNoNameYet) {

@@ -1,4 +1,4 @@
-#include "odbstore/limited_child.h"
+#include "base/limited_child.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -17,10 +17,10 @@
 #include <new>
 #include <optional>
 
-#include "odbstore/output_file.h"
-#include "odbstore/store_error.h"
+#include "base/file_error.h"
+#include "base/output_file.h"
 
-namespace odbstore {
+namespace base {
 
 namespace {
 
@@ -34,7 +34,7 @@ constexpr std::size_t kLongestAnswer = std::size_t{64} << 10;
 constexpr std::uint64_t kMebi = std::uint64_t{1} << 20;
 
 // The first byte of what the child sends: how it ended. Nothing that it says is trusted beyond that.
-enum class Ending : char { value = 'V', storeError = 'S', otherError = 'E', memory = 'M' };
+enum class Ending : char { value = 'V', fileError = 'S', otherError = 'E', memory = 'M' };
 
 // In the middle of a crash more may be sent than meant; the last byte says that all was.
 constexpr char kEndMark = '.';
@@ -84,8 +84,8 @@ void send(int pipe, Ending ending, const std::string& text) {
   confine(limits, parent);
   try {
     send(pipe, Ending::value, work());
-  } catch (const StoreError& error) {
-    send(pipe, Ending::storeError, error.what());
+  } catch (const FileError& error) {
+    send(pipe, Ending::fileError, error.what());
   } catch (const std::bad_alloc&) {
     send(pipe, Ending::memory, "");
   } catch (const std::exception& error) {
@@ -139,8 +139,8 @@ std::string reasonOf(int status, bool isLate, const ChildLimits& limits) {
 }
 
 // An error whose text is complete already.
-struct Repeated : StoreError {
-  explicit Repeated(const std::string& text) : StoreError(text.substr(0, text.find(": ")), "", textBehind(text)) {}
+struct Repeated : FileError {
+  explicit Repeated(const std::string& text) : FileError(text.substr(0, text.find(": ")), "", textBehind(text)) {}
 
   static std::string textBehind(const std::string& text) {
     const std::size_t colon = text.find(": ");
@@ -153,14 +153,14 @@ std::string resultOf(const std::string& file, const std::string& message, const 
   switch (static_cast<Ending>(message.front())) {
     case Ending::value:
       return text;
-    case Ending::storeError:
+    case Ending::fileError:
       throw Repeated(text);
     case Ending::memory:
-      throw StoreError(file, "", fmt::format("reading it took more than {} MiB of memory", limits.memory / kMebi));
+      throw FileError(file, "", fmt::format("reading it took more than {} MiB of memory", limits.memory / kMebi));
     case Ending::otherError:
       break;
   }
-  throw StoreError(file, "", "reading it failed: " + text);
+  throw FileError(file, "", "reading it failed: " + text);
 }
 
 }  // namespace
@@ -176,13 +176,13 @@ ChildLimits limitsFor(std::int64_t bytes) {
 
 std::string runLimited(const std::string& file, const ChildLimits& limits, const std::function<std::string()>& work) {
   std::array<int, 2> ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw StoreError(file, "", std::strerror(errno));
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw FileError(file, "", std::strerror(errno));
   const Descriptor reading(ends[0]);
   Descriptor writing(ends[1]);
   const pid_t parent = ::getpid();
   // Without exec: no other thread runs, so that nobody else's lock is held for ever, and HDF5 is between two calls.
   const pid_t child = ::fork();
-  if (child < 0) throw StoreError(file, "", std::string("no process can be made to read it: ") + std::strerror(errno));
+  if (child < 0) throw FileError(file, "", std::string("no process can be made to read it: ") + std::strerror(errno));
   if (child == 0) beChild(writing.get(), limits, parent, work);
   writing = Descriptor();
   const std::optional<std::string> message = receive(reading.get(), limits.time);
@@ -191,8 +191,8 @@ std::string runLimited(const std::string& file, const ChildLimits& limits, const
   const int status = statusOf(child);
   const bool isWhole = message && message->size() >= 2 && message->back() == kEndMark;
   const bool isGood = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-  if (!isWhole || !isGood) throw StoreError(file, "", reasonOf(status, !message, limits));
+  if (!isWhole || !isGood) throw FileError(file, "", reasonOf(status, !message, limits));
   return resultOf(file, *message, limits);
 }
 
-}  // namespace odbstore
+}  // namespace base

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-namespace odbstore {
+namespace base {
 
 struct ChildLimits {
   // Bytes of address space beyond those that the process has when it starts. Not kept under the address sanitizer,
@@ -20,10 +20,10 @@ struct ChildLimits {
 ChildLimits limitsFor(std::int64_t bytes);
 
 // Runs `work` in a child process and returns what it returns, 64 KiB at most. The child has these limits, leaves no
-// core, gets no new rights, has no standard streams, and dies with its parent. Throws StoreError: with the text of
+// core, gets no new rights, has no standard streams, and dies with its parent. Throws FileError: with the text of
 // `work`'s own where it has thrown one, else with a line that names `file` and says that reading it crashed, took more
 // memory or time than allowed, or ended the process. What the child did to files stays done. Must be called while no
 // other thread runs: a child has only the one that made it.
 std::string runLimited(const std::string& file, const ChildLimits& limits, const std::function<std::string()>& work);
 
-}  // namespace odbstore
+}  // namespace base

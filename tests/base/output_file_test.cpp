@@ -1,4 +1,4 @@
-#include "odbstore/output_file.h"
+#include "base/output_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,10 +7,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "odbstore/store_error.h"
+#include "base/file_error.h"
 #include "support/temporary_directory.h"
 
-namespace odbstore {
+namespace base {
 namespace {
 
 using testing::HasSubstr;
@@ -36,7 +36,7 @@ class OutputFileTest : public testing::Test {
   std::string refusalOf(const std::string& path) {
     try {
       OutputFile file(path);
-    } catch (const StoreError& error) {
+    } catch (const FileError& error) {
       return error.what();
     }
     return "no failure";
@@ -130,4 +130,4 @@ TEST_F(OutputFileTest, DirectoryThatIsNotThereIsNamed) {
 }
 
 }  // namespace
-}  // namespace odbstore
+}  // namespace base

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace odbstore {
+namespace base {
 
 // What stands between a final name and the six characters that make a temporary name of it.
 constexpr const char* kTemporaryMark = ".tmp.";
@@ -15,4 +15,4 @@ void holdAgainstClearing(int file);
 // Removes the temporary files of `finalPath` that nobody holds. What cannot be removed stays, silently.
 void clearStaleFiles(const std::string& finalPath);
 
-}  // namespace odbstore
+}  // namespace base

@@ -1,4 +1,4 @@
-#include "odbstore/output_file.h"
+#include "base/output_file.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -12,10 +12,10 @@
 #include <cstring>
 #include <utility>
 
-#include "odbstore/stale_files.h"
-#include "odbstore/store_error.h"
+#include "base/file_error.h"
+#include "base/stale_files.h"
 
-namespace odbstore {
+namespace base {
 
 namespace {
 
@@ -26,7 +26,7 @@ std::string directoryOf(const std::string& path) {
 }
 
 [[noreturn]] void failSystem(const std::string& path, const std::string& what) {
-  throw StoreError(path, "", fmt::format("{}: {}", what, std::strerror(errno)));
+  throw FileError(path, "", fmt::format("{}: {}", what, std::strerror(errno)));
 }
 
 // Where a name leads, whether there is a file or not.
@@ -40,14 +40,14 @@ std::string followLinks(const std::string& name) {
     link.resize(static_cast<std::size_t>(length));
     path = link.front() == '/' ? link : directoryOf(path) + "/" + link;
   }
-  throw StoreError(name, "", "cannot be created: it is a link that leads in a circle");
+  throw FileError(name, "", "cannot be created: it is a link that leads in a circle");
 }
 
 void requireReplaceable(const std::string& target, const std::string& name) {
   struct stat status {};
   if (::stat(target.c_str(), &status) != 0) return;
-  if (S_ISDIR(status.st_mode)) throw StoreError(name, "", "cannot be created: it is a directory");
-  if (!S_ISREG(status.st_mode)) throw StoreError(name, "", "cannot be created: it is not a regular file");
+  if (S_ISDIR(status.st_mode)) throw FileError(name, "", "cannot be created: it is a directory");
+  if (!S_ISREG(status.st_mode)) throw FileError(name, "", "cannot be created: it is not a regular file");
 }
 
 Descriptor makeTemporary(std::string& path) {
@@ -88,17 +88,6 @@ bool isSynchronised(const Descriptor& file) {
 
 }  // namespace
 
-Descriptor::~Descriptor() {
-  if (file_ >= 0) ::close(file_);
-}
-
-Descriptor::Descriptor(Descriptor&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(file_, other.file_);
-  return *this;
-}
-
 OutputFile::OutputFile(const std::string& finalPath) : finalPath_(finalPath), target_(followLinks(finalPath)) {
   requireReplaceable(target_, finalPath_);
   clearStaleFiles(target_);
@@ -122,48 +111,4 @@ void OutputFile::publish() {
   }
 }
 
-Spool::Spool(const std::string& besidePath)
-    : name_(besidePath), file_(::open(directoryOf(besidePath).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600)) {
-  if (!file_) {
-    // Not every file system knows files without a name.
-    std::string path = besidePath + kTemporaryMark;
-    file_ = makeTemporary(path);
-    if (file_) ::unlink(path.c_str());
-  }
-  if (!file_) failSystem(name_, "no temporary file can be made beside it");
-}
-
-std::int64_t Spool::append(const void* bytes, std::size_t size) {
-  const std::int64_t offset = size_;
-  const char* at = static_cast<const char*>(bytes);
-  while (size > 0) {
-    const ssize_t written = ::pwrite(file_.get(), at, size, size_);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) failSystem(name_, "rows cannot be written");
-    at += written;
-    size -= static_cast<std::size_t>(written);
-    size_ += written;
-  }
-  return offset;
-}
-
-void Spool::read(std::int64_t offset, void* bytes, std::size_t size) const {
-  char* at = static_cast<char*>(bytes);
-  while (size > 0) {
-    const ssize_t got = ::pread(file_.get(), at, size, offset);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) failSystem(name_, "spooled rows cannot be read");
-    if (got == 0) throw StoreError(name_, "", "spooled rows are missing");
-    at += got;
-    size -= static_cast<std::size_t>(got);
-    offset += got;
-  }
-}
-
-void Spool::release(std::int64_t offset, std::size_t size) const {
-  // Where it fails the room comes back later, with the whole file.
-  static_cast<void>(
-      ::fallocate(file_.get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, offset, static_cast<off_t>(size)));
-}
-
-}  // namespace odbstore
+}  // namespace base

@@ -1,10 +1,12 @@
+#include "hdf5/group.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "odbstore/hdf5.h"
+#include "base/file_error.h"
 
-namespace odbstore::h5 {
+namespace h5 {
 
 Group::Group(Handle id, std::string path, std::shared_ptr<const FileContext> file)
     : Object(std::move(id), std::move(path), std::move(file)) {}
@@ -20,7 +22,7 @@ bool Group::has(const std::string& link) const {
 }
 
 std::optional<Handle> Group::findMember(const std::string& link) const {
-  const auto fail = [&](const std::string& reason) { throw StoreError(file()->name, memberPath(link), reason); };
+  const auto fail = [&](const std::string& reason) { throw base::FileError(file()->name, memberPath(link), reason); };
   H5L_info_t info{};
   if (H5Lget_info(id(), link.c_str(), &info, H5P_DEFAULT) < 0) {
     if (has(link)) fail("the link cannot be read");
@@ -37,13 +39,13 @@ std::optional<Handle> Group::findMember(const std::string& link) const {
 std::optional<Handle> Group::findMember(const std::string& link, H5I_type_t kind) const {
   std::optional<Handle> handle = findMember(link);
   if (handle && checked(H5Iget_type(handle->get())) != kind) {
-    throw StoreError(file()->name, memberPath(link), kind == H5I_GROUP ? "must be a group" : "must be a data set");
+    throw base::FileError(file()->name, memberPath(link), kind == H5I_GROUP ? "must be a group" : "must be a data set");
   }
   return handle;
 }
 
 Handle Group::present(const std::string& link, std::optional<Handle> member) const {
-  if (!member) throw StoreError(file()->name, memberPath(link), "is missing");
+  if (!member) throw base::FileError(file()->name, memberPath(link), "is missing");
   return std::move(*member);
 }
 
@@ -109,7 +111,8 @@ Group Group::createGroup(const std::string& link, bool trackOrder) const {
   checked(H5Pset_obj_track_times(plist.get(), false));
   if (trackOrder) checked(H5Pset_link_creation_order(plist.get(), H5P_CRT_ORDER_TRACKED | H5P_CRT_ORDER_INDEXED));
   Handle handle(H5Gcreate2(id(), link.c_str(), H5P_DEFAULT, plist.get(), H5P_DEFAULT), H5Gclose);
-  if (!handle) throw StoreError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
+  if (!handle)
+    throw base::FileError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
   return Group(std::move(handle), memberPath(link), file());
 }
 
@@ -130,7 +133,8 @@ Dataset Group::createDataset(const std::string& link, hid_t type, const Dims& di
   }
   const Handle space(checked(H5Screate_simple(static_cast<int>(dims.size()), dims.data(), nullptr)), H5Sclose);
   Handle handle(H5Dcreate2(id(), link.c_str(), type, space.get(), H5P_DEFAULT, plist.get(), H5P_DEFAULT), H5Dclose);
-  if (!handle) throw StoreError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
+  if (!handle)
+    throw base::FileError(file()->name, memberPath(link), fmt::format("cannot be created ({})", lastHdf5Error()));
   return Dataset(std::move(handle), memberPath(link), file());
 }
 
@@ -142,4 +146,4 @@ void Group::createDoubles(const std::string& link, std::span<const double> value
   createDataset(link, H5T_IEEE_F64LE, dims).write(values.data(), H5T_NATIVE_DOUBLE);
 }
 
-}  // namespace odbstore::h5
+}  // namespace h5

@@ -1,4 +1,4 @@
-#include "odbstore/stale_files.h"
+#include "base/stale_files.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -10,9 +10,9 @@
 #include <memory>
 #include <string_view>
 
-#include "odbstore/output_file.h"
+#include "base/output_file.h"
 
-namespace odbstore {
+namespace base {
 
 namespace {
 
@@ -60,4 +60,4 @@ void clearStaleFiles(const std::string& finalPath) {
   }
 }
 
-}  // namespace odbstore
+}  // namespace base

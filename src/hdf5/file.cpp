@@ -1,14 +1,12 @@
+#include "hdf5/file.h"
+
 #include <fmt/format.h>
 
-#include "odbstore/hdf5.h"
-#include "odbstore/preflight.h"
-#include "odbstore/schema.h"
+#include "base/file_error.h"
 
-namespace odbstore::h5 {
+namespace h5 {
 
 namespace {
-
-constexpr unsigned kSuperblockOfStrictFiles = 3;
 
 std::string explained(const std::string& reason) {
   const std::string why = lastHdf5Error();
@@ -18,7 +16,7 @@ std::string explained(const std::string& reason) {
 // What a call of HDF5 for a file as a whole has returned, unless that says that it failed.
 template <class Result>
 Result checked(const std::string& file, Result result, const char* reason = "HDF5 cannot be prepared for it") {
-  if (result < 0) throw StoreError(file, "", explained(reason));
+  if (result < 0) throw base::FileError(file, "", explained(reason));
   return result;
 }
 
@@ -39,21 +37,6 @@ Handle fileAccessForWriting(const std::string& file) {
   return access;
 }
 
-void checkSuperblock(const FileContext& file, bool isChecked) {
-  H5F_info2_t info{};
-  checked(file.name, H5Fget_info2(file.id.get(), &info), "cannot be read");
-  if (info.super.version != kSuperblockOfStrictFiles) {
-    throw StoreError(file.name, "",
-                     fmt::format("a file of layout {} must have HDF5 superblock {}, this one has {}", kNewestLayout,
-                                 kSuperblockOfStrictFiles, info.super.version));
-  }
-  if (!isChecked) {
-    throw StoreError(
-        file.name, "",
-        fmt::format("a file of layout {} must start with a superblock of 8-byte addresses", kNewestLayout));
-  }
-}
-
 // Nothing where HDF5 does not read the file through one descriptor.
 std::optional<int> descriptorOf(const Handle& file) {
   const Handle access(H5Fget_access_plist(file.get()), H5Pclose);
@@ -65,42 +48,35 @@ std::optional<int> descriptorOf(const Handle& file) {
 
 Group rootOf(const std::shared_ptr<const FileContext>& file) {
   Handle id(H5Gopen2(file->id.get(), "/", H5P_DEFAULT), H5Gclose);
-  if (!id) throw StoreError(file->name, "/", explained("cannot be opened"));
+  if (!id) throw base::FileError(file->name, "/", explained("cannot be opened"));
   return Group(std::move(id), "/", file);
-}
-
-int readLayout(const Group& root, const std::string& name) {
-  if (!root.hasAttribute("layout")) {
-    throw StoreError(name, "", "is an HDF5 file but not a database: it has no attribute \"layout\"");
-  }
-  const int layout = root.intAttribute("layout", 0);
-  if (layout > kNewestLayout) {
-    throw StoreError(name, "",
-                     fmt::format("has layout {}, written by a newer program; this one reads layouts up to {}", layout,
-                                 kNewestLayout));
-  }
-  if (layout < 1) throw StoreError(name, "", fmt::format("has layout {}, which does not exist", layout));
-  return layout;
 }
 
 }  // namespace
 
-Group openFile(const std::string& path, int& layout) {
+Group openFile(const std::string& path, std::int64_t bytes,
+               const std::function<Profile(const Group& root)>& profileOf) {
   startHdf5();
   auto file = std::make_shared<FileContext>();
   file->name = path;
-  const Preflight preflight = checkBeforeOpening(path);
-  file->bytes = preflight.bytes;
-  if (H5Fis_hdf5(path.c_str()) == 0) throw StoreError(path, "", "is not a database: it is not an HDF5 file");
+  file->bytes = bytes;
+  file->profile = Profile::free;
   // Alive until the failure is explained: closing it would be the last call, which went well.
   const Handle access = fileAccess(path);
+  if (H5Fis_hdf5(path.c_str()) == 0) {
+    throw base::FileError(path, "", "is not a database: it is not an HDF5 file");
+  }
   file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, access.get()), H5Fclose);
-  if (!file->id) throw StoreError(path, "", explained("cannot be opened as a database"));
+  if (!file->id) throw base::FileError(path, "", explained("cannot be opened as a database"));
   file->descriptor = descriptorOf(file->id);
-  layout = readLayout(rootOf(file), path);
-  file->profile = layout == kNewestLayout ? Profile::strict : Profile::free;
-  if (file->profile == Profile::strict) checkSuperblock(*file, preflight.isChecked);
+  file->profile = profileOf(rootOf(file));
   return rootOf(file);
+}
+
+unsigned superblockOf(const Group& root) {
+  H5F_info2_t info{};
+  root.checked(H5Fget_info2(root.id(), &info), "cannot be read");
+  return info.super.version;
 }
 
 Group createFile(const std::string& path, const std::string& name) {
@@ -112,7 +88,7 @@ Group createFile(const std::string& path, const std::string& name) {
   const Handle creation(checked(name, H5Pcreate(H5P_FILE_CREATE)), H5Pclose);
   checked(name, H5Pset_obj_track_times(creation.get(), false));
   file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, creation.get(), access.get()), H5Fclose);
-  if (!file->id) throw StoreError(name, "", explained("cannot be created"));
+  if (!file->id) throw base::FileError(name, "", explained("cannot be created"));
   return rootOf(file);
 }
 
@@ -126,4 +102,4 @@ std::int64_t sizeOfFile(const Group& root) {
   return static_cast<std::int64_t>(bytes);
 }
 
-}  // namespace odbstore::h5
+}  // namespace h5

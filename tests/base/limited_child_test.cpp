@@ -1,5 +1,5 @@
 // Work in a child process: what it returns, and what becomes of every way to fail.
-#include "odbstore/limited_child.h"
+#include "base/limited_child.h"
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -12,10 +12,10 @@
 #include <new>
 #include <vector>
 
-#include "odbstore/store_error.h"
+#include "base/file_error.h"
 #include "support/temporary_directory.h"
 
-namespace odbstore {
+namespace base {
 namespace {
 
 using namespace std::chrono_literals;
@@ -27,7 +27,7 @@ constexpr ChildLimits kRoomy{std::uint64_t{1} << 30, 20s, 20s};
 std::string failureOf(const std::function<std::string()>& work, const ChildLimits& limits = kRoomy) {
   try {
     return "no failure but " + runLimited("old.odb", limits, work);
-  } catch (const StoreError& error) {
+  } catch (const FileError& error) {
     return error.what();
   }
 }
@@ -47,9 +47,9 @@ TEST(LimitedChild, LeavesTheMemoryOfTheParentAlone) {
 }
 
 TEST(LimitedChild, RepeatsTheErrorsOfTheStore) {
-  EXPECT_EQ(failureOf([]() -> std::string { throw StoreError("old.odb", "/steps", "is missing"); }),
+  EXPECT_EQ(failureOf([]() -> std::string { throw FileError("old.odb", "/steps", "is missing"); }),
             "old.odb: /steps: is missing");
-  EXPECT_EQ(failureOf([]() -> std::string { throw StoreError("other.odb", "", "cannot be created"); }),
+  EXPECT_EQ(failureOf([]() -> std::string { throw FileError("other.odb", "", "cannot be created"); }),
             "other.odb: cannot be created");
 }
 
@@ -219,4 +219,4 @@ TEST(LimitedChild, LimitsGrowWithTheFile) {
 }
 
 }  // namespace
-}  // namespace odbstore
+}  // namespace base

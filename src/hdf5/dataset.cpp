@@ -1,4 +1,4 @@
-#include "odbstore/hdf5.h"
+#include "hdf5/dataset.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -8,75 +8,16 @@
 #include <cstring>
 #include <limits>
 #include <numeric>
-#include <string_view>
 #include <utility>
 
-namespace odbstore::h5 {
+namespace h5 {
 
 namespace {
 
 // Deflate never packs more than this many bytes into one.
 constexpr hsize_t kLargestCompression = 1032;
 
-// Of a system call that failed HDF5 tells time, buffer and offset, in two lines: what failed and why is enough.
-std::string shortened(const std::string& description) {
-  constexpr std::string_view kWhy = "error message = '";
-  const std::size_t what = description.find(": time = ");
-  const std::size_t why = description.find(kWhy);
-  if (what == std::string::npos || why == std::string::npos) return description;
-  const std::size_t begin = why + kWhy.size();
-  return description.substr(0, what) + ": " + description.substr(begin, description.find('\'', begin) - begin);
-}
-
 }  // namespace
-
-Handle::Handle(Handle&& other) noexcept : id_(std::exchange(other.id_, -1)), close_(other.close_) {}
-
-Handle& Handle::operator=(Handle&& other) noexcept {
-  std::swap(id_, other.id_);
-  std::swap(close_, other.close_);
-  return *this;
-}
-
-Handle::~Handle() {
-  if (id_ >= 0) close_(id_);
-}
-
-void startHdf5() {
-  // Every file is closed by its handle; tidying up the memory of a process that ends only takes time.
-  static const bool done = H5dont_atexit() >= 0 && H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr) >= 0;
-  static_cast<void>(done);
-}
-
-std::string lastHdf5Error() {
-  // Walked upwards, the first entry is the innermost failure: the one that says why.
-  std::string reason;
-  const auto keepFirst = [](unsigned n, const H5E_error2_t* error, void* out) -> herr_t {
-    if (n == 0 && error->desc != nullptr) *static_cast<std::string*>(out) = shortened(error->desc);
-    return 0;
-  };
-  H5Ewalk2(H5E_DEFAULT, H5E_WALK_UPWARD, keepFirst, &reason);
-  return reason;
-}
-
-void Object::fail(const std::string& reason) const { throw StoreError(file_->name, path_, reason); }
-
-void Object::failHdf5(const std::string& reason) const {
-  const std::string why = lastHdf5Error();
-  fail(why.empty() ? reason : fmt::format("{} ({})", reason, why));
-}
-
-std::uint64_t Object::address() const {
-  H5O_info_t info{};
-  checked(H5Oget_info2(id(), &info, H5O_INFO_BASIC));
-  return info.addr;
-}
-
-std::size_t Object::sizeOf(hid_t type) const {
-  const std::size_t size = H5Tget_size(type);
-  if (size == 0) failHdf5("cannot be described");
-  return size;
-}
 
 Dataset::Dataset(Handle id, std::string path, std::shared_ptr<const FileContext> file)
     : Object(std::move(id), std::move(path), std::move(file)) {
@@ -324,4 +265,4 @@ void Dataset::write(const void* numbers, hid_t memoryType) const {
   checked(H5Dwrite(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, numbers), "cannot be written");
 }
 
-}  // namespace odbstore::h5
+}  // namespace h5

@@ -4,9 +4,10 @@
 #include <cstring>
 #include <utility>
 
-#include "odbstore/hdf5.h"
+#include "base/file_error.h"
+#include "hdf5/group.h"
 
-namespace odbstore::h5 {
+namespace h5 {
 
 namespace {
 
@@ -71,6 +72,25 @@ struct PackedTexts {
 };
 
 }  // namespace
+
+void Object::fail(const std::string& reason) const { throw base::FileError(file_->name, path_, reason); }
+
+void Object::failHdf5(const std::string& reason) const {
+  const std::string why = lastHdf5Error();
+  fail(why.empty() ? reason : fmt::format("{} ({})", reason, why));
+}
+
+std::uint64_t Object::address() const {
+  H5O_info_t info{};
+  checked(H5Oget_info2(id(), &info, H5O_INFO_BASIC));
+  return info.addr;
+}
+
+std::size_t Object::sizeOf(hid_t type) const {
+  const std::size_t size = H5Tget_size(type);
+  if (size == 0) failHdf5("cannot be described");
+  return size;
+}
 
 bool Object::hasAttribute(const std::string& name) const {
   const htri_t exists = H5Aexists(id(), name.c_str());
@@ -253,4 +273,4 @@ void Group::createStrings(const std::string& link, std::span<const std::string> 
   createDataset(link, packed.type.get(), {values.size()}).write(packed.bytes.data(), packed.type.get());
 }
 
-}  // namespace odbstore::h5
+}  // namespace h5

@@ -1,4 +1,4 @@
-#include "odbstore/schema.h"
+#include "odbstore/layout.h"
 
 #include <cassert>
 #include <utility>
@@ -36,11 +36,11 @@ const std::vector<std::string>& defaultTensorLabels(int type) {
   static const std::vector<std::string> planar = {"11", "22", "33", "12"};
   static const std::vector<std::string> surface = {"11", "22", "12"};
   assert(isTensorType(type));
-  switch (type) {
-    case 5:
+  switch (FieldType{type}) {
+    case FieldType::tensor3dFull:
       return full;
-    case 6:
-    case 8:
+    case FieldType::tensor3dPlanar:
+    case FieldType::tensor2dPlanar:
       return planar;
     default:
       return surface;
