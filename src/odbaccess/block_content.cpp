@@ -1,14 +1,13 @@
+#include "odbaccess/block_content.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <string>
 #include <string_view>
-#include <type_traits>
 
 #include "kernels/kernels.h"
-#include "odbaccess/block_storage.h"
 #include "odbaccess/guard.h"
-#include "odbaccess/odb_Enum.h"
-#include "odbaccess/odb_FieldBulkData.h"
 
 namespace odb_detail {
 

@@ -1,22 +1,14 @@
-#include <algorithm>
-
 #include "odbaccess/odb_FieldOutput.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "odbaccess/field_storage.h"
 #include "odbaccess/set_storage.h"
-#include "odbaccess/step_storage.h"
 
 namespace odb_detail {
-
-Blocks FieldStorage::blocks() const {
-  if (subset_) return *subset_;
-  Blocks blocks;
-  for (const odbstore::StoredBlock& block : field_.blocks) {
-    if (!block.existsIn(frame_)) continue;
-    auto content =
-        std::make_shared<const BlockContent>(stored_, field_, block, frame_, step_->locations().of(block.location()));
-    blocks.push_back(std::make_shared<const BlockStorage>(std::move(content)));
-  }
-  return blocks;
-}
 
 namespace {
 
@@ -64,28 +56,6 @@ odb_SequenceFieldLocation locationsOf(const Blocks& blocks) {
 }  // namespace
 
 }  // namespace odb_detail
-
-odb_SequenceFieldValue::odb_SequenceFieldValue(std::vector<std::shared_ptr<const odb_detail::BlockStorage>> blocks)
-    : blocks_(std::move(blocks)) {
-  for (const auto& block : blocks_) {
-    firstRow_.push_back(size_);
-    size_ += block->rows();
-  }
-}
-
-odb_FieldValue odb_SequenceFieldValue::constGet(unsigned index) const {
-  const int row = static_cast<int>(index);
-  const auto after = std::upper_bound(firstRow_.begin(), firstRow_.end(), row);
-  const auto block = static_cast<std::size_t>(after - firstRow_.begin()) - 1;
-  return odb_FieldValue(blocks_[block], row - firstRow_[block]);
-}
-
-void odb_SequenceFieldValue::forEachRun(const std::function<void(odb_FieldValueRun&)>& take) const {
-  for (std::size_t i = 0; i < blocks_.size(); ++i) {
-    odb_FieldValueRun run(blocks_[i], firstRow_[i]);
-    take(run);
-  }
-}
 
 odb_String odb_FieldOutput::name() const { return odb_String(storage_->field().name); }
 odb_String odb_FieldOutput::description() const { return odb_String(storage_->field().info.description); }

@@ -1,63 +1,16 @@
+#include "odbaccess/odb_Odb.h"
+
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 
+#include "odbaccess/database_storage.h"
 #include "odbaccess/guard.h"
-#include "odbaccess/odb_Odb.h"
-#include "odbaccess/set_storage.h"
-#include "odbaccess/step_storage.h"
 #include "odbstore/reader.h"
 #include "odbstore/upgrade.h"
 
 namespace odb_detail {
-
-class DatabaseStorage {
- public:
-  explicit DatabaseStorage(std::shared_ptr<const odbstore::Reader> reader)
-      : reader_(std::move(reader)),
-        locations_(std::make_shared<LocationCache>()),
-        assembly_(std::make_shared<EntityStorage>(reader_, odbstore::Owner{},
-                                                  guarded([&] { return reader_->assemblyName(); }))) {}
-
-  const odbstore::Reader& reader() const { return *reader_; }
-  odb_Assembly& assembly() { return assembly_; }
-
-  odb_PartRepository& parts() {
-    if (!parts_) {
-      std::map<odb_String, odb_Part> nodes;
-      for (const std::string& name : guarded([&] { return reader_->parts(); })) {
-        const odbstore::Owner owner{odbstore::OwnerKind::part, name};
-        nodes.emplace(odb_String(name), odb_Part(std::make_shared<EntityStorage>(reader_, owner, name)));
-      }
-      parts_ = odb_PartRepository(std::move(nodes));
-    }
-    return *parts_;
-  }
-
-  odb_StepRepository& steps() {
-    if (!steps_) {
-      std::vector<odb_Step> steps;
-      for (const std::string& name : guarded([&] { return reader_->steps(); })) {
-        steps.emplace_back(std::make_shared<StepStorage>(reader_, locations_, name));
-      }
-      steps_ = odb_StepRepository(steps);
-    }
-    return *steps_;
-  }
-
-  bool isClosed() const { return closed_; }
-  void close() { closed_ = true; }
-
- private:
-  std::shared_ptr<const odbstore::Reader> reader_;
-  std::shared_ptr<LocationCache> locations_;
-  odb_Assembly assembly_;
-  std::optional<odb_PartRepository> parts_;
-  std::optional<odb_StepRepository> steps_;
-  bool closed_ = false;
-};
 
 namespace {
 

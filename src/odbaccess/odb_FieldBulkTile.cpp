@@ -1,10 +1,11 @@
+#include "odbaccess/odb_FieldBulkTile.h"
+
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "kernels/kernels.h"
 #include "odbaccess/block_storage.h"
-#include "odbaccess/odb_Enum.h"
-#include "odbaccess/odb_FieldBulkData.h"
 
 namespace {
 
@@ -47,31 +48,4 @@ void odb_FieldBulkTile::takeMises(float& max, float& min) const {
   } else {
     forEachMises(doubles_, count_, width, halved, [&](int, float value) { take(value, value); });
   }
-}
-
-int odb_FieldBulkData::type() const { return storage_->content()->block().type(); }
-
-int odb_FieldBulkData::precision() const {
-  return storage_->content()->block().isDouble() ? odb_Enum::doublePrecision : odb_Enum::singlePrecision;
-}
-
-int odb_FieldBulkData::valueCount() const { return storage_->rows(); }
-int odb_FieldBulkData::width() const { return storage_->bulkWidth(); }
-float* odb_FieldBulkData::data() const { return storage_->bulkRows<float>(); }
-double* odb_FieldBulkData::dataDouble() const { return storage_->bulkRows<double>(); }
-
-odb_Sequence<odb_String> odb_FieldBulkData::componentLabels() const {
-  odb_Sequence<odb_String> labels;
-  for (const std::string& label : storage_->content()->block().componentLabels()) labels.append(odb_String(label));
-  return labels;
-}
-
-int odb_FieldBulkData::numberOfElements() const { return storage_->numberOfElements(); }
-int* odb_FieldBulkData::elementLabels() const { return storage_->elementLabels(); }
-int* odb_FieldBulkData::nodeLabels() const { return storage_->nodeLabels(); }
-int* odb_FieldBulkData::integrationPoints() const { return storage_->integrationPoints(); }
-float* odb_FieldBulkData::mises() const { return storage_->mises(); }
-
-void odb_FieldBulkData::forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
-  storage_->forEachTile(take);
 }

@@ -1,5 +1,6 @@
-#include "odbaccess/block_storage.h"
 #include "odbaccess/odb_FieldValue.h"
+
+#include "odbaccess/block_storage.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
-// Histories behind the handles.
+// History regions, behind the handles.
 #pragma once
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "odbaccess/guard.h"
 #include "odbstore/reader.h"
@@ -28,15 +29,6 @@ class HistoryRegionStorage {
   std::shared_ptr<const odbstore::StoredStep> step_;
   std::string name_;
   mutable std::optional<odbstore::StoredHistoryRegion> stored_;
-};
-
-struct HistoryOutputStorage {
-  HistoryOutputStorage(std::shared_ptr<const odbstore::StoredStep> ofStep, std::string ofRegion, std::string itsName)
-      : step(std::move(ofStep)), region(std::move(ofRegion)), name(std::move(itsName)) {}
-
-  std::shared_ptr<const odbstore::StoredStep> step;
-  std::string region;
-  std::string name;
 };
 
 }  // namespace odb_detail

@@ -1,8 +1,9 @@
+#include "odbaccess/odb_FieldValueRun.h"
+
 #include <algorithm>
 
 #include "odbaccess/block_storage.h"
 #include "odbaccess/odb_FieldValue.h"
-#include "odbaccess/odb_FieldValueRun.h"
 
 int odb_FieldValueRun::count() const { return block_->rows(); }
 
