@@ -1,16 +1,15 @@
 // A field output: one quantity of one frame, over the model or over a set.
 #pragma once
 
-#include <functional>
 #include <memory>
-#include <vector>
+#include <utility>
 
 #include "odbaccess/odb_Enum.h"
 #include "odbaccess/odb_FieldBulkData.h"
-#include "odbaccess/odb_FieldValue.h"
-#include "odbaccess/odb_FieldValueRun.h"
+#include "odbaccess/odb_FieldLocation.h"
 #include "odbaccess/odb_Repository.h"
 #include "odbaccess/odb_Sequence.h"
+#include "odbaccess/odb_SequenceFieldValue.h"
 #include "odbaccess/odb_Set.h"
 #include "odbaccess/odb_String.h"
 
@@ -18,65 +17,6 @@ namespace odb_detail {
 class FieldStorage;
 struct FieldContent;
 }  // namespace odb_detail
-
-// A point of a shell's or beam's section.
-class odb_SectionPoint {
- public:
-  odb_SectionPoint() = default;
-  odb_SectionPoint(int number, odb_String description) : number_(number), description_(std::move(description)) {}
-
-  // From 1; 0 when there is none.
-  int number() const { return number_; }
-  odb_String description() const { return description_; }
-
- private:
-  int number_ = 0;
-  odb_String description_;
-};
-
-// A position on the elements or nodes, with the section points at which the field was written there.
-class odb_FieldLocation {
- public:
-  odb_FieldLocation(odb_Enum::odb_ResultPositionEnum position, odb_Sequence<odb_SectionPoint> sectionPoints)
-      : position_(position), sectionPoints_(std::move(sectionPoints)) {}
-
-  odb_Enum::odb_ResultPositionEnum position() const { return position_; }
-  const odb_Sequence<odb_SectionPoint>& sectionPoints() const { return sectionPoints_; }
-
- private:
-  odb_Enum::odb_ResultPositionEnum position_;
-  odb_Sequence<odb_SectionPoint> sectionPoints_;
-};
-
-class odb_SequenceFieldLocation {
- public:
-  odb_SequenceFieldLocation() = default;
-  explicit odb_SequenceFieldLocation(std::vector<odb_FieldLocation> locations) : locations_(std::move(locations)) {}
-
-  int size() const { return locations_.size(); }
-  const odb_FieldLocation& constGet(unsigned index) const { return locations_.constGet(static_cast<int>(index)); }
-
- private:
-  cow_List<odb_FieldLocation> locations_;
-};
-
-// The rows of all blocks of a field output as one sequence, block after block.
-class odb_SequenceFieldValue {
- public:
-  odb_SequenceFieldValue() = default;
-  explicit odb_SequenceFieldValue(std::vector<std::shared_ptr<const odb_detail::BlockStorage>> blocks);
-
-  int size() const { return size_; }
-  odb_FieldValue constGet(unsigned index) const;
-
-  // Hands out the values in order, those of one block at a time.
-  void forEachRun(const std::function<void(odb_FieldValueRun&)>& take) const;
-
- private:
-  std::vector<std::shared_ptr<const odb_detail::BlockStorage>> blocks_;
-  std::vector<int> firstRow_;  // of each block in this sequence
-  int size_ = 0;
-};
 
 // A handle. What it reads is kept by it and by the copies taken of it from then on, and goes with the
 // last of them: take a copy, use it, let it go, and one field at a time is in memory. References handed

@@ -2,27 +2,17 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
-#include "odbaccess/odb_Sequence.h"
-#include "odbaccess/odb_Set.h"
-#include "odbaccess/odb_Step.h"
+#include "odbaccess/odb_Assembly.h"
+#include "odbaccess/odb_Part.h"
+#include "odbaccess/odb_SectorDefinition.h"
+#include "odbaccess/odb_StepRepository.h"
 #include "odbaccess/odb_String.h"
 
 namespace odb_detail {
 class DatabaseStorage;
 }
-
-// The axis about which a model of one sector repeats.
-class odb_SectorDefinition {
- public:
-  explicit odb_SectorDefinition(odb_SequenceSequenceFloat symmetryAxis) : symmetryAxis_(std::move(symmetryAxis)) {}
-
-  // Two points, three coordinates each.
-  odb_SequenceSequenceFloat symmetryAxis() const { return symmetryAxis_; }
-
- private:
-  odb_SequenceSequenceFloat symmetryAxis_;
-};
 
 // An open database. Its parts are read when they are first asked for; what is damaged is an odb_Exception
 // that names the file and the object in it.

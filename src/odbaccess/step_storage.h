@@ -1,13 +1,13 @@
-// Steps, frames and field outputs behind the handles.
+// Steps, behind the handles.
 #pragma once
 
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
+#include <utility>
 
-#include "odbaccess/block_storage.h"
-#include "odbaccess/odb_Step.h"
+#include "odbaccess/location_cache.h"
+#include "odbaccess/odb_HistoryRegion.h"
 #include "odbstore/reader.h"
 
 namespace odb_detail {
@@ -31,44 +31,6 @@ class StepStorage {
   std::string name_;
   std::shared_ptr<const odbstore::StoredStep> stored_;
   std::optional<odb_HistoryRegionRepository> historyRegions_;
-};
-
-struct FrameContent {
-  odb_FieldOutputRepository fields;
-};
-
-using Blocks = std::vector<std::shared_ptr<const BlockStorage>>;
-
-// A field output of one frame, whole or restricted to a set.
-class FieldStorage {
- public:
-  FieldStorage(std::shared_ptr<StepStorage> step, const odbstore::StoredField& field, int frame)
-      : step_(std::move(step)), stored_(step_->stored()), field_(field), frame_(frame) {}
-  // The same field with the blocks of a subset.
-  FieldStorage(const FieldStorage& whole, Blocks subset)
-      : step_(whole.step_),
-        stored_(whole.stored_),
-        field_(whole.field_),
-        frame_(whole.frame_),
-        subset_(std::move(subset)) {}
-
-  const odbstore::StoredField& field() const { return field_; }
-  // New blocks at each call for a whole field, so that what they read goes with them.
-  Blocks blocks() const;
-
- private:
-  std::shared_ptr<StepStorage> step_;
-  std::shared_ptr<const odbstore::StoredStep> stored_;  // keeps field_ alive
-  const odbstore::StoredField& field_;
-  int frame_;
-  std::optional<Blocks> subset_;
-};
-
-struct FieldContent {
-  Blocks blocks;
-  odb_SequenceFieldValue values;
-  odb_SequenceFieldBulkData bulk;
-  odb_SequenceFieldLocation locations;
 };
 
 }  // namespace odb_detail

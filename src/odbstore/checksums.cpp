@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
@@ -11,15 +10,16 @@
 #include <cstring>
 #include <span>
 
+#include "base/descriptor.h"
+#include "hdf5/file.h"
 #include "odbstore/crc32c.h"
-#include "odbstore/hdf5.h"
+#include "odbstore/layout.h"
 #include "odbstore/store_error.h"
 
 namespace odbstore {
 
 namespace {
 
-constexpr const char* kLink = "checksums";
 constexpr const char* kAlgorithm = "crc32c";
 constexpr std::int64_t kSumBytes = sizeof(std::uint32_t);
 constexpr std::int64_t kSmallestBlock = std::int64_t{4} << 10U;
@@ -31,39 +31,27 @@ constexpr std::int64_t kReserve = std::int64_t{64} << 10U;
 
 class RawFile {
  public:
-  RawFile(const std::string& path, const std::string& name, int flags) : name_(name) {
-    file_ = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK);
-    if (file_ < 0) fail("cannot be opened");
+  RawFile(const std::string& path, const std::string& name, int flags)
+      : name_(name), file_(::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK)) {
+    if (!file_) fail("cannot be opened");
     struct stat status {};
-    if (::fstat(file_, &status) != 0) fail("its size cannot be found out");
+    if (::fstat(file_.get(), &status) != 0) fail("its size cannot be found out");
     size_ = status.st_size;
-    ::posix_fadvise(file_, 0, 0, POSIX_FADV_SEQUENTIAL);
+    ::posix_fadvise(file_.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
   }
-  ~RawFile() { ::close(file_); }
-  RawFile(const RawFile&) = delete;
-  RawFile& operator=(const RawFile&) = delete;
 
   std::int64_t size() const { return size_; }
 
   void read(std::int64_t offset, std::span<std::byte> out) const {
-    while (!out.empty()) {
-      const ssize_t got = ::pread(file_, out.data(), out.size(), offset);
-      if (got < 0 && errno == EINTR) continue;
-      if (got < 0) fail(fmt::format("cannot be read at byte {}", offset));
-      if (got == 0) throw StoreError(name_, "", fmt::format("ends at byte {} while it is read", offset));
-      out = out.subspan(static_cast<std::size_t>(got));
-      offset += got;
-    }
+    const std::optional<std::size_t> got = base::readAt(file_.get(), offset, out);
+    if (!got) fail(fmt::format("cannot be read at byte {}", offset));
+    if (*got < out.size())
+      throw StoreError(name_, "",
+                       fmt::format("ends at byte {} while it is read", offset + static_cast<std::int64_t>(*got)));
   }
 
   void write(std::int64_t offset, std::span<const std::byte> bytes) const {
-    while (!bytes.empty()) {
-      const ssize_t written = ::pwrite(file_, bytes.data(), bytes.size(), offset);
-      if (written < 0 && errno == EINTR) continue;
-      if (written <= 0) fail("the checksums cannot be written");
-      bytes = bytes.subspan(static_cast<std::size_t>(written));
-      offset += written;
-    }
+    if (!base::writeAt(file_.get(), offset, bytes)) fail("the checksums cannot be written");
   }
 
  private:
@@ -72,7 +60,7 @@ class RawFile {
   }
 
   std::string name_;
-  int file_ = -1;
+  base::Descriptor file_;
   std::int64_t size_ = 0;
 };
 
@@ -124,10 +112,10 @@ ChecksumPlace reserveChecksums(const h5::Group& root) {
   place.blockSize = size < kLargeFile ? kSmallestBlock : kLargestBlock;
   const std::int64_t ofOthers = blocksOf(size, place.blockSize);
   place.blocks = ofOthers + blocksOf((ofOthers + 1) * kSumBytes, place.blockSize);
-  const h5::Dataset sums =
-      root.createDataset(kLink, H5T_STD_U32LE, {static_cast<hsize_t>(place.blocks) + 1}, {.reserved = true});
-  sums.writeInt("blockSize", static_cast<int>(place.blockSize));
-  sums.writeString("algorithm", kAlgorithm);
+  const h5::Dataset sums = root.createDataset(links::kChecksums, H5T_STD_U32LE,
+                                              {static_cast<hsize_t>(place.blocks) + 1}, {.reserved = true});
+  sums.writeInt(attributes::kBlockSize, static_cast<int>(place.blockSize));
+  sums.writeString(attributes::kAlgorithm, kAlgorithm);
   const std::optional<std::int64_t> offset = sums.offset();
   if (!offset) sums.fail("has no room in the file");
   place.offset = *offset;
@@ -143,12 +131,12 @@ void fillChecksums(const std::string& path, const std::string& name, const Check
 }
 
 std::optional<ChecksumPlace> findChecksums(const h5::Group& root) {
-  const std::optional<h5::Dataset> sums = root.findDataset(kLink);
+  const std::optional<h5::Dataset> sums = root.findDataset(links::kChecksums);
   if (!sums) return std::nullopt;
-  const std::string algorithm = sums->stringAttribute("algorithm", "");
+  const std::string algorithm = sums->stringAttribute(attributes::kAlgorithm, "");
   if (algorithm != kAlgorithm) sums->fail(fmt::format("the algorithm \"{}\" is not known", algorithm));
   ChecksumPlace place;
-  place.blockSize = sums->intAttribute("blockSize", 0);
+  place.blockSize = sums->intAttribute(attributes::kBlockSize, 0);
   if (place.blockSize < kSmallestBlock || place.blockSize > kLargestBlock ||
       !std::has_single_bit(static_cast<std::uint64_t>(place.blockSize))) {
     sums->fail(fmt::format("the block size {} is no power of two from {} to {}", place.blockSize, kSmallestBlock,

@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-namespace odbstore {
-
 namespace h5 {
 class Group;
 }
+
+namespace odbstore {
 
 // Where the sums stand in their file, and what each is of.
 struct ChecksumPlace {

@@ -76,18 +76,18 @@ void checkLabels(const h5::Dataset& labels) {
 }
 
 void checkNodes(const h5::Group& nodes) {
-  const h5::Dataset labels = nodes.dataset("labels");
+  const h5::Dataset labels = nodes.dataset(links::kLabels);
   checkLabels(labels);
-  const h5::Dataset coordinates = nodes.dataset("coordinates");
+  const h5::Dataset coordinates = nodes.dataset(links::kCoordinates);
   if (!coordinates.isFloat() || coordinates.dims() != h5::Dims{labels.dims()[0], 3}) {
     coordinates.fail("must be three floating-point numbers for each node label");
   }
 }
 
 void checkElements(const h5::Group& elements) {
-  const h5::Dataset labels = elements.dataset("labels");
+  const h5::Dataset labels = elements.dataset(links::kLabels);
   checkLabels(labels);
-  const h5::Dataset connectivity = elements.dataset("connectivity");
+  const h5::Dataset connectivity = elements.dataset(links::kConnectivity);
   if (!connectivity.isInteger() || connectivity.dims().size() != 2 || connectivity.dims()[0] != labels.dims()[0]) {
     connectivity.fail("must be the node labels of each element");
   }
@@ -96,11 +96,11 @@ void checkElements(const h5::Group& elements) {
 }  // namespace
 
 void Reader::checkMesh(const std::string& instance) const {
-  const h5::Group owner = file_->root().group("assembly").group("instances").group(linkFromName(instance));
-  const std::optional<h5::Group> mesh = owner.findGroup("mesh");
+  const h5::Group owner = file_->root().group(links::kAssembly).group(links::kInstances).group(linkFromName(instance));
+  const std::optional<h5::Group> mesh = owner.findGroup(links::kMesh);
   if (!mesh) return;
-  if (const std::optional<h5::Group> nodes = mesh->findGroup("nodes")) checkNodes(*nodes);
-  const std::optional<h5::Group> types = mesh->findGroup("elements");
+  if (const std::optional<h5::Group> nodes = mesh->findGroup(links::kNodes)) checkNodes(*nodes);
+  const std::optional<h5::Group> types = mesh->findGroup(links::kElements);
   for (const std::string& type : memberNames(types)) checkElements(types->group(linkFromName(type)));
 }
 

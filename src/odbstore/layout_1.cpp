@@ -5,6 +5,7 @@
 #include <span>
 
 #include "odbstore/names.h"
+#include "odbstore/open_database.h"
 #include "odbstore/reader_internal.h"
 #include "odbstore/writer.h"
 
@@ -35,15 +36,16 @@ struct Nowhere {
 
 template <class Target>
 void copyMesh(const h5::Group& instance, const std::string& name, Target& target) {
-  const std::optional<h5::Group> mesh = instance.findGroup("mesh");
+  const std::optional<h5::Group> mesh = instance.findGroup(links::kMesh);
   if (!mesh) return;
-  if (const std::optional<h5::Group> nodes = mesh->findGroup("nodes")) {
-    target.addNodes(name, nodes->dataset("labels").readInts(), nodes->dataset("coordinates").readDoubles());
+  if (const std::optional<h5::Group> nodes = mesh->findGroup(links::kNodes)) {
+    target.addNodes(name, nodes->dataset(links::kLabels).readInts(), nodes->dataset(links::kCoordinates).readDoubles());
   }
-  const std::optional<h5::Group> elements = mesh->findGroup("elements");
+  const std::optional<h5::Group> elements = mesh->findGroup(links::kElements);
   for (const std::string& type : memberNames(elements)) {
     const h5::Group group = elements->group(linkFromName(type));
-    target.addElements(name, type, group.dataset("labels").readInts(), group.dataset("connectivity").readInts());
+    target.addElements(name, type, group.dataset(links::kLabels).readInts(),
+                       group.dataset(links::kConnectivity).readInts());
   }
 }
 
@@ -59,19 +61,20 @@ void copySets(const h5::Group& root, const Owner& owner, Target& target) {
 
 template <class Target>
 void copyModel(const h5::Group& root, Target& target) {
-  if (root.hasAttribute("name")) target.setName(root.stringAttribute("name", ""));
-  if (root.hasAttribute("title")) target.setTitle(root.stringAttribute("title", ""));
-  if (root.hasAttribute("producer")) target.setProducer(root.stringAttribute("producer", ""));
-  for (const std::string& part : memberNames(root.findGroup("parts"))) {
+  if (root.hasAttribute(attributes::kName)) target.setName(root.stringAttribute(attributes::kName, ""));
+  if (root.hasAttribute(attributes::kTitle)) target.setTitle(root.stringAttribute(attributes::kTitle, ""));
+  if (root.hasAttribute(attributes::kProducer)) target.setProducer(root.stringAttribute(attributes::kProducer, ""));
+  for (const std::string& part : memberNames(root.findGroup(links::kParts))) {
     target.addPart(part);
     copySets(root, {OwnerKind::part, part}, target);
   }
-  const std::optional<h5::Group> assembly = root.findGroup("assembly");
+  const std::optional<h5::Group> assembly = root.findGroup(links::kAssembly);
   if (!assembly) return;
-  if (assembly->hasAttribute("name")) target.setAssemblyName(assembly->stringAttribute("name", ""));
+  if (assembly->hasAttribute(attributes::kName))
+    target.setAssemblyName(assembly->stringAttribute(attributes::kName, ""));
   for (const InstanceInfo& instance : readInstances(root)) {
     target.addInstance(instance.name, instance.part);
-    copyMesh(assembly->group("instances").group(linkFromName(instance.name)), instance.name, target);
+    copyMesh(assembly->group(links::kInstances).group(linkFromName(instance.name)), instance.name, target);
     copySets(root, {OwnerKind::instance, instance.name}, target);
   }
   copySets(root, {}, target);
@@ -82,18 +85,19 @@ template <class Target>
 LocationId copyLocation(const h5::Group& block, Target& target) {
   const LocationInfo info = readLocationInfo(block);
   LocationLabels labels;
-  if (hasNodeLabels(info.position)) labels.nodes = block.dataset("nodeLabels").readInts();
-  if (hasElementLabels(info.position)) labels.elements = block.dataset("elementLabels").readInts();
-  if (hasIntegrationPoints(info.position)) labels.integrationPoints = block.dataset("integrationPoints").readInts();
+  if (hasNodeLabels(info.position)) labels.nodes = block.dataset(links::kNodeLabels).readInts();
+  if (hasElementLabels(info.position)) labels.elements = block.dataset(links::kElementLabels).readInts();
+  if (hasIntegrationPoints(info.position))
+    labels.integrationPoints = block.dataset(links::kIntegrationPoints).readInts();
   return target.addLocation(info, labels);
 }
 
 template <class Target>
 void copyBlock(const h5::Group& block, FieldId field, Target& target) {
   BlockOverrides overrides;
-  if (block.hasAttribute("type")) overrides.type = block.intAttribute("type", 0);
-  overrides.componentLabels = block.stringsAttribute("componentLabels");
-  const h5::Dataset data = block.dataset("data");
+  if (block.hasAttribute(attributes::kType)) overrides.type = block.intAttribute(attributes::kType, 0);
+  overrides.componentLabels = block.stringsAttribute(attributes::kComponentLabels);
+  const h5::Dataset data = block.dataset(links::kData);
   if (data.dims().empty() || data.dims().size() > 2) data.fail("must have the shape [rows, components]");
   const int width = data.dims().size() == 2 ? static_cast<int>(data.dims()[1]) : 1;
   const LocationId location = copyLocation(block, target);
@@ -106,11 +110,11 @@ void copyBlock(const h5::Group& block, FieldId field, Target& target) {
 
 template <class Target>
 void copyFrame(const h5::Group& group, FrameId frame, Target& target) {
-  const std::optional<h5::Group> fields = group.findGroup("fields");
+  const std::optional<h5::Group> fields = group.findGroup(links::kFields);
   for (const std::string& name : memberNames(fields)) {
     const h5::Group source = fields->group(linkFromName(name));
     const FieldId field = target.addField(frame, name, readFieldInfo(source));
-    const std::optional<h5::Group> blocks = source.findGroup("blocks");
+    const std::optional<h5::Group> blocks = source.findGroup(links::kBlocks);
     const std::size_t count = blocks ? blocks->links().size() : 0;
     for (std::size_t k = 0; k < count; ++k) copyBlock(blocks->group(std::to_string(k)), field, target);
   }
@@ -118,11 +122,11 @@ void copyFrame(const h5::Group& group, FrameId frame, Target& target) {
 
 template <class Target>
 void copyHistories(const h5::Group& step, StepId id, Target& target) {
-  const std::optional<h5::Group> history = step.findGroup("history");
+  const std::optional<h5::Group> history = step.findGroup(links::kHistory);
   for (const std::string& name : memberNames(history)) {
     const h5::Group source = history->group(linkFromName(name));
     const HistoryRegionId region = target.addHistoryRegion(id, name, readHistoryRegionInfo(source));
-    const std::optional<h5::Group> outputs = source.findGroup("outputs");
+    const std::optional<h5::Group> outputs = source.findGroup(links::kOutputs);
     for (const std::string& output : memberNames(outputs)) {
       target.addHistoryOutput(region, output, readHistorySamples(outputs->dataset(linkFromName(output))));
     }
@@ -132,12 +136,13 @@ void copyHistories(const h5::Group& step, StepId id, Target& target) {
 template <class Target>
 void copyStep(const h5::Group& group, const std::string& name, Target& target) {
   const StepId id = target.addStep(name, readStepInfo(group));
-  const std::optional<h5::Group> frames = group.findGroup("frames");
+  const std::optional<h5::Group> frames = group.findGroup(links::kFrames);
   const std::size_t count = frames ? frames->links().size() : 0;
   for (std::size_t i = 0; i < count; ++i) {
     const h5::Group frame = frames->group(std::to_string(i));
-    const FrameInfo info{frame.intAttribute("incrementNumber", 0), frame.doubleAttribute("value", 0.0),
-                         frame.stringAttribute("description", "")};
+    const FrameInfo info{frame.intAttribute(attributes::kIncrementNumber, 0),
+                         frame.doubleAttribute(attributes::kValue, 0.0),
+                         frame.stringAttribute(attributes::kDescription, "")};
     copyFrame(frame, target.addFrame(id, info), target);
   }
   copyHistories(group, id, target);
@@ -146,10 +151,10 @@ void copyStep(const h5::Group& group, const std::string& name, Target& target) {
 template <class Target>
 void copyAll(const std::string& path, Target& target) {
   int layout = 0;
-  const h5::Group root = h5::openFile(path, layout);
+  const h5::Group root = openDatabase(path, layout);
   if (layout != 1) throw StoreError(path, "", fmt::format("has layout {}, which needs no upgrade", layout));
   copyModel(root, target);
-  const std::optional<h5::Group> steps = root.findGroup("steps");
+  const std::optional<h5::Group> steps = root.findGroup(links::kSteps);
   if (!steps) return;
   for (const std::string& link : steps->links(h5::LinkOrder::byCreation)) {
     copyStep(steps->group(link), nameFromLink(link), target);

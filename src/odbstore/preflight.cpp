@@ -3,12 +3,12 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 
+#include "base/descriptor.h"
 #include "odbstore/store_error.h"
 
 namespace odbstore {
@@ -24,21 +24,12 @@ constexpr std::size_t kEndOfFile = 28;
 constexpr unsigned char kCheckedVersion = 3;
 constexpr unsigned char kOpenForWriting = 1;
 
-class OpenFile {
- public:
-  // Without waiting: opening a pipe would wait for somebody to write into it.
-  explicit OpenFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
-    if (descriptor_ < 0) throw NoFileError(path, std::strerror(errno));
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() { ::close(descriptor_); }
-
-  int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
+// Without waiting: opening a pipe would wait for somebody to write into it.
+base::Descriptor openFile(const std::string& path) {
+  base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  if (!file) throw base::NoFileError(path, std::strerror(errno));
+  return file;
+}
 
 std::uint64_t littleEndian(const unsigned char* bytes) {
   std::uint64_t number = 0;
@@ -61,19 +52,17 @@ void checkSuperblock(const std::string& path, const std::array<unsigned char, kS
 }  // namespace
 
 std::size_t readStart(int file, const std::string& path, std::span<char> bytes) {
-  for (;;) {
-    const ssize_t got = ::pread(file, bytes.data(), bytes.size(), 0);
-    if (got >= 0) return static_cast<std::size_t>(got);
-    if (errno != EINTR) throw StoreError(path, "", fmt::format("cannot be read ({})", std::strerror(errno)));
-  }
+  const std::optional<std::size_t> got = base::readAt(file, 0, std::as_writable_bytes(bytes));
+  if (!got) throw StoreError(path, "", fmt::format("cannot be read ({})", std::strerror(errno)));
+  return *got;
 }
 
 Preflight checkBeforeOpening(const std::string& path) {
-  const OpenFile file(path);
+  const base::Descriptor file = openFile(path);
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) throw StoreError(path, "", std::strerror(errno));
-  if (S_ISDIR(status.st_mode)) throw NoFileError(path, "is a directory, not a database");
-  if (!S_ISREG(status.st_mode)) throw NoFileError(path, "is not a regular file");
+  if (S_ISDIR(status.st_mode)) throw base::NoFileError(path, "is a directory, not a database");
+  if (!S_ISREG(status.st_mode)) throw base::NoFileError(path, "is not a regular file");
   if (status.st_size == 0) throw StoreError(path, "", "the file is empty");
   std::array<unsigned char, kSuperblockBytes> bytes{};
   const std::span start(reinterpret_cast<char*>(bytes.data()), bytes.size());

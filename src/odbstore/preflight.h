@@ -14,10 +14,10 @@ struct Preflight {
   bool isChecked = false;
 };
 
-// Opens `path` without waiting and looks at its kind, size and first bytes. Throws a NoFileError for what cannot be
-// opened or is no regular file, a StoreError for one that is empty, or has a superblock of version 3 (HDF5 File Format,
-// version 3.0, section II.A, which every database of layout 2 has) that says that the file is cut off, goes on behind
-// its end, or is still being written. Files that start otherwise are left to HDF5.
+// Opens `path` without waiting and looks at its kind, size and first bytes. Throws a base::NoFileError for what cannot
+// be opened or is no regular file, a StoreError for one that is empty, or has a superblock of version 3 (HDF5 File
+// Format, version 3.0, section II.A, which every database of layout 2 has) that says that the file is cut off, goes on
+// behind its end, or is still being written. Files that start otherwise are left to HDF5.
 Preflight checkBeforeOpening(const std::string& path);
 
 // Reads the first bytes of the open file; how many there are. Throws a StoreError that names `path` where that fails.

@@ -4,8 +4,9 @@
 
 #include <algorithm>
 
+#include "base/output_file.h"
 #include "odbstore/names.h"
-#include "odbstore/output_file.h"
+#include "odbstore/open_database.h"
 #include "odbstore/reader_internal.h"
 #include "odbstore/upgrade.h"
 
@@ -17,7 +18,7 @@ namespace {
 std::pair<std::shared_ptr<FileAccess>, int> openAccess(const std::string& path) {
   if (isForeign(path)) return {nullptr, foreignLayout(path)};
   int layout = 0;
-  h5::Group root = h5::openFile(path, layout);
+  h5::Group root = openDatabase(path, layout);
   if (layout != kNewestLayout) return {nullptr, layout};
   return {std::make_shared<FileAccess>(path, std::move(root)), layout};
 }
@@ -44,12 +45,11 @@ std::vector<std::string> memberNames(const std::optional<h5::Group>& group) {
 }
 
 std::optional<h5::Group> setsGroup(const h5::Group& root, const Owner& owner, SetKind kind) {
-  const char* const setsLink = kind == SetKind::element ? "elementSets" : "nodeSets";
-  std::optional<h5::Group> group = root.findGroup(owner.kind == OwnerKind::part ? "parts" : "assembly");
-  if (group && owner.kind == OwnerKind::instance) group = group->findGroup("instances");
+  std::optional<h5::Group> group = root.findGroup(owner.kind == OwnerKind::part ? links::kParts : links::kAssembly);
+  if (group && owner.kind == OwnerKind::instance) group = group->findGroup(links::kInstances);
   if (group && owner.kind != OwnerKind::assembly) group = group->findGroup(linkFromName(owner.name));
   if (!group) return std::nullopt;
-  return group->findGroup(setsLink);
+  return group->findGroup(setsLink(kind));
 }
 
 const std::optional<h5::Group>& FileAccess::sets(const Owner& owner, SetKind kind) {
@@ -80,19 +80,19 @@ std::vector<SetMembers> readSetMembers(const h5::Group& sets, const Owner& owner
 
 std::vector<InstanceInfo> readInstances(const h5::Group& root) {
   std::vector<InstanceInfo> instances;
-  const std::optional<h5::Group> assembly = root.findGroup("assembly");
-  const std::optional<h5::Group> group = assembly ? assembly->findGroup("instances") : std::nullopt;
+  const std::optional<h5::Group> assembly = root.findGroup(links::kAssembly);
+  const std::optional<h5::Group> group = assembly ? assembly->findGroup(links::kInstances) : std::nullopt;
   for (const std::string& name : memberNames(group)) {
-    instances.push_back({name, group->group(linkFromName(name)).stringAttribute("part", "")});
+    instances.push_back({name, group->group(linkFromName(name)).stringAttribute(attributes::kPart, "")});
   }
   return instances;
 }
 
 std::optional<std::array<float, 6>> readSymmetryAxis(const h5::Group& root) {
-  const std::optional<h5::Group> assembly = root.findGroup("assembly");
-  const std::optional<h5::Group> sector = assembly ? assembly->findGroup("sector") : std::nullopt;
+  const std::optional<h5::Group> assembly = root.findGroup(links::kAssembly);
+  const std::optional<h5::Group> sector = assembly ? assembly->findGroup(links::kSector) : std::nullopt;
   if (!sector) return std::nullopt;
-  const h5::Dataset dataset = sector->dataset("symmetryAxis");
+  const h5::Dataset dataset = sector->dataset(links::kSymmetryAxis);
   if (dataset.dims() != h5::Dims{2, 3}) dataset.fail("the axis must be two points of three coordinates");
   const std::vector<float> numbers = dataset.readFloats();
   std::array<float, 6> axis{};
@@ -109,27 +109,27 @@ std::shared_ptr<const Reader> Reader::openIfNewest(const std::string& path) {
   return file ? std::shared_ptr<const Reader>(new Reader(std::move(file))) : nullptr;
 }
 
-std::shared_ptr<const Reader> Reader::openUnpublished(const OutputFile& file) {
+std::shared_ptr<const Reader> Reader::openUnpublished(const base::OutputFile& file) {
   int layout = 0;
-  h5::Group root = h5::openFile(file.temporaryPath(), file.finalPath(), layout);
+  h5::Group root = openDatabase(file.temporaryPath(), file.finalPath(), layout);
   if (layout != kNewestLayout) refuseLayout(file.finalPath(), layout);
   return std::shared_ptr<const Reader>(new Reader(std::make_shared<FileAccess>(file.finalPath(), std::move(root))));
 }
 
 Reader::~Reader() = default;
 
-std::string Reader::name() const { return file_->root().stringAttribute("name", file_->path()); }
+std::string Reader::name() const { return file_->root().stringAttribute(attributes::kName, file_->path()); }
 
-std::string Reader::title() const { return file_->root().stringAttribute("title", ""); }
+std::string Reader::title() const { return file_->root().stringAttribute(attributes::kTitle, ""); }
 
-std::string Reader::producer() const { return file_->root().stringAttribute("producer", ""); }
+std::string Reader::producer() const { return file_->root().stringAttribute(attributes::kProducer, ""); }
 
 std::string Reader::assemblyName() const {
-  const std::optional<h5::Group> assembly = file_->root().findGroup("assembly");
-  return assembly ? assembly->stringAttribute("name", "") : "";
+  const std::optional<h5::Group> assembly = file_->root().findGroup(links::kAssembly);
+  return assembly ? assembly->stringAttribute(attributes::kName, "") : "";
 }
 
-std::vector<std::string> Reader::parts() const { return memberNames(file_->root().findGroup("parts")); }
+std::vector<std::string> Reader::parts() const { return memberNames(file_->root().findGroup(links::kParts)); }
 
 const std::vector<InstanceInfo>& Reader::instances() const {
   if (!instances_) instances_ = readInstances(file_->root());
@@ -149,7 +149,7 @@ std::vector<SetMembers> Reader::setMembers(const Owner& owner, SetKind kind, con
 std::optional<std::array<float, 6>> Reader::symmetryAxis() const { return readSymmetryAxis(file_->root()); }
 
 std::vector<std::string> Reader::steps() const {
-  const std::optional<h5::Group> group = file_->root().findGroup("steps");
+  const std::optional<h5::Group> group = file_->root().findGroup(links::kSteps);
   if (!group) return {};
   std::vector<std::string> names = group->links(h5::LinkOrder::byCreation);
   for (std::string& name : names) name = nameFromLink(name);

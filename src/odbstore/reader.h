@@ -14,9 +14,12 @@
 #include "odbstore/schema.h"
 #include "odbstore/store_error.h"
 
+namespace base {
+class OutputFile;
+}
+
 namespace odbstore {
 
-class OutputFile;
 class FileAccess;  // the open file behind a reader
 
 // Where rows lie, shared by every block that lies there. Labels are read at the first call and kept.
@@ -132,7 +135,7 @@ class Reader {
   // Null where the database is of an older layout, which must be upgraded first.
   static std::shared_ptr<const Reader> openIfNewest(const std::string& path);
   // Opens a file of today's layout under a temporary name: name() and messages have the final one.
-  static std::shared_ptr<const Reader> openUnpublished(const OutputFile& file);
+  static std::shared_ptr<const Reader> openUnpublished(const base::OutputFile& file);
   ~Reader();
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;

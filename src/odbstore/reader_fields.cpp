@@ -13,9 +13,9 @@ namespace odbstore {
 class StoredLocation::Impl {
  public:
   explicit Impl(h5::Group group) : group_(std::move(group)), info_(readLocationInfo(group_)) {
-    nodes_.open(group_, "nodeLabels", hasNodeLabels(info_.position));
-    elements_.open(group_, "elementLabels", hasElementLabels(info_.position));
-    points_.open(group_, "integrationPoints", hasIntegrationPoints(info_.position));
+    nodes_.open(group_, links::kNodeLabels, hasNodeLabels(info_.position));
+    elements_.open(group_, links::kElementLabels, hasElementLabels(info_.position));
+    points_.open(group_, links::kIntegrationPoints, hasIntegrationPoints(info_.position));
     for (const Labels* labels : {&nodes_, &elements_, &points_}) {
       if (!labels->dataset) continue;
       if (rows_ >= 0 && labels->count() != rows_) group_.fail("the label data sets differ in length");
@@ -60,17 +60,18 @@ const std::vector<int>& StoredLocation::elementLabels() const { return impl_->el
 const std::vector<int>& StoredLocation::integrationPoints() const { return impl_->points_.read(); }
 
 LocationInfo readLocationInfo(const h5::Object& object) {
-  const std::string word = object.stringAttribute("position", "");
+  const std::string word = object.stringAttribute(attributes::kPosition, "");
   const std::optional<Position> position = positionFromWord(word);
   if (!position) object.fail(fmt::format("the position \"{}\" is not known", word));
-  return {object.stringAttribute("instance", ""), *position, object.stringAttribute("elementType", ""),
-          object.intAttribute("sectionPoint", 0), object.stringAttribute("sectionPointDescription", "")};
+  return {object.stringAttribute(attributes::kInstance, ""), *position,
+          object.stringAttribute(attributes::kElementType, ""), object.intAttribute(attributes::kSectionPoint, 0),
+          object.stringAttribute(attributes::kSectionPointDescription, "")};
 }
 
 std::shared_ptr<const StoredLocation> FileAccess::location(const std::string& id, const h5::Object& user) {
   const auto known = locations_.find(id);
   if (known != locations_.end()) return known->second;
-  const std::optional<h5::Group> all = root_.findGroup("locations");
+  const std::optional<h5::Group> all = root_.findGroup(links::kLocations);
   if (!all || !all->has(linkFromName(id))) user.fail(fmt::format("there is no location \"{}\"", id));
   auto location =
       std::make_shared<const StoredLocation>(std::make_unique<StoredLocation::Impl>(all->group(linkFromName(id))));
@@ -81,10 +82,10 @@ std::shared_ptr<const StoredLocation> FileAccess::location(const std::string& id
 class StoredBlock::Impl {
  public:
   Impl(FileAccess& file, const h5::Group& group, const StoredField& field)
-      : location_(file.location(group.stringAttribute("location", ""), group)),
-        type_(group.intAttribute("type", field.info.type)),
-        labels_(group.stringsAttribute("componentLabels")),
-        data_(group.dataset("data")) {
+      : location_(file.location(group.stringAttribute(attributes::kLocation, ""), group)),
+        type_(group.intAttribute(attributes::kType, field.info.type)),
+        labels_(group.stringsAttribute(attributes::kComponentLabels)),
+        data_(group.dataset(links::kData)) {
     if (labels_.empty()) labels_ = field.info.componentLabels;
     readFrames(group, field);
     checkShape();
@@ -130,7 +131,7 @@ class StoredBlock::Impl {
   void readFrames(const h5::Group& group, const StoredField& field) {
     const int frames = static_cast<int>(field.inFrame.size());
     slabOfFrame_.assign(field.inFrame.size(), -1);
-    const std::optional<h5::Dataset> list = group.findDataset("frames");
+    const std::optional<h5::Dataset> list = group.findDataset(links::kFrames);
     if (!list) {
       for (const int frame : field.frames) slabOfFrame_[static_cast<std::size_t>(frame)] = slabs_++;
       return;
@@ -211,10 +212,10 @@ void StoredBlock::readRows(int frame, std::int64_t first, std::int64_t count, vo
 }
 
 FieldInfo readFieldInfo(const h5::Group& group) {
-  if (!group.hasAttribute("type")) group.fail("has no attribute \"type\"");
-  return {group.stringAttribute("description", ""), group.intAttribute("type", 0),
-          group.stringsAttribute("componentLabels"), group.intsAttribute("validInvariants"),
-          group.intAttribute("engineeringShear", 0) != 0};
+  if (!group.hasAttribute(attributes::kType)) group.fail("has no attribute \"type\"");
+  return {group.stringAttribute(attributes::kDescription, ""), group.intAttribute(attributes::kType, 0),
+          group.stringsAttribute(attributes::kComponentLabels), group.intsAttribute(attributes::kValidInvariants),
+          group.intAttribute(attributes::kEngineeringShear, 0) != 0};
 }
 
 namespace {
@@ -222,7 +223,7 @@ namespace {
 // Block groups are numbered from 0; their order is that of the numbers, not of the digits.
 std::vector<StoredBlock> readBlocks(FileAccess& file, const h5::Group& group, const StoredField& field) {
   std::vector<StoredBlock> blocks;
-  const std::optional<h5::Group> all = group.findGroup("blocks");
+  const std::optional<h5::Group> all = group.findGroup(links::kBlocks);
   if (!all) return blocks;
   const std::size_t count = all->links().size();
   for (std::size_t k = 0; k < count; ++k) {
@@ -234,7 +235,7 @@ std::vector<StoredBlock> readBlocks(FileAccess& file, const h5::Group& group, co
 StoredField readField(FileAccess& file, const h5::Group& group, const std::string& name, int frames) {
   StoredField field{name, readFieldInfo(group), {}, {}, {}};
   field.inFrame.assign(static_cast<std::size_t>(frames), 0);
-  const std::optional<h5::Dataset> list = group.findDataset("frames");
+  const std::optional<h5::Dataset> list = group.findDataset(links::kFrames);
   if (list) {
     field.frames = list->readInts();
   } else {
@@ -255,7 +256,7 @@ StoredField readField(FileAccess& file, const h5::Group& group, const std::strin
 
 std::vector<StoredField> readFields(FileAccess& file, const h5::Group& step, int frames) {
   std::vector<StoredField> fields;
-  const std::optional<h5::Group> group = step.findGroup("fields");
+  const std::optional<h5::Group> group = step.findGroup(links::kFields);
   for (const std::string& name : memberNames(group)) {
     fields.push_back(readField(file, group->group(linkFromName(name)), name, frames));
   }

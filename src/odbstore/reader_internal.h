@@ -7,7 +7,7 @@
 #include <tuple>
 #include <vector>
 
-#include "odbstore/hdf5.h"
+#include "hdf5/group.h"
 #include "odbstore/reader.h"
 
 namespace odbstore {

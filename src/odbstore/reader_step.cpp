@@ -12,7 +12,7 @@ class StoredStep::Impl {
   Impl(std::shared_ptr<FileAccess> file, const std::string& name)
       : file_(std::move(file)),
         name_(name),
-        group_(file_->root().group("steps").group(linkFromName(name))),
+        group_(file_->root().group(links::kSteps).group(linkFromName(name))),
         info_(readStepInfo(group_)) {}
 
   const std::string& name() const { return name_; }
@@ -30,17 +30,17 @@ class StoredStep::Impl {
   }
 
   h5::Group historyRegion(const std::string& region) const {
-    return group_.group("history").group(linkFromName(region));
+    return group_.group(links::kHistory).group(linkFromName(region));
   }
 
  private:
   std::vector<FrameInfo> readFrames() const {
-    const std::optional<h5::Group> group = group_.findGroup("frames");
+    const std::optional<h5::Group> group = group_.findGroup(links::kFrames);
     if (!group) return {};
-    const h5::Dataset increments = group->dataset("incrementNumber");
+    const h5::Dataset increments = group->dataset(links::kIncrementNumber);
     const std::vector<int> incrementNumbers = increments.readInts();
-    const std::vector<double> values = group->dataset("value").readDoubles();
-    const h5::Dataset texts = group->dataset("description");
+    const std::vector<double> values = group->dataset(links::kValue).readDoubles();
+    const h5::Dataset texts = group->dataset(links::kDescription);
     const std::vector<std::string> descriptions = texts.readStrings();
     if (increments.dims().size() != 1 || values.size() != incrementNumbers.size() ||
         descriptions.size() != incrementNumbers.size()) {
@@ -72,16 +72,19 @@ std::vector<double> vectorOfLength(const h5::Group& group, const std::string& at
 }  // namespace
 
 StepInfo readStepInfo(const h5::Group& group) {
-  return {group.stringAttribute("description", ""), group.doubleAttribute("mass", -1.0),
-          vectorOfLength(group, "massCenter", 3), vectorOfLength(group, "inertiaAboutCenter", 6),
-          vectorOfLength(group, "inertiaAboutOrigin", 6)};
+  return {group.stringAttribute(attributes::kDescription, ""), group.doubleAttribute(attributes::kMass, -1.0),
+          vectorOfLength(group, attributes::kMassCenter, 3), vectorOfLength(group, attributes::kInertiaAboutCenter, 6),
+          vectorOfLength(group, attributes::kInertiaAboutOrigin, 6)};
 }
 
 HistoryRegionInfo readHistoryRegionInfo(const h5::Group& group) {
-  return {group.stringAttribute("description", ""), group.intAttribute("node", -1),
-          group.intAttribute("element", -1),        group.intAttribute("integrationPoint", 0),
-          group.intAttribute("sectionPoint", 0),    group.stringAttribute("sectionPointDescription", ""),
-          group.stringAttribute("set", "")};
+  return {group.stringAttribute(attributes::kDescription, ""),
+          group.intAttribute(attributes::kNode, -1),
+          group.intAttribute(attributes::kElement, -1),
+          group.intAttribute(attributes::kIntegrationPoint, 0),
+          group.intAttribute(attributes::kSectionPoint, 0),
+          group.stringAttribute(attributes::kSectionPointDescription, ""),
+          group.stringAttribute(attributes::kSet, "")};
 }
 
 HistorySamples readHistorySamples(const h5::Dataset& dataset) {
@@ -98,15 +101,17 @@ const StepInfo& StoredStep::info() const { return impl_->info(); }
 const std::vector<FrameInfo>& StoredStep::frames() const { return impl_->frames(); }
 const std::vector<StoredField>& StoredStep::fields() const { return impl_->fields(); }
 
-std::vector<std::string> StoredStep::historyRegions() const { return memberNames(impl_->group().findGroup("history")); }
+std::vector<std::string> StoredStep::historyRegions() const {
+  return memberNames(impl_->group().findGroup(links::kHistory));
+}
 
 StoredHistoryRegion StoredStep::historyRegion(const std::string& region) const {
   const h5::Group group = impl_->historyRegion(region);
-  return {region, readHistoryRegionInfo(group), memberNames(group.findGroup("outputs"))};
+  return {region, readHistoryRegionInfo(group), memberNames(group.findGroup(links::kOutputs))};
 }
 
 HistorySamples StoredStep::historySamples(const std::string& region, const std::string& output) const {
-  return readHistorySamples(impl_->historyRegion(region).group("outputs").dataset(linkFromName(output)));
+  return readHistorySamples(impl_->historyRegion(region).group(links::kOutputs).dataset(linkFromName(output)));
 }
 
 std::shared_ptr<const StoredStep> openStep(std::shared_ptr<FileAccess> file, const std::string& name) {

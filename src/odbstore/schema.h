@@ -2,30 +2,13 @@
 // Integers are labels or counts as the file stores them (int32); names are unescaped UTF-8.
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "odbstore/layout.h"
+
 namespace odbstore {
-
-inline constexpr int kNewestLayout = 2;
-
-// Where the rows of a block lie on the model.
-enum class Position { nodal, integrationPoint, elementNodal, centroid, wholeElement };
-
-// The word that the file stores for a position, and back (nothing for an unknown word).
-std::string_view positionWord(Position position);
-std::optional<Position> positionFromWord(std::string_view word);
-
-// Which label arrays a location of that position has.
-constexpr bool hasNodeLabels(Position position) {
-  return position == Position::nodal || position == Position::elementNodal;
-}
-constexpr bool hasElementLabels(Position position) { return position != Position::nodal; }
-constexpr bool hasIntegrationPoints(Position position) { return position == Position::integrationPoint; }
 
 // What tells one location from another apart from its labels.
 struct LocationInfo {
@@ -47,10 +30,7 @@ struct LocationLabels {
   bool operator==(const LocationLabels&) const = default;
 };
 
-enum class SetKind { element, node };
-
-// Who owns a set.
-enum class OwnerKind { assembly, instance, part };
+// The owner of a set.
 struct Owner {
   OwnerKind kind = OwnerKind::assembly;
   std::string name;  // of the instance or part; empty for the assembly
@@ -77,15 +57,11 @@ struct FrameInfo {
   std::string description;
 };
 
-// Data types: 2 scalar, 3 vector, 5..9 tensor kinds. Rows of any other type are kept under their number, whatever it
-// may mean to the program that wrote it.
-constexpr bool isTensorType(int type) { return type >= 5 && type <= 9; }
-
 struct FieldInfo {
   std::string description;
-  int type = 2;
+  int type = static_cast<int>(FieldType::scalar);  // a FieldType; any other number is kept as it is
   std::vector<std::string> componentLabels;
-  std::vector<int> validInvariants;
+  std::vector<int> validInvariants;  // likewise of Invariant
   bool engineeringShear = false;
 
   bool operator==(const FieldInfo&) const = default;
@@ -107,11 +83,5 @@ struct HistorySamples {
   std::int64_t samples = 0;
   std::int64_t width = 0;
 };
-
-// The components of a tensor in their canonical places.
-inline constexpr std::array<std::string_view, 6> kTensorComponents = {"11", "22", "33", "12", "13", "23"};
-
-// The components of a tensor kind (5..9) in the order in which they are stored without labels.
-const std::vector<std::string>& defaultTensorLabels(int type);
 
 }  // namespace odbstore

@@ -10,11 +10,11 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/limited_child.h"
+#include "base/output_file.h"
 #include "odbstore/checksums.h"
-#include "odbstore/hdf5.h"
 #include "odbstore/layout_1.h"
-#include "odbstore/limited_child.h"
-#include "odbstore/output_file.h"
+#include "odbstore/open_database.h"
 #include "odbstore/preflight.h"
 #include "odbstore/reader.h"
 #include "odbstore/writer.h"
@@ -23,7 +23,7 @@ namespace odbstore {
 
 namespace {
 
-void writeUpgraded(const std::string& oldPath, const OutputFile& file) {
+void writeUpgraded(const std::string& oldPath, const base::OutputFile& file) {
   Writer writer(file);
   copyLayout1(oldPath, writer);
   writer.finish();
@@ -52,7 +52,7 @@ auto saidOf(const std::string& oldPath, const std::string& newPath, Action&& act
 
 }  // namespace
 
-std::shared_ptr<const Reader> requireComplete(const OutputFile& file) {
+std::shared_ptr<const Reader> requireComplete(const base::OutputFile& file) {
   try {
     std::shared_ptr<const Reader> reader = Reader::openUnpublished(file);
     const std::optional<ChecksumPlace> sums = reader->checksums();
@@ -71,8 +71,8 @@ std::shared_ptr<const Reader> upgrade(const std::string& oldPath, const std::str
   return saidOf(oldPath, newPath, [&] {
     // The child writes, and its parent gives the name: what crashes after its work has left nothing under it, and
     // waiting for a slow disk counts as nobody's time.
-    OutputFile file(newPath);
-    runLimited(oldPath, limitsFor(bytes), [&] {
+    base::OutputFile file(newPath);
+    base::runLimited(oldPath, base::limitsFor(bytes), [&] {
       writeUpgraded(oldPath, file);
       return std::string();
     });
@@ -87,7 +87,7 @@ bool isForeign(const std::string& path) {
   constexpr std::string_view strictStart = "\x89HDF\r\n\x1a\n\3\x8\x8";  // signature, superblock 3, sizes of 8 bytes
   std::array<char, strictStart.size()> start{};
   // Without waiting: opening a pipe would wait for somebody to write into it.
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   const bool isRegular = file && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
   return isRegular && readStart(file.get(), path, start) == start.size() &&
@@ -96,9 +96,9 @@ bool isForeign(const std::string& path) {
 
 int foreignLayout(const std::string& path) {
   const std::int64_t bytes = checkBeforeOpening(path).bytes;
-  const std::string layout = runLimited(path, limitsFor(bytes), [&] {
+  const std::string layout = base::runLimited(path, base::limitsFor(bytes), [&] {
     int found = 0;
-    h5::openFile(path, found);
+    openDatabase(path, found);
     return std::to_string(found);
   });
   return layout == "1" ? 1 : kNewestLayout;

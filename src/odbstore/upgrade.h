@@ -6,9 +6,12 @@
 
 #include "odbstore/store_error.h"
 
+namespace base {
+class OutputFile;
+}
+
 namespace odbstore {
 
-class OutputFile;
 class Reader;
 
 // Writes the database of layout 1 at `oldPath` to `newPath` in layout 2, losing nothing; locations that are equal in
@@ -24,7 +27,7 @@ std::shared_ptr<const Reader> upgrade(const std::string& oldPath, const std::str
 
 // A reader of the database of layout 2 in `file`, which is not published yet. Throws StoreError unless it is there to
 // its end and agrees with its checksums.
-std::shared_ptr<const Reader> requireComplete(const OutputFile& file);
+std::shared_ptr<const Reader> requireComplete(const base::OutputFile& file);
 
 // Whether the file has another superblock than every database of layout 2, so that it must be looked at in a child too.
 // False for what cannot be read at all, which is for others to say.

@@ -16,9 +16,11 @@
 
 #include "odbstore/schema.h"
 
-namespace odbstore {
-
+namespace base {
 class OutputFile;
+}
+
+namespace odbstore {
 
 struct WriterOptions {
   bool compress = false;  // gzip, one frame a chunk: a small file, slower to read
@@ -68,7 +70,7 @@ class Writer {
   // `path` is the final name; a file of that name is replaced by finish().
   explicit Writer(const std::string& path, WriterOptions options = {});
   // Writes into `file`, which must live as long; finish() completes it and leaves publishing it to whoever made it.
-  explicit Writer(const OutputFile& file, WriterOptions options = {});
+  explicit Writer(const base::OutputFile& file, WriterOptions options = {});
   ~Writer();
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;

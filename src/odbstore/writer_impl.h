@@ -8,8 +8,9 @@
 #include <utility>
 #include <variant>
 
-#include "odbstore/hdf5.h"
-#include "odbstore/output_file.h"
+#include "base/output_file.h"
+#include "hdf5/group.h"
+#include "odbstore/spool.h"
 #include "odbstore/writer.h"
 
 namespace odbstore {
@@ -60,7 +61,7 @@ struct LocationState {
 
 class Writer::Impl {
  public:
-  Impl(std::unique_ptr<OutputFile> own, const OutputFile& file, WriterOptions options);
+  Impl(std::unique_ptr<base::OutputFile> own, const base::OutputFile& file, WriterOptions options);
 
   h5::Group& root() { return *root_; }
   // A member group, made at its first use.
@@ -94,8 +95,8 @@ class Writer::Impl {
   void finishField(const h5::Group& fields, FieldState& field, std::size_t frames);
   void finishBlock(const h5::Group& blocks, std::size_t index, BlockState& block, const FieldState& field);
 
-  std::unique_ptr<OutputFile> own_;  // none when the file is somebody else's
-  const OutputFile& file_;
+  std::unique_ptr<base::OutputFile> own_;  // none when the file is somebody else's
+  const base::OutputFile& file_;
   WriterOptions options_;
   Spool spool_;
   std::optional<h5::Group> root_;

@@ -6,8 +6,10 @@
 #include <string_view>
 #include <type_traits>
 
+#include "hdf5/file.h"
 #include "odbstore/checksums.h"
 #include "odbstore/names.h"
+#include "odbstore/open_database.h"
 #include "odbstore/writer_impl.h"
 
 namespace odbstore {
@@ -36,9 +38,9 @@ bool Writer::Impl::sameLocation(const LocationState& state, const LocationInfo& 
   const auto equal = [&](const char* link, bool has, const std::vector<int>& values) {
     return !has || state.group.dataset(link).readInts() == values;
   };
-  return equal("nodeLabels", hasNodeLabels(info.position), labels.nodes) &&
-         equal("elementLabels", hasElementLabels(info.position), labels.elements) &&
-         equal("integrationPoints", hasIntegrationPoints(info.position), labels.integrationPoints);
+  return equal(links::kNodeLabels, hasNodeLabels(info.position), labels.nodes) &&
+         equal(links::kElementLabels, hasElementLabels(info.position), labels.elements) &&
+         equal(links::kIntegrationPoints, hasIntegrationPoints(info.position), labels.integrationPoints);
 }
 
 LocationId Writer::Impl::addLocation(const LocationInfo& info, const LocationLabels& labels) {
@@ -48,7 +50,7 @@ LocationId Writer::Impl::addLocation(const LocationInfo& info, const LocationLab
     if (sameLocation(locations_[static_cast<std::size_t>(at->second)], info, labels)) return {at->second};
   }
   const int index = static_cast<int>(locations_.size());
-  const h5::Group all = root().group("locations");
+  const h5::Group all = root().group(links::kLocations);
   std::optional<std::size_t> rows;
   for (const auto& [has, values] : {std::pair{hasNodeLabels(info.position), &labels.nodes},
                                     std::pair{hasElementLabels(info.position), &labels.elements},
@@ -59,27 +61,27 @@ LocationId Writer::Impl::addLocation(const LocationInfo& info, const LocationLab
     if (has) rows = values->size();
   }
   const h5::Group group = all.createGroup(std::to_string(index));
-  group.writeString("instance", info.instance);
-  group.writeString("position", std::string(positionWord(info.position)));
-  group.writeString("elementType", info.elementType);
-  group.writeInt("sectionPoint", info.sectionPoint);
-  group.writeString("sectionPointDescription", info.sectionPointDescription);
-  if (hasNodeLabels(info.position)) group.createInts("nodeLabels", labels.nodes);
-  if (hasElementLabels(info.position)) group.createInts("elementLabels", labels.elements);
-  if (hasIntegrationPoints(info.position)) group.createInts("integrationPoints", labels.integrationPoints);
+  group.writeString(attributes::kInstance, info.instance);
+  group.writeString(attributes::kPosition, std::string(positionWord(info.position)));
+  group.writeString(attributes::kElementType, info.elementType);
+  group.writeInt(attributes::kSectionPoint, info.sectionPoint);
+  group.writeString(attributes::kSectionPointDescription, info.sectionPointDescription);
+  if (hasNodeLabels(info.position)) group.createInts(links::kNodeLabels, labels.nodes);
+  if (hasElementLabels(info.position)) group.createInts(links::kElementLabels, labels.elements);
+  if (hasIntegrationPoints(info.position)) group.createInts(links::kIntegrationPoints, labels.integrationPoints);
   locations_.push_back({all.group(std::to_string(index)), info, static_cast<std::int64_t>(*rows)});
   locationByHash_.emplace(hash, index);
   return {index};
 }
 
 StepId Writer::Impl::addStep(const std::string& name, const StepInfo& info) {
-  const h5::Group steps = root().group("steps");
+  const h5::Group steps = root().group(links::kSteps);
   h5::Group group = steps.createGroup(linkFromName(name));
-  group.writeString("description", info.description);
-  group.writeDouble("mass", info.mass);
-  group.writeDoubles("massCenter", info.massCenter);
-  group.writeDoubles("inertiaAboutCenter", info.inertiaAboutCenter);
-  group.writeDoubles("inertiaAboutOrigin", info.inertiaAboutOrigin);
+  group.writeString(attributes::kDescription, info.description);
+  group.writeDouble(attributes::kMass, info.mass);
+  group.writeDoubles(attributes::kMassCenter, info.massCenter);
+  group.writeDoubles(attributes::kInertiaAboutCenter, info.inertiaAboutCenter);
+  group.writeDoubles(attributes::kInertiaAboutOrigin, info.inertiaAboutOrigin);
   steps_.push_back({std::move(group), {}, {}, {}});
   return {static_cast<int>(steps_.size()) - 1};
 }
@@ -87,7 +89,7 @@ StepId Writer::Impl::addStep(const std::string& name, const StepInfo& info) {
 StepState& Writer::Impl::step(StepId id) { return steps_.at(static_cast<std::size_t>(id.index)); }
 
 h5::Group Writer::Impl::historyRegion(const HistoryRegionId& region) {
-  return step(region.step).group.group("history").group(linkFromName(region.name));
+  return step(region.step).group.group(links::kHistory).group(linkFromName(region.name));
 }
 
 FrameId Writer::Impl::addFrame(StepId id, const FrameInfo& info) {
@@ -216,16 +218,16 @@ void Writer::Impl::expand(const Slab& slab, std::int64_t width, std::vector<floa
 namespace {
 
 void createFrameList(const h5::Group& group, const std::vector<int>& frames, std::size_t all) {
-  if (frames.size() != all) group.createInts("frames", frames);
+  if (frames.size() != all) group.createInts(links::kFrames, frames);
 }
 
 }  // namespace
 
 void Writer::Impl::finishBlock(const h5::Group& blocks, std::size_t index, BlockState& block, const FieldState& field) {
   const h5::Group group = blocks.createGroup(std::to_string(index));
-  group.writeString("location", std::to_string(block.location));
-  if (block.type != field.info.type) group.writeInt("type", block.type);
-  group.writeStrings("componentLabels", block.componentLabels);
+  group.writeString(attributes::kLocation, std::to_string(block.location));
+  if (block.type != field.info.type) group.writeInt(attributes::kType, block.type);
+  group.writeStrings(attributes::kComponentLabels, block.componentLabels);
   std::sort(block.slabs.begin(), block.slabs.end(), [](const Slab& a, const Slab& b) { return a.frame < b.frame; });
   std::vector<int> frames;
   for (const Slab& slab : block.slabs) frames.push_back(slab.frame);
@@ -234,7 +236,7 @@ void Writer::Impl::finishBlock(const h5::Group& blocks, std::size_t index, Block
   const std::int64_t rows = locations_[static_cast<std::size_t>(block.location)].rows;
   h5::Dims dims = {block.slabs.size(), static_cast<hsize_t>(rows)};
   if (block.width != 1) dims.push_back(static_cast<hsize_t>(block.width));
-  const h5::Dataset data = group.createDataset("data", block.isDouble ? H5T_IEEE_F64LE : H5T_IEEE_F32LE, dims,
+  const h5::Dataset data = group.createDataset(links::kData, block.isDouble ? H5T_IEEE_F64LE : H5T_IEEE_F32LE, dims,
                                                {options_.compress, options_.checksum});
   const auto numbers = static_cast<std::size_t>(rows * block.width);
   const auto copySlabs = [&](auto number) {
@@ -261,15 +263,15 @@ void Writer::Impl::finishBlock(const h5::Group& blocks, std::size_t index, Block
 
 void Writer::Impl::finishField(const h5::Group& fields, FieldState& field, std::size_t frames) {
   const h5::Group group = fields.createGroup(linkFromName(field.name));
-  group.writeString("description", field.info.description);
-  group.writeInt("type", field.info.type);
-  group.writeStrings("componentLabels", field.info.componentLabels);
-  group.writeInts("validInvariants", field.info.validInvariants);
-  group.writeInt("engineeringShear", field.info.engineeringShear ? 1 : 0);
+  group.writeString(attributes::kDescription, field.info.description);
+  group.writeInt(attributes::kType, field.info.type);
+  group.writeStrings(attributes::kComponentLabels, field.info.componentLabels);
+  group.writeInts(attributes::kValidInvariants, field.info.validInvariants);
+  group.writeInt(attributes::kEngineeringShear, field.info.engineeringShear ? 1 : 0);
   std::vector<int> present;
   for (const auto& [frame, next] : field.nextBlock) present.push_back(frame);
   createFrameList(group, present, frames);
-  const h5::Group blocks = group.createGroup("blocks");
+  const h5::Group blocks = group.createGroup(links::kBlocks);
   for (std::size_t k = 0; k < field.blocks.size(); ++k) finishBlock(blocks, k, field.blocks[k], field);
 }
 
@@ -282,11 +284,11 @@ void Writer::Impl::finishStep(StepState& step) {
     values.push_back(frame.value);
     descriptions.push_back(frame.description);
   }
-  const h5::Group frames = step.group.createGroup("frames");
-  frames.createInts("incrementNumber", increments);
-  frames.createDoubles("value", values, {values.size()});
-  frames.createStrings("description", descriptions);
-  const h5::Group fields = step.group.createGroup("fields");
+  const h5::Group frames = step.group.createGroup(links::kFrames);
+  frames.createInts(links::kIncrementNumber, increments);
+  frames.createDoubles(links::kValue, values, {values.size()});
+  frames.createStrings(links::kDescription, descriptions);
+  const h5::Group fields = step.group.createGroup(links::kFields);
   for (FieldState& field : step.fields) finishField(fields, field, step.frames.size());
 }
 
@@ -302,7 +304,7 @@ void Writer::Impl::finish() {
   fillChecksums(file_.temporaryPath(), file_.finalPath(), checksums);
   // What HDF5 wrote while closing has to be whole as well, and it does not report failures of that.
   int layout = 0;
-  h5::openFile(file_.temporaryPath(), layout);
+  openDatabase(file_.temporaryPath(), layout);
   if (own_) own_->publish();
 }
 

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "odbstore/limited_child.h"
+#include "base/limited_child.h"
 #include "odbstore/preflight.h"
 #include "odbstore/store_error.h"
 
@@ -52,9 +52,9 @@ Verdict verifyConfined(const std::string& path) {
     verdict.findings.emplace_back(error.what());
   };
   try {
-    const odbstore::ChildLimits limits = odbstore::limitsFor(odbstore::checkBeforeOpening(path).bytes);
-    unpack(odbstore::runLimited(path, limits, [&] { return packed(verifyFile(path)); }), verdict);
-  } catch (const odbstore::NoFileError& error) {
+    const base::ChildLimits limits = base::limitsFor(odbstore::checkBeforeOpening(path).bytes);
+    unpack(base::runLimited(path, limits, [&] { return packed(verifyFile(path)); }), verdict);
+  } catch (const base::NoFileError& error) {
     fail(State::noFile, error);
   } catch (const std::exception& error) {
     fail(State::damaged, error);

@@ -7,7 +7,7 @@
 
 namespace verify {
 
-// As verifyFile(), in a child process with limits (odbstore/limited_child.h): what makes the HDF5 library crash, take
+// As verifyFile(), in a child process with limits (base/limited_child.h): what makes the HDF5 library crash, take
 // all memory or go on for ever is a finding like any other. Of very many findings the first are told, and how many are
 // not. No other thread may run.
 Verdict verifyConfined(const std::string& path);

@@ -7,8 +7,10 @@
 #include <filesystem>
 #include <fstream>
 
+#include "hdf5/file.h"
 #include "odbstore/crc32c.h"
-#include "odbstore/hdf5.h"
+#include "odbstore/open_database.h"
+#include "odbstore/store_error.h"
 #include "odbstore/writer.h"
 #include "support/temporary_directory.h"
 
@@ -38,7 +40,7 @@ class ChecksumsTest : public testing::Test {
 
   std::optional<ChecksumPlace> place() const {
     int layout = 0;
-    return findChecksums(h5::openFile(path_, layout));
+    return findChecksums(openDatabase(path_, layout));
   }
 
   ChecksumReport compare() const { return compareChecksums(path_, *place()); }

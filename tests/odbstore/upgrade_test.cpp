@@ -8,8 +8,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "base/output_file.h"
 #include "odbstore/layout_1.h"
-#include "odbstore/output_file.h"
 #include "odbstore/reader.h"
 #include "odbstore/store_error.h"
 #include "odbstore/writer.h"
@@ -44,7 +44,7 @@ class RequireCompleteTest : public testing::Test {
   TemporaryDirectory directory_;
   const std::string path_ = directory_.file("new.odb");
   const std::string incomplete_ = path_ + ": cannot be read back as it was written";
-  OutputFile file_{path_};
+  base::OutputFile file_{path_};
 };
 
 TEST_F(RequireCompleteTest, FinishedFileIsCompleteAndHasNoNameYet) {

@@ -6,13 +6,13 @@
 
 #include <string>
 
-#include "odbstore/output_file.h"
+#include "base/output_file.h"
 #include "odbstore/writer.h"
 
 // Writes one that holds nothing but its own name.
 inline void writeOldDatabase(const std::string& path, const std::string& name) {
   {
-    odbstore::OutputFile file(path);
+    base::OutputFile file(path);
     odbstore::Writer writer(file);
     writer.setName(name);
     writer.finish();

@@ -1,0 +1,37 @@
+// What went wrong with a file, in its parts.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace base {
+
+// what() is "<file>: <object in it>: <reason>", the object left out where the file as a whole is meant. Whoever needs
+// less than the sentence, or another one, takes the parts.
+class FileError : public std::runtime_error {
+ public:
+  FileError(std::string file, std::string object, std::string reason)
+      : std::runtime_error(file + (object.empty() ? "" : ": " + object) + ": " + reason),
+        file_(std::move(file)),
+        object_(std::move(object)),
+        reason_(std::move(reason)) {}
+
+  // The file as its user named it.
+  const std::string& file() const { return file_; }
+  // The path of the object in the file; empty for the file as a whole.
+  const std::string& object() const { return object_; }
+  const std::string& reason() const { return reason_; }
+
+ private:
+  std::string file_;
+  std::string object_;
+  std::string reason_;
+};
+
+// There is nothing under the name, nothing that may be read, or no regular file.
+class NoFileError : public FileError {
+ public:
+  NoFileError(std::string file, std::string reason) : FileError(std::move(file), "", std::move(reason)) {}
+};
+
+}  // namespace base

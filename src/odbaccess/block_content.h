@@ -1,0 +1,76 @@
+// The rows of a block in one frame, behind the handles.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <tuple>
+#include <vector>
+
+#include "odbaccess/invariants.h"
+#include "odbaccess/location_storage.h"
+#include "odbstore/reader.h"
+
+namespace odb_detail {
+
+// All rows of a block in one frame. The numbers are read at first use.
+class BlockContent {
+ public:
+  BlockContent(std::shared_ptr<const odbstore::StoredStep> step, const odbstore::StoredField& field,
+               const odbstore::StoredBlock& block, int frame, std::shared_ptr<LocationStorage> location);
+
+  const odbstore::StoredBlock& block() const { return block_; }
+  const odbstore::StoredField& field() const { return field_; }
+  LocationStorage& location() const { return *location_; }
+  int rows() const { return static_cast<int>(block_.rows()); }
+  int width() const { return static_cast<int>(block_.width()); }
+  bool isTensor() const { return odbstore::isTensorType(block_.type()); }
+
+  // The rows as stored, [rows, width], in the block's precision. Nobody writes to them; they are not
+  // const because the interface hands out plain pointers.
+  template <class Number>
+  Number* stored() const;
+
+  // By component label of the field: the column that holds it, -1 when none does.
+  const std::vector<int>& columnsOfField() const { return columnsOfField_; }
+  // Whether columnsOfField() is 0, 1, 2, ... so that a stored row serves as it is.
+  bool isInFieldOrder() const { return inFieldOrder_; }
+  // By tensor component, in the canonical order: the column that holds it, -1 when none does.
+  const std::array<int, 6>& columnsOfTensor() const { return columnsOfTensor_; }
+
+  // Whether the numbers are in memory, few, or can only be had as a whole.
+  bool isAtHand() const;
+  // Reads the rows from the file, in order, a piece at a time; isAtHand() is false. `take` gets the place of the first
+  // row, the number of rows and the rows as stored.
+  template <class Number>
+  void forEachPiece(const std::function<void(int first, int count, const Number* rows)>& take) const;
+
+  // The row as a tensor, 0 where no component is stored, engineering shears halved.
+  Tensor tensor(int row) const;
+  double magnitude(int row) const;
+
+  // Quantities of tensor rows, found once and kept: the equivalent stress of all rows, and the other invariants of the
+  // stretch that a row lies in.
+  const float* mises() const;
+  const InvariantStretch& invariantsAround(int row) const;
+
+ private:
+  void findColumns();
+  // Whether rows have the components from 11 on in their places and nothing else.
+  bool isCanonical() const;
+
+  std::shared_ptr<const odbstore::StoredStep> step_;  // keeps field_ and block_ alive
+  const odbstore::StoredField& field_;
+  const odbstore::StoredBlock& block_;
+  int frame_;
+  std::shared_ptr<LocationStorage> location_;
+  std::vector<int> columnsOfField_;
+  bool inFieldOrder_ = false;
+  std::array<int, 6> columnsOfTensor_{};
+  // Null where not asked for yet. No vectors, which would be filled with zeros first.
+  mutable std::tuple<std::unique_ptr<float[]>, std::unique_ptr<double[]>> numbers_;
+  mutable std::unique_ptr<float[]> mises_;
+  mutable std::vector<std::unique_ptr<InvariantStretch>> invariants_;
+};
+
+}  // namespace odb_detail

@@ -1,0 +1,28 @@
+// What can own sets.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "odbaccess/odb_Set.h"
+#include "odbaccess/odb_String.h"
+
+namespace odb_detail {
+class EntityStorage;
+}
+
+// What can own sets: the root assembly, an instance, a part.
+class odb_DiscreteEntity {
+ public:
+  explicit odb_DiscreteEntity(std::shared_ptr<odb_detail::EntityStorage> storage) : storage_(std::move(storage)) {}
+
+  odb_String name() const;
+
+  // The sets by name; their names are read at the first call. `internal` asks for the sets that a
+  // program made for itself as well; our files hold none, so it changes nothing.
+  odb_SetRepository& elementSets(bool internal) const;
+  odb_SetRepository& nodeSets(bool internal) const;
+
+ protected:
+  std::shared_ptr<odb_detail::EntityStorage> storage_;
+};

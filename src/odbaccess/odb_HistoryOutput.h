@@ -1,0 +1,29 @@
+// How a quantity at one point of the model, or over a set of it, runs through a step.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "odbaccess/odb_Sequence.h"
+#include "odbaccess/odb_String.h"
+
+namespace odb_detail {
+struct HistoryOutputStorage;
+}
+
+class odb_HistoryOutput {
+ public:
+  explicit odb_HistoryOutput(std::shared_ptr<const odb_detail::HistoryOutputStorage> storage)
+      : storage_(std::move(storage)) {}
+  virtual ~odb_HistoryOutput() = default;
+  odb_HistoryOutput(const odb_HistoryOutput&) = default;
+  odb_HistoryOutput& operator=(const odb_HistoryOutput&) = default;
+
+  // The samples, read at each call: of each its abscissae (as a rule one, the time), then the value.
+  virtual odb_SequenceSequenceFloat data() const;
+
+  odb_String name() const;
+
+ private:
+  std::shared_ptr<const odb_detail::HistoryOutputStorage> storage_;
+};

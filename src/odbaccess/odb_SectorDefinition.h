@@ -1,0 +1,18 @@
+// Models of one sector.
+#pragma once
+
+#include <utility>
+
+#include "odbaccess/odb_Sequence.h"
+
+// The axis about which a model of one sector repeats.
+class odb_SectorDefinition {
+ public:
+  explicit odb_SectorDefinition(odb_SequenceSequenceFloat symmetryAxis) : symmetryAxis_(std::move(symmetryAxis)) {}
+
+  // Two points, three coordinates each.
+  odb_SequenceSequenceFloat symmetryAxis() const { return symmetryAxis_; }
+
+ private:
+  odb_SequenceSequenceFloat symmetryAxis_;
+};

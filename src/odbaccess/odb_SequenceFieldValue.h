@@ -1,0 +1,31 @@
+// The rows of a field output one by one.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "odbaccess/odb_FieldValue.h"
+#include "odbaccess/odb_FieldValueRun.h"
+
+namespace odb_detail {
+class BlockStorage;
+}
+
+// The rows of all blocks of a field output as one sequence, block after block.
+class odb_SequenceFieldValue {
+ public:
+  odb_SequenceFieldValue() = default;
+  explicit odb_SequenceFieldValue(std::vector<std::shared_ptr<const odb_detail::BlockStorage>> blocks);
+
+  int size() const { return size_; }
+  odb_FieldValue constGet(unsigned index) const;
+
+  // Hands out the values in order, those of one block at a time.
+  void forEachRun(const std::function<void(odb_FieldValueRun&)>& take) const;
+
+ private:
+  std::vector<std::shared_ptr<const odb_detail::BlockStorage>> blocks_;
+  std::vector<int> firstRow_;  // of each block in this sequence
+  int size_ = 0;
+};

@@ -1,0 +1,5 @@
+#include "odbaccess/odb_Set.h"
+
+#include "odbaccess/set_storage.h"
+
+odb_String odb_Set::name() const { return storage_ ? odb_String(storage_->name()) : odb_String(); }
