@@ -167,6 +167,20 @@ TEST_F(PlacesTest, TheStatusFileAndTheDeckTellWhichIncrementsPrint) {
   EXPECT_THAT(said_, IsEmpty());
 }
 
+// Of such a step the status file has every increment twice: once for temperatures, once for displacements.
+TEST_F(PlacesTest, UncoupledIncrementsHaveTwoLinesInTheStatusFile) {
+  std::string status;
+  for (const int increment : {1, 1, 2, 2})
+    status += fmt::format("     1  {:9}     1     4  {:12.6E}  {:12.6E}  0.500000E+00\n", increment, increment * .5,
+                          increment * .5);
+  EXPECT_THAT(
+      places(displacements(1) + displacements(2),
+             {"*UNCOUPLED TEMPERATURE-DISPLACEMENT\n.5, 1.\n*NODE PRINT, NSET=TOP, FREQUENCY=2\nU\n", "*STATIC\n"}, {},
+             status + "     2          1     1     4  0.200000E+01  0.100000E+01  0.100000E+01\n"),
+      ElementsAre("1/2 1", "2/1 1"));
+  EXPECT_THAT(said_, IsEmpty());
+}
+
 TEST_F(PlacesTest, TimePointsTellTooWhichIncrementsPrint) {
   // Increments of 0.1, printed at 0.2 and 0.5: of equal printed times nothing else tells the increments.
   std::string status = "     1          1     1     2  0.100000E+07  0.100000E+07  0.100000E+07\n";

@@ -81,6 +81,11 @@ class CalculixSource : public Source {
     Outline outline = outlineOf(*contents_, deck_, run_.withMass, mass_, plan_);
     outline.title = deck_.heading.empty() ? title_ : deck_.heading;
     outline.producer = producer_;
+    if (!hasResultFile_ && contents_->printed.tables.empty()) {
+      fail(0, fmt::format("the run left no results: this file {}{}",
+                          std::filesystem::exists(run_.results) ? "is empty" : "does not exist",
+                          run_.printed.empty() ? "" : fmt::format(", and {} holds no tables", run_.printed)));
+    }
     if (contents_->nodes.empty() && !contents_->printed.tables.empty()) takeMeshOfDeck(outline);
     if (!sets_) sets_.emplace(deck_, contents_->nodes, contents_->mesh, warn_);
     if (!hasMeshOfDeck_) {

@@ -133,6 +133,7 @@ void DeckStepReader::startProcedure(const Keyword& keyword) {
 
 void DeckStepReader::startTime(const Keyword& keyword) {
   step().isFluid = keyword.name == "CFD";
+  step().isUncoupled = keyword.name == "UNCOUPLEDTEMPERATURE-DISPLACEMENT";
   // Steady states in modal dynamics end when they are steady.
   const bool isModal = keyword.name == "MODALDYNAMIC" || keyword.has("MODALDYNAMIC");
   const bool hasEnd = !isModal || !keyword.has("STEADYSTATE");

@@ -43,6 +43,7 @@ struct DeckStep {
   std::optional<double> startsAt;    // the total time that the step sets, with TIME RESET 0
   bool isPeriodic = false;           // in time, but within periods of a steady state, which take no total time
   bool isFluid = false;              // prints at times of its own, which the status file does not know
+  bool isUncoupled = false;          // temperatures and displacements in turn: each has a line in the status file
   double lastFrequency = 0.0;        // of a steady state: the end of its range, 0 where the deck does not say
   std::pair<int, int> diameters;     // of the modes of a cyclic model, first and last
   bool isCyclic = false;             // whether it names nodal diameters

@@ -135,7 +135,12 @@ class StepFinder {
     const auto times = times_.find(number);
     if (times == times_.end() || (step.deck != nullptr && step.deck->isFluid)) return;
     step.knowsAll = true;
+    const IncrementTime* last = nullptr;
     for (const IncrementTime& time : times->second) {
+      const bool isSecondLine = last != nullptr && step.deck != nullptr && step.deck->isUncoupled &&
+                                last->increment == time.increment && last->step == time.step;
+      last = isSecondLine ? nullptr : &time;
+      if (isSecondLine) continue;
       KnownIncrement known{
           time.increment, rounded(time.total, kDigitsOfStatus), rounded(time.step, kDigitsOfStatus), {}, true};
       if (step.start) known.total = both(known.total, shifted(known.inStep, *step.start));
