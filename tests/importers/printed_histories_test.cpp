@@ -1,5 +1,5 @@
 // Rows of printed tables in, regions and samples out: one history for each node, element and set, whoever prints it.
-#include "importers/calculix/printed_histories.h"
+#include "importers/calculix/dat/printed_histories.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>

@@ -1,10 +1,10 @@
 // Printed tables in, steps and frames out: which output of a run each table is of.
-#include "importers/calculix/printed_places.h"
+#include "importers/calculix/dat/printed_places.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include "importers/calculix/placed_tables.h"
+#include "importers/calculix/dat/placed_tables.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

@@ -8,11 +8,11 @@
 #include <variant>
 
 #include "importers/calculix/contents.h"
-#include "importers/calculix/deck.h"
+#include "importers/calculix/dat/printed_histories.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/deck/mass_properties.h"
 #include "importers/calculix/deck_delivery.h"
-#include "importers/calculix/frd_reader.h"
-#include "importers/calculix/mass_properties.h"
-#include "importers/calculix/printed_histories.h"
+#include "importers/calculix/frd/frd_reader.h"
 #include "importers/calculix/printed_import.h"
 #include "importers/calculix/result_delivery.h"
 #include "importers/calculix/run_outline.h"

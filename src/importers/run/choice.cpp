@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "importers/diagnostics.h"
-#include "importers/text_fields.h"
+#include "importers/input/diagnostics.h"
+#include "importers/input/text_fields.h"
 
 namespace importers {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "importers/diagnostics.h"
+#include "importers/input/diagnostics.h"
 #include "importers/run/choice.h"
 #include "importers/run/source.h"
 #include "odbstore/writer.h"

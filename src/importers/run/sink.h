@@ -18,8 +18,8 @@
 #include <string>
 #include <vector>
 
-#include "importers/diagnostics.h"
-#include "importers/label_index.h"
+#include "importers/input/diagnostics.h"
+#include "importers/input/label_index.h"
 #include "importers/run/choice.h"
 #include "importers/run/element_groups.h"
 #include "importers/run/merged_rows.h"

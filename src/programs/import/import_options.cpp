@@ -4,7 +4,7 @@
 #include <optional>
 #include <sstream>
 
-#include "importers/text_fields.h"
+#include "importers/input/text_fields.h"
 
 namespace importers {
 

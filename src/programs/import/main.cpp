@@ -13,8 +13,8 @@
 #include <set>
 
 #include "import_options.h"
-#include "importers/diagnostics.h"
 #include "importers/formats/formats.h"
+#include "importers/input/diagnostics.h"
 #include "importers/run/outline_json.h"
 #include "importers/run/outline_table.h"
 #include "importers/run/run_import.h"
