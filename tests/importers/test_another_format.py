@@ -92,6 +92,15 @@ class AnotherFormatTest(ProgramTest):
         self.assertRegex(self.run_import("job", "--field", "V", status=1).err, rb"job\.listed: error: .*V.*NT, S, U")
         self.assertRegex(self.run_import("job", "--frames", "9", status=1).err, rb"(?m)^job\.listed: error: nothing is selected")
 
+    def test_sets_are_chosen_by_their_final_names(self):
+        self.assertRegex(self.run_import("job", "--set", "top-nodes").out, rb", 1 sets, ")
+        sets = {name.split("__")[2] for name in self.records("EXTRACT_ALL", "EXTRACT_FIELD_SETS") if "TOP" in name}
+        self.assertEqual(sets, {"TOP_NODES"})
+        listed = json.loads(self.run_import("job", "--list", "--json", "--set", "TOP").out)
+        self.assertEqual([s["name"] for s in listed["sets"]], ["TOP"])
+        self.assertRegex(self.run_import("job", "--set", "BOT", status=1).err,
+                         rb"(?m)^job\.listed: error: there is no set BOT; the sets are TOP-NODES, TOP$")
+
     def test_the_list_is_there_for_programs(self):
         listed = json.loads(self.run_import("job", "--list", "--json").out)
         self.assertEqual((listed["nodes"], listed["elements"]), (4, 2))

@@ -28,7 +28,7 @@ ImportSummary summaryOf(const Outline& outline, const Choice& choice, int histor
   }
   summary.fields = static_cast<int>(fields.size());
   summary.histories = histories;
-  summary.sets = static_cast<int>(outline.sets.size());
+  for (std::size_t set = 0; set < outline.sets.size(); ++set) summary.sets += choice.takesSet(set) ? 1 : 0;
   summary.cutOffBehind = outline.truncatedAfter;
   return summary;
 }

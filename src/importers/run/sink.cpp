@@ -105,6 +105,7 @@ void Sink::writeMesh() {
 }
 
 void Sink::set(std::size_t set, std::span<const int> labels) {
+  if (!choice_.takesSet(set)) return;
   std::vector<odbstore::SetMembers> members;
   if (!labels.empty()) members.push_back({kInstance, {labels.begin(), labels.end()}});
   writer_.addSet({}, outline_.sets[set].kind, outline_.sets[set].name, members);

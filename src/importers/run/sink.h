@@ -47,7 +47,7 @@ class Sink {
   void nodes(std::span<const int> labels, std::span<const double> coordinates, const SourcePlace& place);
   void elements(const ElementGroup& group, const SourcePlace& place);
 
-  // The members of a set of the outline.
+  // The members of a set of the outline; of one that is not chosen nothing is kept.
   void set(std::size_t set, std::span<const int> labels);
 
   // Rows of a chosen field and frame, as often as the outline has pieces of them. `values` are [rows, width]; `labels`

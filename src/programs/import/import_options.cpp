@@ -66,6 +66,10 @@ tool::Command importCommand(ImportOptions& options, const std::vector<KnownForma
           "import this field only, in any case")
       .repeated()
       .option(
+          "--set", "NAME", [&selection](const std::string& name) { selection.sets.push_back(name); },
+          "import this set only, in any case")
+      .repeated()
+      .option(
           "--step", "N", [&selection](const std::string& text) { takeSteps(selection, text); },
           "import this step only; a list, \"1,3\", too")
       .repeated()
