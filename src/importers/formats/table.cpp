@@ -1,6 +1,6 @@
-// Which formats this build knows. A new one adds its row here.
+#include "importers/formats/table.h"
+
 #include "importers/calculix/calculix_importer.h"
-#include "importers/formats/formats.h"
 
 namespace importers {
 

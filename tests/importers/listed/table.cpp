@@ -1,5 +1,6 @@
+#include "importers/formats/table.h"
+
 #include "importers/calculix/calculix_importer.h"
-#include "importers/formats/formats.h"
 #include "importers/listed/listed_importer.h"
 
 namespace importers {
