@@ -162,7 +162,7 @@ TEST_F(DeckSurfacesTest, WhatIsNotThereIsNamed) {
   EXPECT_THAT(deck.nodeSets.at("S").labels, IsEmpty());
   EXPECT_THAT(warnings_,
               ElementsAre(EndsWith("job.inp:4: warning: the surface S has faces \"S7\" of elements without such faces"),
-                          EndsWith("job.inp:5: warning: a surface takes in NOTHING, which is no set"),
+                          EndsWith("job.inp:5: warning: a surface takes in NOTHING, which is not a set"),
                           EndsWith("job.inp:6: warning: the surface S has faces \"\" of elements without such faces")));
   EXPECT_THAT(failureOf([&] { read("*SURFACE,TYPE=NODE\n1\n"); }), EndsWith("job.inp:1: error: *SURFACE has no name"));
 }

@@ -233,7 +233,7 @@ TEST_F(DeckTest, AnEmptySetIsASet) {
 TEST_F(DeckTest, ASetThatTakesInAnUnknownOneIsNamed) {
   const Deck deck = read("*ELSET,ELSET=E\n1\n*NSET,NSET=A\n1,E\n2\n");
   EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(1, 2));
-  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:4: warning: the set A takes in E, which is no set yet")));
+  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:4: warning: the set A takes in E, which is not a set yet")));
 }
 
 TEST_F(DeckTest, ASetRemembersWhereItWasNamedFirst) {
@@ -325,7 +325,7 @@ TEST_F(DeckTest, SectionForcesAreWrittenFromTheStepOnThatAsksForThem) {
 }
 
 TEST_F(DeckTest, AFileThatIsNoTextIsRefused) {
-  EXPECT_THAT(failure(std::string("*HEADING\n\x89HDF\r\n\0\0\0\n", 18)), EndsWith("job.inp:3: error: this is no text"));
+  EXPECT_THAT(failure(std::string("*HEADING\n\x89HDF\r\n\0\0\0\n", 18)), EndsWith("job.inp:3: error: not a text file"));
 }
 
 }  // namespace

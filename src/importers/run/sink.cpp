@@ -252,7 +252,7 @@ void Sink::finish() {
   writeMesh();
   for (const auto& [name, strange] : strange_) {
     const OutlineStep& step = outline_.steps[strange.step];
-    warn_(fmt::format("{}: warning: {} values of {} are no numbers or infinite, from {}, frame {} on", file_,
+    warn_(fmt::format("{}: warning: {} values of {} are not finite numbers, from {}, frame {} on", file_,
                       strange.values, name, step.name, step.frames[strange.frame].incrementNumber));
   }
 }

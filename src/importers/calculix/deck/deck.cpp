@@ -36,7 +36,7 @@ class DeckReader {
     while (lines.next(line)) {
       line = trimmed(line);
       if (line.empty() || isComment(line)) continue;
-      if (line.find('\0') != std::string_view::npos) lines.fail("this is no text");
+      if (line.find('\0') != std::string_view::npos) lines.fail("not a text file");
       if (isKeyword(line)) {
         startKeyword(joined(lines, line), lines);
       } else {

@@ -88,7 +88,7 @@ void DeckSets::addMembers(DeckSet& set, std::string_view line, const LineReader&
       continue;
     }
     if (looksLikeNumber(item)) lines.fail(fmt::format("\"{}\" is neither a label nor a set", storableText(item)));
-    warn(fmt::format("{}: warning: the set {} takes in {}, which is no set yet",
+    warn(fmt::format("{}: warning: the set {} takes in {}, which is not a set yet",
                      placeIn(lines.path(), lines.lineNumber()), set.names.front(), storableText(item)));
   }
 }

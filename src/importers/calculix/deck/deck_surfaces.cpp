@@ -140,7 +140,7 @@ std::vector<int> DeckSurfaces::membersOf(const Part& part, const Sets& sets, Lab
   if (const std::optional<int> label = integerFrom(part.member)) return {*label};
   const auto set = sets.find(canonicalName(part.member));
   if (set == sets.end()) {
-    warn(fmt::format("{}: warning: a surface takes in {}, which is no set", part.place, storableText(part.member)));
+    warn(fmt::format("{}: warning: a surface takes in {}, which is not a set", part.place, storableText(part.member)));
     return {};
   }
   budget.take(set->second.labels.size() * kLabelsOfFace, part.place);
