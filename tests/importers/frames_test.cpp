@@ -72,7 +72,7 @@ class FramesTest : public testing::Test {
   std::string status_;
   std::vector<std::string> said_;
   int counter_ = 0;
-  const WarningSink warn_ = [this](const std::string& text) { said_.push_back(text); };
+  const WarningSink warn_ = [this](const base::Diagnostic& said) { said_.push_back(base::textOf(said)); };
 };
 
 TEST_F(FramesTest, TimesAreThoseOfTheStep) {

@@ -121,8 +121,8 @@ class PlacesTest : public testing::Test {
   TemporaryDirectory directory_;
   PrintedTables tables_;
   std::vector<std::string> said_;
-  const WarningSink ignore_ = [](const std::string&) {};
-  const WarningSink warn_ = [this](const std::string& text) { said_.push_back(text); };
+  const WarningSink ignore_ = [](const base::Diagnostic&) {};
+  const WarningSink warn_ = [this](const base::Diagnostic& said) { said_.push_back(base::textOf(said)); };
 };
 
 TEST_F(PlacesTest, TheDeckHasTheStepsAndTheirEnds) {

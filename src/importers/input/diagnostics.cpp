@@ -1,6 +1,7 @@
 #include "importers/input/diagnostics.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace importers {
 
@@ -10,10 +11,6 @@ constexpr std::size_t kMostListed = 20;
 
 }  // namespace
 
-std::string placeIn(const std::string& file, std::int64_t line) {
-  return line > 0 ? file + ":" + std::to_string(line) : file;
-}
-
 std::string listed(const std::vector<std::string>& names) {
   std::string text;
   const std::size_t shown = std::min(names.size(), kMostListed);
@@ -22,7 +19,12 @@ std::string listed(const std::vector<std::string>& names) {
   return text;
 }
 
-ImportError::ImportError(const std::string& file, std::int64_t line, const std::string& reason)
-    : std::runtime_error(placeIn(file, line) + ": error: " + reason), line_(line), reason_(reason) {}
+ImportError::ImportError(SourcePlace place, std::string reason)
+    : std::runtime_error(base::textOf(base::Diagnostic{base::Severity::error, place, reason})),
+      place_(std::move(place)),
+      reason_(std::move(reason)) {}
+
+ImportError::ImportError(std::string file, std::int64_t line, std::string reason)
+    : ImportError(SourcePlace{std::move(file), line}, std::move(reason)) {}
 
 }  // namespace importers

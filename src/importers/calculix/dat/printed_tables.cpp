@@ -138,7 +138,7 @@ PrintedTables readPrintedTables(const std::string& path, const Deck& deck) {
 void reportProblems(const PrintedTables& printed, const std::string& path, bool isStrict, const WarningSink& warn) {
   for (const PrintedProblem& problem : printed.problems) {
     if (isStrict && problem.isLoss) throw ImportError(path, problem.line, problem.text);
-    warn(fmt::format("{}: warning: {}", placeIn(path, problem.line), problem.text));
+    warn(base::warning({path, problem.line}, problem.text));
   }
 }
 
