@@ -340,8 +340,9 @@ TEST_F(PlacesTest, ADeckWithOtherStepsIsNotBelieved) {
   EXPECT_THAT(
       places(displacements(1) + displacements(2), {"*STATIC\n" + kPrints}, {block(1, 1, 1, 1), block(2, 1, 2, 2)}),
       ElementsAre("1/1 1", "2/1 1"));
-  EXPECT_THAT(said_,
-              ElementsAre("the deck has the steps 1 to 1, the results 1 to 2: the steps of the deck are not used"));
+  EXPECT_THAT(
+      said_,
+      ElementsAre("note: the deck has the steps 1 to 1, the results 1 to 2: the steps of the deck are not used"));
 }
 
 TEST_F(PlacesTest, ARestartGoesOnWhereTheEarlierRunEnded) {
