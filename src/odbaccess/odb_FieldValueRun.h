@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "odbaccess/odb_Enum.h"
+#include "odbaccess/odb_FieldValue.h"
 
 namespace odb_detail {
 class BlockStorage;
@@ -21,6 +22,8 @@ class odb_FieldValueRun {
 
   int first() const { return first_; }
   int count() const;
+  // One of them, 0 <= i < count().
+  odb_FieldValue value(int i) const;
   int type() const;
   int precision() const;
 

@@ -20,8 +20,8 @@ std::map<const DatabaseStorage*, std::unique_ptr<odb_Odb>>& openDatabases() {
   return open;
 }
 
-// A database that was looked into and most likely is opened next. It stays open until then: opening is what takes
-// longest with a small one, and so it is the same file that was looked into.
+// A database that was looked into, or written, and most likely is opened next. It stays open until then: opening is
+// what takes longest with a small one, and so it is the same file, whatever others have put in its place.
 struct LookedInto {
   std::string path;
   std::shared_ptr<const odbstore::Reader> reader;
@@ -61,7 +61,10 @@ bool isUpgradeRequiredForOdb(const odb_String& path) {
 }
 
 void upgradeOdb(const odb_String& path, const odb_String& newPath) {
-  odb_detail::guarded([&] { odbstore::upgrade(path.cStr(), std::string(newPath.cStr()) + ".odb"); });
+  odb_detail::lookedInto() = {};
+  const std::string upgraded = std::string(newPath.cStr()) + ".odb";
+  auto reader = odb_detail::guarded([&] { return odbstore::upgrade(path.cStr(), upgraded); });
+  odb_detail::lookedInto() = {upgraded, std::move(reader)};
 }
 
 odb_Odb& openOdb(const odb_String& path, bool readOnly, bool) {

@@ -46,7 +46,9 @@ void odb_finalizeAPI();
 // Whether the file is of an older layout that openOdb does not read. Throws odb_Exception for what is no database.
 bool isUpgradeRequiredForOdb(const odb_String& path);
 
-// Writes the database at `path` in today's layout to `newPath` + ".odb", replacing a file of that name.
+// Writes the database at `path` in today's layout to `newPath` + ".odb", replacing a file of that name. When that is
+// opened next it is what was written here, even where another file has taken the name since. Throws odb_Exception, also
+// where both are one file.
 void upgradeOdb(const odb_String& path, const odb_String& newPath);
 
 // Opens a database; the reference is good until it is closed. `readOnly` must be true: this library

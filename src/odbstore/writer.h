@@ -1,31 +1,22 @@
-// Writes a database in layout 2, piece by piece in the order in which a solver's results come.
+// Writes a database piece by piece in the order in which a solver's results come, for those who do not know beforehand
+// what will come. Rows are spooled to an unnamed file beside the database; finish() declares everything to a
+// DatabaseWriter (database_writer.h) and hands the rows on. Who can tell what is to come uses that one directly and
+// writes once.
 //
-// Rows are spooled to an unnamed file beside the database as they come and laid out, one data set per block
-// with the frame as the first dimension, by finish(); no more than one frame of one block is in memory. The
-// database is written under a temporary name in the same directory and gets its own only when it
-// is complete and on the disk; a writer that is destroyed before leaves nothing behind.
-//
-// Every failure (a name used twice, numbers that do not fit their location, a full disk) is a StoreError that
-// names the file and the object.
+// Every failure (a name used twice, numbers that do not fit their location, a full disk) is a StoreError that names the
+// file and the object.
 #pragma once
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
+#include "odbstore/database_writer.h"
 #include "odbstore/schema.h"
 
-namespace base {
-class OutputFile;
-}
-
 namespace odbstore {
-
-struct WriterOptions {
-  bool compress = false;  // gzip, one frame a chunk: a small file, slower to read
-  bool checksum = false;  // Fletcher-32 over every frame of every block
-};
 
 // Places in a database under construction, as its writer hands them out.
 struct LocationId {
@@ -69,8 +60,6 @@ class Writer {
  public:
   // `path` is the final name; a file of that name is replaced by finish().
   explicit Writer(const std::string& path, WriterOptions options = {});
-  // Writes into `file`, which must live as long; finish() completes it and leaves publishing it to whoever made it.
-  explicit Writer(const base::OutputFile& file, WriterOptions options = {});
   ~Writer();
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;
@@ -101,8 +90,7 @@ class Writer {
   StepId addStep(const std::string& name, const StepInfo& info);
   FrameId addFrame(StepId step, const FrameInfo& info);
 
-  // A field of a frame. The same name in another frame of the step is the same field and must come with
-  // the same information.
+  // A field of a frame. The same name in another frame of the step is the same field, described as it is there.
   FieldId addField(FrameId frame, const std::string& name, const FieldInfo& info);
   // The next block of that field in that frame: rows [location's rows, width], row by row. The width is
   // the size of `rows` by the location's row count; for a location without rows it is `widthOfEmpty`.
@@ -111,11 +99,11 @@ class Writer {
   void addBlock(FieldId field, LocationId location, std::span<const double> rows, const BlockOverrides& overrides = {},
                 int widthOfEmpty = 1);
 
-  // Rows that blocks of several locations are made of, and places among such rows. They are written once and expanded
-  // by finish(), however many blocks repeat them.
+  // Rows that blocks of several locations are made of, and places among such rows.
   KeptRows keepRows(std::span<const float> rows, int width);
   KeptPlaces keepPlaces(std::span<const int> places);
   // The next block of that field in that frame: row i of the location is the row places[i], from 0, of the kept ones.
+  // Each of these that has a place is stored once.
   void addBlock(FieldId field, LocationId location, const KeptRows& rows, const KeptPlaces& places);
 
   HistoryRegionId addHistoryRegion(StepId step, const std::string& name, const HistoryRegionInfo& info);

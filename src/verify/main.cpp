@@ -2,42 +2,43 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <system_error>
 
 #include "process/prepare_process.h"
-#include "verify/verify_confined.h"
+#include "verify/verify_file.h"
 #include "verify/verify_options.h"
 
 namespace {
 
-constexpr int kSound = 0;
-constexpr int kDamaged = 1;
-constexpr int kWithoutChecksums = 3;
+using verify::State;
+
+int statusOf(State state) {
+  switch (state) {
+    case State::sound:
+      return 0;
+    case State::withoutChecksums:
+      return 3;
+    case State::oldLayout:
+      return 4;
+    case State::noFile:
+      return 5;
+    default:
+      return 1;
+  }
+}
 
 // Findings that nobody hears still count in the status.
 void complain(const std::string& text) { std::fputs((text + '\n').c_str(), stderr); }
 
-int report(const verify::Verdict& verdict, bool isQuiet) {
+void report(const verify::Verdict& verdict, bool isQuiet) {
   for (const std::string& finding : verdict.findings) complain(finding);
-  if (!verdict.findings.empty()) {
-    if (!isQuiet) fmt::print("{}: damaged\n", verdict.path);
-    return kDamaged;
-  }
-  if (!verdict.hasChecksums) {
-    complain(verdict.path + ": has no checksums: what its numbers were cannot be told");
-    return kWithoutChecksums;
-  }
-  if (!isQuiet) fmt::print("{}: sound\n", verdict.path);
-  return kSound;
-}
-
-// The worst of two states of files.
-int worse(int one, int other) {
-  if (one == kDamaged || other == kDamaged) return kDamaged;
-  return one == kSound ? other : one;
+  if (isQuiet) return;
+  if (verdict.state == State::damaged) fmt::print("{}: damaged\n", verdict.path);
+  if (verdict.state == State::sound) fmt::print("{}: sound\n", verdict.path);
 }
 
 }  // namespace
@@ -50,13 +51,16 @@ int main(int argc, char** argv) {
       std::fputs(options.message.c_str(), options.status == 0 ? stdout : stderr);
       return options.status;
     }
-    int status = kSound;
-    for (const std::string& file : options.files)
-      status = worse(status, report(verify::verifyConfined(file), options.isQuiet));
+    State worst = State::sound;
+    for (const std::string& file : options.files) {
+      const verify::Verdict verdict = verify::verifyFile(file);
+      report(verdict, options.isQuiet);
+      worst = std::max(worst, verdict.state);
+    }
     if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category(), "standard output");
-    return status;
+    return statusOf(worst);
   } catch (const std::exception& error) {
     complain(error.what());
-    return kDamaged;
+    return statusOf(State::damaged);
   }
 }

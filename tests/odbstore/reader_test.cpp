@@ -79,22 +79,5 @@ TEST_F(ReaderTest, AFileThatIsCutOffWhileItIsOpenIsAnError) {
               HasSubstr("/steps/Step-1/fields/NT/blocks/1/data: the file ends inside this data set"));
 }
 
-TEST_F(ReaderTest, TheInventoryHasEveryDataSetInTheOrderOfTheFile) {
-  const Inventory inventory = Reader(path_).inventory();
-  EXPECT_TRUE(inventory.problems.empty());
-  std::int64_t end = 0;
-  std::int64_t rows = 0;
-  for (const DataExtent& extent : inventory.extents) {
-    EXPECT_GE(extent.begin, end) << extent.path;
-    end = extent.end;
-    if (extent.path == "/steps/Step-1/fields/NT/blocks/1/data") {
-      EXPECT_EQ(extent.slabBytes, 80000);
-      EXPECT_EQ(extent.firstSlab, 0);
-      rows = extent.end - extent.begin;
-    }
-  }
-  EXPECT_EQ(rows, 160000);
-}
-
 }  // namespace
 }  // namespace odbstore

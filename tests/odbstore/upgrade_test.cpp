@@ -9,8 +9,8 @@
 #include <iterator>
 
 #include "base/output_file.h"
+#include "odbstore/database_writer.h"
 #include "odbstore/store_error.h"
-#include "odbstore/writer.h"
 #include "support/temporary_directory.h"
 
 namespace odbstore {
@@ -22,10 +22,10 @@ constexpr int kNodeLabel = 0x45444f4e;
 class RequireCompleteTest : public testing::Test {
  protected:
   void writeDatabase() {
-    Writer writer(file_);
+    DatabaseWriter writer(file_.temporaryPath(), path_, {});
     writer.addPart("PLATE");
     writer.addInstance("PLATE-1", "PLATE");
-    writer.addNodes("PLATE-1", std::vector{1, kNodeLabel}, std::vector{0.0, 0.0, 0.0, 1.0, 0.0, 0.0});
+    writer.addNodes("PLATE-1", {1, kNodeLabel}, {0.0, 0.0, 0.0, 1.0, 0.0, 0.0});
     writer.finish();
   }
 
@@ -55,8 +55,9 @@ TEST_F(RequireCompleteTest, EmptyFileIsNot) { EXPECT_EQ(failure(), incomplete_);
 
 TEST_F(RequireCompleteTest, FileOfAWriterThatDidNotFinishIsNot) {
   {
-    Writer writer(file_);
+    DatabaseWriter writer(file_.temporaryPath(), path_, {});
     writer.addPart("PLATE");
+    writer.begin();
   }
   EXPECT_EQ(failure(), incomplete_);
   EXPECT_TRUE(std::filesystem::exists(file_.temporaryPath())) << "it belongs to whoever made it";
@@ -93,10 +94,10 @@ TEST_F(RequireCompleteTest, FileOfAnotherLayoutIsNot) {
   EXPECT_EQ(failure(), incomplete_);
 }
 
-TEST_F(RequireCompleteTest, FileWithoutChecksumsIsNot) {
+TEST_F(RequireCompleteTest, FileWithoutACatalogIsNot) {
   writeDatabase();
   const hid_t file = H5Fopen(file_.temporaryPath().c_str(), H5F_ACC_RDWR, H5P_DEFAULT);
-  EXPECT_GE(H5Ldelete(file, "checksums", H5P_DEFAULT), 0);
+  EXPECT_GE(H5Ldelete(file, "catalog", H5P_DEFAULT), 0);
   H5Fclose(file);
   EXPECT_EQ(failure(), incomplete_);
 }
