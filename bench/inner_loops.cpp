@@ -10,7 +10,6 @@
 
 #include "kernels/kernels.h"
 #include "odbstore/crc32c.h"
-#include "reduce/engineering_extremes.h"
 
 namespace {
 
@@ -106,7 +105,9 @@ void select(benchmark::State& state, Select&& selectIn) {
 }
 
 void selectOurs(benchmark::State& state) {
-  select(state, [](float* first, float* target, float* last) { selectPosition(first, target, last, Ascending()); });
+  select(state, [](float* first, float* target, float* last) {
+    kernels::select(std::span(first, last), static_cast<std::size_t>(target - first), kernels::Order::ascending);
+  });
 }
 
 void selectOfTheLibrary(benchmark::State& state) {

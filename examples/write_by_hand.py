@@ -17,6 +17,9 @@ def text(value):
     return array if isinstance(value, list) else array[0]
 
 
+if len(sys.argv) != 2 or sys.argv[1].startswith("-"):
+    sys.exit(__doc__.strip())
+
 with h5py.File(sys.argv[1], "w", libver=("v110", "v110")) as odb:
     odb.attrs["layout"] = 2
     odb.attrs["title"] = text("Two trusses")

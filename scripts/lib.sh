@@ -21,12 +21,34 @@ give_up() {
 trap 'give_up "line $LINENO failed: $BASH_COMMAND"' ERR
 
 # What building takes, what the demo runs, and what the tests want besides.
-build_packages=(g++ cmake ninja-build pkg-config libhdf5-dev zlib1g-dev libflatbuffers-dev flatbuffers-compiler libcli11-dev libfmt-dev)
+build_packages=(g++ cmake ninja-build pkg-config libhdf5-dev zlib1g-dev libflatbuffers-dev flatbuffers-compiler libcli11-dev libfmt-dev nlohmann-json3-dev)
 demo_packages=(calculix-ccx)
 bench_packages=(libbenchmark-dev python3 python3-h5py python3-numpy)
 test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-numpy hdf5-tools strace clang-format)
 soak_packages=(clang llvm libclang-rt-14-dev valgrind)
 arm64_packages=(g++-aarch64-linux-gnu gcc-aarch64-linux-gnu qemu-user-static debootstrap)
+
+# How long another apt is waited for, in seconds.
+apt_patience=600
+
+# Runs apt-get, waiting while another apt has one of its locks. The option that apt-get has for it waits for those of dpkg
+# alone, and says nothing; those of the package lists and of downloaded packages it gives up at once.
+apt_get() {
+  local begin=$SECONDS timeout=0 log=$log_dir/apt.log
+  until LC_ALL=C.UTF-8 apt-get -o DPkg::Lock::Timeout=$timeout "$@" >"$log" 2>&1; do
+    if ! grep -Eq 'Could not get lock|is another process using it' "$log"; then
+      give_up "apt-get $1 failed: $(tail -n 3 "$log")"
+    fi
+    if [ $((SECONDS - begin)) -ge "$apt_patience" ]; then
+      give_up "another apt has been at work for $apt_patience s: $(grep -m 1 lock "$log")"
+    fi
+    if [ $timeout -eq 0 ]; then
+      printf '    another apt is at work: waiting for it, %s s at most\n' "$apt_patience"
+      timeout=5
+    fi
+    sleep 1
+  done
+}
 
 # Installs those of the packages named that are missing.
 install_packages() {
@@ -40,9 +62,8 @@ install_packages() {
   printf '    missing: %s\n' "${missing[*]}"
   if [ "$(id -u)" -ne 0 ]; then give_up "only root can install packages: apt-get install ${missing[*]}"; fi
   export DEBIAN_FRONTEND=noninteractive
-  apt-get update -qq >"$log_dir/apt.log" 2>&1 || give_up "apt-get update failed: $(tail -n 3 "$log_dir/apt.log")"
-  apt-get install -y -qq --no-install-recommends "${missing[@]}" >>"$log_dir/apt.log" 2>&1 ||
-    give_up "apt-get install failed: $(tail -n 3 "$log_dir/apt.log")"
+  apt_get update -qq
+  apt_get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
 # Configures and builds a preset.

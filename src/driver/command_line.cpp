@@ -34,8 +34,29 @@ bool exists(const odb_String& name) {
   return ::stat(name.cStr(), &status) == 0;
 }
 
+enum class Option { none, database, configuration, elementSet, help };
+
 // Two characters tell the options apart.
-bool isOption(const char* argument, const char* option) { return std::strncmp(argument, option, 2) == 0; }
+Option optionOf(const char* argument) {
+  const auto is = [argument](const char* option) { return std::strncmp(argument, option, 2) == 0; };
+  if (is("-o**")) return Option::database;
+  if (is("-c**")) return Option::configuration;
+  if (is("-e**")) return Option::elementSet;
+  return is("-h**") ? Option::help : Option::none;
+}
+
+// Calls take(option, argument, value) for each option, first to last. The value is the argument behind it, whatever
+// that looks like; null where there is none, and for the help option.
+template <class Take>
+void forEachOption(int argc, char** argv, Take&& take) {
+  for (int i = 0; i < argc; ++i) {
+    const char* const argument = argv[i];
+    const Option option = optionOf(argument);
+    if (option == Option::none) continue;
+    const bool hasValue = option != Option::help && i + 1 < argc;
+    take(option, argument, hasValue ? argv[++i] : nullptr);
+  }
+}
 
 void requireDatabase(const odb_String& name) {
   if (exists(name)) return;
@@ -49,26 +70,15 @@ void requireConfiguration(const odb_String& name) {
   std::exit(1);
 }
 
-// Walks the arguments, handing out an option's value.
-class Arguments {
- public:
-  Arguments(int count, char** arguments) : count_(count), arguments_(arguments) {}
+[[noreturn]] void exitWithoutValue(const char* option) {
+  std::cerr << "**ERROR** option " << option << " needs a value\n";
+  exitWithUsage(1);
+}
 
-  bool isDone() const { return at_ >= count_; }
-  const char* current() const { return arguments_[at_]; }
-  void next() { ++at_; }
-
-  const char* takeValue() {
-    if (at_ + 1 < count_) return arguments_[++at_];
-    std::cerr << "**ERROR** option " << current() << " needs a value\n";
-    exitWithUsage(1);
-  }
-
- private:
-  int count_;
-  char** arguments_;
-  int at_ = 0;
-};
+[[noreturn]] void exitWithout(const char* what) {
+  std::cerr << "**ERROR** " << what << " name is not provided\n";
+  exitWithUsage(1);
+}
 
 }  // namespace
 
@@ -79,33 +89,39 @@ odb_String completedDatabaseName(const odb_String& name) {
   return completed;
 }
 
+bool asksForRun(int argc, char** argv) {
+  bool isDatabaseGiven = false;
+  bool isConfigurationGiven = false;
+  bool isUsable = true;
+  forEachOption(argc, argv, [&](Option option, const char*, const char* value) {
+    isDatabaseGiven = isDatabaseGiven || option == Option::database;
+    isConfigurationGiven = isConfigurationGiven || option == Option::configuration;
+    isUsable = isUsable && value != nullptr;
+  });
+  return isDatabaseGiven && isConfigurationGiven && isUsable;
+}
+
 CommandLine readCommandLine(int argc, char** argv) {
   CommandLine commandLine;
   bool databaseGiven = false;
   bool configurationGiven = false;
-  for (Arguments arguments(argc, argv); !arguments.isDone(); arguments.next()) {
-    if (isOption(arguments.current(), "-o**")) {
-      commandLine.database = completedDatabaseName(arguments.takeValue());
+  forEachOption(argc, argv, [&](Option option, const char* argument, const char* value) {
+    if (option == Option::help) exitWithUsage(0);
+    if (value == nullptr) exitWithoutValue(argument);
+    if (option == Option::database) {
+      commandLine.database = completedDatabaseName(value);
       requireDatabase(commandLine.database);
       databaseGiven = true;
-    } else if (isOption(arguments.current(), "-c**")) {
-      commandLine.configuration = odb_String(arguments.takeValue());
+    } else if (option == Option::configuration) {
+      commandLine.configuration = odb_String(value);
       requireConfiguration(commandLine.configuration);
       configurationGiven = true;
-    } else if (isOption(arguments.current(), "-e**")) {
-      commandLine.elementSet = odb_String(arguments.takeValue());
+    } else {
+      commandLine.elementSet = odb_String(value);
       commandLine.elementSetGiven = true;
-    } else if (isOption(arguments.current(), "-h**")) {
-      exitWithUsage(0);
     }
-  }
-  if (!databaseGiven) {
-    std::cerr << "**ERROR** output database name is not provided\n";
-    exitWithUsage(1);
-  }
-  if (!configurationGiven) {
-    std::cerr << "**ERROR** configuration file name is not provided\n";
-    exitWithUsage(1);
-  }
+  });
+  if (!databaseGiven) exitWithout("output database");
+  if (!configurationGiven) exitWithout("configuration file");
   return commandLine;
 }

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <optional>
 #include <string>
 
 #include "driver/command_line.h"
@@ -47,22 +48,29 @@ void requireElementSet(odb_Odb& odb, const odb_String& name) {
 
 std::string systemReason() { return std::strerror(errno); }
 
-void extract(odb_Odb& odb) {
-  const ResultLock lock(kResultName);
-  if (lock.isElsewhere()) giveUp("params.txt is being written by another run");
-  // A marker of an earlier run would speak for a file that is not written yet.
+// From here on the directory is this run's, and no marker speaks for what an earlier one has left.
+void takeDirectory(const DirectoryLock& lock) {
+  if (lock.isElsewhere()) giveUp("another run is at work in this directory");
   if (!removeMarker(kMarkerName)) giveUp("paramsdone.txt of an earlier run cannot be removed: " + systemReason());
-  if (!lock.isOpen()) giveUpIncomplete();
+}
+
+void extract(odb_Odb& odb) {
+  const ResultPlace place(kResultName);
+  if (!place.isOpen()) giveUpIncomplete();
   ResultFile result(kResultName);
   traverseSteps(odb, nullptr, result);
   odb.close();
-  if (!result.close() || !lock.isInPlace()) giveUpIncomplete();
+  if (!result.close() || !place.isInPlace()) giveUpIncomplete();
   if (!writeMarker(kMarkerName)) giveUp("paramsdone.txt could not be written: " + systemReason());
 }
 
 }  // namespace
 
 int runDriver(int argc, char** argv) {
+  // Before anything that can fail: whatever becomes of the run, its caller finds no marker but its own. Who asks for
+  // help, or wrongly, has asked for no run, and what is there stays.
+  std::optional<DirectoryLock> lock;
+  if (asksForRun(argc, argv)) takeDirectory(lock.emplace("."));
   const CommandLine commandLine = readCommandLine(argc, argv);
   readConfiguration(commandLine.configuration.cStr(), extractionSwitches());
   odb_Odb& odb = openOdb(upgradedIfNeeded(commandLine.database), true, false);

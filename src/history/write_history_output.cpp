@@ -4,30 +4,31 @@
 #include <string>
 
 #include "result/extraction_switches.h"
+#include "result/record_line.h"
 #include "result/record_name.h"
 
 namespace {
 
-void writeSample(std::ostream& out, const odb_SequenceFloat& sample) {
-  out << "(";
+void addSample(RecordLine& line, const odb_SequenceFloat& sample) {
+  line << "(";
   for (int j = 0; j < sample.size(); ++j) {
-    if (j > 0) out << ", ";
+    if (j > 0) line << ", ";
     if (extractionSwitches().computeValues) {
-      out << sample.constGet(j);
+      line << static_cast<double>(sample.constGet(j));
     } else {
-      out << 0;
+      line << 0;
     }
   }
-  out << ")";
+  line << ")";
 }
 
-void writeSamples(std::ostream& out, const odb_SequenceSequenceFloat& samples) {
-  out << "(";
+void addSamples(RecordLine& line, const odb_SequenceSequenceFloat& samples) {
+  line << "(";
   for (int i = 0; i < samples.size(); ++i) {
-    if (i > 0) out << ", ";
-    writeSample(out, samples.constGet(i));
+    if (i > 0) line << ", ";
+    addSample(line, samples.constGet(i));
   }
-  out << ")" << std::endl;
+  line << ")";
 }
 
 struct HistoryExtremes {
@@ -57,16 +58,20 @@ void writeHistoryOutput(const odb_HistoryOutput& output, std::ostream& out, odb_
   if (label != odb_String()) tail += std::string("_") + label.cStr();
   const odb_SequenceSequenceFloat samples = output.data();
 
+  RecordLine line;
   if (switches.history) {
-    out << step << "__History__" << tail << "\t";
+    line << step << "__History__" << tail << "\t";
     if (samples.size() == 0) {
-      out << "None" << std::endl;
+      line << "None";
     } else {
-      writeSamples(out, samples);
+      addSamples(line, samples);
     }
+    line.end(out);
   }
   if (!switches.historyExtremes || samples.size() == 0) return;
   const HistoryExtremes extremes = switches.computeValues ? extremesOf(samples) : HistoryExtremes{0.0F, 0.0F};
-  out << step << "__History_Max__" << tail << "\t" << extremes.max << std::endl;
-  out << step << "__History_Min__" << tail << "\t" << extremes.min << std::endl;
+  line << step << "__History_Max__" << tail << "\t" << static_cast<double>(extremes.max);
+  line.end(out);
+  line << step << "__History_Min__" << tail << "\t" << static_cast<double>(extremes.min);
+  line.end(out);
 }

@@ -1,12 +1,28 @@
 #include "importers/diagnostics.h"
 
+#include <algorithm>
+
 namespace importers {
+
+namespace {
+
+constexpr std::size_t kMostListed = 20;
+
+}  // namespace
 
 std::string placeIn(const std::string& file, std::int64_t line) {
   return line > 0 ? file + ":" + std::to_string(line) : file;
 }
 
+std::string listed(const std::vector<std::string>& names) {
+  std::string text;
+  const std::size_t shown = std::min(names.size(), kMostListed);
+  for (std::size_t i = 0; i < shown; ++i) text += (i > 0 ? ", " : "") + names[i];
+  if (shown < names.size()) text += " and " + std::to_string(names.size() - shown) + " more";
+  return text;
+}
+
 ImportError::ImportError(const std::string& file, std::int64_t line, const std::string& reason)
-    : std::runtime_error(placeIn(file, line) + ": error: " + reason) {}
+    : std::runtime_error(placeIn(file, line) + ": error: " + reason), line_(line), reason_(reason) {}
 
 }  // namespace importers

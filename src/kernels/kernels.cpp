@@ -15,12 +15,15 @@ extern const Kernels version;
 namespace avx512 {
 extern const Kernels version;
 }
+namespace avx512vbmi2 {
+extern const Kernels version;
+}
 #endif
 
 namespace {
 
 struct Versions {
-  std::array<const Kernels*, 3> found{};
+  std::array<const Kernels*, 4> found{};
   std::size_t count = 0;
 
   void add(const Kernels& version) { found[count++] = &version; }
@@ -34,6 +37,7 @@ Versions findVersions() {
   if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
       __builtin_cpu_supports("avx512bw")) {
     versions.add(avx512::version);
+    if (__builtin_cpu_supports("avx512vbmi2")) versions.add(avx512vbmi2::version);
   }
 #endif
   return versions;

@@ -34,6 +34,9 @@ struct InvariantColumns {
 
 inline constexpr int kTensorWidth = 6;
 
+// What a full sort puts first: smaller numbers, or larger ones.
+enum class Order { ascending, descending };
+
 // All rows are contiguous, [count, width], width at least 1; pointers need no alignment.
 struct Kernels {
   const char* name;
@@ -50,6 +53,12 @@ struct Kernels {
   void (*lengthsFloat)(const float* rows, std::size_t count, int width, float* out);
   void (*lengthsDouble)(const double* rows, std::size_t count, int width, double* out);
 
+  // The first `columnCount` numbers of each row, at most `width`: number c of row i goes to columns[c][at + i].
+  void (*splitColumnsFloat)(const float* rows, std::size_t count, int width, float* const* columns, int columnCount,
+                            std::size_t at);
+  void (*splitColumnsDouble)(const double* rows, std::size_t count, int width, double* const* columns, int columnCount,
+                             std::size_t at);
+
   // Rows are tensors, components 11, 22, 33, 12, 13, 23 up to `width`; those that are missing count as 0, what follows
   // them is passed over. With `halvedShear` the last three are halved first.
   void (*equivalentRange)(const float* rows, std::size_t count, int width, bool halvedShear, EquivalentRange* range);
@@ -59,6 +68,12 @@ struct Kernels {
   // All other invariants of each row.
   void (*invariantsFloat)(const float* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out);
   void (*invariantsDouble)(const double* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out);
+
+  // Reorders `count` values, so that position `target`, up to `count`, holds what a full sort would put there, nothing
+  // before it belongs after it and nothing after it belongs before it. Every value moves as in the plain loops of
+  // selection.inc, with NaN among them too: where the others come to stand is part of the result.
+  void (*selectFloat)(float* values, std::size_t count, std::size_t target, Order order);
+  void (*selectDouble)(double* values, std::size_t count, std::size_t target, Order order);
 };
 
 // The fastest version that this machine can run, found once.
@@ -83,11 +98,26 @@ inline void lengths(const float* rows, std::size_t count, int width, float* out)
 inline void lengths(const double* rows, std::size_t count, int width, double* out) {
   best().lengthsDouble(rows, count, width, out);
 }
+inline void splitColumns(const float* rows, std::size_t count, int width, float* const* columns, int columnCount,
+                         std::size_t at) {
+  best().splitColumnsFloat(rows, count, width, columns, columnCount, at);
+}
+inline void splitColumns(const double* rows, std::size_t count, int width, double* const* columns, int columnCount,
+                         std::size_t at) {
+  best().splitColumnsDouble(rows, count, width, columns, columnCount, at);
+}
 inline void invariants(const float* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out) {
   best().invariantsFloat(rows, count, width, halvedShear, out);
 }
 inline void invariants(const double* rows, std::size_t count, int width, bool halvedShear, InvariantColumns* out) {
   best().invariantsDouble(rows, count, width, halvedShear, out);
+}
+
+inline void select(std::span<float> values, std::size_t target, Order order) {
+  best().selectFloat(values.data(), values.size(), target, order);
+}
+inline void select(std::span<double> values, std::size_t target, Order order) {
+  best().selectDouble(values.data(), values.size(), target, order);
 }
 
 // All versions that it can run, the plain one first.

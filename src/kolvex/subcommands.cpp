@@ -29,7 +29,7 @@ std::optional<Subcommand> findSubcommand(std::string_view name) {
 
 std::optional<std::string> programPath(const std::string& launcher, std::string_view name) {
   const std::filesystem::path beside = std::filesystem::path(launcher).parent_path();
-  const std::filesystem::path installed = beside.parent_path() / "libexec" / "kolvex";
+  const std::filesystem::path installed = (beside / KOLVEX_PROGRAMS).lexically_normal();
   std::error_code ignored;
   const bool isInstalled = std::filesystem::is_directory(installed, ignored);
   const std::filesystem::path program = (isInstalled ? installed : beside) / name;

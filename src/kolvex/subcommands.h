@@ -19,9 +19,10 @@ std::span<const Subcommand> subcommands();
 // Nothing for a name that is not in the table.
 std::optional<Subcommand> findSubcommand(std::string_view name);
 
-// Where the program of a subcommand is installed with the launcher at `launcher` (an absolute path): in
-// ../libexec/kolvex, or beside it where there is no such directory, as after a build. Nothing when it is not there; the
-// directory of an installed launcher is not searched, since other programs called `import` live there.
+// Where the program of a subcommand is installed with the launcher at `launcher` (an absolute path): in the directory
+// that the build was configured for, as a rule ../libexec/kolvex as seen from the launcher's, or beside it where there
+// is no such directory, as after a build. Nothing when it is not there; the directory of an installed launcher is not
+// searched, since other programs called `import` live there.
 std::optional<std::string> programPath(const std::string& launcher, std::string_view name);
 
 // The text of `kolvex --help`.

@@ -31,8 +31,7 @@ std::shared_ptr<const BlockStorage> BlockStorage::subset(const std::shared_ptr<S
 
 std::shared_ptr<const BlockStorage> BlockStorage::distinctOf(const std::shared_ptr<const BlockStorage>& block) {
   if (block->content_->rowOf() == nullptr || block->rows() == 0) return block;
-  return std::make_shared<const BlockStorage>(*block,
-                                              block->content_->location().distinctRowsOf(block->selection_));
+  return std::make_shared<const BlockStorage>(*block, block->content_->location().distinctRowsOf(block->selection_));
 }
 
 namespace {

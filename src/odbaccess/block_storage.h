@@ -46,8 +46,8 @@ class BlockStorage {
     return content_->rowOf() == nullptr && contentRow(from + count - 1) - contentRow(from) == count - 1;
   }
 
-  // A block of the same values, each stored row once, for what depends on neither order nor count of rows; this one itself
-  // where none is stored for several.
+  // A block of the same values, each stored row once, for what depends on neither order nor count of rows; this one
+  // itself where none is stored for several.
   static std::shared_ptr<const BlockStorage> distinctOf(const std::shared_ptr<const BlockStorage>& block);
 
   // Null when no row is in the set.
@@ -89,7 +89,7 @@ class BlockStorage {
   int* labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const;
 
   std::shared_ptr<const BlockContent> content_;
-  SharedRows selection_;  // rows of the content, ascending; null for all
+  SharedRows selection_;                          // rows of the content, ascending; null for all
   std::shared_ptr<const DistinctRows> distinct_;  // stored rows of the content; null where not asked for
   // Rearranged rows in the block's precision, where the stored ones do not serve.
   template <class Number>

@@ -27,7 +27,9 @@ class DistinctRows {
   }
 
   int size() const { return count_; }
-  int operator[](int i) const { return rows_.empty() ? (i < count_ - 1 ? i : last_) : rows_[static_cast<std::size_t>(i)]; }
+  int operator[](int i) const {
+    return rows_.empty() ? (i < count_ - 1 ? i : last_) : rows_[static_cast<std::size_t>(i)];
+  }
   // Whether `count` of them, at least one, from `from` on are stored one after the other.
   bool isOneStretch(int from, int count) const;
   // How many are in memory.

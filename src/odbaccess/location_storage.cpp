@@ -59,10 +59,9 @@ std::shared_ptr<const DistinctRows> LocationStorage::distinctRowsOf(const Shared
   if (known != distinctRows_.end()) return known->second;
   const int* const rowOf = this->rowOf();
   const auto stored = static_cast<int>(stored_->storedRows());
-  auto distinct = selection
-                      ? std::make_shared<const DistinctRows>(selection->size(), stored,
-                                                             [&](int i) { return rowOf[(*selection)[i]]; })
-                      : std::make_shared<const DistinctRows>(stored, rowOf[stored_->rows() - 1]);
+  auto distinct = selection ? std::make_shared<const DistinctRows>(selection->size(), stored,
+                                                                   [&](int i) { return rowOf[(*selection)[i]]; })
+                            : std::make_shared<const DistinctRows>(stored, rowOf[stored_->rows() - 1]);
   if (keptRows_ + distinct->kept() <= kMostKeptRows) {
     keptRows_ += distinct->kept();
     distinctRows_.emplace(selection, distinct);

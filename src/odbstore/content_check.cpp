@@ -212,19 +212,17 @@ class ContentCheck {
     blockOfFrame_.assign(frames.size(), 0);
     const Places fields = Catalog::placesOf(columns_.steps()->fieldEnd(), step);
     for (std::size_t i = fields.first; i < fields.end; ++i) {
-      if (i > fields.first) {
-        requireAscending(text(columns_.fields()->name(), i - 1), text(columns_.fields()->name(), i),
-                         [&] { return fieldPath(catalog_, step, i); });
-      }
       checkField(step, i);
+      if (i == fields.first) continue;
+      requireAscending(text(columns_.fields()->name(), i - 1), text(columns_.fields()->name(), i),
+                       [&] { return fieldPath(catalog_, step, i); });
     }
     const Places regions = Catalog::placesOf(columns_.steps()->regionEnd(), step);
     for (std::size_t i = regions.first; i < regions.end; ++i) {
-      if (i > regions.first) {
-        requireAscending(text(columns_.regions()->name(), i - 1), text(columns_.regions()->name(), i),
-                         [&] { return regionPath(catalog_, step, i); });
-      }
       checkRegion(step, i);
+      if (i == regions.first) continue;
+      requireAscending(text(columns_.regions()->name(), i - 1), text(columns_.regions()->name(), i),
+                       [&] { return regionPath(catalog_, step, i); });
     }
   }
 

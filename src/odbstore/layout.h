@@ -88,7 +88,8 @@ inline constexpr const char* kValidInvariants = "validInvariants";
 inline constexpr const char* kValue = "value";
 }  // namespace attributes
 
-// What the rows of a field are.
+// What the rows of a field are. Rows of any other type are kept under their number, whatever it may mean to the program
+// that wrote it.
 enum class FieldType : int {
   scalar = 2,
   vector = 3,
@@ -103,9 +104,6 @@ constexpr bool isTensorType(FieldType type) {
   return type >= FieldType::tensor3dFull && type <= FieldType::tensor2dSurface;
 }
 constexpr bool isTensorType(int number) { return isTensorType(FieldType{number}); }
-constexpr bool isKnownType(int number) {
-  return FieldType{number} == FieldType::scalar || FieldType{number} == FieldType::vector || isTensorType(number);
-}
 
 // The quantities that can be derived from a row. A number that is not here is passed over.
 enum class Invariant : int {

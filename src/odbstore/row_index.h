@@ -20,6 +20,6 @@ struct RowIndex {
 RowIndex makeRowIndex(std::span<const int> sources, std::int64_t count);
 
 // Whether an index is worth its room, and the indirection of all who read through it.
-constexpr bool isIndexWorthwhile(std::int64_t rows, std::int64_t storedRows) { return storedRows <= rows - rows / 4; }
+constexpr bool isIndexWorthwhile(std::int64_t rows, std::int64_t storedRows) { return 4 * (rows - storedRows) >= rows; }
 
 }  // namespace odbstore

@@ -59,7 +59,7 @@ struct FrameInfo {
 
 struct FieldInfo {
   std::string description;
-  int type = static_cast<int>(FieldType::scalar);  // a FieldType
+  int type = static_cast<int>(FieldType::scalar);  // a FieldType; any other number is kept as it is
   std::vector<std::string> componentLabels;
   std::vector<int> validInvariants;  // likewise of Invariant
   bool engineeringShear = false;

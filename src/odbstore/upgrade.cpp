@@ -59,7 +59,7 @@ std::shared_ptr<const Reader> upgrade(const std::string& oldPath, const std::str
     // waiting for a slow disk counts as nobody's time.
     base::OutputFile file(newPath);
     base::runLimited(oldPath, {scanProgramPath(), {"upgrade", file.temporaryPath(), newPath}, old.file.get()},
-                     base::limitsFor(old.bytes));
+                     base::limitsFor(old.start.bytes));
     // A program that went astray may have left anything.
     std::shared_ptr<const Reader> written = requireComplete(file);
     file.publish();

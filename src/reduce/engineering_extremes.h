@@ -5,32 +5,17 @@
 #include <cstddef>
 #include <span>
 
-#include "reduce/selection.h"
+#include "kernels/kernels.h"
 
 // How many of `count` values are passed over: count * percentage / 100, truncated, within 0..count; 0 where
 // that is not a number.
 int engineeringCount(int count, double percentage);
 
-// Smaller first, and larger first.
-struct Ascending {
-  template <class Number>
-  bool operator()(Number a, Number b) const {
-    return a < b;
-  }
-};
-struct Descending {
-  template <class Number>
-  bool operator()(Number a, Number b) const {
-    return a > b;
-  }
-};
-
-// The engineering minimum (Ascending) or maximum (Descending) of values, at least one. They are reordered: the
+// The engineering minimum (ascending) or maximum (descending) of values, at least one. They are reordered: the
 // selection targets position k = engineeringCount(), and the value at k - 1 (0 when k is 0) is the result.
-template <class Number, class Order>
-Number engineeringExtreme(std::span<Number> values, double percentage, Order order) {
+template <class Number>
+Number engineeringExtreme(std::span<Number> values, double percentage, kernels::Order order) {
   const int k = engineeringCount(static_cast<int>(values.size()), percentage);
-  Number* const first = values.data();
-  selectPosition(first, first + k, first + values.size(), order);
-  return first[k == 0 ? 0 : k - 1];
+  kernels::select(values, static_cast<std::size_t>(k), order);
+  return values[k == 0 ? 0 : static_cast<std::size_t>(k) - 1];
 }

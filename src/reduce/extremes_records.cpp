@@ -1,7 +1,5 @@
 #include "reduce/extremes_records.h"
 
-#include <algorithm>
-
 #include "result/extraction_switches.h"
 
 std::string_view extremeToken(Extreme extreme) {
@@ -17,29 +15,29 @@ std::string_view extremeToken(Extreme extreme) {
   }
 }
 
-void writeExtremes(std::ostream& out, const RecordHead& head, std::string_view quantity, const Extremes& extremes) {
-  const ExtractionSwitches& switches = extractionSwitches();
-  writeExtreme(out, head, quantity, Extreme::max, extremes.max);
-  writeExtreme(out, head, quantity, Extreme::min, extremes.min);
-  if (switches.engineeringMax) {
-    writeExtreme(out, head, quantity, Extreme::engineeringMax, extremes.engineeringMax);
-  }
-  if (switches.engineeringMin) {
-    writeExtreme(out, head, quantity, Extreme::engineeringMin, extremes.engineeringMin);
-  }
+void ExtremesWriter::write(std::string_view quantity, Extreme extreme, double value) {
+  line_ << head_.text() << quantity << extremeToken(extreme) << value;
+  line_.end(out_);
 }
 
-void writeVectorComponents(std::ostream& out, const RecordHead& head,
-                           const std::array<Extremes, kVectorComponents>& components, Extreme engineeringMin) {
+void ExtremesWriter::writeAll(std::string_view quantity, const Extremes& extremes) {
+  const ExtractionSwitches& switches = extractionSwitches();
+  write(quantity, Extreme::max, extremes.max);
+  write(quantity, Extreme::min, extremes.min);
+  if (switches.engineeringMax) write(quantity, Extreme::engineeringMax, extremes.engineeringMax);
+  if (switches.engineeringMin) write(quantity, Extreme::engineeringMin, extremes.engineeringMin);
+}
+
+void ExtremesWriter::writeVector(const std::array<Extremes, kVectorComponents>& components, Extreme engineeringMin) {
   for (std::size_t c = 0; c < components.size(); ++c) {
-    writeExtreme(out, head, kVectorQuantities[c], Extreme::max, components[c].max);
-    writeExtreme(out, head, kVectorQuantities[c], Extreme::min, components[c].min);
+    write(kVectorQuantities[c], Extreme::max, components[c].max);
+    write(kVectorQuantities[c], Extreme::min, components[c].min);
   }
   for (std::size_t c = 0; extractionSwitches().engineeringMax && c < components.size(); ++c) {
-    writeExtreme(out, head, kVectorQuantities[c], Extreme::engineeringMax, components[c].engineeringMax);
+    write(kVectorQuantities[c], Extreme::engineeringMax, components[c].engineeringMax);
   }
   for (std::size_t c = 0; extractionSwitches().engineeringMin && c < components.size(); ++c) {
-    writeExtreme(out, head, kVectorQuantities[c], engineeringMin, components[c].engineeringMin);
+    write(kVectorQuantities[c], engineeringMin, components[c].engineeringMin);
   }
 }
 
@@ -51,10 +49,14 @@ bool isScreenedRegion(const odb_String& regionTag) {
 ComponentFlags cutToComponents(odb_Sequence<odb_String>& labels) {
   ComponentFlags present{};
   for (int i = 0; i < labels.size(); ++i) {
-    const std::string_view label = labels.constGet(i).cStr();
-    const odb_String ending(label.substr(label.size() - std::min<std::size_t>(label.size(), 2)));
-    labels[i] = ending;
-    markComponent(ending.view(), present);
+    constexpr std::size_t kKept = 2;
+    std::string_view label = labels.constGet(i).cStr();
+    if (label.size() > kKept) {
+      const odb_String ending(label.substr(label.size() - kKept));
+      labels[i] = ending;
+      label = labels.constGet(i).view();
+    }
+    markComponent(label, present);
   }
   return present;
 }

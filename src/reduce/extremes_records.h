@@ -4,10 +4,12 @@
 #include <array>
 #include <ostream>
 #include <string_view>
+#include <utility>
 
 #include "odbaccess/odb_api.h"
 #include "reduce/extremes.h"
 #include "reduce/reduction_results.h"
+#include "result/record_line.h"
 #include "result/record_name.h"
 
 // The four extremes and the tokens that they are written under.
@@ -16,20 +18,28 @@ enum class Extreme { max, min, engineeringMax, engineeringMin };
 // "__max\t", "__min\t", "__enggmax\t", "__enggmin\t".
 std::string_view extremeToken(Extreme extreme);
 
-// One record: the head, the quantity ("__mises", "__11", ...; empty for scalars), the token, the value.
-template <class Value>
-void writeExtreme(std::ostream& out, const RecordHead& head, std::string_view quantity, Extreme extreme, Value value) {
-  out << head << quantity << extremeToken(extreme) << value << std::endl;
-}
+// Writes the records of a field over one region. A quantity is "__mises", "__11" ...; empty for scalars.
+class ExtremesWriter {
+ public:
+  // The stream is to live as long.
+  ExtremesWriter(std::ostream& out, RecordHead head) : out_(out), head_(std::move(head)) {}
 
-// The records of a quantity in the usual order: maximum, minimum, then the engineering maximum and minimum
-// under their switches.
-void writeExtremes(std::ostream& out, const RecordHead& head, std::string_view quantity, const Extremes& extremes);
+  // One record: the head, the quantity, the token, the value.
+  void write(std::string_view quantity, Extreme extreme, double value);
 
-// The records of a vector's components: maximum and minimum of each, then under its switch the engineering maximum of
-// each, then the engineering minimum of each, the latter under the token of `engineeringMin`.
-void writeVectorComponents(std::ostream& out, const RecordHead& head,
-                           const std::array<Extremes, kVectorComponents>& components, Extreme engineeringMin);
+  // The records of a quantity in the usual order: maximum, minimum, then the engineering maximum and minimum under
+  // their switches.
+  void writeAll(std::string_view quantity, const Extremes& extremes);
+
+  // The records of a vector's components: maximum and minimum of each, then under its switch the engineering maximum
+  // of each, then the engineering minimum of each, the latter under the token of `engineeringMin`.
+  void writeVector(const std::array<Extremes, kVectorComponents>& components, Extreme engineeringMin);
+
+ private:
+  std::ostream& out_;
+  RecordHead head_;
+  RecordLine line_;
+};
 
 // "__11" ... and "__1" ...
 inline constexpr std::array<std::string_view, 6> kTensorQuantities = {"__11", "__22", "__33", "__12", "__13", "__23"};

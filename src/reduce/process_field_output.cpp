@@ -7,15 +7,17 @@
 #include "reduce/reduce_field_output_values.h"
 #include "reduce/write_bulk_field_records.h"
 #include "result/extraction_switches.h"
+#include "result/indentation.h"
 
 namespace {
 
 bool isWanted(const odb_FieldOutput& field) {
   const ExtractionSwitches& switches = extractionSwitches();
+  if (switches.allFieldOutputs || switches.tensorInvariants) return true;
   const odb_String text = field.description();
   const auto names = [&](std::string_view word) { return text.view().find(word) != std::string_view::npos; };
-  return switches.allFieldOutputs || (switches.stress && names("Stress")) || (switches.spatial && names("Spatial")) ||
-         (switches.element && names("Element")) || switches.tensorInvariants;
+  return (switches.stress && names("Stress")) || (switches.spatial && names("Spatial")) ||
+         (switches.element && names("Element"));
 }
 
 // Nothing depends on the section points; the read stays because a damaged location is to end the run here.
@@ -41,8 +43,8 @@ void processFieldOutput(const odb_FieldOutput& field, std::ostream& out, const o
   if (depth <= 0) return;
   readSectionPoints(field);
   if (!isWanted(field)) return;
-  odb_String deeper = indent;
-  deeper.append("    ");
+  static DeeperIndentation indentation;
+  const odb_String& deeper = indentation.of(indent);
   const odb_Sequence<odb_InvariantEnum> invariants = field.validInvariants();
   if (wholeModel) {
     writeBulkFieldRecords(field.bulkDataBlocks(), out, stepName, increment, regionKind, regionTag, field.name(),

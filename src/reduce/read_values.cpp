@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "reduce/extremes_records.h"
 #include "reduce/field_value_access.h"
@@ -9,24 +10,19 @@
 
 namespace {
 
-// So many values are taken at a time.
-constexpr int kTogether = 1024;
 using Numbers = std::array<float, kTogether>;
+
+// So few that all invariants of them stay in the nearest cache.
+constexpr int kInvariantsTogether = 256;
 
 // Calls take(first, count) for stretches of a run.
 template <class Take>
-void forEachStretch(const odb_FieldValueRun& run, Take&& take) {
-  for (int from = 0; from < run.count(); from += kTogether) take(from, std::min(kTogether, run.count() - from));
+void forEachStretch(const odb_FieldValueRun& run, int together, Take&& take) {
+  for (int from = 0; from < run.count(); from += together) take(from, std::min(together, run.count() - from));
 }
-
-// Element `column` of the data of some values; elements past the end of the data are 0.
-template <class Number>
-void takeElement(Quantity& quantity, int place, int count, const Number* rows, int width, int column) {
-  if (column < width) {
-    quantity.takeColumn(place, count, rows, width, column);
-  } else {
-    quantity.takeRepeated(place, count, 0.0);
-  }
+template <class Take>
+void forEachStretch(const odb_FieldValueRun& run, Take&& take) {
+  forEachStretch(run, kTogether, take);
 }
 
 double elementOf(const float* row, int width, int column) {
@@ -36,54 +32,59 @@ double elementOf(const float* row, int width, int column) {
 void readScalars(odb_FieldValueRun& run, ValueReduction& reduction) {
   const int width = run.dataCount();
   const bool isDouble = run.precision() != odb_Enum::singlePrecision;
+  Quantity* const main = &reduction.main;
   forEachStretch(run, [&](int from, int count) {
     const int place = run.first() + from;
     if (isDouble) {
-      takeElement(reduction.main, place, count, run.doubleData(from, count), width, 0);
+      takeColumns({&main, 1}, place, count, run.doubleData(from, count), width);
     } else {
-      takeElement(reduction.main, place, count, run.floatData(from, count), width, 0);
+      takeColumns({&main, 1}, place, count, run.floatData(from, count), width);
     }
   });
 }
 
-void readVectors(odb_FieldValueRun& run, ValueReduction& reduction) {
-  const bool components = extractionSwitches().fieldComponents;
+// Takes the columns of a run by quantity, and puts those of the last value into the slots.
+void readComponents(odb_FieldValueRun& run, int from, int count, std::span<Quantity* const> quantities,
+                    std::span<double* const> slots) {
   const int width = run.dataCount();
+  const float* const rows = run.floatData(from, count);
+  takeColumns(quantities, run.first() + from, count, rows, width);
+  const float* const last = rows + static_cast<std::ptrdiff_t>(count - 1) * width;
+  for (std::size_t c = 0; c < slots.size(); ++c) *slots[c] = elementOf(last, width, static_cast<int>(c));
+}
+
+void readVectors(odb_FieldValueRun& run, ValueReduction& reduction) {
+  std::array<Quantity*, kVectorComponents> quantities;
+  std::array<double*, kVectorComponents> slots;
+  for (std::size_t c = 0; c < quantities.size(); ++c) {
+    quantities[c] = &reduction.vector[c];
+    slots[c] = &componentSlots().vector[c];
+  }
   Numbers magnitudes;
   forEachStretch(run, [&](int from, int count) {
-    const int place = run.first() + from;
     run.magnitude(from, count, magnitudes.data());
-    reduction.main.takeColumn(place, count, magnitudes.data(), 1, 0);
-    if (!components) return;
-    const float* const rows = run.floatData(from, count);
-    const float* const last = rows + static_cast<std::ptrdiff_t>(count - 1) * width;
-    for (int c = 0; c < kVectorComponents; ++c) {
-      const auto at = static_cast<std::size_t>(c);
-      takeElement(reduction.vector[at], place, count, rows, width, c);
-      componentSlots().vector[at] = elementOf(last, width, c);
-    }
+    reduction.main.takeNumbers(run.first() + from, count, magnitudes.data());
+    if (extractionSwitches().fieldComponents) readComponents(run, from, count, quantities, slots);
   });
 }
 
 // The data holds the present components alone, in their order.
 void readTensors(odb_FieldValueRun& run, ValueReduction& reduction) {
-  const bool components = extractionSwitches().fieldComponents;
-  const int width = run.dataCount();
+  std::array<Quantity*, kTensorComponents.size()> quantities;
+  std::array<double*, kTensorComponents.size()> slots;
+  std::size_t there = 0;
+  for (std::size_t c = 0; c < reduction.present.size(); ++c) {
+    if (!reduction.present[c]) continue;
+    quantities[there] = &reduction.tensor[c];
+    slots[there] = componentSlots().tensor[c];
+    ++there;
+  }
   Numbers mises;
   forEachStretch(run, [&](int from, int count) {
-    const int place = run.first() + from;
     run.mises(from, count, mises.data());
-    reduction.main.takeColumn(place, count, mises.data(), 1, 0);
-    if (!components) return;
-    const float* const rows = run.floatData(from, count);
-    const float* const last = rows + static_cast<std::ptrdiff_t>(count - 1) * width;
-    int met = 0;
-    for (std::size_t c = 0; c < reduction.present.size(); ++c) {
-      if (!reduction.present[c]) continue;
-      takeElement(reduction.tensor[c], place, count, rows, width, met);
-      *componentSlots().tensor[c] = elementOf(last, width, met);
-      ++met;
-    }
+    reduction.main.takeNumbers(run.first() + from, count, mises.data());
+    if (!extractionSwitches().fieldComponents) return;
+    readComponents(run, from, count, std::span(quantities).first(there), std::span(slots).first(there));
   });
 }
 
@@ -142,6 +143,9 @@ void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
   forEachRun(values, [&](odb_FieldValueRun& run) {
     if (run.count() == 0) return;
     reduction.type = run.type();
+    if (!odb_isTensor(run.type())) {
+      for (Quantity& component : reduction.tensor) component.leaveOut(run.first(), run.count());
+    }
     if (isReadTogether(run)) {
       readTogether(run, reduction);
     } else {
@@ -150,17 +154,23 @@ void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
   });
 }
 
-void readInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& quantity) {
-  const odb_InvariantEnum code = kInvariantQuantities[static_cast<std::size_t>(slot)].code;
+void readInvariants(const odb_SequenceFieldValue& values, std::span<InvariantReduction> invariants) {
   Numbers numbers;
   forEachRun(values, [&](odb_FieldValueRun& run) {
     if (!isReadTogether(run)) {
-      for (int i = 0; i < run.count(); ++i) quantity.take(run.first() + i, selectInvariant(run.value(i), slot));
+      for (int i = 0; i < run.count(); ++i) {
+        const odb_FieldValue value = run.value(i);
+        for (InvariantReduction& invariant : invariants) {
+          invariant.quantity.take(run.first() + i, selectInvariant(value, invariant.slot));
+        }
+      }
       return;
     }
-    forEachStretch(run, [&](int from, int count) {
-      run.invariant(code, from, count, numbers.data());
-      quantity.takeColumn(run.first() + from, count, numbers.data(), 1, 0);
+    forEachStretch(run, kInvariantsTogether, [&](int from, int count) {
+      for (InvariantReduction& invariant : invariants) {
+        run.invariant(kInvariantQuantities[static_cast<std::size_t>(invariant.slot)].code, from, count, numbers.data());
+        invariant.quantity.takeNumbers(run.first() + from, count, numbers.data());
+      }
     });
   });
 }

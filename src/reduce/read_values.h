@@ -2,6 +2,7 @@
 #pragma once
 
 #include <ostream>
+#include <span>
 
 #include "odbaccess/odb_api.h"
 #include "reduce/value_reduction.h"
@@ -13,5 +14,11 @@ void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
                 const odb_Sequence<odb_InvariantEnum>& invariants, const odb_String& valueName, bool flag,
                 ValueReduction& reduction);
 
-// Takes an invariant of every value, by its slot, see selectInvariant().
-void readInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& quantity);
+// An invariant by its slot, see selectInvariant(), and what has been seen of it.
+struct InvariantReduction {
+  int slot;
+  Quantity quantity;
+};
+
+// Takes some invariants of every value, in one pass.
+void readInvariants(const odb_SequenceFieldValue& values, std::span<InvariantReduction> invariants);

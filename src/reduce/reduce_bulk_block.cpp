@@ -9,9 +9,13 @@
 #include "kernels/kernels.h"
 #include "reduce/engineering_extremes.h"
 #include "reduce/reduction_results.h"
+#include "reduce/side_by_side.h"
+#include "reduce/value_array.h"
 #include "result/extraction_switches.h"
 
 namespace {
+
+using kernels::Order;
 
 template <class Number>
 struct BlockExtremes {
@@ -50,49 +54,45 @@ struct Rows {
 
 // An array for a value of each row, empty where no selection will ask for it.
 template <class Number>
-std::vector<Number> scratchFor(int rows) {
-  return std::vector<Number>(extractionSwitches().wantsEngineering() ? static_cast<std::size_t>(rows) : 0);
-}
-
-// Keeps a column of some rows in such an array.
-template <class Number>
-void keepColumn(std::vector<Number>& scratch, std::size_t first, std::size_t count, const Number* rows, int width,
-                int column) {
-  if (scratch.empty()) return;
-  for (std::size_t i = 0; i < count; ++i, rows += width) scratch[first + i] = rows[column];
+ValueArray<Number> arrayFor(int rows) {
+  return ValueArray<Number>(extractionSwitches().wantsEngineering() ? static_cast<std::size_t>(rows) : 0);
 }
 
 // Both engineering extremes of an array, as far as they are wanted; the maximum in the order given.
-template <class Number, class Result, class MaxOrder>
-void selectInto(std::span<Number> values, MaxOrder maxOrder, Result& engineeringMax, Result& engineeringMin) {
+template <class Number, class Result>
+void addSelection(SideBySide& selections, ValueArray<Number>& values, Order maxOrder, Result& engineeringMax,
+                  Result& engineeringMin) {
   if (values.empty()) return;
-  const ExtractionSwitches& switches = extractionSwitches();
-  if (switches.engineeringMin) {
-    engineeringMin = static_cast<Result>(engineeringExtreme<Number>(values, switches.percentage, Ascending()));
-  }
-  if (switches.engineeringMax) {
-    engineeringMax = static_cast<Result>(engineeringExtreme<Number>(values, switches.percentage, maxOrder));
-  }
+  const std::span<Number> all = values.all();
+  selections.add(all.size(), [=, &engineeringMax, &engineeringMin] {
+    const ExtractionSwitches& switches = extractionSwitches();
+    if (switches.engineeringMin) {
+      engineeringMin = static_cast<Result>(engineeringExtreme(all, switches.percentage, Order::ascending));
+    }
+    if (switches.engineeringMax) {
+      engineeringMax = static_cast<Result>(engineeringExtreme(all, switches.percentage, maxOrder));
+    }
+  });
 }
 
-// The extremes of every column of a block, and the columns themselves where a selection will ask for them. Infinities
-// stand for a column without a value; no running extreme is replaced by one of them that a value would not replace.
+// The extremes of every column of a block, and the first columns themselves where a selection will ask for them.
+// Infinities stand for a column without a value; no running extreme is replaced by one of them that a value would not
+// replace.
 template <class Number>
 class ColumnReduction {
  public:
   ColumnReduction(const Rows<Number>& rows, int columns)
       : max_(static_cast<std::size_t>(rows.width), -std::numeric_limits<Number>::infinity()),
-        min_(static_cast<std::size_t>(rows.width), std::numeric_limits<Number>::infinity()),
-        columns_(static_cast<std::size_t>(columns)) {
-    for (std::vector<Number>& column : columns_) column = scratchFor<Number>(rows.count);
+        min_(static_cast<std::size_t>(rows.width), std::numeric_limits<Number>::infinity()) {
+    for (int c = 0; c < columns; ++c) columns_.push_back(arrayFor<Number>(rows.count));
+    for (ValueArray<Number>& column : columns_) numbers_.push_back(column.data());
+    isKept_ = columns > 0 && !columns_[0].empty();
   }
 
   void take(std::size_t first, std::size_t count, const Number* rows) {
     const int width = static_cast<int>(max_.size());
     kernels::columnExtremes(rows, count, width, max_.data(), min_.data());
-    for (std::size_t c = 0; c < columns_.size(); ++c) {
-      keepColumn(columns_[c], first, count, rows, width, static_cast<int>(c));
-    }
+    if (isKept_) kernels::splitColumns(rows, count, width, numbers_.data(), static_cast<int>(numbers_.size()), first);
   }
 
   void addPlainTo(std::size_t column, Extremes& extremes) const {
@@ -102,14 +102,16 @@ class ColumnReduction {
     if (min < extremes.min) extremes.min = min;
   }
 
-  void selectInto(std::size_t column, Extremes& extremes) {
-    ::selectInto<Number>(columns_[column], Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  void addSelectionTo(SideBySide& selections, std::size_t column, Extremes& extremes) {
+    addSelection(selections, columns_[column], Order::descending, extremes.engineeringMax, extremes.engineeringMin);
   }
 
  private:
   std::vector<Number> max_;
   std::vector<Number> min_;
-  std::vector<std::vector<Number>> columns_;  // the first ones
+  std::vector<ValueArray<Number>> columns_;
+  std::vector<Number*> numbers_;  // of each of them
+  bool isKept_ = false;
 };
 
 // How many components the rows of a vector block have.
@@ -122,46 +124,47 @@ template <class Number>
 BlockExtremes<Number> reduceNodeVectors(const Rows<Number>& rows) {
   const bool components = extractionSwitches().fieldComponents;
   BlockExtremes<Number> extremes;
-  std::vector<Number> magnitudes = scratchFor<Number>(rows.count);
+  ValueArray<Number> magnitudes = arrayFor<Number>(rows.count);
   ColumnReduction<Number> columns(rows, components ? vectorComponents(rows) : 0);
   rows.forEachTile([&](std::size_t first, std::size_t count, const Number* numbers, const odb_FieldBulkTile&) {
     kernels::lengthExtremes(numbers, count, rows.width, &extremes.plain.max, &extremes.plain.min);
     if (!magnitudes.empty()) kernels::lengths(numbers, count, rows.width, magnitudes.data() + first);
     if (components) columns.take(first, count, numbers);
   });
-  selectInto<Number>(magnitudes, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  SideBySide selections;
+  addSelection(selections, magnitudes, Order::descending, extremes.engineeringMax, extremes.engineeringMin);
   for (int j = 0; components && j < vectorComponents(rows); ++j) {
     const auto column = static_cast<std::size_t>(j);
     columns.addPlainTo(column, reductionResults().vector[column]);
-    columns.selectInto(column, reductionResults().vector[column]);
+    columns.addSelectionTo(selections, column, reductionResults().vector[column]);
   }
+  selections.run();
   return extremes;
 }
 
-// Every number counts for the plain extremes, the last of a row for the engineering ones; returns those.
+// Every number counts for the plain extremes, the last of a row for the engineering ones: the maximum in the order
+// given.
 template <class Number>
-std::vector<Number> takeNumbers(const Rows<Number>& rows, BlockExtremes<Number>& extremes) {
-  std::vector<Number> last = scratchFor<Number>(rows.count);
+BlockExtremes<Number> reduceNumbers(const Rows<Number>& rows, Order maxOrder) {
+  BlockExtremes<Number> extremes;
+  ValueArray<Number> last = arrayFor<Number>(rows.count);
+  Number* const column = last.data();
   rows.forEachTile([&](std::size_t first, std::size_t count, const Number* numbers, const odb_FieldBulkTile&) {
     const std::size_t all = count * static_cast<std::size_t>(rows.width);
     kernels::columnExtremes(numbers, all, 1, &extremes.plain.max, &extremes.plain.min);
-    keepColumn(last, first, count, numbers, rows.width, rows.width - 1);
+    if (!last.empty()) kernels::splitColumns(numbers + rows.width - 1, count, rows.width, &column, 1, first);
   });
-  return last;
+  SideBySide selections;
+  addSelection(selections, last, maxOrder, extremes.engineeringMax, extremes.engineeringMin);
+  selections.run();
+  return extremes;
 }
 
 template <class Number>
 BlockExtremes<Number> reduceNodeNumbers(const Rows<Number>& rows) {
-  BlockExtremes<Number> extremes;
-  std::vector<Number> last = takeNumbers(rows, extremes);
   // In single precision, and here alone, the maximum is selected in ascending order too: a result that readers of the
   // records rely on.
-  if constexpr (std::is_same_v<Number, float>) {
-    selectInto<Number>(last, Ascending(), extremes.engineeringMax, extremes.engineeringMin);
-  } else {
-    selectInto<Number>(last, Descending(), extremes.engineeringMax, extremes.engineeringMin);
-  }
-  return extremes;
+  return reduceNumbers(rows, std::is_same_v<Number, float> ? Order::ascending : Order::descending);
 }
 
 template <class Number>
@@ -177,24 +180,30 @@ template <class Number>
 BlockExtremes<Number> reduceElementTensors(const Rows<Number>& rows, const ComponentFlags& present) {
   const bool components = extractionSwitches().fieldComponents;
   RunningExtremes<float> mises{-std::numeric_limits<float>::infinity(), std::numeric_limits<float>::infinity()};
-  std::vector<float> values = scratchFor<float>(rows.count);
+  ValueArray<float> values = arrayFor<float>(rows.count);
   ColumnReduction<Number> columns(rows, components ? rows.width : 0);
   rows.forEachTile([&](std::size_t first, std::size_t count, const Number* numbers, const odb_FieldBulkTile& tile) {
-    tile.takeMises(mises.max, mises.min);
-    if (!values.empty()) tile.mises(values.data() + first);
+    if (values.empty()) {
+      tile.takeMises(mises.max, mises.min);
+    } else {
+      tile.mises(values.data() + first);
+      kernels::columnExtremes(values.data() + first, count, 1, &mises.max, &mises.min);
+    }
     if (components) columns.take(first, count, numbers);
   });
   BlockExtremes<Number> extremes;
   if (static_cast<Number>(mises.max) > extremes.plain.max) extremes.plain.max = static_cast<Number>(mises.max);
   if (static_cast<Number>(mises.min) < extremes.plain.min) extremes.plain.min = static_cast<Number>(mises.min);
-  selectInto<float>(values, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  SideBySide selections;
+  addSelection(selections, values, Order::descending, extremes.engineeringMax, extremes.engineeringMin);
   for (std::size_t c = 0; components && c < present.size() && c < static_cast<std::size_t>(rows.width); ++c) {
     if (!present[c]) continue;
     Extremes& component = reductionResults().tensor[c];
     component.resetEngineering();
     columns.addPlainTo(c, component);
-    columns.selectInto(c, component);
+    columns.addSelectionTo(selections, c, component);
   }
+  selections.run();
   return extremes;
 }
 
@@ -214,21 +223,13 @@ BlockExtremes<Number> reduceElementVectors(const Rows<Number>& rows) {
 }
 
 template <class Number>
-BlockExtremes<Number> reduceElementScalars(const Rows<Number>& rows) {
-  BlockExtremes<Number> extremes;
-  std::vector<Number> last = takeNumbers(rows, extremes);
-  selectInto<Number>(last, Descending(), extremes.engineeringMax, extremes.engineeringMin);
-  return extremes;
-}
-
-template <class Number>
 BlockExtremes<Number> reduceElements(const Rows<Number>& rows, const ComponentFlags& present) {
   if (extractionSwitches().fieldComponents) {
     for (Extremes& component : reductionResults().vector) component.resetPlain();
     for (Extremes& component : reductionResults().tensor) component.resetPlain();
   }
   if (odb_isTensor(rows.type)) return reduceElementTensors(rows, present);
-  return rows.type == odb_Enum::vector ? reduceElementVectors(rows) : reduceElementScalars(rows);
+  return rows.type == odb_Enum::vector ? reduceElementVectors(rows) : reduceNumbers(rows, Order::descending);
 }
 
 ComponentFlags presentComponents(const odb_FieldBulkData& block) {

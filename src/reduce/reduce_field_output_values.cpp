@@ -1,97 +1,97 @@
 #include "reduce/reduce_field_output_values.h"
 
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "reduce/extremes_records.h"
 #include "reduce/field_value_access.h"
 #include "reduce/read_values.h"
+#include "reduce/side_by_side.h"
 #include "reduce/value_reduction.h"
 #include "result/extraction_switches.h"
+#include "result/indentation.h"
 
 namespace {
 
 // The maxima are selected in the arrays as the minima have left them; tensor components go the other way round.
 void selectEngineering(ValueReduction& reduction) {
-  const ExtractionSwitches& switches = extractionSwitches();
-  const bool vector = reduction.type == odb_Enum::vector;
-  const bool tensor = odb_isTensor(reduction.type);
-  const auto forEach = [](auto& quantities, bool wanted, auto&& select) {
-    if (!wanted) return;
-    for (Quantity& quantity : quantities) select(quantity);
+  const auto minFirst = [](Quantity& quantity) {
+    if (extractionSwitches().engineeringMin) quantity.selectMin();
+    if (extractionSwitches().engineeringMax) quantity.selectMax();
   };
-  const auto selectMin = [](Quantity& quantity) { quantity.selectMin(); };
-  const auto selectMax = [](Quantity& quantity) { quantity.selectMax(); };
-  if (switches.engineeringMin) {
-    reduction.main.selectMin();
-    forEach(reduction.vector, vector, selectMin);
-  }
-  if (switches.engineeringMax) {
-    reduction.main.selectMax();
-    forEach(reduction.vector, vector, selectMax);
-    forEach(reduction.tensor, tensor, selectMax);
-  }
-  if (switches.engineeringMin) forEach(reduction.tensor, tensor, selectMin);
+  const auto maxFirst = [](Quantity& quantity) {
+    if (extractionSwitches().engineeringMax) quantity.selectMax();
+    if (extractionSwitches().engineeringMin) quantity.selectMin();
+  };
+  SideBySide selections;
+  const auto add = [&](Quantity& quantity, auto&& select) {
+    if (quantity.values.empty()) return;
+    selections.add(quantity.values.all().size(), [&quantity, select] { select(quantity); });
+  };
+  add(reduction.main, minFirst);
+  for (Quantity& component : reduction.vector) add(component, minFirst);
+  for (Quantity& component : reduction.tensor) add(component, maxFirst);
+  selections.run();
 }
 
 // Over a region the two engineering records of a scalar stand in the other order than over the whole model.
-void writeScalarRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const Extremes& extremes) {
+void writeScalarRecords(ExtremesWriter& records, bool wholeModel, const Extremes& extremes) {
   if (!wholeModel) {
-    writeExtremes(out, head, "", extremes);
+    records.writeAll("", extremes);
     return;
   }
-  writeExtreme(out, head, "", Extreme::max, extremes.max);
-  writeExtreme(out, head, "", Extreme::min, extremes.min);
+  records.write("", Extreme::max, extremes.max);
+  records.write("", Extreme::min, extremes.min);
   if (extractionSwitches().engineeringMin) {
-    writeExtreme(out, head, "", Extreme::engineeringMin, extremes.engineeringMin);
+    records.write("", Extreme::engineeringMin, extremes.engineeringMin);
   }
   if (extractionSwitches().engineeringMax) {
-    writeExtreme(out, head, "", Extreme::engineeringMax, extremes.engineeringMax);
+    records.write("", Extreme::engineeringMax, extremes.engineeringMax);
   }
 }
 
-void writeVectorRecords(std::ostream& out, const RecordHead& head, const ValueReduction& reduction) {
-  writeExtremes(out, head, "__mag", reduction.main.extremes);
+void writeVectorRecords(ExtremesWriter& records, const ValueReduction& reduction) {
+  records.writeAll("__mag", reduction.main.extremes);
   if (!extractionSwitches().fieldComponents) return;
   std::array<Extremes, kVectorComponents> components;
   for (std::size_t c = 0; c < components.size(); ++c) components[c] = reduction.vector[c].extremes;
-  writeVectorComponents(out, head, components, Extreme::engineeringMin);
+  records.writeVector(components, Extreme::engineeringMin);
 }
 
-void writeTensorRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const ValueReduction& reduction) {
+void writeTensorRecords(ExtremesWriter& records, bool wholeModel, const ValueReduction& reduction) {
   const ExtractionSwitches& switches = extractionSwitches();
   const Extremes& mises = reduction.main.extremes;
-  writeExtreme(out, head, "__mises", Extreme::max, mises.max);
-  writeExtreme(out, head, "__mises", Extreme::min, mises.min);
-  if (switches.engineeringMax) writeExtreme(out, head, "__mises", Extreme::engineeringMax, mises.engineeringMax);
+  records.write("__mises", Extreme::max, mises.max);
+  records.write("__mises", Extreme::min, mises.min);
+  if (switches.engineeringMax) records.write("__mises", Extreme::engineeringMax, mises.engineeringMax);
   if (switches.engineeringMin) {
     // Over a region the two-dimensional surface kind has it under the name of the plain minimum: readers know it so.
     const bool underPlainName = !wholeModel && reduction.type == odb_Enum::tensor2dSurface;
-    writeExtreme(out, head, "__mises", underPlainName ? Extreme::min : Extreme::engineeringMin, mises.engineeringMin);
+    records.write("__mises", underPlainName ? Extreme::min : Extreme::engineeringMin, mises.engineeringMin);
   }
   if (!switches.fieldComponents) return;
   for (std::size_t c = 0; c < reduction.tensor.size(); ++c) {
-    if (reduction.present[c]) writeExtremes(out, head, kTensorQuantities[c], reduction.tensor[c].extremes);
+    if (reduction.present[c]) records.writeAll(kTensorQuantities[c], reduction.tensor[c].extremes);
   }
 }
 
-void writeRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const ValueReduction& reduction) {
+void writeRecords(ExtremesWriter& records, bool wholeModel, const ValueReduction& reduction) {
   if (!wholeModel && reduction.main.extremes.max == kLowest<double>) return;
   if (reduction.type == odb_Enum::scalar) {
-    writeScalarRecords(out, head, wholeModel, reduction.main.extremes);
+    writeScalarRecords(records, wholeModel, reduction.main.extremes);
   } else if (reduction.type == odb_Enum::vector) {
-    writeVectorRecords(out, head, reduction);
+    writeVectorRecords(records, reduction);
   } else if (odb_isTensor(reduction.type)) {
-    writeTensorRecords(out, head, wholeModel, reduction);
+    writeTensorRecords(records, wholeModel, reduction);
   }
 }
 
 // What still stands at its starting value was not found and is not written.
-void writeInvariantRecords(std::ostream& out, const RecordHead& head, std::string_view quantity,
-                           const Extremes& extremes) {
+void writeInvariantRecords(ExtremesWriter& records, std::string_view quantity, const Extremes& extremes) {
   const ExtractionSwitches& switches = extractionSwitches();
   const auto write = [&](bool wanted, Extreme extreme, double value, double start) {
-    if (wanted && value != start) writeExtreme(out, head, quantity, extreme, value);
+    if (wanted && value != start) records.write(quantity, extreme, value);
   };
   write(true, Extreme::max, extremes.max, kLowest<double>);
   write(true, Extreme::min, extremes.min, kHighest<double>);
@@ -99,22 +99,43 @@ void writeInvariantRecords(std::ostream& out, const RecordHead& head, std::strin
   write(switches.engineeringMin, Extreme::engineeringMin, extremes.engineeringMin, kHighest<double>);
 }
 
-void reduceInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& quantity) {
-  readInvariant(values, slot, quantity);
+// Selects where values have been seen.
+void selectEngineering(std::span<InvariantReduction> invariants) {
   const ExtractionSwitches& switches = extractionSwitches();
-  if (switches.engineeringMin && quantity.extremes.min != kHighest<double>) quantity.selectMin();
-  if (switches.engineeringMax && quantity.extremes.max != kLowest<double>) quantity.selectMax();
+  SideBySide selections;
+  for (InvariantReduction& invariant : invariants) {
+    Quantity& quantity = invariant.quantity;
+    if (quantity.values.empty()) continue;
+    selections.add(quantity.values.all().size(), [&] {
+      if (switches.engineeringMin && quantity.extremes.min != kHighest<double>) quantity.selectMin();
+      if (switches.engineeringMax && quantity.extremes.max != kLowest<double>) quantity.selectMax();
+    });
+  }
+  selections.run();
 }
 
-void reduceInvariants(const odb_SequenceFieldValue& values, std::ostream& out, const RecordHead& head,
+void reduceInvariants(const odb_SequenceFieldValue& values, ExtremesWriter& records,
                       const odb_Sequence<odb_InvariantEnum>& valid) {
+  const bool isKept = extractionSwitches().wantsEngineering();
+  // With arrays of their values two at a time, so that all nine need not be in memory.
+  const std::size_t together = isKept ? 2 : kInvariantQuantities.size();
+  std::vector<InvariantReduction> invariants;
+  const auto finish = [&] {
+    readInvariants(values, invariants);
+    selectEngineering(invariants);
+    for (const InvariantReduction& invariant : invariants) {
+      const std::string_view name = kInvariantQuantities[static_cast<std::size_t>(invariant.slot)].quantity;
+      writeInvariantRecords(records, name, invariant.quantity.extremes);
+    }
+    invariants.clear();
+  };
   for (std::size_t slot = 0; slot < kInvariantQuantities.size(); ++slot) {
     if (!valid.isMember(kInvariantQuantities[slot].code)) continue;
-    Quantity quantity;
-    if (extractionSwitches().wantsEngineering()) quantity.values.resize(static_cast<std::size_t>(values.size()));
-    reduceInvariant(values, static_cast<int>(slot), quantity);
-    writeInvariantRecords(out, head, kInvariantQuantities[slot].quantity, quantity.extremes);
+    invariants.push_back({static_cast<int>(slot), {}});
+    if (isKept) invariants.back().quantity.values = ValueArray<double>(static_cast<std::size_t>(values.size()));
+    if (invariants.size() == together) finish();
   }
+  if (!invariants.empty()) finish();
 }
 
 }  // namespace
@@ -125,15 +146,19 @@ void reduceFieldOutputValues(const odb_SequenceFieldValue& values, std::ostream&
                              odb_Sequence<odb_String>& componentLabels, int, odb_String valueName, bool flag) {
   reductionResults().clearBlock();
   if (isScreenedRegion(regionName)) return;
-  valueName.append("    ");
+  static DeeperIndentation valueNames;
   connectTensorSlots(componentSlots());
-  ValueReduction reduction(cutToComponents(componentLabels), values.size());
-  readValues(values, out, invariants, valueName, flag, reduction);
-  selectEngineering(reduction);
   const bool wholeModel = scope.view() == "ALL";
-  writeRecords(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName), wholeModel,
-               reduction);
+  const ComponentFlags present = cutToComponents(componentLabels);
+  {
+    ValueReduction reduction(present, values);
+    readValues(values, out, invariants, valueNames.of(valueName), flag, reduction);
+    selectEngineering(reduction);
+    ExtremesWriter records(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName));
+    writeRecords(records, wholeModel, reduction);
+  }
   if (extractionSwitches().tensorInvariants && cleanedName(fieldName) == "S") {
-    reduceInvariants(values, out, RecordHead(prefix, frame, regionName, fieldName), invariants);
+    ExtremesWriter withRegion(out, RecordHead(prefix, frame, regionName, fieldName));
+    reduceInvariants(values, withRegion, invariants);
   }
 }

@@ -4,6 +4,7 @@
 #include "reduce/reduce_bulk_block.h"
 #include "reduce/reduction_results.h"
 #include "result/extraction_switches.h"
+#include "result/indentation.h"
 
 namespace {
 
@@ -25,19 +26,19 @@ struct FieldReduction {
   }
 };
 
-void writeTensorRecords(std::ostream& out, const RecordHead& head, const FieldReduction& field) {
-  writeExtremes(out, head, "__mises", field.extremes);
+void writeTensorRecords(ExtremesWriter& records, const FieldReduction& field) {
+  records.writeAll("__mises", field.extremes);
   if (!extractionSwitches().fieldComponents) return;
   for (std::size_t c = 0; c < field.present.size(); ++c) {
-    if (field.present[c]) writeExtremes(out, head, kTensorQuantities[c], reductionResults().tensor[c]);
+    if (field.present[c]) records.writeAll(kTensorQuantities[c], reductionResults().tensor[c]);
   }
 }
 
-void writeVectorRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const FieldReduction& field) {
-  writeExtremes(out, head, "__mag", field.extremes);
+void writeVectorRecords(ExtremesWriter& records, bool wholeModel, const FieldReduction& field) {
+  records.writeAll("__mag", field.extremes);
   if (!extractionSwitches().fieldComponents) return;
   // Over a region a component's engineering minimum goes by the name of its plain minimum: readers rely on it.
-  writeVectorComponents(out, head, reductionResults().vector, wholeModel ? Extreme::engineeringMin : Extreme::min);
+  records.writeVector(reductionResults().vector, wholeModel ? Extreme::engineeringMin : Extreme::min);
 }
 
 }  // namespace
@@ -46,8 +47,7 @@ void writeBulkFieldRecords(const odb_SequenceFieldBulkData& blocks, std::ostream
                            int frame, const odb_String& scope, const odb_String& regionName,
                            const odb_String& fieldName, const odb_Sequence<odb_InvariantEnum>& invariants,
                            const odb_String& indentation, bool flag) {
-  odb_String blockIndentation = indentation;
-  blockIndentation.append("    ");
+  static DeeperIndentation blockIndentation;
   FieldReduction field;
   for (int i = 0; i < blocks.size(); ++i) {
     if (i == 0 && extractionSwitches().fieldComponents) {
@@ -55,19 +55,19 @@ void writeBulkFieldRecords(const odb_SequenceFieldBulkData& blocks, std::ostream
     }
     const odb_FieldBulkData& block = blocks[i];
     field.type = block.type();
-    reduceBulkBlock(block, out, prefix, frame, fieldName, invariants, blockIndentation, flag);
+    reduceBulkBlock(block, out, prefix, frame, fieldName, invariants, blockIndentation.of(indentation), flag);
     field.takeBlock(reductionResults().block);
     if (odb_isTensor(field.type)) field.takeLabels(block.componentLabels());
   }
 
   const bool wholeModel = scope.view() == "ALL";
   if (!wholeModel && field.extremes.max == kLowest<double>) return;
-  const RecordHead head(prefix, frame, wholeModel ? odb_String() : regionName, fieldName);
+  ExtremesWriter records(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName));
   if (odb_isTensor(field.type)) {
-    writeTensorRecords(out, head, field);
+    writeTensorRecords(records, field);
   } else if (field.type == odb_Enum::vector) {
-    writeVectorRecords(out, head, wholeModel, field);
+    writeVectorRecords(records, wholeModel, field);
   } else {
-    writeExtremes(out, head, "", field.extremes);
+    records.writeAll("", field.extremes);
   }
 }

@@ -3,30 +3,45 @@
 
 #include <string>
 
-// Keeps other runs out of a result file, from before it is emptied until its marker is written. Opens the file, making
-// it where there is none, and changes nothing in it.
-class ResultLock {
+// Keeps other runs out of a directory, from before the marker of an earlier run is removed until this one's is written.
+// The lock is on the directory itself (flock), where no reader of the results meets it, and goes with the process. One
+// that another run has is waited for half a second.
+class DirectoryLock {
  public:
-  explicit ResultLock(const std::string& path);
-  ~ResultLock();
-  ResultLock(const ResultLock&) = delete;
-  ResultLock& operator=(const ResultLock&) = delete;
+  explicit DirectoryLock(const char* directory);
+  ~DirectoryLock();
+  DirectoryLock(const DirectoryLock&) = delete;
+  DirectoryLock& operator=(const DirectoryLock&) = delete;
+
+  // Whether another run has it. Always false on file systems without locks, and for a directory that cannot be read.
+  bool isElsewhere() const { return isElsewhere_; }
+
+ private:
+  int directory_;
+  bool isElsewhere_;
+};
+
+// Where the result file stands. Opens it, making it where there is none, and changes nothing in it; without waiting,
+// should it be a pipe that nobody reads.
+class ResultPlace {
+ public:
+  explicit ResultPlace(const std::string& path);
+  ~ResultPlace();
+  ResultPlace(const ResultPlace&) = delete;
+  ResultPlace& operator=(const ResultPlace&) = delete;
 
   // Whether the file can be written at all.
   bool isOpen() const { return file_ >= 0; }
-  // Whether another run is writing it. Always false on file systems without locks, and for what is no regular file.
-  bool isElsewhere() const { return isElsewhere_; }
   // Whether the path still leads to the file that was opened.
   bool isInPlace() const;
 
  private:
   std::string path_;
   int file_;
-  bool isElsewhere_ = false;
 };
 
 // Removes the marker of an earlier run. False when it is still there, with the reason in errno.
-bool removeMarker(const std::string& path);
+bool removeMarker(const char* path);
 
 // Writes the marker; it appears complete or not at all. False when it does not, with the reason in errno.
 bool writeMarker(const std::string& path);

@@ -1,15 +1,15 @@
 #include "result/record_name.h"
 
 #include <algorithm>
-#include <iterator>
-#include <string_view>
+#include <cstddef>
 
 namespace {
 
 void appendCleaned(std::string& text, const odb_String& name) {
-  const auto cleaned = [](char c) { return c == '-' || c == ' ' ? '_' : c; };
-  const std::string_view bytes = name.cStr();
-  std::transform(bytes.begin(), bytes.end(), std::back_inserter(text), cleaned);
+  const std::size_t first = text.size();
+  text += name.cStr();
+  std::replace_if(
+      text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), [](char c) { return c == '-' || c == ' '; }, '_');
 }
 
 }  // namespace
@@ -21,6 +21,8 @@ std::string cleanedName(const odb_String& name) {
 }
 
 RecordHead::RecordHead(const odb_String& step, int increment, const odb_String& regionTag, const odb_String& field) {
+  constexpr std::size_t kRest = 32;  // the fixed parts and the number
+  text_.reserve(static_cast<std::size_t>(step.length() + regionTag.length() + field.length()) + kRest);
   appendCleaned(text_, step);
   text_ += "__Frame_";
   text_ += std::to_string(increment);

@@ -1,8 +1,8 @@
 // The names of records.
 #pragma once
 
-#include <ostream>
 #include <string>
+#include <string_view>
 
 #include "odbaccess/odb_api.h"
 
@@ -15,7 +15,7 @@ class RecordHead {
  public:
   RecordHead(const odb_String& step, int increment, const odb_String& regionTag, const odb_String& field);
 
-  friend std::ostream& operator<<(std::ostream& out, const RecordHead& head) { return out << head.text_; }
+  std::string_view text() const { return text_; }
 
  private:
   std::string text_;

@@ -1,8 +1,12 @@
 #include "result/result_file.h"
 
-#include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
 
-#include "result/number_format.h"
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -12,38 +16,69 @@ constexpr const char* kLineEnd = "\r\n";
 constexpr const char* kLineEnd = "\n";
 #endif
 
+// More than this is written even if nobody flushes.
+constexpr std::size_t kMostCollected = std::size_t{64} << 10U;
+
+bool writeAll(int file, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = ::write(file, text.data(), text.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    text.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
 }  // namespace
 
-LineEndBuffer::int_type LineEndBuffer::overflow(int_type c) {
+LineBuffer::LineBuffer(const std::string& path, std::string lineEnd)
+    : file_(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)), lineEnd_(std::move(lineEnd)) {}
+
+bool LineBuffer::close() {
+  if (!isOpen()) return false;
+  const bool isWritten = sync() == 0;
+  const bool isClosed = ::close(file_) == 0;
+  file_ = -1;
+  return isWritten && isClosed;
+}
+
+LineBuffer::int_type LineBuffer::overflow(int_type c) {
   if (traits_type::eq_int_type(c, traits_type::eof())) return traits_type::not_eof(c);
   const char character = traits_type::to_char_type(c);
   return xsputn(&character, 1) == 1 ? c : traits_type::eof();
 }
 
-std::streamsize LineEndBuffer::xsputn(const char* text, std::streamsize count) {
+std::streamsize LineBuffer::xsputn(const char* text, std::streamsize count) {
+  if (!isOpen()) return 0;
   const char* const end = text + count;
   for (const char* at = text; at != end;) {
-    const char* const feed = std::find(at, end, '\n');
-    if (target_.sputn(at, feed - at) != feed - at) return at - text;
-    if (feed == end) break;
-    const auto length = static_cast<std::streamsize>(lineEnd_.size());
-    if (target_.sputn(lineEnd_.data(), length) != length) return feed - text;
-    at = feed + 1;
+    const char* const feed = lineEnd_ == "\n" ? end : std::find(at, end, '\n');
+    collected_.append(at, feed);
+    at = feed;
+    if (at == end) break;
+    collected_ += lineEnd_;
+    ++at;
   }
+  if (collected_.size() > kMostCollected && sync() != 0) return 0;
   return count;
+}
+
+int LineBuffer::sync() {
+  if (!isOpen()) return -1;
+  const bool isWritten = writeAll(file_, collected_);
+  collected_.clear();
+  return isWritten ? 0 : -1;
 }
 
 ResultFile::ResultFile(const std::string& path) : ResultFile(path, kLineEnd) {}
 
 ResultFile::ResultFile(const std::string& path, const std::string& lineEnd)
-    : std::ostream(nullptr), lines_(file_, lineEnd) {
-  imbue(resultLocale());
+    : std::ostream(nullptr), lines_(path, lineEnd) {
   rdbuf(&lines_);
-  if (file_.open(path, std::ios::out | std::ios::trunc) == nullptr) setstate(std::ios::badbit);
+  if (!lines_.isOpen()) setstate(std::ios::badbit);
 }
 
 bool ResultFile::close() {
-  flush();
-  const bool closed = file_.close() != nullptr;
-  return good() && closed;
+  const bool isClosed = lines_.close();
+  return good() && isClosed;
 }

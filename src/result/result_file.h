@@ -1,27 +1,37 @@
 // The text files that the extraction leaves behind.
 #pragma once
 
-#include <fstream>
+#include <ostream>
 #include <streambuf>
 #include <string>
 
-// Passes characters on to another buffer, each line feed as the line end given.
-class LineEndBuffer : public std::streambuf {
+// Collects characters until they are flushed, then writes them with one call, each line feed as the line end given.
+// What could not be written is dropped.
+class LineBuffer : public std::streambuf {
  public:
-  LineEndBuffer(std::streambuf& target, std::string lineEnd) : target_(target), lineEnd_(std::move(lineEnd)) {}
+  // Creates the file or empties it.
+  LineBuffer(const std::string& path, std::string lineEnd);
+  LineBuffer(const LineBuffer&) = delete;
+  LineBuffer& operator=(const LineBuffer&) = delete;
+  ~LineBuffer() override { close(); }
+
+  bool isOpen() const { return file_ >= 0; }
+  // Writes what is left. False when that or the closing fails, or there was no file.
+  bool close();
 
  protected:
   int_type overflow(int_type c) override;
   std::streamsize xsputn(const char* text, std::streamsize count) override;
-  int sync() override { return target_.pubsync(); }
+  int sync() override;
 
  private:
-  std::streambuf& target_;
+  int file_;
   std::string lineEnd_;
+  std::string collected_;
 };
 
-// A text file in the working directory, with the number format of results and the line ends that the build was
-// configured for. Opening it empties an existing file. Writers do not check for failures; close() tells of them.
+// A text file in the working directory with the line ends that the build was configured for. Opening it empties an
+// existing file. Writers do not check for failures; close() tells of them.
 class ResultFile : public std::ostream {
  public:
   explicit ResultFile(const std::string& path);
@@ -32,6 +42,5 @@ class ResultFile : public std::ostream {
   bool close();
 
  private:
-  std::filebuf file_;
-  LineEndBuffer lines_;
+  LineBuffer lines_;
 };

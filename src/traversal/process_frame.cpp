@@ -4,6 +4,7 @@
 
 #include "reduce/process_field_output.h"
 #include "result/extraction_switches.h"
+#include "result/indentation.h"
 
 namespace {
 
@@ -54,15 +55,14 @@ void processFrame(const odb_Odb& odb, const odb_Frame& frame, std::ostream& out,
                   const odb_String& indent, int depth) {
   std::cout << "Processing Frame: " << frame.description().cStr() << std::endl;
   if (depth <= 0) return;
-  odb_String deeper = indent;
-  deeper.append("    ");
-  const odb_FieldOutputRepository& fields = frame.fieldOutputs();
-  odb_FieldOutputRepositoryIT at(fields);
-  for (at.first(); !at.isDone(); at.next()) {
+  static DeeperIndentation deeper;
+  const odb_String wholeModel("ALL");
+  cow_BtreeIterator<odb_String, odb_FieldOutput> at(frame.fieldOutputs());
+  for (at.First(); !at.IsDone(); at.Next()) {
     // A copy, so that what the field reads goes before the next one comes.
-    const odb_FieldOutput field = fields.get(at.currentKey());
-    const FieldVisit visit{frame, field, out, stepName, deeper, depth - 1};
-    visit(field, "ALL", "");
+    const odb_FieldOutput field = at.CurrentValue();
+    const FieldVisit visit{frame, field, out, stepName, deeper.of(indent), depth - 1};
+    visit(field, wholeModel, odb_String());
     if (!extractionSwitches().fieldSets && !extractionSwitches().tensorInvariants) continue;
     visitSetsOf(visit, odb.rootAssembly(), "__");
     visitSetsOfAll(visit, odb.rootAssembly().instances());

@@ -6,6 +6,7 @@
 
 #include "history/process_history_region.h"
 #include "result/extraction_switches.h"
+#include "result/record_line.h"
 #include "traversal/process_frame.h"
 
 namespace {
@@ -20,31 +21,34 @@ std::string massPrefix(const odb_String& stepName) {
   return prefix;
 }
 
-void writeNumber(std::ostream& out, double number) {
+void addNumber(RecordLine& line, double number) {
   if (extractionSwitches().computeValues) {
-    out << number;
+    line << number;
   } else {
-    out << 0;
+    line << 0;
   }
 }
 
 void writeList(std::ostream& out, const std::string& name, const odb_SequenceDouble& numbers) {
   if (numbers.size() == 0) return;
-  out << name << "\t(";
+  RecordLine line;
+  line << name << "\t(";
   for (int i = 0; i < numbers.size(); ++i) {
-    if (i > 0) out << ", ";
-    writeNumber(out, numbers.constGet(i));
+    if (i > 0) line << ", ";
+    addNumber(line, numbers.constGet(i));
   }
-  out << ")" << std::endl;
+  line << ")";
+  line.end(out);
 }
 
 void writeMass(const odb_Step& step, std::ostream& out) {
   std::cout << "Extracting mass properties" << std::endl;
   if (step.mass() == kNoMass) return;
   const std::string prefix = massPrefix(step.name());
-  out << prefix << "__Mass\t";
-  writeNumber(out, step.mass());
-  out << std::endl;
+  RecordLine line;
+  line << prefix << "__Mass\t";
+  addNumber(line, step.mass());
+  line.end(out);
   writeList(out, prefix + "__MassCenter", step.massCenter());
   writeList(out, prefix + "__InertiaCenter", step.inertiaAboutCenter());
   writeList(out, prefix + "__InertiaOrigin", step.inertiaAboutOrigin());

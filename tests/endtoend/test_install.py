@@ -4,7 +4,7 @@ import pathlib
 import shutil
 import subprocess
 
-from support import BIN, ProgramTest, small_database
+from support import BIN, ROOT, ProgramTest, small_database
 
 
 class InstallTest(ProgramTest):
@@ -37,6 +37,33 @@ class InstallTest(ProgramTest):
     def test_a_moved_prefix_goes_on_working(self):
         shutil.move(self.prefix, self.path("elsewhere"))
         self.extract(str(self.path("elsewhere/bin/kolvex")))
+
+    def configure(self, build, *options):
+        return subprocess.run([os.environ["KOLVEX_CMAKE"], "-S", ROOT, "-B", build, "-G", "Ninja", "-DBUILD_TESTING=OFF",
+                               *options], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, timeout=120,
+                              check=False)
+
+    def test_other_directories_are_found_too(self):
+        for bindir, libexecdir in (("bin", "lib"), ("tools/bin", "lib/tools")):
+            with self.subTest(libexecdir):
+                build, prefix = self.path("build " + bindir.replace("/", "")), self.path(libexecdir.replace("/", "") + "prefix")
+                configured = self.configure(build, f"-DCMAKE_INSTALL_LIBEXECDIR={libexecdir}", f"-DCMAKE_INSTALL_BINDIR={bindir}")
+                self.assertEqual(configured.returncode, 0, configured.stderr)
+                subprocess.run([os.environ["KOLVEX_CMAKE"], "--build", build, "--target", "kolvex"], check=True,
+                               stdout=subprocess.DEVNULL, timeout=240)
+                # The other programs are those of this build: what they are made of is the same.
+                for program in ("import", "quarnish", "verify"):
+                    shutil.copy(BIN / program, build / "bin")
+                subprocess.run([os.environ["KOLVEX_CMAKE"], "--install", build, "--prefix", prefix], check=True,
+                               stdout=subprocess.DEVNULL, timeout=120)
+                self.assertEqual(self.files(prefix)[:4], sorted([f"{bindir}/kolvex"] + [
+                    f"{libexecdir}/kolvex/{program}" for program in ("import", "quarnish", "verify")])[:4])
+                self.extract(str(prefix / bindir / "kolvex"))
+
+    def test_a_directory_named_like_the_launcher_is_refused(self):
+        configured = self.configure(self.path("build"), "-DCMAKE_INSTALL_LIBEXECDIR=bin")
+        self.assertEqual(configured.returncode, 1)
+        self.assertIn("the directory of the programs would be named like the launcher", " ".join(configured.stderr.split()))
 
     def test_a_link_to_the_launcher_serves(self):
         link = pathlib.Path(self.path("kolvex"))

@@ -40,7 +40,7 @@ class LauncherTest(ProgramTest):
     def test_full_streams_are_no_reason_to_fall_over(self):
         with open("/dev/full", "wb") as full:
             for arguments, status in ((["--help"], 1), (["--version"], 1), ([], 2), (["unknown"], 1),
-                                      (["verify", "nothing.odb"], 1), (["verify", "--help"], 0), (["verify"], 2)):
+                                      (["verify", "nothing.odb"], 5), (["verify", "--help"], 0), (["verify"], 2)):
                 process = subprocess.run([BIN / "kolvex", *arguments], stdout=full, stderr=full, check=False)
                 self.assertEqual(process.returncode, status, arguments)
 

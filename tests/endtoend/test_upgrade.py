@@ -5,7 +5,7 @@ import random
 import h5py
 import numpy as np
 
-from support import ProgramTest
+from support import FAILED, ProgramTest
 
 
 def old_database(path, increments=12):
@@ -113,8 +113,54 @@ class UpgradeTest(ProgramTest):
         with h5py.File(self.path("old.odb"), "a") as old:
             old["steps/Pull/frames/3/fields/U"].attrs["description"] = "something else"
         run = self.run_program("-odb", "old", "-config", "config.txt")
-        self.assertIn(b'field "U": frame 3 describes it differently than the frames before', run.err)
+        self.assertEqual(run.err, b'old.odb: cannot be upgraded into upgradedOdb.odb: /steps/Pull: field "U": frame 3 describes '
+                         b"it differently than the frames before\n" + FAILED)
         self.assertEqual(run.status, 0)
+
+    def test_a_copy_that_cannot_be_written_is_told_of_the_database(self):
+        self.path("upgradedOdb.odb").unlink()
+        self.path("upgradedOdb.odb").mkdir()
+        run = self.run_program("-odb", "old", "-config", "config.txt")
+        self.assertEqual(run.err, b"old.odb: cannot be upgraded into upgradedOdb.odb: cannot be created: it is a directory\n" + FAILED)
+
+    def test_a_copy_is_never_made_in_place_of_its_source(self):
+        self.path("upgradedOdb.odb").unlink()
+        self.path("old.odb").rename(self.path("upgradedOdb.odb"))
+        before = self.path("upgradedOdb.odb").read_bytes()
+        (self.path("elsewhere")).mkdir()
+        self.path("elsewhere/link.odb").symlink_to("../upgradedOdb.odb")
+        for name in ("upgradedOdb", "./upgradedOdb.odb", self.path("upgradedOdb.odb"), "elsewhere/link"):
+            with self.subTest(name):
+                run = self.run_program("-odb", name, "-config", "config.txt")
+                path = str(name) + ("" if str(name).endswith(".odb") else ".odb")
+                self.assertEqual(run.err.decode(), f"{path}: is of an older layout, and its upgraded copy upgradedOdb.odb would replace "
+                                 f"it: give it another name\n{FAILED.decode()}")
+                self.assertEqual(self.path("upgradedOdb.odb").read_bytes(), before)
+                self.assertIsNone(run.text("paramsdone.txt"))
+
+    def test_a_copy_is_never_made_where_a_link_leads_to_its_source(self):
+        self.path("upgradedOdb.odb").unlink()
+        self.path("upgradedOdb.odb").symlink_to("old.odb")
+        before = self.path("old.odb").read_bytes()
+        self.assertIn(b"would replace it", self.run_program("-odb", "old", "-config", "config.txt").err)
+        self.assertEqual(self.path("old.odb").read_bytes(), before)
+
+    def test_an_upgraded_copy_is_read_as_it_stands(self):
+        again = self.run_program("-odb", "upgradedOdb", "-config", "config.txt")
+        self.assertEqual((again.status, again.err), (0, b""))
+
+    def test_a_type_outside_the_tables_is_kept(self):
+        with h5py.File(self.path("old.odb"), "a") as old:
+            for frame in old["steps/Pull/frames"].values():
+                frame["fields/U"].attrs["type"] = 4
+        run = self.run_program("-odb", "old", "-config", "config.txt")
+        self.assertEqual((run.status, run.err), (0, b""))
+        with h5py.File(self.path("upgradedOdb.odb")) as new:
+            self.assertEqual(new["steps/Pull/fields/U"].attrs["type"], 4)
+        records = dict(line.split("\t") for line in run.text("params.txt").decode().splitlines())
+        self.assertEqual(records["Pull__Frame_12__U__max"], "11")
+        self.assertEqual(records["Hold__Frame_12__P_ENDS__U__mag__max"], f"{11 * 3 ** 0.5:.6g}")
+        self.assertEqual([name for name in records if "Pull__Frame_12__P_ENDS__U" in name], [])
 
     def test_a_failed_upgrade_keeps_the_older_copy_and_leaves_nothing(self):
         with h5py.File(self.path("old.odb"), "a") as old:
@@ -182,7 +228,7 @@ class DamagedTest(ProgramTest):
             crashed = b"old.odb: reading it crashed (" in run.err
             endings["crashed" if crashed else "refused" if run.err else "read"] += 1
             if run.err:
-                self.assertTrue(run.err.startswith((b"old.odb: ", b"upgradedOdb.odb: ")), run.err)
+                self.assertTrue(run.err.startswith(b"old.odb: "), run.err)
                 self.assertFalse(self.path("paramsdone.txt").exists(), seed)
             left = sorted(p.name for p in (*self.directory.iterdir(), *copies.iterdir())
                           if ".tmp." in p.name or p.name.startswith("core"))

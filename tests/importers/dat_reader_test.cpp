@@ -140,22 +140,50 @@ DatValues valuesOf(const char* title, DatRow row) {
 }
 
 TEST(DatRowsTest, AreTakenApartByTheirTable) {
-  const DatValues point = valuesOf("stresses", {"10", "3", "1.", "2.", "3.", "4.", "5.", "6.", "17", "OR1"});
+  const DatValues point = valuesOf("stresses", {"10", "3", "1.", "2.", "3.", "4.", "5.", "6.", "17"});
   EXPECT_THAT(point.labels, ElementsAre(10, 3));
   EXPECT_THAT(point.numbers, ElementsAre(1, 2, 3, 4, 5, 6)) << "an orientation may be named by a number";
+  EXPECT_TRUE(point.isLocal);
   const DatValues local = valuesOf("displacements", {"7", "1.", "-2.", "5.5-124", "L"});
   EXPECT_THAT(local.labels, ElementsAre(7, 0));
   EXPECT_THAT(local.numbers, ElementsAre(1, -2, 5.5e-124));
+  EXPECT_TRUE(local.isLocal);
+  EXPECT_FALSE(valuesOf("displacements", {"7", "1.", "-2.", "3."}).isLocal);
   EXPECT_THAT(valuesOf("internal state variables", {"1", "2", "1.", "2."}).numbers, ElementsAre(1, 2));
   const DatValues mode = valuesOf("eigenvalue output", {"2", "4.", "2.", ".3", "0."});
   EXPECT_THAT(mode.labels, ElementsAre(2, 0));
   const DatValues cyclic = valuesOf("eigenvalue output", {"4", "2", "4.", "2.", ".3", "0."});
   EXPECT_THAT(cyclic.labels, ElementsAre(2, 4)) << "the nodal diameter comes first";
+  EXPECT_TRUE(cyclic.hasDiameter);
 }
 
-TEST(DatRowsTest, HaveNoMoreNumbersThanTheirTable) {
-  EXPECT_THAT(valuesOf("eigenvalue output", {"2", "4.", "2.", ".3", "0.", "9."}).numbers, ElementsAre(4, 2, .3, 0));
-  EXPECT_THAT(valuesOf("buckling factor output", {"2", "4.", "2."}).numbers, ElementsAre(4));
+TEST(DatRowsTest, MaySayWithTheirHeadingWhatTheirColumnsAre) {
+  const DatTable surface =
+      parseDatTitle("   area, normal force (+ = tension), shear force (size), torque and bending moment (size)");
+  const DatTable contact = parseDatTitle("   area,  normal force (+ = tension) and shear force (size)");
+  const DatFormat& format = datFormatOf(contact);
+  EXPECT_EQ(&format, &datFormatOf(surface));
+  EXPECT_THAT(datColumns(format, surface.heading, 5), Optional(ElementsAre(0, 1, 2, 3, 4)));
+  EXPECT_THAT(datColumns(format, contact.heading, 3), Optional(ElementsAre(0, 1, 2)));
+  EXPECT_EQ(datColumns(format, contact.heading, 5), std::nullopt);
+  EXPECT_THAT(datColumns(format, "area, torque and normal force", 3), Optional(ElementsAre(0, 3, 1)));
+}
+
+TEST(DatRowsTest, OfComplexModesLackTheEigenvalue) {
+  DatTable table;
+  table.title = "eigenvalue output";
+  const DatFormat& format = datFormatOf(table);
+  EXPECT_THAT(datColumns(format, "", 4), Optional(ElementsAre(0, 1, 2, 3)));
+  EXPECT_THAT(datColumns(format, "", 3), Optional(ElementsAre(1, 2, 3)));
+  EXPECT_EQ(format.outputName(2), "EIGFREQ");
+}
+
+TEST(DatRowsTest, MayBeRemarksOnOtherRows) {
+  EXPECT_TRUE(isRemark({"TOTAL", "1.", "2."}));
+  EXPECT_TRUE(isRemark({"tra", "1.", "2."}));
+  EXPECT_FALSE(isRemark({"NaN", "1."}));
+  EXPECT_FALSE(isRemark({"12", "1."}));
+  EXPECT_FALSE(isRemark({"*****", "1."}));
 }
 
 TEST(DatRowsTest, ThatAreDamagedAreRefused) {
@@ -168,6 +196,9 @@ TEST(DatRowsTest, ThatAreDamagedAreRefused) {
   EXPECT_FALSE(readDatRow(format, {"10"}, values));
   EXPECT_FALSE(readDatRow(format, {"1x", "3", "1.", "2.", "3.", "4.", "5.", "6."}, values));
   EXPECT_FALSE(readDatRow(format, {"10", "3", "1.", "2.", "3.", "*****", "5.", "6."}, values));
+  EXPECT_FALSE(readDatRow(format, {"10", "3", "1.", "2.", "3.", "4.", "5.", "6.", "OR1", "7."}, values));
+  table.title = "buckling factor output";
+  EXPECT_FALSE(readDatRow(datFormatOf(table), {"2", "4.", "2."}, values));
 }
 
 }  // namespace

@@ -71,10 +71,35 @@ TEST_F(DeckSurfacesTest, SetsKeepTheirNamesBeforeSurfaces) {
   const Deck deck = read(kBrick8 + "*SURFACE,NAME=e\nE,S1\n*NSET,NSET=N\n1\n*NSET,NSET=N-SURFACE\n2\n" +
                          "*SURFACE,NAME=N,TYPE=NODE\n3\n");
   EXPECT_THAT(namesOf(deck.elementSets), UnorderedElementsAre("E", "e-SURFACE"));
-  EXPECT_THAT(namesOf(deck.nodeSets), UnorderedElementsAre("e", "N", "N-SURFACE", "N-SURFACE-SURFACE"));
+  EXPECT_THAT(namesOf(deck.nodeSets), UnorderedElementsAre("e-SURFACE", "N", "N-SURFACE", "N-SURFACE-SURFACE"));
   EXPECT_THAT(deck.elementSets.at("E-SURFACE").labels, ElementsAre(1));
+  EXPECT_THAT(deck.nodeSets.at("E-SURFACE").labels, ElementsAre(1, 2, 3, 4));
   EXPECT_THAT(deck.nodeSets.at("N-SURFACE").labels, ElementsAre(2));
   EXPECT_THAT(deck.nodeSets.at("N-SURFACE-SURFACE").labels, ElementsAre(3));
+}
+
+TEST_F(DeckSurfacesTest, ASurfaceWithACommaInItsNameMayMeetASet) {
+  const Deck deck = read(kBrick8 + "*NSET,NSET=\"a,b\"\n1\n*SURFACE,NAME=\"a,c\"\nE,S1\n");
+  EXPECT_THAT(namesOf(deck.nodeSets), UnorderedElementsAre("a,b", "a,c-SURFACE"));
+  EXPECT_EQ(deck.surfacePrintedAs("\"A")->names.front(), "a,c-SURFACE");
+}
+
+TEST_F(DeckSurfacesTest, SurfacesOfNodesAndOfElementsMayShareAName) {
+  const Deck deck = read(kBrick8 + "*SURFACE,NAME=S,TYPE=NODE\n1\n*SURFACE,NAME=S\nE,S2\n");
+  EXPECT_THAT(deck.nodeSets.at("S").labels, ElementsAre(1));
+  EXPECT_THAT(deck.nodeSets.at("S-SURFACE").labels, ElementsAre(5, 6, 7, 8));
+  EXPECT_THAT(deck.elementSets.at("S-SURFACE").labels, ElementsAre(1));
+}
+
+// Numbers as the solver has them: it prints the centre and the normal of such faces.
+TEST_F(DeckSurfacesTest, FacesOfElementsThatMayBecomeSolidsAreKept) {
+  const Deck deck = read(
+      "*ELEMENT,TYPE=S4,ELSET=A\n1,1,2,3,4\n*ELEMENT,TYPE=CPS4,ELSET=B\n2,5,6,7,8\n*ELEMENT,TYPE=B31,ELSET=C\n3,1,2\n"
+      "*ELEMENT,TYPE=C3D4,ELSET=D\n4,1,2,3,4\n*SURFACE,NAME=S\nA,SPOS\nA,SNEG\nA,S3\nB,S1\nB,SP\nC,S5\nD,S1\n");
+  std::vector<std::pair<int, int>> faces;
+  for (const DeckFace& face : deck.nodeSets.at("S").faces) faces.emplace_back(face.element, face.face);
+  EXPECT_THAT(faces, ElementsAre(std::pair(1, 2), std::pair(1, 1), std::pair(1, 3), std::pair(2, 3), std::pair(2, 2),
+                                 std::pair(3, 5)));
 }
 
 TEST_F(DeckSurfacesTest, ASurfaceThatIsOpenedAgainGrows) {

@@ -3,13 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "frd_text.h"
-#include "importers/calculix/import_calculix.h"
+#include "importers/calculix/calculix_source.h"
+#include "importers/run/run_import.h"
 #include "importers_test.h"
 #include "odbstore/reader.h"
 
@@ -19,15 +21,17 @@ class ImportTest : public testing::Test {
  protected:
   ImportSummary import(const std::string& results, const std::string& deck = "", const std::string& status = "",
                        bool isStrict = false) {
+    CalculixRun run = run_;
     ImportRequest request = request_;
-    request.results = writeText(directory_, "job.frd", results);
-    if (!deck.empty()) request.deck = writeText(directory_, "job.inp", deck);
-    request.status = directory_.file("job.sta");
+    run.results = request.results = writeText(directory_, "job.frd", results);
+    if (!deck.empty()) run.deck = writeText(directory_, "job.inp", deck);
+    run.status = directory_.file("job.sta");
     if (!status.empty()) writeText(directory_, "job.sta", status);
+    run.isStrict = isStrict;
     request.output = output_;
-    request.isStrict = isStrict;
     warnings_.clear();
-    return importCalculix(request, [this](const std::string& warning) { warnings_.push_back(warning); });
+    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    return runImport(*openCalculix(run, warn), request, warn);
   }
 
   std::string failure(const std::string& results, const std::string& deck = "", bool isStrict = false) {
@@ -45,8 +49,15 @@ class ImportTest : public testing::Test {
   }
 
   static std::vector<float> rowsOf(const odbstore::StoredBlock& block, int frame = 0) {
-    std::vector<float> rows(static_cast<std::size_t>(block.rows() * block.width()));
-    block.read(frame, rows.data());
+    const auto count = static_cast<std::size_t>(block.rows() * block.width());
+    std::vector<float> rows(count);
+    if (!block.isDouble()) {
+      block.read(frame, rows.data());
+      return rows;
+    }
+    std::vector<double> doubles(count);
+    block.read(frame, doubles.data());
+    std::transform(doubles.begin(), doubles.end(), rows.begin(), [](double row) { return static_cast<float>(row); });
     return rows;
   }
 
@@ -72,7 +83,9 @@ class ImportTest : public testing::Test {
     return texts;
   }
 
-  ImportRequest request_;  // for what the arguments do not say
+  // For what the arguments do not say.
+  CalculixRun run_;
+  ImportRequest request_;
   TemporaryDirectory directory_;
   std::string output_ = directory_.file("job.odb");
   std::vector<std::string> warnings_;

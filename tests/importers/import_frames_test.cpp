@@ -32,7 +32,8 @@ TEST_F(ImportTest, StepsAreNamedByTheirNumberAndDescribedByTheDeck) {
   import(twoBars() + temperature({}) + temperature({.step = 3, .counter = 2, .value = 2.0}) + kEnd,
          "*STEP\nfirst\n*STATIC\n*END STEP\n*STEP\n*STATIC\n*END STEP\n*STEP\nthe third\n*STATIC\n*END STEP\n");
   const Reader reader(output_);
-  EXPECT_THAT(reader.steps(), ElementsAre("Step-1", "Step-3"));
+  EXPECT_THAT(reader.steps(), ElementsAre("Step-1", "Step-2", "Step-3")) << "the second has no results, but a mass";
+  EXPECT_THAT(reader.step("Step-2")->frames(), IsEmpty());
   EXPECT_EQ(reader.step("Step-1")->info().description, "first");
   EXPECT_EQ(reader.step("Step-3")->info().description, "the third");
 }

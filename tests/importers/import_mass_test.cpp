@@ -16,7 +16,7 @@ using testing::IsEmpty;
 // Two points on the x axis, at 1 and at 4.
 const std::string kPoints =
     "*NODE\n1,1,0,0\n3,4,0,0\n*ELEMENT,TYPE=MASS,ELSET=A\n10,1\n*ELEMENT,TYPE=MASS,ELSET=B\n20,3\n"
-    "*MASS,ELSET=A\n4\n*MASS,ELSET=B\n2\n*STEP\nfirst\n*END STEP\n";
+    "*MASS,ELSET=A\n4\n*MASS,ELSET=B\n2\n*STEP\nfirst\n*END STEP\n*STEP\n*END STEP\n";
 
 const std::string kTwoSteps = twoBars() + temperature({}) + temperature({.step = 2, .counter = 2}) + kEnd;
 
@@ -36,7 +36,7 @@ TEST_F(ImportTest, EveryStepHasTheMassOfTheModel) {
 }
 
 TEST_F(ImportTest, MassThatIsNotWantedIsNotMade) {
-  request_.withMass = false;
+  run_.withMass = false;
   // Nor are numbers read that serve mass alone.
   import(kTwoSteps, kPoints + "*NODE\n5,here\n*MASS,ELSET=A\nmuch\n");
   const odbstore::StepInfo info = Reader(output_).step("Step-1")->info();

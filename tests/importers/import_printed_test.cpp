@@ -18,9 +18,9 @@ std::string table(const std::string& title, double time, const std::string& rows
   return fmt::format("\n {} and time  {:13.7E}\n\n{}", title, time, rows);
 }
 
-std::string displacement(double time, double value, const std::string& set = "TOP") {
+std::string displacement(double time, double value, const std::string& set = "TOP", const std::string& mark = "") {
   return table("displacements (vx,vy,vz) for set " + set, time,
-               fmt::format("         3  {:12.6E}  0.000000E+00 -1.000000E+00\n", value));
+               fmt::format("         3  {:12.6E}  0.000000E+00 -1.000000E+00{}\n", value, mark));
 }
 
 std::string stress(double time, double value) {
@@ -49,7 +49,7 @@ class PrintedTest : public ImportTest {
  protected:
   ImportSummary importPrinted(const std::string& printed, const std::string& deck, const std::string& results = "",
                               const std::string& status = "") {
-    request_.printed = writeText(directory_, "job.dat", printed);
+    run_.printed = writeText(directory_, "job.dat", printed);
     return import(twoBars() + results + kEnd, deck.empty() ? "" : kSets + deck, status);
   }
 
@@ -87,7 +87,7 @@ TEST_F(PrintedTest, IntegrationPointsBecomeFieldsByTypeOfElement) {
   ASSERT_EQ(field.blocks.size(), 1U);
   EXPECT_EQ(field.blocks[0].location()->info().position, odbstore::Position::integrationPoint);
   EXPECT_EQ(field.blocks[0].location()->info().elementType, "LINE2");
-  EXPECT_THAT(rowsOf(field.blocks[0]), ElementsAre(7, 2, 3, 4, 5, 6, 1, 2, 3, 4, 5, 6));
+  EXPECT_THAT(rowsOf(field.blocks[0]), ElementsAre(7, 2, 3, 4, 5, 6));
   const odbstore::StoredHistoryRegion region = step->historyRegion("Element 10 Int Point 1 of bars");
   EXPECT_EQ(region.info.element, 10);
   EXPECT_EQ(region.info.integrationPoint, 1);
@@ -95,8 +95,29 @@ TEST_F(PrintedTest, IntegrationPointsBecomeFieldsByTypeOfElement) {
   EXPECT_THAT(history("Step-1", "Element 10 Int Point 1 of bars", "S13_10"), ElementsAre(1, 5));
 }
 
+TEST_F(PrintedTest, RowsInAxesOfTheElementMakeFieldsAndHistoriesOfTheirOwn) {
+  importPrinted(stress(1, 7) + displacement(1, 2, "TOP", " L"), kStatic, temperature({}));
+  const auto step = Reader(output_).step("Step-1");
+  const odbstore::StoredField& field = fieldOf(*step, "S_IP_LOCAL");
+  EXPECT_THAT(field.blocks[0].location()->elementLabels(), ElementsAre(20));
+  EXPECT_THAT(rowsOf(field.blocks[0]), ElementsAre(1, 2, 3, 4, 5, 6));
+  EXPECT_THAT(field.info.description, EndsWith("in local axes"));
+  EXPECT_THAT(history("Step-1", "Element 20 Int Point 1 of bars", "S11_LOCAL_20"), ElementsAre(1, 1));
+  EXPECT_NO_THROW(fieldOf(*step, "U_PRINT_LOCAL"));
+  EXPECT_THROW(fieldOf(*step, "U_PRINT"), std::runtime_error);
+  EXPECT_THAT(history("Step-1", "Node 3 of Top", "U1_LOCAL"), ElementsAre(1, 2));
+}
+
+TEST_F(PrintedTest, ANodeThatASetListsTwiceHasOneRow) {
+  const std::string row = "         3  1.000000E+00  0.000000E+00 -1.000000E+00\n";
+  importPrinted(table("displacements (vx,vy,vz) for set TOP", 1, row + row), kStatic, temperature({}));
+  const auto step = Reader(output_).step("Step-1");
+  EXPECT_THAT(fieldOf(*step, "U_PRINT").blocks.at(0).location()->nodeLabels(), ElementsAre(3));
+  EXPECT_THAT(history("Step-1", "Node 3 of Top", "U1"), ElementsAre(1, 1));
+}
+
 TEST_F(PrintedTest, StressesAtIntegrationPointsCanHaveThePlainName) {
-  request_.stressAt = StressAt::integrationPoints;
+  run_.stressAt = StressAt::integrationPoints;
   importPrinted(
       stress(1, 7) + displacement(1, 2), kStatic,
       result({}, "STRESS", kStress, {{1, {1, 2, 3, 4, 5, 6}}}) + result({}, "DISP", kDisplacement, {{1, {1, 2, 3}}}));
@@ -172,7 +193,8 @@ TEST_F(PrintedTest, BucklingFactorsAreMovedToTheStepThatAskedForThem) {
              temperature({.counter = 3, .value = 48, .kind = 4}) + temperature({.step = 4, .counter = 4, .value = 3}) +
              kEnd,
          kStatic + kStatic + kBuckle + kStatic);
-  EXPECT_THAT(steps(), ElementsAre("Step-2", "Step-3", "Step-4"));
+  EXPECT_THAT(steps(), ElementsAre("Step-1", "Step-2", "Step-3", "Step-4"));
+  EXPECT_THAT(descriptions("Step-1"), IsEmpty());
   EXPECT_THAT(descriptions("Step-3"), ElementsAre("Mode 1: Buckling Factor = 48"));
 }
 
@@ -194,7 +216,7 @@ TEST_F(PrintedTest, SumsAndSectionsBelongToTheirSet) {
 }
 
 TEST_F(PrintedTest, LargeSetsHaveNoHistoriesAndALineSaysSo) {
-  request_.historyLimit = 1;
+  run_.historyLimit = 1;
   importPrinted(stress(1, 7) + displacement(1, 2), kStatic, temperature({}));
   EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.dat:2: warning: stresses of bars with 2 rows, more than 1, become "
                                               "fields without histories")));
@@ -267,12 +289,18 @@ TEST_F(PrintedTest, NamesOfSetsAreTextWhateverIsInThem) {
   EXPECT_THAT(Reader(output_).step("Step-1")->historyRegions(), ElementsAre("Set S \u00E4"));
 }
 
-TEST_F(PrintedTest, ADamagedRowIsNamed) {
+TEST_F(PrintedTest, ADamagedRowCostsItsTableAndNothingElse) {
   std::string text = stress(1, 7);
   text.replace(text.find("  2.0  3.0"), 5, "  2,0");
-  request_.printed = writeText(directory_, "job.dat", text);
-  EXPECT_THAT(failure(twoBars() + temperature({}) + kEnd, kSets + kStatic),
-              EndsWith("job.dat:4: error: this is no row of stresses"));
+  importPrinted(displacement(1, 2) + text, kStatic, temperature({}));
+  const auto step = Reader(output_).step("Step-1");
+  EXPECT_THROW(fieldOf(*step, "S_IP"), std::runtime_error);
+  EXPECT_THAT(step->historyRegions(), ElementsAre("Node 3 of Top"));
+  EXPECT_THAT(warnings_,
+              ElementsAre(EndsWith("job.dat:8: warning: this is no row of stresses, and the table is left out")));
+  std::filesystem::remove(output_);
+  EXPECT_THAT(failure(twoBars() + temperature({}) + kEnd, kSets + kStatic, true),
+              EndsWith("job.dat:8: error: this is no row of stresses, and the table is left out"));
 }
 
 TEST_F(PrintedTest, ATableThatIsCutOffIsLeftOut) {
@@ -283,16 +311,17 @@ TEST_F(PrintedTest, ATableThatIsCutOffIsLeftOut) {
   EXPECT_EQ(summary.cutOffBehind, "step 1, time 1");
   EXPECT_THAT(fieldOf(*Reader(output_).step("Step-1"), "S_IP").frames(), ElementsAre(0));
   EXPECT_THAT(warnings_, ElementsAre(HasSubstr("job.dat:")));
-  request_.printed = writeText(directory_, "job.dat", text.substr(0, text.size() - 30));
+  run_.printed = writeText(directory_, "job.dat", text.substr(0, text.size() - 30));
   std::filesystem::remove(output_);
   EXPECT_THAT(failure(twoBars() + temperature({}) + kEnd, kSets + kStatic, true), HasSubstr("job.dat:"));
 }
 
-TEST_F(PrintedTest, WhatIsNotKnownIsPassedOver) {
-  importPrinted(" Modal Assurance Criterium\n\n  0.6927E+00\n" + table("ghosts for set TOP", 1, "  1  2.0\n"), kStatic,
-                temperature({}));
+TEST_F(PrintedTest, TablesThatAreNotKnownAreNamedOnce) {
+  const std::string ghosts = table("ghosts for set TOP", 1, "  1  2.0\n");
+  importPrinted(" Modal Assurance Criterium\n\n  0.6927E+00\n" + ghosts + ghosts, kStatic, temperature({}));
   EXPECT_THAT(Reader(output_).step("Step-1")->historyRegions(), IsEmpty());
-  EXPECT_THAT(warnings_, IsEmpty());
+  EXPECT_THAT(warnings_,
+              ElementsAre(EndsWith("job.dat:5: warning: tables of \"ghosts\" are not known, and are left out")));
 }
 
 }  // namespace

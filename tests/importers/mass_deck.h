@@ -126,7 +126,7 @@ class MassTest : public testing::Test {
  protected:
   std::optional<StepMass> massOfText(const std::string& text) {
     const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
-    return massOf(readDeck(writeText(directory_, "job.inp", text), warn, DeckDetail::mass), warn);
+    return massOf(readDeck(writeText(directory_, "job.inp", text), warn, {DeckDetail::mass}), warn);
   }
 
   // For a deck that has one and nothing to warn of.

@@ -1,9 +1,8 @@
-#include "importers/calculix/selection.h"
-
 #include <gmock/gmock.h>
 
 #include "import_fixture.h"
-#include "importers/calculix/contents.h"
+#include "importers/run/choice.h"
+#include "importers/run/outline_table.h"
 
 namespace importers::calculix {
 namespace {
@@ -33,7 +32,8 @@ std::string twoSteps() {
 class SelectionTest : public ImportTest {
  protected:
   ImportSummary importSelected(const Selection& selection, const std::string& results = twoSteps()) {
-    return importCalculix(request(selection, results), sink());
+    request_.selection = selection;
+    return import(results);
   }
 
   std::string refusal(const Selection& selection) {
@@ -43,21 +43,12 @@ class SelectionTest : public ImportTest {
   }
 
   std::string listed(const Selection& selection, const std::string& results = twoSteps()) {
-    const std::string table = listCalculix(request(selection, results), sink());
+    request_.selection = selection;
+    run_.results = request_.results = writeText(directory_, "job.frd", results);
+    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    const std::string table = outlineTable(listImport(*openCalculix(run_, warn), request_, warn), run_.results);
     EXPECT_FALSE(std::filesystem::exists(output_)) << "a list writes nothing";
     return table;
-  }
-
-  ImportRequest request(const Selection& selection, const std::string& results) {
-    ImportRequest request;
-    request.results = writeText(directory_, "job.frd", results);
-    request.output = output_;
-    request.selection = selection;
-    return request;
-  }
-
-  WarningSink sink() {
-    return [this](const std::string& warning) { warnings_.push_back(warning); };
   }
 
   // The temperatures of a step, one per frame.
@@ -139,7 +130,7 @@ TEST_F(SelectionTest, TheListIsWhatWouldBeImported) {
                                    "Step-2  2      2000   Mode 2: Frequency = 2000\n"
                                    "Step-2  3      3000   Mode 3: Frequency = 3000\n"
                                    "\n"
-                                   "step    field  block   kind    components         rows  frames\n"
+                                   "step    field  source  kind    components         rows  frames\n"
                                    "Step-1  NT     NDTEMP  scalar                     1     2,4,6\n"
                                    "Step-1  S      STRESS  tensor  11 22 33 12 13 23  1     2,4,6\n"
                                    "Step-2  NT     NDTEMP  scalar                     1     1-3\n"));
@@ -149,7 +140,7 @@ TEST_F(SelectionTest, TheListIsWhatWouldBeImported) {
                        "step    frame  value  description\n"
                        "Step-1  6      1.5    Increment 6: Step Time = 1.5000\n"
                        "\n"
-                       "step    field  block   kind    components         rows  frames\n"
+                       "step    field  source  kind    components         rows  frames\n"
                        "Step-1  S      STRESS  tensor  11 22 33 12 13 23  1     6\n"));
   EXPECT_THAT(listed({}, twoBars() + temperature({}).substr(0, 200)),
               EndsWith("job.frd: 3 nodes, 2 elements, ASCII results, cut off\n"));

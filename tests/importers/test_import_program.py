@@ -7,8 +7,8 @@ import struct
 import subprocess
 import time
 
-import h5py
 
+from expanded import expanded
 from support import ProgramTest
 
 HEADING = "    1C\n    1Uthree nodes                                                         \n"
@@ -68,6 +68,7 @@ PRINTED = ("\n     E I G E N V A L U E   O U T P U T\n\n MODE NO    EIGENVALUE  
            "   total surface force (fx,fy,fz) and moment about the origin(mx,my,mz)\n\n"
            "    1.000000E+00  2.000000E+00  3.000000E+00  4.000000E+00  5.000000E+00  6.000000E+00\n")
 DECK = "*HEADING\nbars\n*NSET,NSET=Ends\n1,3\n*ELSET,ELSET=Bars,GENERATE\n1,2\n*STEP\nwarm\n*END STEP\n"
+MODES = "*STEP\n*FREQUENCY\n1\n*END STEP\n"
 
 
 class ImportProgramTest(ProgramTest):
@@ -83,7 +84,7 @@ class ImportProgramTest(ProgramTest):
         self.assertRegex(run.out.decode(),
                          rf"^job\.odb: 1 steps, 1 frames, 2 fields, 0 histories, 2 sets, {size} bytes, \d+\.\d\d s\n$")
         self.assertEqual(sorted(p.name for p in self.directory.iterdir()), ["job.frd", "job.inp", "job.odb"])
-        with h5py.File(self.path("job.odb")) as odb:
+        with expanded(self.path("job.odb")) as odb:
             self.assertEqual(odb.attrs["title"], b"bars")
             self.assertEqual(odb["steps/Step-1/fields/NT/blocks/0/data"][()].tolist(), [[20, -30, 1234570]])
             self.assertEqual(odb["assembly/nodeSets/Ends/PART-1-1"][()].tolist(), [1, 3])
@@ -117,7 +118,7 @@ class ImportProgramTest(ProgramTest):
         self.write("job.frd", WHOLE)
         self.write("job.inp", DECK)
         self.assertEqual(self.run_import("job", "--compress", "--checksum").status, 0)
-        with h5py.File(self.path("job.odb")) as odb:
+        with expanded(self.path("job.odb")) as odb:
             data = odb["steps/Step-1/fields/S/blocks/0/data"]
             self.assertEqual((data.compression, data.fletcher32), ("gzip", True))
             self.assertEqual(data[0, 0].tolist(), [1, 2, 3, 4, 6, 5])
@@ -143,22 +144,31 @@ class ImportProgramTest(ProgramTest):
         self.assertFalse(self.path("job.odb").exists())
 
     def test_what_is_no_result_file_is_refused(self):
-        self.assert_refused("job.frd: error: No such file or directory")
+        self.assert_refused("job: error: the file does not exist, nor does job.frd")
         self.write("job.frd", "")
         self.assert_refused("job.frd: error: the file is empty")
         self.write("job.frd", "hello\n")
-        self.assert_refused('job.frd:1: error: this is no result file of CalculiX: those start with "    1C"')
+        self.assert_refused('job.frd: error: not a result file of a known format (expected calculix: "    1C" on line 1)')
         self.write("job.frd", b"\x89HDF\r\n\x1a\n" + bytes(1000))
-        self.assert_refused('job.frd:1: error: this is no result file of CalculiX: those start with "    1C"')
+        self.assert_refused('job.frd: error: not a result file of a known format (expected calculix: "    1C" on line 1)')
         self.write("job.frd", "    1C\n" + "x" * 3000000)
         self.assert_refused("job.frd:2: error: the line is too long")
         os.remove(self.path("job.frd"))
         os.mkdir(self.path("job.frd"))
         self.assert_refused("job.frd: error: is not a regular file")
 
+    def test_a_database_is_not_imported(self):
+        self.write("x.odb", b"\x89HDF\r\n\x1a\n" + bytes(1000))
+        self.assert_refused("x.odb: error: this is a database already; it needs no import", "x.odb")
+        self.assert_refused("y.odb: error: the file does not exist", "y.odb")
+
     def test_damage_is_named_with_its_line(self):
         self.write("job.frd", WHOLE.replace("-3.00000E+01", "-3.0?000E+01"))
-        self.assert_refused('job.frd:19: error: "-3.0?000E+01" is not a number')
+        self.assert_refused('job.frd:19: error: "-3.0?000E+01" is not a number', "job", "--strict")
+        run = self.run_import("job")
+        self.assertEqual(run.status, 0)
+        self.assertIn(b'job.frd:19: warning: "-3.0?000E+01" is not a number; the block is left out\n', run.err)
+        os.remove(self.path("job.odb"))
         self.write("job.frd", WHOLE)
         self.write("job.inp", DECK.replace("1,2\n", "1,2,x\n"))
         self.assert_refused('job.inp:6: error: "x" is not a label')
@@ -209,7 +219,7 @@ class ImportProgramTest(ProgramTest):
                 continue
             self.assertEqual(run.status, 0, (cut, run.err))
             self.assertRegex(run.err, rb"^job\.frd:\d+: warning: the file is cut off here; .*\n$")
-            self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end behind ")
+            self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end after ")
             self.assertTrue(listed.out.splitlines()[0].endswith(b", cut off"), (cut, listed.out))
             os.remove(self.path("job.odb"))
 
@@ -232,7 +242,7 @@ class ImportProgramTest(ProgramTest):
             "job.frd: 3 nodes, 2 elements, ASCII results", "",
             "set   of        members", "Ends  nodes     2", "Bars  elements  2", "",
             "step    frame  value  description", "Step-1  1      1      Increment 1: Step Time = 1.0000", "",
-            "step    field  block   kind    components  rows  frames",
+            "step    field  source  kind    components  rows  frames",
             "Step-1  NT     NDTEMP  scalar              3     1"])
         self.assertEqual(sorted(p.name for p in self.directory.iterdir()), ["job.frd", "job.inp"])
 
@@ -279,7 +289,7 @@ class ImportProgramTest(ProgramTest):
             for _ in range(chance.randint(1, 4)):
                 text[chance.randrange(len(text))] = chance.choice(b"\n\r\0 -*,.=0159EXx\xff")
             self.write("job.dat", bytes(text))
-            run = self.run_import("job", *chance.choice([(), ("--list",)]))
+            run = self.run_import("job", *chance.choice([(), ("--list",), ("--strict",)]))
             statuses.add(run.status)
             self.assertIn(run.status, (0, 1), (bytes(text), run.err))
             if run.status == 1:
@@ -291,18 +301,20 @@ class ImportProgramTest(ProgramTest):
 
     def test_printed_tables_may_end_anywhere(self):
         self.write("job.frd", WHOLE)
-        self.write("job.inp", DECK)
+        self.write("job.inp", DECK + MODES)
+        whole = 0
         for cut in range(0, len(PRINTED), 11):
             self.write("job.dat", PRINTED[:cut])
             run = self.run_import("job")
             self.assertEqual(run.status, 0, run.err)
-            # Blanks at the end are nothing that is missing.
-            if PRINTED[:cut].rstrip(" ").endswith("\n") or cut == 0:
-                self.assertEqual(run.err, b"")
+            # At the end of a line the sets of the deck tell whether rows are missing. Blanks are nothing that is.
+            if not run.err and (PRINTED[:cut].rstrip(" ").endswith("\n") or cut == 0):
+                whole += 1
                 continue
             self.assertRegex(run.err, rb"^job\.dat:\d+: warning: the file is cut off here; ")
-            self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end behind step 1, time 1")
+            self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end after step 1, time 1")
             self.assertEqual(self.run_import("job", "--strict").status, 1)
+        self.assertGreater(whole, 3)
 
     def test_a_long_line_of_a_table_ends_the_reading(self):
         self.write("job.frd", WHOLE)
@@ -337,4 +349,4 @@ class ImportProgramTest(ProgramTest):
             self.write("job.frd", whole[:at] + b" " * 3_000_000 + whole[at:])
             run = self.run_import("job", "--no-deck")
             self.assertEqual((run.status, run.out), (1, b""))
-            self.assertRegex(run.err, rb"^job\.frd:\d+: error: the line is too long")
+            self.assertRegex(run.err, rb"(?m)^job\.frd:\d+: error: the line is too long")

@@ -3,10 +3,10 @@ import os
 import re
 import subprocess
 
-import h5py
 import numpy as np
 
 from decks import (BRICK_EDGES, CORNERS, TETRAHEDRON, TETRAHEDRON_EDGES, WEDGE, WEDGE_EDGES, Mesh)
+from expanded import expanded
 from support import ProgramTest
 
 SQUARE, TRIANGLE = CORNERS[:4], CORNERS[:3]
@@ -58,13 +58,14 @@ class MassTest(ProgramTest):
                     found[key] = np.array([float(v) for v in values.split()])
         return found["total mass for"][0], found["center of gravity for"], found["about the center"]
 
-    def stored(self):
+    def stored(self, with_tables=False):
         """Mass, centre and inertia about the centre and about the origin of the first step."""
-        self.path("job.dat").unlink()
+        if not with_tables:
+            self.path("job.dat").unlink()
         run = self.run_program("import", "job", program="kolvex")
         self.assertEqual(run.status, 0, run.err)
         self.assertNotIn(b"mass", run.err)
-        with h5py.File(self.path("job.odb")) as odb:
+        with expanded(self.path("job.odb")) as odb:
             step = odb["steps/Step-1"].attrs
             return step["mass"], step["massCenter"], step["inertiaAboutCenter"], step["inertiaAboutOrigin"]
 
@@ -208,3 +209,48 @@ class BeamMassTest(MassTest):
             with self.subTest(kind):
                 self.write_beam(kind, SOLID + "0.2\n")
                 self.compare()
+
+
+class PrintedMassTest(MassTest):
+    """Sums that the solver prints are the mass of a step where they are that of the model."""
+
+    def test_sums_over_two_degrees_of_a_ring_are_not(self):
+        self.write_deck("CAX8", SQUARE, SQUARE_EDGES, SOLID, place=lambda x, y, _: (1 + 2 * x, y, 0), held="1, 2")
+        printed = self.printed()[0]
+        mass, centre, _, _ = self.stored(with_tables=True)
+        ring = np.pi * (7 ** 2 - 1) * 1 * 7.8
+        self.assertAlmostEqual(mass, ring, delta=1e-6 * ring)
+        self.assertAlmostEqual(printed, ring / 180, delta=1e-3 * printed)
+        np.testing.assert_allclose(centre, [0, 0.5, 0], atol=1e-9)
+
+    def test_sums_without_point_masses_are_not(self):
+        points = ("*ELEMENT, TYPE=MASS, ELSET=EM\n100, 5\n*MASS, ELSET=EM\n3.\n*ELSET, ELSET=ALL\nE, EM\n")
+        self.write_deck("C3D8", CORNERS, (), points + SOLID, place=lambda x, y, z: (x, y, z))
+        text = self.path("job.inp").read_text().replace("ELSET=E, TOTALS", "ELSET=ALL, TOTALS")
+        self.write("job.inp", text)
+        self.assertAlmostEqual(self.printed()[0], 3 * 7.8, places=4)
+        run = self.run_program("import", "job", program="kolvex")
+        self.assertEqual((run.status, run.err.count(b"\n")), (0, 1), run.err)
+        with expanded(self.path("job.odb")) as odb:
+            self.assertAlmostEqual(odb["steps/Step-1"].attrs["mass"], 3 * 7.8 + 3, places=9)
+
+    def test_inertia_of_elements_of_one_point_is_computed(self):
+        self.write_deck("C3D8R", CORNERS, (), SOLID, place=lambda x, y, z: (x, y, z))
+        _, _, moments = self.printed()
+        mass = 3 * 7.8
+        self.assertAlmostEqual(moments[1] / mass, 0, places=6)  # three points in a row
+        _, _, inertia, _ = self.stored(with_tables=True)
+        np.testing.assert_allclose(inertia[:3], [mass / 6, mass * (9 + 1) / 12, mass * (9 + 1) / 12], rtol=1e-9)
+
+    def test_sums_at_other_temperatures_replace_what_was_computed(self):
+        self.write_deck("C3D8", CORNERS, (), SOLID, place=lambda x, y, z: (x, y, z))
+        text = self.path("job.inp").read_text().replace("*DENSITY\n7.8\n", "*DENSITY\n8., 0.\n4., 100.\n*EXPANSION\n0.\n")
+        text = text.replace("*STEP\n", "*INITIAL CONDITIONS, TYPE=TEMPERATURE\nNall, 50.\n*STEP\n", 1)
+        self.write("job.inp", text)
+        self.assertAlmostEqual(self.printed()[0], 3 * 6, places=4)
+        run = self.run_program("import", "job", program="kolvex")
+        self.assertEqual(run.status, 0, run.err)
+        with expanded(self.path("job.odb")) as odb:
+            step = odb["steps/Step-1"].attrs
+            self.assertAlmostEqual(step["mass"], 3 * 6, places=4)
+            np.testing.assert_allclose(step["inertiaAboutCenter"][:3], [18 / 6, 15, 15], rtol=1e-5)

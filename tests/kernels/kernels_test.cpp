@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "versions.h"
+
 namespace {
 
 using kernels::Kernels;
@@ -187,6 +189,35 @@ TEST_P(KernelsTest, LengthsAreThoseOfThePlainLoop) {
   checkLengths<double>(version().lengthExtremesDouble, version().lengthsDouble, random_);
 }
 
+template <class Number, class Kernel>
+void checkSplitting(Kernel&& kernel, std::mt19937& random) {
+  constexpr std::size_t kAt = 5;
+  constexpr Number kUntouched = -12345;
+  for (const std::size_t rows : rowCounts()) {
+    for (const int width : {1, 2, 3, 4, 5, 6, 7}) {
+      const int wanted = random() % 2 == 0 ? width : 1 + static_cast<int>(random() % static_cast<unsigned>(width));
+      const auto numbers = drawMany<Number>(Numbers::bits, rows * static_cast<std::size_t>(width), random);
+      std::vector<std::vector<Number>> columns(static_cast<std::size_t>(wanted),
+                                               std::vector<Number>(rows + 2 * kAt, kUntouched));
+      std::vector<Number*> pointers;
+      for (auto& column : columns) pointers.push_back(column.data());
+      kernel(numbers.data(), rows, width, pointers.data(), wanted, kAt);
+      for (std::size_t c = 0; c < columns.size(); ++c) {
+        std::vector<Number> expected(rows + 2 * kAt, kUntouched);
+        for (std::size_t i = 0; i < rows; ++i) expected[kAt + i] = numbers[i * static_cast<std::size_t>(width) + c];
+        const std::string what =
+            "column " + std::to_string(c) + " of " + std::to_string(rows) + " x " + std::to_string(width);
+        ASSERT_NO_FATAL_FAILURE(expectSame(columns[c], expected, what));
+      }
+    }
+  }
+}
+
+TEST_P(KernelsTest, SplitColumnsAreThoseOfTheRows) {
+  checkSplitting<float>(version().splitColumnsFloat, random_);
+  checkSplitting<double>(version().splitColumnsDouble, random_);
+}
+
 void checkEquivalents(const Kernels& version, const std::vector<float>& numbers, int width, bool halved) {
   const std::size_t rows = numbers.size() / static_cast<std::size_t>(width);
   std::vector<float> expected;
@@ -244,40 +275,7 @@ TEST_P(KernelsTest, MillionsOfRandomTensorsAgree) {
   }
 }
 
-// All nine invariants of some rows, one after the other.
-template <class Number>
-std::vector<float> invariantsOf(const Kernels& version, const std::vector<Number>& numbers, int width, bool halved) {
-  const std::size_t rows = numbers.size() / static_cast<std::size_t>(width);
-  std::vector<float> found(9 * rows);
-  const auto column = [&](std::size_t i) { return found.data() + i * rows; };
-  kernels::InvariantColumns out = {column(0), column(1), column(2), column(3), column(4),
-                                   column(5), column(6), column(7), column(8)};
-  if constexpr (std::is_same_v<Number, float>) {
-    version.invariantsFloat(numbers.data(), rows, width, halved, &out);
-  } else {
-    version.invariantsDouble(numbers.data(), rows, width, halved, &out);
-  }
-  return found;
-}
-
-TEST_P(KernelsTest, InvariantsOfManyRowsAreThoseOfTheRowsOneByOne) {
-  for (const Numbers kind : kAllNumbers) {
-    for (const std::size_t rows : rowCounts()) {
-      if (rows > 5000) continue;
-      const int width = std::vector<int>{6, 6, 4, 1, 2, 3, 5, 7, 9}[random_() % 9];
-      const bool halved = random_() % 2 == 0;
-      const auto numbers = drawMany<float>(kind, rows * static_cast<std::size_t>(width), random_);
-      const std::vector<double> doubles(numbers.begin(), numbers.end());
-      const std::vector<float> expected = invariantsOf(*kernels::runnable().front(), doubles, width, halved);
-      const std::string what = std::to_string(rows) + " tensors of " + std::to_string(width);
-      ASSERT_NO_FATAL_FAILURE(expectSame(invariantsOf(version(), numbers, width, halved), expected, what));
-      ASSERT_NO_FATAL_FAILURE(expectSame(invariantsOf(version(), doubles, width, halved), expected, what));
-    }
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryVersion, KernelsTest,
-                         testing::ValuesIn(kernels::runnable().begin(), kernels::runnable().end()),
+INSTANTIATE_TEST_SUITE_P(EveryVersion, KernelsTest, testing::ValuesIn(testedVersions()),
                          [](const auto& version) { return std::string(version.param->name); });
 
 TEST(KernelVersions, ThePlainOneIsAlwaysThereAndTheLastIsTheBest) {

@@ -4,7 +4,9 @@
 #include <fstream>
 
 #include "odbaccess/odb_api.h"
+#include "odbstore/upgrade.h"
 #include "odbstore/writer.h"
+#include "support/old_database.h"
 #include "support/temporary_directory.h"
 
 namespace {
@@ -249,6 +251,22 @@ TEST_F(DatabaseTest, WhatIsNoDatabaseIsNamed) {
   EXPECT_THAT(reportOf(directory_.file("text.odb")), HasSubstr("text.odb: is not a database: it is not an HDF5 file"));
   EXPECT_THROW(static_cast<void>(isUpgradeRequiredForOdb(directory_.file("text.odb").c_str())), odb_Exception);
   EXPECT_FALSE(isUpgradeRequiredForOdb(path_.c_str()));
+}
+
+TEST(UpgradedDatabase, IsTheOneThatWasWrittenWhateverTakesItsNameMeanwhile) {
+  const TemporaryDirectory directory;
+  const odb_String old(directory.file("old.odb"));
+  const odb_String other(directory.file("other.odb"));
+  writeOldDatabase(old.cStr(), "old");
+  writeOldDatabase(other.cStr(), "other");
+  ASSERT_TRUE(isUpgradeRequiredForOdb(old));
+  upgradeOdb(old, directory.file("copy").c_str());
+  // As another process would do it.
+  odbstore::upgrade(other.cStr(), directory.file("copy.odb"));
+  odb_Odb& odb = openOdb(directory.file("copy.odb").c_str(), true, false);
+  EXPECT_STREQ(odb.name().cStr(), "old");
+  odb.close();
+  EXPECT_STREQ(openOdb(directory.file("copy.odb").c_str(), true, false).name().cStr(), "other") << "opened once only";
 }
 
 }  // namespace

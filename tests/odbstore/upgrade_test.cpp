@@ -10,7 +10,9 @@
 
 #include "base/output_file.h"
 #include "odbstore/database_writer.h"
+#include "odbstore/reader.h"
 #include "odbstore/store_error.h"
+#include "support/old_database.h"
 #include "support/temporary_directory.h"
 
 namespace odbstore {
@@ -100,6 +102,18 @@ TEST_F(RequireCompleteTest, FileWithoutACatalogIsNot) {
   EXPECT_GE(H5Ldelete(file, "catalog", H5P_DEFAULT), 0);
   H5Fclose(file);
   EXPECT_EQ(failure(), incomplete_);
+}
+
+TEST(Upgrade, HandsOutWhatItHasWrittenWhateverTakesTheNameMeanwhile) {
+  const TemporaryDirectory directory;
+  const std::string copy = directory.file("copy.odb");
+  writeOldDatabase(directory.file("first.odb"), "first");
+  writeOldDatabase(directory.file("second.odb"), "second");
+  const auto first = upgrade(directory.file("first.odb"), copy);
+  const auto second = upgrade(directory.file("second.odb"), copy);
+  EXPECT_EQ(first->name(), "first");
+  EXPECT_EQ(second->name(), "second");
+  EXPECT_EQ(Reader(copy).name(), "second");
 }
 
 }  // namespace

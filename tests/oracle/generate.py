@@ -4,13 +4,15 @@ import random
 import h5py
 import numpy as np
 
-from database import ORDERS, PLACES
+from database import ORDERS, is_tensor
 
 SIZES = [0, 1, 2, 3, 7, 31, 32, 33, 40, 41, 42, 43, 64, 100, 150, 200]
 SET_NAMES = ["TOP", "Edge-1", "TIP NODES", "_PickedSet5", "ErrWarnSet", "Info", "warning", "a/b", "100%", "Fläche", ".", "S 1-x"]
 FIELD_NAMES = ["S", "S", "U", "NT 11", "E-TOTAL", "PEEQ", "A/B", "S%"]
 STEP_NAMES = ["Step-1", "Load Case 2", "Aa", "Z-1", "b/c"]
 DESCRIPTIONS = ["Stress components", "Spatial displacement", "Element volume", "", "whole Stress of Element", "stress"]
+# Types that mean nothing to the extraction, whose numbers it takes as they are.
+OTHER_TYPES = [4, 4, 0, 1, 10, -7, 2**31 - 1]
 INVARIANTS = [1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11]
 KEYWORDS = ["EXTRACT_MASS", "EXTRACT_HISTORY", "EXTRACT_FIELD", "MINMAX_HISTORY", "EXTRACT_ALL", "EXTRACT_STRESS",
             "EXTRACT_SPATIAL", "EXTRACT_ELEMENT", "EXTRACT_FIELD_SETS", "EXTRACT_FIELD_COMPONENTS", "ABSOLUTE_MAX",
@@ -147,7 +149,7 @@ class Generator:
     def component_labels(self, kind):
         if kind == 3:
             return self.random.choice([["1", "2", "3"], ["U1", "U2"], ["1", "2", "3", "4"], ["1"], []])
-        if kind == 2:
+        if not is_tensor(kind):
             return self.random.choice([[], [], ["T"], ["A", "B"]])
         labels = list(ORDERS[kind])
         if self.chance(0.3):
@@ -161,19 +163,17 @@ class Generator:
         return [] if self.chance(0.15) else labels
 
     def field_form(self):
-        kind = self.random.choice([2, 3, 5, 5, 5, 6, 7, 8, 9])
+        kind = self.random.choice(OTHER_TYPES if self.chance(0.06) else [2, 3, 5, 5, 5, 6, 7, 8, 9])
         labels = self.component_labels(kind)
         blocks = []
         for _ in range(self.random.choice([0, 1, 1, 1, 2, 3])):
-            own = self.random.choice([2, 3, 5, 7]) if self.chance(0.08) else kind
+            own = self.random.choice([2, 3, 4, 5, 7]) if self.chance(0.08) else kind
             own_labels = self.component_labels(own) if own != kind or self.chance(0.2) else []
             used = own_labels or labels
-            if used and own >= 5:
-                width = len(used)
-            elif used:
+            if used:
                 width = len(used)
             else:
-                width = len(ORDERS[own]) if own >= 5 else self.random.randint(1, 3)
+                width = len(ORDERS[own]) if is_tensor(own) else self.random.randint(1, 3)
             numbers = "f8" if self.chance(0.25 if own == 2 else 0.06) else self.random.choice(["f4", "f4", "f4", ">f4"])
             blocks.append((own if own != kind else None, own_labels, width, numbers, self.random.choice(SIZES)))
         return kind, labels, blocks

@@ -204,6 +204,8 @@ class ValueReduction:
                 for column in wide.T:
                     total = total + column * column
                 values = listed(np.sqrt(total).astype("f4"))
+        elif not is_tensor(block.type):
+            values = [0.0] * len(data)
         else:
             values = mises(block)
             if block.type != 5 or switches.components:

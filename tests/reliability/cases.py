@@ -105,8 +105,12 @@ class Extraction(Case):
         has_failed = outcome.is_killed or outcome.is_silenced or outcome.status != 0 or FAILED in outcome.err
         if not has_failed and not is_new:
             wrong.append("it ended well without a complete result and its marker")
-        if outcome.status == 0 and FAILED in outcome.err and is_new:
+        if FAILED in outcome.err and marker is not None:
             wrong.append("it says that it failed, beside a marker")
+        # Its own end, as against one of the system's before it began.
+        has_given_up = outcome.status == 1 and not outcome.is_killed and not outcome.is_silenced
+        if has_given_up and marker is not None and b"paramsdone.txt of an earlier run cannot be removed" not in outcome.err:
+            wrong.append("it gave up beside the marker of an earlier run")
         if outcome.status == 1 and not outcome.err and not outcome.is_silenced:
             wrong.append("it failed without a message")
         return wrong + self.leftovers(directory, outcome)

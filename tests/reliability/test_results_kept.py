@@ -1,4 +1,5 @@
 """Results under hostile conditions: a marker stands beside a complete params.txt, or there is none."""
+import contextlib
 import fcntl
 import os
 import pathlib
@@ -11,6 +12,7 @@ import unittest
 import numpy as np
 from conditions import duration, fill_up, kill_at_random, limit_of_file_size, runnable_by_nobody, small_disk, without_streams
 from support import BIN, Database, ProgramTest, small_database
+from test_upgrade import old_database
 
 INCOMPLETE = b"**ERROR** params.txt could not be written completely\n"
 COMPLETE = b"Step_1__Frame_1__NT__max\t1.23457e+006\nStep_1__Frame_1__NT__min\t20\n"
@@ -68,6 +70,12 @@ class Places(ResultConditions):
         self.assertEqual(self.path("params.txt").read_bytes(), b"old\n")
         self.assertEqual(self.path("paramsdone.txt").read_bytes(), DONE)
 
+    def test_a_directory_that_cannot_be_read_gets_results_without_a_lock(self):
+        self.set_rights(0o333)
+        self.assertEqual(self.extract_as_nobody(), (0, b""))
+        self.assertEqual(self.path("params.txt").read_bytes(), COMPLETE)
+        self.assertEqual(self.path("paramsdone.txt").read_bytes(), DONE)
+
     def test_a_read_only_result_file_leaves_no_marker(self):
         self.write("params.txt", "old\n")
         self.write("paramsdone.txt", DONE)
@@ -104,8 +112,7 @@ class Places(ResultConditions):
         run = self.extract()
         self.assertEqual(run.status, 1)
         self.assertRegex(run.err, rb"^\*\*ERROR\*\* paramsdone\.txt of an earlier run cannot be removed: ")
-        self.assertTrue(self.path("paramsdone.txt").is_dir())
-        self.assertFalse(self.path("params.txt").exists() and self.path("params.txt").stat().st_size)
+        self.assertEqual(sorted(os.listdir(self.directory)), ["config.txt", "model.odb", "paramsdone.txt"])
 
     def test_a_marker_that_is_a_link_is_replaced_and_its_target_left_alone(self):
         for target in ("precious.txt", "no/such/file"):
@@ -188,21 +195,56 @@ class Streams(ResultConditions):
 class SeveralRuns(ResultConditions):
     """Others at work in the same directory."""
 
-    def test_a_second_run_is_refused_while_the_first_writes(self):
+    OTHER_RUN = b"**ERROR** another run is at work in this directory\n"
+
+    @contextlib.contextmanager
+    def locked(self, path, kind=fcntl.LOCK_EX):
+        file = os.open(path, os.O_RDONLY)
+        try:
+            fcntl.flock(file, kind)
+            yield
+        finally:
+            os.close(file)
+
+    def test_a_second_run_is_refused_and_changes_nothing(self):
         self.write("params.txt", "of the first run\n")
-        with open(self.path("params.txt"), "r+b") as first:
-            fcntl.flock(first, fcntl.LOCK_EX)
-            self.assert_given_up(self.extract(), b"**ERROR** params.txt is being written by another run\n")
-            self.assertEqual(self.path("params.txt").read_bytes(), b"of the first run\n")
+        self.write("paramsdone.txt", DONE)
+        before = sorted(os.listdir(self.directory))
+        with self.locked(self.directory):
+            for arguments in (self.arguments, ("-odb", "none", "-config", "none")):
+                run = self.run_program(*arguments)
+                self.assertEqual((run.status, run.out, run.err), (1, b"", self.OTHER_RUN))
+            self.assertEqual(sorted(os.listdir(self.directory)), before)
+            self.assertEqual((self.path("params.txt").read_bytes(), self.path("paramsdone.txt").read_bytes()),
+                             (b"of the first run\n", DONE))
         self.assert_complete(self.extract())
+
+    def test_a_second_run_is_refused_before_it_upgrades(self):
+        old_database(self.path("old.odb"), increments=1)
+        with self.locked(self.directory):
+            self.assertEqual(self.run_program("-odb", "old", "-config", "config.txt").err, self.OTHER_RUN)
+            self.assertEqual(sorted(os.listdir(self.directory)), ["config.txt", "model.odb", "old.odb"])
+
+    def test_who_asks_for_help_needs_no_lock(self):
+        with self.locked(self.directory):
+            self.assertEqual(self.run_program("-help").status, 0)
+            self.assertEqual(self.run_program("-odb", "model").err, b"**ERROR** configuration file name is not provided\n")
+
+    def test_locks_of_readers_on_the_results_stop_nothing(self):
+        self.assert_complete(self.extract())
+        for name in ("params.txt", "paramsdone.txt"):
+            for kind in (fcntl.LOCK_SH, fcntl.LOCK_EX):
+                with self.subTest(name=name, kind=kind), self.locked(self.path(name), kind):
+                    self.assert_complete(self.extract())
 
     def test_a_run_holds_the_lock_until_its_end(self):
         run, writing = self.stopped_run()
-        with open(self.path("params.txt"), "rb") as other:
-            with self.assertRaises(BlockingIOError):
-                fcntl.flock(other, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        with self.assertRaises(BlockingIOError), self.locked(self.directory, fcntl.LOCK_EX | fcntl.LOCK_NB):
+            pass
         os.close(writing)
         self.assertEqual(run.wait(timeout=60), 0)
+        with self.locked(self.directory, fcntl.LOCK_EX | fcntl.LOCK_NB):
+            pass
 
     def test_results_that_were_taken_away_meanwhile_get_no_marker(self):
         run, reading = self.stopped_run()

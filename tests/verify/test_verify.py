@@ -1,12 +1,16 @@
 """`kolvex verify` as a user runs it: bytes are damaged in every kind of place, and it says where."""
 import os
 import random
+import re
+import subprocess
 
 import h5py
 import numpy as np
 
 from checksummed import add_checksums, crc32c, place_of_sums, sums_of
+from conditions import runnable_by_nobody
 from support import ROOT, Database, ProgramTest, set_attributes
+from test_upgrade import old_database
 
 ROWS = 3000
 
@@ -183,22 +187,68 @@ class VerifyTest(ProgramTest):
                 self.assertIn(reason, run.err.decode())
 
     def test_what_is_no_database_is_told(self):
-        os.mkfifo(self.path("pipe"))
         self.write("text", "no database")
-        with h5py.File(self.path("old.odb"), "w") as odb:
-            odb.attrs["layout"] = 1
-        for name, reason in (("none", "No such file or directory"), ("pipe", "is not a regular file"),
-                             ("text", "it is not an HDF5 file"), ("old.odb", "has layout 1 and must be upgraded")):
+        self.write("empty", "")
+        for name, reason in (("text", "is not a database: it is not an HDF5 file"), ("empty", "the file is empty")):
             with self.subTest(name):
                 run = self.verify(name)
                 self.assertEqual((run.status, run.out), (1, f"{name}: damaged\n".encode()))
+                self.assertEqual(run.err.decode(), f"{name}: {reason}\n")
+
+    def test_what_is_not_there_is_not_called_damaged(self):
+        os.mkfifo(self.path("pipe"))
+        self.path("directory").mkdir()
+        self.path("link").symlink_to("nowhere")
+        for name, reason in (("none", "No such file or directory"), ("pipe", "is not a regular file"),
+                             ("directory", "is a directory, not a database"), ("link", "No such file or directory"),
+                             ("job.odb/none", "Not a directory"), ("", "No such file or directory")):
+            with self.subTest(name):
+                run = self.verify(name)
+                self.assertEqual((run.status, run.out, run.err.decode()), (5, b"", f"{name}: {reason}\n"))
+
+    def test_what_may_not_be_read_is_not_called_damaged(self):
+        os.chmod(self.path("job.odb"), 0o000)
+        os.chmod(self.directory, 0o755)
+        with runnable_by_nobody("verify") as (program, options):
+            run = subprocess.run([program, "job.odb"], cwd=self.directory, capture_output=True, check=False, **options)
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (5, b"", b"job.odb: Permission denied\n"))
+
+    def test_a_database_of_layout_1_has_a_status_of_its_own(self):
+        old_database(self.path("old.odb"), increments=2)
+        for arguments in (("old.odb",), ("--quiet", "old.odb")):
+            run = self.verify(*arguments)
+            self.assertEqual((run.status, run.out), (4, b""))
+            self.assertEqual(run.err, b"old.odb: has layout 1, which has no checksums: it can be read, but not verified\n")
+        self.assertEqual(sorted(os.listdir(self.directory)), ["job.odb", "old.odb"])
+
+    def test_a_database_of_layout_1_that_cannot_be_read_is_damaged(self):
+        for path, reason in (("steps/Hold/frames/1/fields/U/blocks/0/nodeLabels", "is missing"),
+                             ("steps/Pull/history/Node 3/outputs/U1", "must have the shape"),
+                             ("assembly/instances/I-1/mesh/nodes/coordinates", "is missing")):
+            with self.subTest(path):
+                old_database(self.path("old.odb"), increments=2)
+                with h5py.File(self.path("old.odb"), "a") as old:
+                    del old[path]
+                    if "shape" in reason:
+                        old[path] = [1.0, 2.0]
+                run = self.verify("old.odb")
+                self.assertEqual((run.status, run.out), (1, b"old.odb: damaged\n"))
+                self.assertIn(f"old.odb: /{path}: ", run.err.decode())
                 self.assertIn(reason, run.err.decode())
+                self.path("old.odb").unlink()
+        old_database(self.path("old.odb"), increments=2)
+        whole = self.path("old.odb").read_bytes()
+        self.write("old.odb", whole[:len(whole) // 2])
+        self.assertEqual(self.verify("old.odb").status, 1)
 
     def test_of_several_files_the_worst_gives_the_status(self):
         database(self.path("plain.odb"))
+        old_database(self.path("old.odb"), increments=1)
         self.write("text", "no database")
         for files, status in ((("job.odb", "job.odb"), 0), (("job.odb", "plain.odb"), 3), (("plain.odb", "job.odb"), 3),
-                              (("plain.odb", "text", "job.odb"), 1)):
+                              (("plain.odb", "old.odb", "job.odb"), 4), (("old.odb", "plain.odb"), 4),
+                              (("none", "old.odb", "job.odb"), 5), (("plain.odb", "none"), 5),
+                              (("plain.odb", "text", "job.odb"), 1), (("text", "none"), 1), (("none", "old.odb", "text"), 1)):
             run = self.verify(*files)
             self.assertEqual(run.status, status)
             self.assertEqual(run.out.count(b": sound\n"), files.count("job.odb"))
@@ -222,6 +272,9 @@ class VerifyTest(ProgramTest):
         for option in ("--quiet", "--help", "--version"):
             self.assertIn(option, options)
             self.assertIn(option, page)
+        statuses = dict(re.findall(r"^  (\d)  (.+)$", options, re.MULTILINE))
+        self.assertEqual(sorted(statuses), list("012345"))
+        self.assertEqual(re.findall(r"^\| (\d) \| .+ \|$", page, re.MULTILINE), list("012345"))
 
     def test_a_full_standard_output_is_an_error(self):
         with open("/dev/full", "w") as full:

@@ -2,7 +2,7 @@
 #include <limits>
 
 #include "reduce/reduce_bulk_block.h"
-#include "selection_oracle.h"
+#include "support/selection_oracle.h"
 #include "walk_test.h"
 
 namespace {

@@ -24,6 +24,11 @@ class CommandLineTest : public WalkTest {
     for (std::string& argument : arguments) argv.push_back(argument.data());
     return readCommandLine(static_cast<int>(argv.size()), argv.data());
   }
+  static bool asks(std::vector<std::string> arguments) {
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    return asksForRun(static_cast<int>(argv.size()), argv.data());
+  }
   // Ends the process as read() should, its standard output made visible beside its standard error.
   static void readWithOutputAsError(std::vector<std::string> arguments) {
     std::cout.rdbuf(std::cerr.rdbuf());
@@ -64,6 +69,26 @@ TEST_F(CommandLineTest, ALaterOptionReplacesAnEarlierOne) {
 TEST_F(CommandLineTest, AnOptionTakesTheNextArgumentWhateverItLooksLike) {
   const CommandLine line = read({"-o", path("model"), "-c", path("config.txt"), "-e", "-help"});
   EXPECT_STREQ(line.elementSet.cStr(), "-help");
+}
+
+TEST_F(CommandLineTest, ARunIsAskedForWhateverFilesThereAre) {
+  EXPECT_TRUE(asks({"quarnish", "-odb", path("model"), "-config", path("config.txt")}));
+  EXPECT_TRUE(asks({"-oops", "no file", "stray", "-canary", "none either"}));
+  EXPECT_TRUE(asks({"-e", "-help", "-c", "-help", "-o", "-c"}));
+  EXPECT_TRUE(asks({"-o", "", "-c", ""}));
+}
+
+TEST_F(CommandLineTest, NoRunIsAskedForByHelpOrWrongUsage) {
+  EXPECT_FALSE(asks({}));
+  EXPECT_FALSE(asks({"quarnish"}));
+  EXPECT_FALSE(asks({"-o", "a"}));
+  EXPECT_FALSE(asks({"-c", "a"}));
+  EXPECT_FALSE(asks({"-o", "-c", "a"}));
+  EXPECT_FALSE(asks({"-o", "a", "-c", "b", "-h"}));
+  EXPECT_FALSE(asks({"-help", "-o", "a", "-c", "b"}));
+  EXPECT_FALSE(asks({"-o", "a", "-c", "b", "-e"}));
+  EXPECT_FALSE(asks({"-o", "a", "-c"}));
+  EXPECT_FALSE(asks({"-o", "a", "-c", "b", "-o"}));
 }
 
 using CommandLineDeathTest = CommandLineTest;

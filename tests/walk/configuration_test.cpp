@@ -115,7 +115,7 @@ TEST(LeadingNumber, IsZeroWhereNoneStarts) {
 
 TEST(LeadingNumber, HasAnyLength) {
   EXPECT_EQ(leadingNumber("0." + std::string(400, '0') + "1"), 0.0);
-  EXPECT_EQ(leadingNumber(std::string(300, '0') + "7.25" + std::string(300, '0')), 7.25);
+  EXPECT_EQ(leadingNumber(std::string(300, '0').append("7.25").append(300, '0')), 7.25);
   EXPECT_EQ(leadingNumber("1" + std::string(400, '0')), std::numeric_limits<double>::infinity());
   EXPECT_EQ(leadingNumber("12.500000000000000000000000000"), 12.5);
 }

@@ -1,6 +1,7 @@
 #include "plain_bulk_reduction.h"
 
 #include <cmath>
+#include <functional>
 #include <span>
 #include <type_traits>
 #include <vector>
@@ -8,7 +9,7 @@
 #include "reduce/engineering_extremes.h"
 #include "reduce/reduction_results.h"
 #include "result/extraction_switches.h"
-#include "selection_oracle.h"
+#include "support/selection_oracle.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ void selectInto(std::span<Number> values, MaxOrder maxOrder, Result& engineering
   if (values.empty()) return;
   const ExtractionSwitches& switches = extractionSwitches();
   if (switches.engineeringMin) {
-    engineeringMin = static_cast<Result>(plainExtreme<Number>(values, Ascending()));
+    engineeringMin = static_cast<Result>(plainExtreme<Number>(values, std::less<double>()));
   }
   if (switches.engineeringMax) {
     engineeringMax = static_cast<Result>(plainExtreme<Number>(values, maxOrder));
@@ -84,7 +85,7 @@ void selectVectorComponents(const Rows<Number>& rows) {
     std::vector<Number> values = scratchFor<Number>(rows.count);
     for (int i = 0; i < rows.count; ++i) keep(values, i, rows.row(i)[j]);
     Extremes& component = reductionResults().vector[static_cast<std::size_t>(j)];
-    selectInto<Number>(values, Descending(), component.engineeringMax, component.engineeringMin);
+    selectInto<Number>(values, std::greater<double>(), component.engineeringMax, component.engineeringMin);
   }
 }
 
@@ -97,7 +98,7 @@ BlockExtremes<Number> reduceNodeVectors(const Rows<Number>& rows) {
     extremes.plain.take(value);
     keep(magnitudes, i, value);
   }
-  selectInto<Number>(magnitudes, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  selectInto<Number>(magnitudes, std::greater<double>(), extremes.engineeringMax, extremes.engineeringMin);
   if (extractionSwitches().fieldComponents) {
     takeVectorComponents(rows);
     selectVectorComponents(rows);
@@ -116,9 +117,9 @@ BlockExtremes<Number> reduceNodeNumbers(const Rows<Number>& rows) {
   // In single precision, and here alone, the maximum is selected in ascending order too: a result that readers of the
   // records rely on.
   if constexpr (std::is_same_v<Number, float>) {
-    selectInto<Number>(last, Ascending(), extremes.engineeringMax, extremes.engineeringMin);
+    selectInto<Number>(last, std::less<double>(), extremes.engineeringMax, extremes.engineeringMin);
   } else {
-    selectInto<Number>(last, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+    selectInto<Number>(last, std::greater<double>(), extremes.engineeringMax, extremes.engineeringMin);
   }
   return extremes;
 }
@@ -143,7 +144,7 @@ void reduceTensorComponents(const Rows<Number>& rows, const ComponentFlags& pres
       component.takePlain(value);
       keep(values, i, value);
     }
-    selectInto<double>(values, Descending(), component.engineeringMax, component.engineeringMin);
+    selectInto<double>(values, std::greater<double>(), component.engineeringMax, component.engineeringMin);
   }
 }
 
@@ -156,7 +157,7 @@ BlockExtremes<Number> reduceElementTensors(const Rows<Number>& rows, const float
     extremes.plain.take(static_cast<Number>(mises[i]));
     keep(values, i, mises[i]);
   }
-  selectInto<float>(values, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  selectInto<float>(values, std::greater<double>(), extremes.engineeringMax, extremes.engineeringMin);
   if (extractionSwitches().fieldComponents) reduceTensorComponents(rows, present);
   return extremes;
 }
@@ -177,7 +178,7 @@ BlockExtremes<Number> reduceElementScalars(const Rows<Number>& rows) {
     for (int j = 0; j < rows.width; ++j) extremes.plain.take(rows.row(i)[j]);
     keep(values, i, static_cast<double>(rows.row(i)[rows.width - 1]));
   }
-  selectInto<double>(values, Descending(), extremes.engineeringMax, extremes.engineeringMin);
+  selectInto<double>(values, std::greater<double>(), extremes.engineeringMax, extremes.engineeringMin);
   return extremes;
 }
 

@@ -1,5 +1,6 @@
 #include "plain_value_reduction.h"
 
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -7,7 +8,7 @@
 #include "reduce/extremes_records.h"
 #include "reduce/field_value_access.h"
 #include "result/extraction_switches.h"
-#include "selection_oracle.h"
+#include "support/selection_oracle.h"
 
 namespace {
 
@@ -29,11 +30,11 @@ struct Quantity {
   }
   void selectMin() {
     if (values.empty()) return;
-    extremes.engineeringMin = plainExtreme(values, Ascending());
+    extremes.engineeringMin = plainExtreme(values, std::less<double>());
   }
   void selectMax() {
     if (values.empty()) return;
-    extremes.engineeringMax = plainExtreme(values, Descending());
+    extremes.engineeringMax = plainExtreme(values, std::greater<double>());
   }
 };
 
@@ -102,63 +103,62 @@ void selectEngineering(Reduction& reduction) {
 }
 
 // Over a region the two engineering records of a scalar stand in the other order than over the whole model.
-void writeScalarRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const Extremes& extremes) {
+void writeScalarRecords(ExtremesWriter& records, bool wholeModel, const Extremes& extremes) {
   if (!wholeModel) {
-    writeExtremes(out, head, "", extremes);
+    records.writeAll("", extremes);
     return;
   }
-  writeExtreme(out, head, "", Extreme::max, extremes.max);
-  writeExtreme(out, head, "", Extreme::min, extremes.min);
+  records.write("", Extreme::max, extremes.max);
+  records.write("", Extreme::min, extremes.min);
   if (extractionSwitches().engineeringMin) {
-    writeExtreme(out, head, "", Extreme::engineeringMin, extremes.engineeringMin);
+    records.write("", Extreme::engineeringMin, extremes.engineeringMin);
   }
   if (extractionSwitches().engineeringMax) {
-    writeExtreme(out, head, "", Extreme::engineeringMax, extremes.engineeringMax);
+    records.write("", Extreme::engineeringMax, extremes.engineeringMax);
   }
 }
 
-void writeVectorRecords(std::ostream& out, const RecordHead& head, const Reduction& reduction) {
-  writeExtremes(out, head, "__mag", reduction.main.extremes);
+void writeVectorRecords(ExtremesWriter& records, const Reduction& reduction) {
+  records.writeAll("__mag", reduction.main.extremes);
   if (!extractionSwitches().fieldComponents) return;
   std::array<Extremes, kVectorComponents> components;
   for (std::size_t c = 0; c < components.size(); ++c) components[c] = reduction.vector[c].extremes;
-  writeVectorComponents(out, head, components, Extreme::engineeringMin);
+  records.writeVector(components, Extreme::engineeringMin);
 }
 
-void writeTensorRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const Reduction& reduction) {
+void writeTensorRecords(ExtremesWriter& records, bool wholeModel, const Reduction& reduction) {
   const ExtractionSwitches& switches = extractionSwitches();
   const Extremes& mises = reduction.main.extremes;
-  writeExtreme(out, head, "__mises", Extreme::max, mises.max);
-  writeExtreme(out, head, "__mises", Extreme::min, mises.min);
-  if (switches.engineeringMax) writeExtreme(out, head, "__mises", Extreme::engineeringMax, mises.engineeringMax);
+  records.write("__mises", Extreme::max, mises.max);
+  records.write("__mises", Extreme::min, mises.min);
+  if (switches.engineeringMax) records.write("__mises", Extreme::engineeringMax, mises.engineeringMax);
   if (switches.engineeringMin) {
     // Over a region the two-dimensional surface kind has it under the name of the plain minimum: readers know it so.
     const bool underPlainName = !wholeModel && reduction.type == odb_Enum::tensor2dSurface;
-    writeExtreme(out, head, "__mises", underPlainName ? Extreme::min : Extreme::engineeringMin, mises.engineeringMin);
+    records.write("__mises", underPlainName ? Extreme::min : Extreme::engineeringMin, mises.engineeringMin);
   }
   if (!switches.fieldComponents) return;
   for (std::size_t c = 0; c < reduction.tensor.size(); ++c) {
-    if (reduction.present[c]) writeExtremes(out, head, kTensorQuantities[c], reduction.tensor[c].extremes);
+    if (reduction.present[c]) records.writeAll(kTensorQuantities[c], reduction.tensor[c].extremes);
   }
 }
 
-void writeRecords(std::ostream& out, const RecordHead& head, bool wholeModel, const Reduction& reduction) {
+void writeRecords(ExtremesWriter& records, bool wholeModel, const Reduction& reduction) {
   if (!wholeModel && reduction.main.extremes.max == kLowest<double>) return;
   if (reduction.type == odb_Enum::scalar) {
-    writeScalarRecords(out, head, wholeModel, reduction.main.extremes);
+    writeScalarRecords(records, wholeModel, reduction.main.extremes);
   } else if (reduction.type == odb_Enum::vector) {
-    writeVectorRecords(out, head, reduction);
+    writeVectorRecords(records, reduction);
   } else if (odb_isTensor(reduction.type)) {
-    writeTensorRecords(out, head, wholeModel, reduction);
+    writeTensorRecords(records, wholeModel, reduction);
   }
 }
 
 // What still stands at its starting value was not found and is not written.
-void writeInvariantRecords(std::ostream& out, const RecordHead& head, std::string_view quantity,
-                           const Extremes& extremes) {
+void writeInvariantRecords(ExtremesWriter& records, std::string_view quantity, const Extremes& extremes) {
   const ExtractionSwitches& switches = extractionSwitches();
   const auto write = [&](bool wanted, Extreme extreme, double value, double start) {
-    if (wanted && value != start) writeExtreme(out, head, quantity, extreme, value);
+    if (wanted && value != start) records.write(quantity, extreme, value);
   };
   write(true, Extreme::max, extremes.max, kLowest<double>);
   write(true, Extreme::min, extremes.min, kHighest<double>);
@@ -175,14 +175,14 @@ void reduceInvariant(const odb_SequenceFieldValue& values, int slot, Quantity& q
   if (switches.engineeringMax && quantity.extremes.max != kLowest<double>) quantity.selectMax();
 }
 
-void reduceInvariants(const odb_SequenceFieldValue& values, std::ostream& out, const RecordHead& head,
+void reduceInvariants(const odb_SequenceFieldValue& values, ExtremesWriter& records,
                       const odb_Sequence<odb_InvariantEnum>& valid) {
   for (std::size_t slot = 0; slot < kInvariantQuantities.size(); ++slot) {
     if (!valid.isMember(kInvariantQuantities[slot].code)) continue;
     Quantity quantity;
     if (extractionSwitches().wantsEngineering()) quantity.values.resize(static_cast<std::size_t>(values.size()));
     reduceInvariant(values, static_cast<int>(slot), quantity);
-    writeInvariantRecords(out, head, kInvariantQuantities[slot].quantity, quantity.extremes);
+    writeInvariantRecords(records, kInvariantQuantities[slot].quantity, quantity.extremes);
   }
 }
 
@@ -201,9 +201,10 @@ void plainReduceFieldOutputValues(const odb_SequenceFieldValue& values, std::ost
   readValues(values, out, invariants, valueName, flag, reduction);
   selectEngineering(reduction);
   const bool wholeModel = scope == odb_String("ALL");
-  writeRecords(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName), wholeModel,
-               reduction);
+  ExtremesWriter records(out, RecordHead(prefix, frame, wholeModel ? odb_String() : regionName, fieldName));
+  writeRecords(records, wholeModel, reduction);
   if (extractionSwitches().tensorInvariants && cleanedName(fieldName) == "S") {
-    reduceInvariants(values, out, RecordHead(prefix, frame, regionName, fieldName), invariants);
+    ExtremesWriter withRegion(out, RecordHead(prefix, frame, regionName, fieldName));
+    reduceInvariants(values, withRegion, invariants);
   }
 }

@@ -1,8 +1,13 @@
+#include <bit>
 #include <cmath>
+#include <cstdio>
 #include <fstream>
 #include <limits>
+#include <random>
 
 #include "reduce/process_field_output.h"
+#include "result/number_format.h"
+#include "result/record_line.h"
 #include "result/record_name.h"
 #include "result/result_file.h"
 #include "support/temporary_directory.h"
@@ -20,13 +25,13 @@ class RecordsTest : public WalkTest {
   template <class Number>
   std::string written(Number number) {
     out_.str("");
-    out_ << number;
-    return out_.str();
+    RecordLine line;
+    line << number;
+    line.end(out_);
+    return takeLines().at(0);
   }
   std::string headOf(const char* step, int frame, const char* region, const char* field) {
-    out_.str("");
-    out_ << RecordHead(step, frame, region, field);
-    return out_.str();
+    return std::string(RecordHead(step, frame, region, field).text());
   }
 };
 
@@ -82,14 +87,85 @@ TEST_F(RecordsTest, WithTheEngineeringMaximumAloneAQuantityHasThreeRecords) {
   EXPECT_THAT(takeNames("S__Frame_1__NT__"), testing::ElementsAre("max", "min", "enggmax"));
 }
 
-TEST_F(RecordsTest, TheFileHasTheNumberFormatAndIsEmptiedFirst) {
+// What printf writes, with an exponent of three digits.
+std::string byPrintf(double number) {
+  char buffer[40];
+  std::snprintf(buffer, sizeof buffer, "%.6g", number);
+  std::string text = buffer;
+  const std::size_t mark = text.find('e');
+  if (mark != std::string::npos && text.size() - mark < 5) text.insert(mark + 2, 1, '0');
+  return text;
+}
+
+TEST_F(RecordsTest, NumbersOfEverySizeAreThoseOfPrintf) {
+  std::mt19937_64 random(7);
+  const auto check = [](double number) {
+    std::string text;
+    appendNumber(text, number);
+    ASSERT_EQ(text, byPrintf(number)) << std::hexfloat << number;
+  };
+  for (int round = 0; round < 60'000; ++round) {
+    const auto bits = std::bit_cast<double>(random());
+    if (std::isfinite(bits)) {
+      ASSERT_NO_FATAL_FAILURE(check(bits));
+    }
+    const int exponent = static_cast<int>(random() % 60) - 30;
+    const double power = std::pow(10.0, exponent);
+    ASSERT_NO_FATAL_FAILURE(
+        check(static_cast<double>(static_cast<float>(std::normal_distribution<double>()(random) * power))));
+    // Seven digits, half of them in the middle of two numbers of six or next to it.
+    const auto seven = static_cast<double>(random() % 9'000'000 + 1'000'000) * 10 + (round % 2 == 0 ? 5 : 0);
+    for (const double number : {seven * power, seven / power, seven}) {
+      ASSERT_NO_FATAL_FAILURE(check(number));
+      ASSERT_NO_FATAL_FAILURE(check(std::nextafter(number, 0.0)));
+      ASSERT_NO_FATAL_FAILURE(check(-std::nextafter(number, 1e300)));
+    }
+  }
+}
+
+TEST_F(RecordsTest, NumbersAroundPowersOfTenAreThoseOfPrintf) {
+  for (int exponent = -310; exponent <= 308; ++exponent) {
+    for (const double digits : {1.0, 0.999999, 0.9999994999, 0.9999995, 0.99999951, 0.99999949999999, 5.0, 9.999995}) {
+      double number = digits * std::pow(10.0, exponent);
+      if (!std::isfinite(number)) continue;
+      for (int step = 0; step < 4; ++step) {
+        std::string text;
+        appendNumber(text, number);
+        EXPECT_EQ(text, byPrintf(number));
+        number = std::nextafter(number, step % 2 == 0 ? 0.0 : 1e308);
+      }
+    }
+  }
+}
+
+TEST_F(RecordsTest, ALineIsInTheFileWhenItEndsAndTheFileIsEmptiedFirst) {
   const TemporaryDirectory directory;
   const std::string path = directory.file("params.txt");
   std::ofstream(path) << "something long and old";
   ResultFile file(path, "\n");
-  file << 1e-7 << std::endl;
-  EXPECT_EQ(contentOf(path), "1e-007\n");
+  RecordLine line;
+  line << "a\t" << 1e-7;
+  EXPECT_EQ(contentOf(path), "");
+  line.end(file);
+  EXPECT_EQ(contentOf(path), "a\t1e-007\n");
+  line << "b";
+  line.end(file);
+  EXPECT_EQ(contentOf(path), "a\t1e-007\nb\n");
   EXPECT_TRUE(file.close());
+}
+
+TEST_F(RecordsTest, LongTextsReachTheFileWhole) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.file("params.txt");
+  ResultFile file(path, "\n");
+  std::string expected;
+  for (int i = 0; i < 40; ++i) {
+    const std::string text(static_cast<std::size_t>(i) * 1000, static_cast<char>('a' + i % 26));
+    file << text;
+    expected += text;
+  }
+  EXPECT_TRUE(file.close());
+  EXPECT_EQ(contentOf(path), expected);
 }
 
 TEST_F(RecordsTest, LinesCanEndInCarriageReturnAndLineFeed) {

@@ -3,7 +3,7 @@
 #include <numeric>
 
 #include "reduce/reduce_field_output_values.h"
-#include "selection_oracle.h"
+#include "support/selection_oracle.h"
 #include "walk_test.h"
 
 namespace {

@@ -14,7 +14,6 @@
 #include "reduce/field_value_access.h"
 #include "reduce/reduction_results.h"
 #include "result/extraction_switches.h"
-#include "result/number_format.h"
 
 class WalkTest : public testing::Test {
  protected:
@@ -22,7 +21,6 @@ class WalkTest : public testing::Test {
     extractionSwitches() = ExtractionSwitches();
     reductionResults() = ReductionResults();
     componentSlots() = ComponentSlots();
-    out_.imbue(resultLocale());
   }
   ~WalkTest() override { std::cout.rdbuf(console_); }
 

@@ -1,6 +1,8 @@
 // What the files of a run hold, found without keeping rows.
 #pragma once
 
+#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -9,14 +11,13 @@
 #include "importers/calculix/frames.h"
 #include "importers/calculix/frd_reader.h"
 #include "importers/calculix/printed_tables.h"
-#include "importers/calculix/selection.h"
 #include "importers/diagnostics.h"
 
 namespace importers::calculix {
 
 // The files of a run that hold results. The last two need not exist.
 struct RunFiles {
-  std::string results;  // .frd
+  std::string results;  // .frd; empty for none
   std::string status;   // .sta
   std::string printed;  // .dat; empty for none
 };
@@ -28,16 +29,18 @@ struct ContentsBlock {
   std::string block;
   FrameNumber frame = 0;
   int step = 0;
-  int place = 0;                    // of the frame in the step, from 0
-  std::vector<MappedField> fields;  // those that are wanted
+  std::vector<MappedField> fields;
   std::size_t rows = 0;
 };
 
 struct Contents {
-  std::size_t nodes = 0;
-  std::size_t elements = 0;
+  std::vector<int> nodes;  // labels
+  FrdElements mesh;
   bool isBinary = false;
-  bool isCutOff = false;              // the result file
+  bool isCutOff = false;      // the result file
+  std::int64_t lastLine = 0;  // of the result file
+  // Blocks without rows, and the line of the first of each.
+  std::map<std::string, std::int64_t> emptyBlocks;
   std::vector<ContentsBlock> blocks;  // in file order, those of the result file first
   PrintedTables printed;              // every one with its place
   Frames frames;
@@ -46,11 +49,9 @@ struct Contents {
 // What the block of stresses holds in the step of a block.
 StressContent stressContentOf(const FrdResult& block, const Deck& deck);
 
-// Passes through all of the files. Throws ImportError for a damaged one.
-Contents readContents(const RunFiles& files, StressAt stressAt, const Deck& deck, const WarningSink& warn);
-
-// Takes out what is not selected. Where a field, step or frame that is asked for is not there, or nothing is left, the
-// ImportError lists what there is.
-void select(Contents& contents, const Selection& selection, const std::string& results);
+// Passes through all of the files. Throws ImportError for a damaged one, unless `leaveOut` lets a result go. Those
+// whose ordinals are in `leftOut` already are not among the contents.
+Contents readContents(const RunFiles& files, StressAt stressAt, const Deck& deck, const LeaveOut& leaveOut,
+                      const std::set<std::size_t>& leftOut, const WarningSink& warn);
 
 }  // namespace importers::calculix

@@ -129,6 +129,7 @@ DatTable parseDatTitle(std::string_view line) {
   if (parseSpacedTitle(line, table)) return table;
   std::string_view text = trimmed(line);
   table.isOfFaces = text.find("element+face") != std::string_view::npos;
+  table.heading = lowerCased(std::string(text));
   table.time = takeTime(text);
   table.set = storableText(takeSet(text));
   table.title = lowerCased(squeezed(text.substr(0, text.find('('))));
@@ -182,16 +183,25 @@ bool DatReader::findRow() {
   return false;
 }
 
-bool DatReader::skipRow() { return findRow(); }
+bool DatReader::nextRow(std::string_view& line) {
+  if (!findRow()) return false;
+  line = line_;
+  return true;
+}
 
 bool DatReader::nextRow(DatRow& row) {
   row.clear();
   if (!findRow()) return false;
-  for (std::string_view rest = trimmed(line_); !rest.empty(); rest = trimmed(rest)) {
+  splitRow(line_, row);
+  return true;
+}
+
+void splitRow(std::string_view line, DatRow& row) {
+  row.clear();
+  for (std::string_view rest = trimmed(line); !rest.empty(); rest = trimmed(rest)) {
     row.push_back(firstWord(rest));
     rest.remove_prefix(row.back().size());
   }
-  return true;
 }
 
 }  // namespace importers::calculix

@@ -20,6 +20,7 @@ struct DatTable {
   std::optional<double> time;    // total time or frequency
   std::optional<double> number;  // that ends a spaced title: the mode or the frequency
   bool isOfFaces = false;        // of contact: rows are points of faces, not nodes
+  std::string heading;           // the whole line, in lower case
   std::int64_t line = 0;
 };
 
@@ -35,8 +36,8 @@ class DatReader {
   std::optional<DatTable> next();
   // The next row of the table handed out last; false behind the last one. A last line without an end is no row.
   bool nextRow(DatRow& row);
-  // The same without its words.
-  bool skipRow();
+  // The same as the whole line.
+  bool nextRow(std::string_view& line);
 
   // How far it has got, in bytes, and how many bytes the file has.
   std::uint64_t offset() const { return lines_.offset(); }
@@ -58,6 +59,9 @@ class DatReader {
   bool inHeadings_ = false;
   bool cutOff_ = false;
 };
+
+// The words of a line.
+void splitRow(std::string_view line, DatRow& row);
 
 // What a line of text means as the head of a table, without its number in the file.
 DatTable parseDatTitle(std::string_view line);

@@ -3,12 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <set>
 
+#include "importers/calculix/deck_includes.h"
 #include "importers/calculix/deck_keyword.h"
+#include "importers/calculix/deck_labels.h"
 #include "importers/calculix/deck_mesh.h"
 #include "importers/calculix/deck_sets.h"
 #include "importers/calculix/deck_surfaces.h"
@@ -19,35 +20,18 @@ namespace importers::calculix {
 
 namespace {
 
-// Files include each other only so deep.
-constexpr std::size_t kDeepestInclude = 32;
-
-std::optional<Procedure> procedureOf(const Keyword& keyword) {
-  if (keyword.name == "FREQUENCY" || keyword.name == "COMPLEXFREQUENCY") return Procedure::modes;
-  if (keyword.name == "BUCKLE") return Procedure::buckling;
-  if (keyword.name == "STEADYSTATEDYNAMICS") return Procedure::steadyState;
-  return std::nullopt;
-}
-
-// What tells files apart whatever they are called; their name where it cannot be found out.
-std::string identityOf(const std::filesystem::path& path) {
-  std::error_code failed;
-  const std::filesystem::path canonical = std::filesystem::weakly_canonical(path, failed);
-  return failed ? path.string() : canonical.string();
-}
-
 class DeckReader {
  public:
-  DeckReader(const std::string& path, const WarningSink& warn, DeckDetail detail)
-      : directory_(std::filesystem::path(path).parent_path()),
-        warn_(warn),
-        mesh_(deck_.mesh, detail == DeckDetail::mass),
-        withSections_(detail == DeckDetail::mass) {}
+  DeckReader(const std::string& path, const WarningSink& warn, const DeckOptions& options)
+      : warn_(warn),
+        isStrict_(options.isStrict),
+        includes_(path),
+        mesh_(deck_.mesh, options.detail == DeckDetail::mass),
+        sections_(options.detail == DeckDetail::mass) {}
 
   void readFile(const std::string& path) {
     LineReader lines(path);
-    const std::string identity = identityOf(path);
-    openFiles_.insert(identity);
+    bytesOfDeck_ = std::max(bytesOfDeck_, lines.size());
     std::string_view line;
     while (lines.next(line)) {
       line = trimmed(line);
@@ -59,23 +43,20 @@ class DeckReader {
         takeData(line, lines);
       }
     }
-    openFiles_.erase(identity);
   }
 
   Deck finish() {
-    deck_.nodeSets = nodeSets_.finish();
-    deck_.elementSets = elementSets_.finish();
-    surfaces_.addSets(deck_, warn_);
+    finishSets();
     deck_.materials = sections_.finishMaterials();
     deck_.sections = sections_.finishSections();
     deck_.nodalThicknesses = sections_.finishNodalThicknesses();
+    deck_.localAxes = localAxes_.finish(deck_);
+    deck_.steps = steps_.finish();
     return std::move(deck_);
   }
 
  private:
-  enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet, section, surface };
-
-  bool hasStep() const { return !deck_.procedures.empty(); }
+  enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet, section, surface, fileRequest };
 
   // A keyword line that ends in a comma goes on in the next one.
   static std::string joined(LineReader& lines, std::string_view line) {
@@ -95,26 +76,24 @@ class DeckReader {
       include(keyword, lines);
       return;
     }
-    data_ = Data::none;
+    data_ = localAxes_.start(keyword) ? Data::fileRequest : Data::none;
     set_ = nullptr;
+    steps_.start(keyword);
     if (keyword.name == "HEADING") {
       data_ = Data::heading;
     } else if (keyword.name == "STEP") {
       deck_.stepTitles.emplace_back();
-      deck_.procedures.push_back(Procedure::time);
       data_ = Data::stepTitle;
-    } else if (const std::optional<Procedure> procedure = procedureOf(keyword); procedure && hasStep()) {
-      deck_.procedures.back() = *procedure;
     } else if (keyword.name == "ELFILE" || keyword.name == "ELEMENTOUTPUT") {
       const bool isFirst = deck_.sectionForcesFrom == 0 && keyword.has("SECTIONFORCES");
       if (isFirst) deck_.sectionForcesFrom = static_cast<int>(deck_.stepTitles.size());
     } else if (keyword.name == "NODE") {
       data_ = Data::nodes;
-      if (const auto name = keyword.value("NSET")) set_ = &nodeSets_.open(*name, lines);
+      if (const auto name = keyword.spelled("NSET")) set_ = &nodeSets_.open(*name, lines);
     } else if (keyword.name == "ELEMENT") {
       mesh_.startElements(keyword, lines);
       data_ = Data::elements;
-      if (const auto set = keyword.value("ELSET")) set_ = &elementSets_.open(*set, lines);
+      if (const auto set = keyword.spelled("ELSET")) set_ = &elementSets_.open(*set, lines);
     } else if (keyword.name == "USERELEMENT") {
       mesh_.defineUserElement(keyword, lines);
     } else if (keyword.name == "NSET") {
@@ -124,28 +103,40 @@ class DeckReader {
     } else if (keyword.name == "SURFACE") {
       surfaces_.start(keyword, lines);
       data_ = Data::surface;
-    } else if (withSections_ && sections_.start(keyword, lines)) {
+    } else if (keyword.name == "RESTART" && keyword.has("READ")) {
+      restart_ = deck_.mesh.placeOfMissing = placeIn(lines.path(), lines.lineNumber());
+    } else if (keyword.name == "CYCLICSYMMETRYMODEL") {
+      takeSectors(keyword, lines);
+    } else if (sections_.start(keyword, lines)) {
       data_ = Data::section;
     }
+  }
+
+  // Several models may have different numbers of copies.
+  void takeSectors(const Keyword& keyword, const LineReader& lines) {
+    const std::optional<int> sectors = integerFrom(keyword.value("NGRAPH").value_or("1"));
+    if (!sectors || *sectors <= (deck_.sectorCopies ? deck_.sectorCopies->sectors : 1)) return;
+    deck_.sectorCopies = DeckSectorCopies{placeIn(lines.path(), lines.lineNumber()), *sectors};
   }
 
   void include(const Keyword& keyword, LineReader& lines) {
     const auto name = keyword.value("INPUT");
     if (!name) lines.fail("*INCLUDE names no file");
-    std::filesystem::path path = std::filesystem::path(lines.path()).parent_path() / *name;
-    // Names that are too long exist no more than others.
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) path = directory_ / *name;
-    if (!std::filesystem::exists(path, ignored)) lines.fail(fmt::format("the included file {} does not exist", *name));
-    if (openFiles_.contains(identityOf(path))) {
-      lines.fail(fmt::format("{} includes itself", *name));
+    const std::optional<std::string> path = includes_.find(*name, lines);
+    if (!path) {
+      const std::string text = fmt::format("the included file {} does not exist", storableText(*name));
+      if (isStrict_) lines.fail(text);
+      deck_.mesh.placeOfMissing = placeIn(lines.path(), lines.lineNumber());
+      warn_(fmt::format("{}: warning: {}", deck_.mesh.placeOfMissing, text));
+      return;
     }
-    if (openFiles_.size() >= kDeepestInclude) lines.fail("files include each other too deep");
-    readFile(path.string());
+    includes_.enter(*path, *name, lines);
+    readFile(*path);
+    includes_.leave(*path);
   }
 
   void startSet(const Keyword& keyword, DeckSets& sets, Data data, LineReader& lines) {
-    const auto name = keyword.value(keyword.name);
+    const auto name = keyword.spelled(keyword.name);
     if (!name) lines.fail(fmt::format("*{} names no set", keyword.name));
     set_ = &sets.open(*name, lines);
     generate_ = keyword.has("GENERATE");
@@ -153,6 +144,7 @@ class DeckReader {
   }
 
   void takeData(std::string_view line, LineReader& lines) {
+    steps_.takeData(line);
     switch (data_) {
       case Data::heading:
         if (deck_.heading.empty()) deck_.heading = storableText(line);
@@ -179,6 +171,9 @@ class DeckReader {
       case Data::surface:
         surfaces_.takeData(line, lines);
         break;
+      case Data::fileRequest:
+        localAxes_.takeData(line);
+        break;
       case Data::none:
         break;
     }
@@ -186,32 +181,51 @@ class DeckReader {
 
   void takeNode(std::string_view line, const LineReader& lines) {
     const int label = mesh_.takeNode(line, lines);
-    if (set_ != nullptr) set_->labels.push_back(label);
+    if (set_ != nullptr) nodeSets_.addLabel(*set_, label);
   }
 
   void takeElement(std::string_view line, const LineReader& lines) {
     const std::optional<int> label = mesh_.takeElement(line, lines);
-    if (label && set_ != nullptr) set_->labels.push_back(*label);
+    if (label && set_ != nullptr) elementSets_.addLabel(*set_, *label);
   }
 
-  void takeMembers(const DeckSets& sets, std::string_view line, LineReader& lines) {
+  void takeMembers(DeckSets& sets, std::string_view line, LineReader& lines) {
     if (generate_) {
-      DeckSets::addRange(*set_, line, lines);
+      sets.addRange(*set_, line, lines);
     } else {
       sets.addMembers(*set_, line, lines, warn_);
     }
   }
 
-  std::filesystem::path directory_;
+  void finishSets() {
+    const DeckMesh& mesh = deck_.mesh;
+    if (!restart_.empty() && mesh.elementLabels.empty()) {
+      warn_(
+          fmt::format("{}: warning: the deck restarts an earlier run and has no mesh, so the sets of that run are not "
+                      "known",
+                      restart_));
+    }
+    LabelBudget budget(bytesOfDeck_ + includes_.bytes());
+    const auto labelsOf = [&](const std::vector<int>& all) { return MeshLabels(all, mesh.isWhole() && !all.empty()); };
+    deck_.nodeSets = nodeSets_.finish(labelsOf(mesh.nodeLabels), budget, warn_);
+    deck_.elementSets = elementSets_.finish(labelsOf(mesh.elementLabels), budget, warn_);
+    surfaces_.addSets(deck_, budget, warn_);
+  }
+
   const WarningSink& warn_;
+  bool isStrict_;
   Deck deck_;
-  DeckSets nodeSets_;
-  DeckSets elementSets_;
-  std::set<std::string> openFiles_;
+  DeckIncludes includes_;
+  std::uint64_t bytesOfDeck_ = 0;
+  int setCount_ = 0;
+  DeckSets nodeSets_{odbstore::SetKind::node, setCount_};
+  DeckSets elementSets_{odbstore::SetKind::element, setCount_};
   DeckMeshReader mesh_;
-  bool withSections_;
   DeckSections sections_;
-  DeckSurfaces surfaces_;
+  DeckSurfaces surfaces_{setCount_};
+  DeckLocalAxesReader localAxes_;
+  std::string restart_;  // where the deck reads the state of an earlier run
+  DeckStepReader steps_;
   Data data_ = Data::none;
   DeckSet* set_ = nullptr;  // the set that the data lines belong to
   bool generate_ = false;
@@ -225,15 +239,39 @@ std::span<const int> DeckMesh::nodesOf(std::size_t element) const {
   return std::span(elementNodes).subspan(firstNode[element], end - firstNode[element]);
 }
 
+void DeckMesh::dropCoordinates() { coordinates = {}; }
+
 void DeckMesh::dropNodes() {
+  dropCoordinates();
   elementNodes = {};
   firstNode = {};
   nodeLabels = {};
-  coordinates = {};
 }
 
-Deck readDeck(const std::string& path, const WarningSink& warn, DeckDetail detail) {
-  DeckReader reader(path, warn, detail);
+std::vector<const DeckSet*> Deck::setsInOrder() const {
+  std::vector<const DeckSet*> sets;
+  for (const auto& [name, set] : nodeSets) sets.push_back(&set);
+  for (const auto& [name, set] : elementSets) sets.push_back(&set);
+  std::sort(sets.begin(), sets.end(), [](const DeckSet* a, const DeckSet* b) { return a->order < b->order; });
+  return sets;
+}
+
+const DeckSet* Deck::setPrintedAs(std::string_view name, odbstore::SetKind kind) const {
+  const std::string canonical = canonicalName(name);
+  const bool isOfNodes = kind == odbstore::SetKind::node;
+  for (const auto* sets : {isOfNodes ? &nodeSets : &elementSets, isOfNodes ? &elementSets : &nodeSets}) {
+    if (const auto known = sets->find(canonical); known != sets->end()) return &known->second;
+  }
+  return nullptr;
+}
+
+const DeckSet* Deck::surfacePrintedAs(std::string_view name) const {
+  const auto surface = setsOfSurfaces.find(canonicalName(name));
+  return surface == setsOfSurfaces.end() ? nullptr : setPrintedAs(surface->second, odbstore::SetKind::element);
+}
+
+Deck readDeck(const std::string& path, const WarningSink& warn, const DeckOptions& options) {
+  DeckReader reader(path, warn, options);
   reader.readFile(path);
   return reader.finish();
 }

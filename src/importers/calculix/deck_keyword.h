@@ -12,12 +12,16 @@ namespace importers::calculix {
 // A line such as `*NSET, NSET=Top face, GENERATE`.
 struct Keyword {
   std::string name;                               // in capitals, without star and blanks
-  std::map<std::string, std::string> parameters;  // by name in capitals; values as spelled, without quotes
+  std::map<std::string, std::string> parameters;  // by name in capitals; values as spelled
 
   bool has(const std::string& parameter) const { return parameters.contains(parameter); }
-  // The value of a parameter, nothing when it is absent or empty.
+  // The value of a parameter as spelled, with its quotes; nothing when it is absent or empty.
+  std::optional<std::string> spelled(const std::string& parameter) const;
+  // The same without quotes.
   std::optional<std::string> value(const std::string& parameter) const;
 };
+
+std::string withoutQuotes(std::string_view text);
 
 bool isComment(std::string_view line);
 bool isKeyword(std::string_view line);

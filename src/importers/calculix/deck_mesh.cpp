@@ -35,9 +35,9 @@ void DeckMeshReader::defineUserElement(const Keyword& keyword, const LineReader&
 
 int DeckMeshReader::takeNode(std::string_view line, const LineReader& lines) {
   const int label = labelFrom(line.substr(0, line.find(',')), lines);
+  mesh_.nodeLabels.push_back(label);
   if (!withCoordinates_) return label;
   const std::vector<std::string_view> items = dataItems(line);
-  mesh_.nodeLabels.push_back(label);
   mass::Vector3& at = mesh_.coordinates.emplace_back();
   for (std::size_t k = 1; k < std::min<std::size_t>(items.size(), 4); ++k) {
     if (!items[k].empty()) at[k - 1] = realFrom(items[k], lines);

@@ -14,7 +14,7 @@ namespace importers::calculix {
 // Writes into the mesh of a deck. Numbers that are none are an ImportError.
 class DeckMeshReader {
  public:
-  // Without coordinates nothing but labels is kept of nodes.
+  // Whether coordinates of nodes are kept, beside their labels.
   DeckMeshReader(DeckMesh& mesh, bool withCoordinates) : mesh_(mesh), withCoordinates_(withCoordinates) {}
 
   // *ELEMENT; an ImportError without a type.

@@ -59,24 +59,29 @@ bool DeckSections::start(const Keyword& keyword, const LineReader& lines) {
 }
 
 bool DeckSections::startSection(const Keyword& keyword, SectionKind kind, const LineReader& lines) {
-  const std::optional<std::string> set = keyword.value("ELSET");
+  const std::optional<std::string> set = keyword.spelled("ELSET");
   if (!set) return true;
   DeckSection section;
   section.kind = kind;
   section.place = placeIn(lines.path(), lines.lineNumber());
-  section.elementSet = storableText(*set);
+  section.elementSet = canonicalName(*set);
+  section.setName = storableText(withoutQuotes(*set));
+  section.hasOrientation = keyword.value("ORIENTATION").has_value();
   section.material = canonicalName(keyword.value("MATERIAL").value_or(""));
   section.hasNodalThickness = keyword.has("NODALTHICKNESS");
   if (kind == SectionKind::solid) data_ = Data::solid;
   if (kind == SectionKind::pointMass) data_ = Data::pointMass;
   if (kind == SectionKind::shell) {
-    data_ = keyword.has("COMPOSITE") ? Data::composite : Data::shell;
-    section.offset[0] = parameterNumber(keyword, "OFFSET", lines);
+    section.isComposite = keyword.has("COMPOSITE");
+    data_ = section.isComposite ? Data::composite : Data::shell;
+    if (withNumbers_) section.offset[0] = parameterNumber(keyword, "OFFSET", lines);
   }
   if (kind == SectionKind::beam) {
     data_ = Data::beam;
     section.profile = profileOf(keyword);
-    section.offset = {parameterNumber(keyword, "OFFSET1", lines), parameterNumber(keyword, "OFFSET2", lines)};
+    if (withNumbers_) {
+      section.offset = {parameterNumber(keyword, "OFFSET1", lines), parameterNumber(keyword, "OFFSET2", lines)};
+    }
   }
   sections_.push_back(std::move(section));
   return true;
@@ -84,6 +89,7 @@ bool DeckSections::startSection(const Keyword& keyword, SectionKind kind, const 
 
 void DeckSections::takeData(std::string_view line, const LineReader& lines) {
   const bool isFirst = lineOfData_++ == 0;
+  if (!withNumbers_ && data_ != Data::composite) return;
   switch (data_) {
     case Data::density:
       takeDensity(line, lines);
@@ -122,8 +128,9 @@ void DeckSections::takeDensity(std::string_view line, const LineReader& lines) {
 // Thickness, an empty item, material, orientation.
 void DeckSections::takeLayer(std::string_view line, const LineReader& lines) {
   const std::vector<std::string_view> items = dataItems(line);
-  const std::optional<double> thickness = numberAt(line, 0, lines);
-  if (!thickness) return;
+  if (items.front().empty()) return;
+  const std::optional<double> thickness = withNumbers_ ? numberAt(line, 0, lines) : 0.0;
+  if (items.size() > 3 && !items[3].empty()) sections_.back().hasOrientation = true;
   sections_.back().layers.push_back({*thickness, items.size() > 2 ? canonicalName(items[2]) : std::string()});
 }
 

@@ -1,4 +1,4 @@
-// Materials and sections of a deck, as far as they decide about mass.
+// Materials and sections of a deck, as far as they decide about mass, layers and axes.
 #pragma once
 
 #include <array>
@@ -32,12 +32,15 @@ enum class SectionKind { solid, shell, beam, pointMass };
 struct DeckSection {
   SectionKind kind = SectionKind::solid;
   std::string place;       // "<file>:<line>"
-  std::string elementSet;  // as the deck spells it
+  std::string elementSet;  // canonical name
+  std::string setName;     // as the deck spells it
   std::string material;    // canonical name; empty for layers and point masses
   // Solid: the thickness of plane elements, the area of trusses. Point mass: the mass of each element.
   std::optional<double> size;
   // Shell, from the lower side up. Empty without a thickness.
   std::vector<DeckLayer> layers;
+  bool isComposite = false;     // whether the deck lists layers
+  bool hasOrientation = false;  // of its own or of one of its layers
   // Of the line or surface of the nodes from the middle, in parts of the thickness: shells have one, beams two.
   std::array<double, 2> offset{};
   // Beam: "RECT", "CIRC", "PIPE", "BOX", "GENERAL" or what else the deck asks for, and the numbers under it.
@@ -57,6 +60,9 @@ struct DeckNodalThickness {
 // Collects them while a deck is read.
 class DeckSections {
  public:
+  // Without numbers, which serve mass alone, there are only the sets, the orientations and how many layers a shell has.
+  explicit DeckSections(bool withNumbers) : withNumbers_(withNumbers) {}
+
   // Takes a keyword that is one of these. False for any other, which has no data here. A material or section without a
   // name is passed over: the solver does not run on it.
   bool start(const Keyword& keyword, const LineReader& lines);
@@ -79,6 +85,7 @@ class DeckSections {
   void takeNodalThickness(std::string_view line, const LineReader& lines);
   void takeBeam(std::string_view line, const LineReader& lines);
 
+  bool withNumbers_;
   std::map<std::string, DeckMaterial> materials_;
   std::vector<DeckSection> sections_;
   std::vector<DeckNodalThickness> nodalThicknesses_;

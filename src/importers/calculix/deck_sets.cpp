@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -12,9 +14,6 @@
 namespace importers::calculix {
 
 namespace {
-
-// More members than any model has: a damaged GENERATE line shall not fill the memory.
-constexpr std::int64_t kLargestRange = 100'000'000;
 
 bool looksLikeNumber(std::string_view item) {
   return item.find_first_of("0123456789+-.") == 0 && item.find_first_of("0123456789") != std::string_view::npos;
@@ -27,14 +26,16 @@ void DeckSet::addName(const std::string& name) {
 }
 
 void DeckSet::finish() {
+  const auto isOutOfOrder = std::adjacent_find(labels.begin(), labels.end(), std::greater_equal<>());
+  if (isOutOfOrder == labels.end()) return;
   std::sort(labels.begin(), labels.end());
   labels.erase(std::unique(labels.begin(), labels.end()), labels.end());
 }
 
 std::string canonicalName(std::string_view name) {
   // Two ways to write a letter are one name in the database.
-  std::string canonical = upperCased(storableText(name));
-  std::erase_if(canonical, [](char c) { return c == ' ' || c == '\t' || c == '"'; });
+  std::string canonical = upperCased(storableText(name.substr(0, name.find(','))));
+  std::erase_if(canonical, [](char c) { return c == ' ' || c == '\t'; });
   return canonical;
 }
 
@@ -54,50 +55,100 @@ double realFrom(std::string_view item, const LineReader& lines) {
 }
 
 DeckSet& DeckSets::open(const std::string& name, const LineReader& lines) {
-  const std::string canonical = canonicalName(name);
-  if (canonical.empty()) lines.fail("the set has no name");
-  const auto [known, isNew] = sets_.try_emplace(canonical);
+  const std::string shown = storableText(withoutQuotes(name));
+  if (trimmed(shown).empty()) lines.fail("the set has no name");
+  const auto [known, isNew] = sets_.try_emplace(canonicalName(name));
+  DeckSet& set = known->second;
   if (isNew) {
-    known->second.place = placeIn(lines.path(), lines.lineNumber());
+    set.kind = kind_;
+    set.place = placeIn(lines.path(), lines.lineNumber());
+    set.order = order_++;
   }
-  known->second.addName(storableText(name));
-  return known->second;
+  set.addName(shown);
+  return set;
 }
 
-void DeckSets::addMembers(DeckSet& set, std::string_view line, const LineReader& lines, const WarningSink& warn) const {
+void DeckSets::addLabel(DeckSet& set, int label) {
+  labels_.push_back(label);
+  const bool goesOn = !pieces_.empty() && pieces_.back().kind == Piece::Kind::labels && pieces_.back().to == &set;
+  if (!goesOn) pieces_.push_back({&set, nullptr, Piece::Kind::labels, 0, 0, 1});
+  ++pieces_.back().first;
+}
+
+void DeckSets::addMembers(DeckSet& set, std::string_view line, const LineReader& lines, const WarningSink& warn) {
   for (const std::string_view item : dataItems(line)) {
     if (item.empty()) continue;
     if (const std::optional<int> label = integerFrom(item)) {
-      set.labels.push_back(*label);
+      addLabel(set, *label);
       continue;
     }
     const auto other = sets_.find(canonicalName(item));
-    if (other == sets_.end()) {
-      if (looksLikeNumber(item)) lines.fail(fmt::format("\"{}\" is neither a label nor a set", storableText(item)));
-      warn(fmt::format("{}: warning: the set {} takes in {}, which is no set yet",
-                       placeIn(lines.path(), lines.lineNumber()), set.names.front(), storableText(item)));
+    if (other != sets_.end()) {
+      pieces_.push_back({&set, &other->second, Piece::Kind::set, 0, 0, 1});
       continue;
     }
-    const std::vector<int> members = other->second.labels;
-    set.labels.insert(set.labels.end(), members.begin(), members.end());
+    if (looksLikeNumber(item)) lines.fail(fmt::format("\"{}\" is neither a label nor a set", storableText(item)));
+    warn(fmt::format("{}: warning: the set {} takes in {}, which is no set yet",
+                     placeIn(lines.path(), lines.lineNumber()), set.names.front(), storableText(item)));
   }
 }
 
 void DeckSets::addRange(DeckSet& set, std::string_view line, const LineReader& lines) {
   const std::vector<std::string_view> items = dataItems(line);
   if (items.size() > 3) lines.fail("GENERATE takes a first label, a last label and an increment");
-  const std::int64_t first = labelFrom(items[0], lines);
-  const std::int64_t last = items.size() > 1 ? labelFrom(items[1], lines) : first;
-  const std::int64_t increment = items.size() > 2 ? labelFrom(items[2], lines) : 1;
+  const int first = labelFrom(items[0], lines);
+  const int last = items.size() > 1 ? labelFrom(items[1], lines) : first;
+  const int increment = items.size() > 2 ? labelFrom(items[2], lines) : 1;
   if (increment <= 0) lines.fail("the increment of GENERATE must be positive");
   if (last < first) lines.fail(fmt::format("GENERATE cannot run from {} down to {}", first, last));
-  if ((last - first) / increment >= kLargestRange) {
-    lines.fail(fmt::format("GENERATE makes more than {} labels", kLargestRange));
-  }
-  for (std::int64_t label = first; label <= last; label += increment) set.labels.push_back(static_cast<int>(label));
+  pieces_.push_back({&set, nullptr, Piece::Kind::range, first, last, increment});
 }
 
-std::map<std::string, DeckSet> DeckSets::finish() {
+void DeckSets::addPiece(const Piece& piece, const MeshLabels& mesh, LabelBudget& budget, Strangers& strangers) {
+  std::vector<int>& to = piece.to->labels;
+  const std::size_t before = to.size();
+  std::uint64_t named = 0;
+  if (piece.kind == Piece::Kind::set) {
+    piece.from->finish();
+    named = piece.from->labels.size();
+    budget.take(named, piece.to->place);
+    const std::vector<int> members = piece.from->labels;
+    to.insert(to.end(), members.begin(), members.end());
+  } else if (piece.kind == Piece::Kind::range) {
+    named = static_cast<std::uint64_t>((std::int64_t{piece.last} - piece.first) / piece.increment) + 1;
+    budget.take(mesh.costOfRange(piece.first, piece.last, piece.increment), piece.to->place);
+    mesh.appendRange(piece.first, piece.last, piece.increment, to);
+  } else {
+    named = static_cast<std::uint64_t>(piece.first);
+    budget.take(named, piece.to->place);
+    const auto begin = labels_.begin() + static_cast<std::ptrdiff_t>(taken_);
+    std::copy_if(begin, begin + piece.first, std::back_inserter(to), [&](int label) { return mesh.contains(label); });
+    taken_ += static_cast<std::size_t>(piece.first);
+  }
+  const std::uint64_t lost = named - (to.size() - before);
+  if (lost == 0) return;
+  if (strangers.count == 0) strangers.place = piece.to->place;
+  strangers.count += lost;
+  strangers.sets.insert(piece.to);
+}
+
+void DeckSets::warnOf(const Strangers& strangers, const WarningSink& warn) const {
+  if (strangers.count == 0) return;
+  std::vector<const DeckSet*> sets(strangers.sets.begin(), strangers.sets.end());
+  std::sort(sets.begin(), sets.end(), [](const DeckSet* a, const DeckSet* b) { return a->order < b->order; });
+  std::vector<std::string> names;
+  for (const DeckSet* set : sets) names.push_back(set->names.front());
+  const char* const member = kind_ == odbstore::SetKind::node ? "node" : "element";
+  warn(fmt::format("{}: warning: labels that no {} of the deck has are left out of the sets {} ({} in all)",
+                   strangers.place, member, listed(names), strangers.count));
+}
+
+std::map<std::string, DeckSet> DeckSets::finish(const MeshLabels& mesh, LabelBudget& budget, const WarningSink& warn) {
+  Strangers strangers;
+  for (const Piece& piece : pieces_) addPiece(piece, mesh, budget, strangers);
+  pieces_ = {};
+  labels_ = {};
+  warnOf(strangers, warn);
   for (auto& [name, set] : sets_) set.finish();
   return std::move(sets_);
 }

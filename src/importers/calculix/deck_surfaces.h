@@ -8,6 +8,7 @@
 
 #include "importers/calculix/deck.h"
 #include "importers/calculix/deck_keyword.h"
+#include "importers/calculix/deck_labels.h"
 #include "importers/diagnostics.h"
 #include "importers/line_reader.h"
 
@@ -15,6 +16,9 @@ namespace importers::calculix {
 
 class DeckSurfaces {
  public:
+  // `order` counts all sets of the deck and must live as long.
+  explicit DeckSurfaces(int& order) : order_(order) {}
+
   // *SURFACE; an ImportError without a name.
   void start(const Keyword& keyword, const LineReader& lines);
   // A node, an element or a set, with the face where the surface is one of elements.
@@ -22,8 +26,8 @@ class DeckSurfaces {
 
   // Gives the deck, whose sets and mesh are complete, a set for every surface: of nodes a node set; of elements a set
   // of them and one of the nodes of their faces. They are called like the surface, with kSurfaceSuffix where the deck
-  // has such a set of another name. A set or a face that is not known is a warning.
-  void addSets(Deck& deck, const WarningSink& warn) const;
+  // has a set of that name. A set or a face that is not known is a warning.
+  void addSets(Deck& deck, LabelBudget& budget, const WarningSink& warn) const;
 
  private:
   struct Part {
@@ -32,15 +36,17 @@ class DeckSurfaces {
     std::string face;    // in capitals
   };
   struct Surface {
-    std::string name;
+    std::string name;  // as spelled, with quotes
     std::string place;
+    int order = 0;
     bool isOfNodes = false;
     std::vector<Part> parts;
   };
 
-  static std::vector<int> membersOf(const Part& part, const std::map<std::string, DeckSet>& sets,
+  static std::vector<int> membersOf(const Part& part, const std::map<std::string, DeckSet>& sets, LabelBudget& budget,
                                     const WarningSink& warn);
 
+  int& order_;
   std::vector<Surface> surfaces_;
 };
 

@@ -88,4 +88,25 @@ std::optional<std::vector<std::size_t>> nodesOfFace(const ElementKind& kind, std
   return withMiddles(faces[static_cast<std::size_t>(number) - 1], *kind.shape);
 }
 
+int faceOfExpanded(const ElementKind& kind, std::string_view face) {
+  const int number = numberOf(face);
+  switch (kind.family) {
+    case Family::plane:
+    case Family::axisymmetric:
+      // Their own faces are the edges.
+      if (face == "SN") return 1;
+      if (face == "SP") return 2;
+      return number >= 1 && number <= 4 ? number + 2 : 0;
+    case Family::shell:
+    case Family::membrane:
+    case Family::beam:
+    case Family::truss:
+      if (face == "SNEG") return 1;
+      if (face == "SPOS") return 2;
+      return number;
+    default:
+      return 0;
+  }
+}
+
 }  // namespace importers::calculix

@@ -15,4 +15,8 @@ namespace importers::calculix {
 // nodes of the element. Nothing for a face that the element does not have.
 std::optional<std::vector<std::size_t>> nodesOfFace(const ElementKind& kind, std::string_view face);
 
+// The number of that face among those of the solid that the solver makes of an element that has no volume of its own; 0
+// for solids and for a face that the element does not have. Number 1 is the lower side of a shell and 2 the upper one.
+int faceOfExpanded(const ElementKind& kind, std::string_view face);
+
 }  // namespace importers::calculix

@@ -26,6 +26,10 @@ struct ElementKind {
   Family family = Family::unknown;
   int nodes = 0;                     // 0 where that is not known
   std::optional<mass::Shape> shape;  // where it has one: not of points, springs and their like
+
+  // Whether the element has stresses of its own. Springs, dashpots, gaps, couplings and points have none: what the
+  // result file shows at their nodes comes from their neighbours. Unknown elements count as having some.
+  bool hasTensors() const { return shape.has_value() || family == Family::unknown; }
 };
 
 // `type` in capitals. Variants of a type (C3D20R, C3D8I) are the same kind.

@@ -14,6 +14,7 @@ struct MappedField {
   std::string name;
   odbstore::FieldInfo info;
   std::vector<int> columns;  // of the block, in the order of the field's components
+  bool isLocal = false;      // of those rows of a printed table that are in axes of the node or the element
 
   bool isTensor() const { return odbstore::isTensorType(info.type); }
 };

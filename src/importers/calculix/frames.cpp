@@ -5,46 +5,73 @@
 #include <algorithm>
 #include <cmath>
 
-#include "importers/text_fields.h"
+#include "importers/calculix/rounded.h"
 
 namespace importers::calculix {
 
 namespace {
-
-// Total times come with up to ten digits, those of the status file with six.
-constexpr int kDigitsOfTime = 10;
-constexpr double kStatusPrecision = 1e-5;
 
 // Four decimals where they show the value, significant digits where they would not.
 std::string timeText(double time) {
   return time == 0.0 || std::abs(time) >= 1e-3 ? fmt::format("{:.4f}", time) : fmt::format("{:.5g}", time);
 }
 
-// What is left of `total` behind `start`, without the digits that the subtraction makes up.
-double difference(double total, double start) {
-  if (total == 0.0 || !std::isfinite(total)) return total - start;
-  const int decimals = kDigitsOfTime - 1 - static_cast<int>(std::floor(std::log10(std::abs(total))));
-  return numberFrom(fmt::format("{:.{}f}", total - start, std::max(decimals, 0))).value_or(total - start);
-}
-
-bool agree(double time, double status) { return std::abs(time - status) <= kStatusPrecision * std::abs(status); }
+bool isFrequency(FrameKind kind) { return kind == FrameKind::mode || kind == FrameKind::steadyState; }
 
 std::string placeText(const RunFrame& frame) {
-  const bool isFrequency = frame.kind == FrameKind::mode || frame.kind == FrameKind::steadyState;
   return fmt::format("step {}, {} {:.6g}", frame.step,
                      frame.kind == FrameKind::time ? "time"
-                     : isFrequency                 ? "frequency"
+                     : isFrequency(frame.kind)     ? "frequency"
                                                    : "buckling factor",
                      frame.value);
+}
+
+std::string descriptionOf(const RunFrame& frame) {
+  const int number = frame.info.incrementNumber;
+  const int mode = frame.mode > 0 ? frame.mode : number;
+  std::string text;
+  switch (frame.kind) {
+    case FrameKind::time:
+      return fmt::format("Increment {}: Step Time = {}", number, timeText(frame.info.value));
+    case FrameKind::baseState:
+      return "Base State";
+    case FrameKind::steadyState:
+      return fmt::format("Increment {}: Frequency = {:.5g}", number, frame.value);
+    case FrameKind::bucklingMode:
+      return fmt::format("Mode {}: Buckling Factor = {:.5g}", mode, frame.value);
+    case FrameKind::mode:
+      text = fmt::format("Mode {}: Frequency = {:.5g}", mode, frame.value);
+  }
+  return frame.nodalDiameter ? text + fmt::format(", Nodal Diameter = {}", *frame.nodalDiameter) : text;
+}
+
+bool saysTheSame(const RunFrame& frame, const IncrementTime& time) {
+  return time.increment == frame.increment &&
+         rounded(time.total, kDigitsOfStatus).meets(rounded(frame.value, frame.digits));
+}
+
+// Whether a frame comes behind one that the result file lacks.
+bool isBehind(const RunFrame& frame, const RunFrame& added) {
+  // Times of the next period are smaller again.
+  if (added.isPeriodic) return false;
+  if (added.kind == FrameKind::baseState || frame.kind == FrameKind::baseState) {
+    return added.kind == FrameKind::baseState;
+  }
+  if (added.kind == FrameKind::mode || added.kind == FrameKind::bucklingMode) return frame.place > added.place;
+  const bool isCounted = added.kind == FrameKind::time && added.increment && frame.increment;
+  return isCounted && *frame.increment != *added.increment ? *frame.increment > *added.increment
+                                                           : frame.value > added.value;
 }
 
 }  // namespace
 
 FrameKind frameKindOf(const FrdResult& block) {
   if (block.kind == AnalysisKind::buckling) return FrameKind::bucklingMode;
-  if (block.kind == AnalysisKind::modal) return FrameKind::mode;
+  // Complex modes are of no analysis of their own.
+  const bool isComplexMode = block.kind == AnalysisKind::other && block.mode > 0;
+  if (block.kind == AnalysisKind::modal || isComplexMode) return FrameKind::mode;
   // All frames of steady-state dynamics have the increment 0, which no increment in time has.
-  const bool isSteadyState = block.kind == AnalysisKind::time && block.increment == 0;
+  const bool isSteadyState = block.kind == AnalysisKind::time && block.increment == 0 && !block.isPeriodic;
   return isSteadyState ? FrameKind::steadyState : FrameKind::time;
 }
 
@@ -56,75 +83,6 @@ std::vector<int> placesInSteps(const Frames& frames) {
   return places;
 }
 
-double Frames::startOf(int step) const {
-  const auto first = times_.lower_bound({step, 0});
-  if (first != times_.end() && first->first.first == step) {
-    const IncrementTime& time = first->second.front();
-    return difference(time.total, time.step);
-  }
-  // Modes, buckling factors and steady-state dynamics take no time.
-  double start = 0.0;
-  for (const auto& [number, known] : steps_) {
-    if (number < step) start = std::max(start, known.end);
-  }
-  for (const auto& [place, times] : times_) {
-    if (place.first < step) start = std::max(start, times.back().total);
-  }
-  return start;
-}
-
-Frames::Step& Frames::stepOf(int number) {
-  const auto [known, isNew] = steps_.emplace(number, Step{});
-  Step& step = known->second;
-  if (!isNew) return step;
-  step.start = startOf(number);
-  step.end = step.start;
-  return step;
-}
-
-double Frames::timeInStep(const RunFrame& frame, int increment, Step& step) {
-  const auto known = times_.find({frame.step, increment});
-  if (known == times_.end()) return difference(frame.value, step.start);
-  const auto status = std::find_if(known->second.begin(), known->second.end(),
-                                   [&](const IncrementTime& time) { return agree(frame.value, time.total); });
-  if (status == known->second.end()) {
-    (*warn_)(statusPath_ + ": warning: its times are not those of the results, and are not used");
-    times_.clear();
-    step.start = startOf(frame.step);
-    return difference(frame.value, step.start);
-  }
-  // Where both say the same, the total times do it with more digits.
-  const double time = difference(frame.value, step.start);
-  return agree(time, status->step) ? time : status->step;
-}
-
-void Frames::describeTime(RunFrame& frame, int increment, Step& step) {
-  step.end = std::max(step.end, frame.value);
-  const double time = timeInStep(frame, increment, step);
-  frame.info = {increment, time, fmt::format("Increment {}: Step Time = {}", increment, timeText(time))};
-}
-
-void Frames::describe(RunFrame& frame, int increment) {
-  Step& step = stepOf(frame.step);
-  if (frame.kind == FrameKind::time) {
-    describeTime(frame, increment, step);
-    return;
-  }
-  if (frame.kind == FrameKind::bucklingMode && step.numbered == 0 && frame.value == 0.0) {
-    frame.kind = FrameKind::baseState;
-  }
-  if (frame.kind == FrameKind::baseState) {
-    frame.info = {0, 0.0, "Base State"};
-    return;
-  }
-  const int number = ++step.numbered;
-  const char* const what = frame.kind == FrameKind::bucklingMode ? "Mode {}: Buckling Factor = {:.5g}"
-                           : frame.kind == FrameKind::mode       ? "Mode {}: Frequency = {:.5g}"
-                                                                 : "Increment {}: Frequency = {:.5g}";
-  frame.info = {number, frame.value, fmt::format(fmt::runtime(what), number, frame.value)};
-  if (frame.nodalDiameter) frame.info.description += fmt::format(", Nodal Diameter = {}", *frame.nodalDiameter);
-}
-
 FrameNumber Frames::find(const FrdResult& block, const std::vector<std::string>& fields) {
   const std::pair<int, int> counter{block.step, block.frameCounter};
   auto known = byCounter_.find(counter);
@@ -132,10 +90,27 @@ FrameNumber Frames::find(const FrdResult& block, const std::vector<std::string>&
     return std::any_of(fields.begin(), fields.end(), [&](const std::string& name) { return names.contains(name); });
   };
   if (known == byCounter_.end() || hasOne(frames_[known->second].fields)) {
-    RunFrame frame{block.step, frameKindOf(block), block.value, block.nodalDiameter, {}, {}};
-    describe(frame, block.increment);
+    std::vector<FrameNumber>& order = order_[block.step];
+    RunFrame frame;
+    frame.step = block.step;
+    frame.kind = frameKindOf(block);
+    frame.value = block.value;
+    frame.digits = digitsOfResults(block.value);
+    if (!block.isPeriodic) frame.increment = block.increment;
+    frame.mode = block.mode;
+    frame.nodalDiameter = block.nodalDiameter;
+    frame.isPeriodic = block.isPeriodic;
+    if (frame.kind == FrameKind::bucklingMode && order.empty() && frame.value == 0.0) {
+      frame.kind = FrameKind::baseState;
+    } else if (frame.mode > 0) {
+      // The file leaves out modes that are the other half of a pair, but counts them.
+      const auto first = firstMode_.try_emplace(block.step, block.frameCounter, block.mode).first->second;
+      frame.place = block.frameCounter - first.first + first.second;
+    } else {
+      frame.place = order.empty() ? 1 : frames_[order.back()].place + 1;
+    }
     lastPlace_ = placeText(frame);
-    order_[block.step].push_back(frames_.size());
+    order.push_back(frames_.size());
     known = byCounter_.insert_or_assign(counter, frames_.size()).first;
     frames_.push_back(std::move(frame));
   }
@@ -143,32 +118,107 @@ FrameNumber Frames::find(const FrdResult& block, const std::vector<std::string>&
   return known->second;
 }
 
-FrameNumber Frames::insert(int step, FrameKind kind, int increment, double value) {
-  RunFrame frame{step, kind, value, {}, {}, {}};
-  std::vector<FrameNumber>& order = order_[step];
-  const auto isLater = [&](FrameNumber other) {
-    return kind == FrameKind::mode || kind == FrameKind::bucklingMode ? frames_[other].info.incrementNumber > increment
-           : kind == FrameKind::baseState                             ? true
-                                                                      : frames_[other].value > value;
-  };
-  const auto place = std::find_if(order.begin(), order.end(), isLater);
-  if (kind == FrameKind::time && increment == 0) {
-    increment = place == order.begin() ? 1 : frames_[*(place - 1)].info.incrementNumber + 1;
-  }
-  if (kind == FrameKind::mode || kind == FrameKind::bucklingMode) stepOf(step).numbered = increment - 1;
-  describe(frame, increment);
-  order.insert(place, frames_.size());
-  frames_.push_back(std::move(frame));
-  return frames_.size() - 1;
+FrameNumber Frames::add(const RunFrame& frame) {
+  added_.push_back(frames_.size());
+  frames_.push_back(frame);
+  return added_.back();
 }
 
-void Frames::settleTimes() {
-  for (auto& [number, step] : steps_) {
-    step.start = startOf(number);
-    for (const FrameNumber frame : order_[number]) {
-      if (frames_[frame].kind == FrameKind::time)
-        describeTime(frames_[frame], frames_[frame].info.incrementNumber, step);
-    }
+void Frames::dropStatus() {
+  (*warn_)(statusPath_ + ": warning: its times are not those of the results, and are not used");
+  times_.clear();
+}
+
+void Frames::checkStatus() {
+  for (const RunFrame& frame : frames_) {
+    const auto times = times_.find(frame.step);
+    if (frame.kind != FrameKind::time || times == times_.end()) continue;
+    const auto isIt = [&](const IncrementTime& time) { return time.increment == frame.increment; };
+    const auto agrees = [&](const IncrementTime& time) { return saysTheSame(frame, time); };
+    const bool isKnown = std::any_of(times->second.begin(), times->second.end(), isIt);
+    if (isKnown && std::none_of(times->second.begin(), times->second.end(), agrees)) return dropStatus();
+  }
+}
+
+// The deck knows it exactly, the status file with six digits; else a step starts where those before it ended. Modes,
+// buckling factors and steady states take no time.
+double Frames::startOf(int step, const StepSpans& spans) const {
+  if (const auto known = spans.find(step); known != spans.end()) return known->second.start;
+  if (const auto times = times_.find(step); times != times_.end()) {
+    const IncrementTime& first = times->second.front();
+    return difference(first.total, first.step, kDigitsOfStatus);
+  }
+  double start = 0.0;
+  for (const RunFrame& frame : frames_) {
+    if (frame.step < step && frame.kind == FrameKind::time) start = std::max(start, frame.value);
+  }
+  for (const auto& [number, times] : times_) {
+    if (number < step) start = std::max(start, times.back().total);
+  }
+  return start;
+}
+
+// The status file has the time in the step with six digits. The difference of the total times is used only where it
+// has more of them, and the same ones.
+double Frames::timeInStep(const RunFrame& frame, double start) const {
+  if (frame.isPeriodic) return frame.value;
+  const double time = difference(frame.value, start, frame.digits);
+  const auto times = times_.find(frame.step);
+  if (times == times_.end()) return time;
+  for (const IncrementTime& status : times->second) {
+    if (saysTheSame(frame, status)) return withDigits(time, kDigitsOfStatus) == status.step ? time : status.step;
+  }
+  return time;
+}
+
+void Frames::order(FrameNumber number) {
+  std::vector<FrameNumber>& frames = order_[frames_[number].step];
+  const auto place = std::find_if(frames.begin(), frames.end(),
+                                  [&](FrameNumber other) { return isBehind(frames_[other], frames_[number]); });
+  frames.insert(place, number);
+}
+
+void Frames::numberStep(const std::vector<FrameNumber>& frames, const WarningSink& note) {
+  std::set<int> numbers;
+  int last = 0;
+  for (const FrameNumber number : frames) {
+    RunFrame& frame = frames_[number];
+    const int known = frame.kind == FrameKind::baseState     ? 0
+                      : frame.kind == FrameKind::steadyState ? last + 1
+                      : frame.kind != FrameKind::time        ? frame.place
+                                                             : frame.increment.value_or(last + 1);
+    last = frame.info.incrementNumber = known;
+    numbers.insert(known);
+  }
+  if (numbers.size() == frames.size()) return;
+  for (std::size_t i = 0; i < frames.size(); ++i) frames_[frames[i]].info.incrementNumber = static_cast<int>(i) + 1;
+  note(fmt::format("step {} has frames with equal numbers; they are numbered from 1", frames_[frames.front()].step));
+}
+
+void Frames::setTimes(const std::vector<FrameNumber>& frames, const StepSpans& spans) {
+  const int step = frames_[frames.front()].step;
+  const double start = startOf(step, spans);
+  for (const FrameNumber number : frames) {
+    RunFrame& frame = frames_[number];
+    frame.info.value = frame.kind == FrameKind::time        ? timeInStep(frame, start)
+                       : frame.kind == FrameKind::baseState ? 0.0
+                                                            : frame.value;
+  }
+  // The deck knows the end of a step better than the digits of a total time do.
+  const auto span = spans.find(step);
+  RunFrame& last = frames_[frames.back()];
+  if (span == spans.end() || !span->second.period || times_.contains(step) || last.kind != FrameKind::time) return;
+  const double period = *span->second.period;
+  if (rounded(last.value, last.digits).contains(start + period)) last.info.value = period;
+}
+
+void Frames::settle(const StepSpans& spans, const WarningSink& note) {
+  for (const FrameNumber frame : added_) order(frame);
+  added_.clear();
+  for (const auto& [step, frames] : order_) {
+    numberStep(frames, note);
+    setTimes(frames, spans);
+    for (const FrameNumber frame : frames) frames_[frame].info.description = descriptionOf(frames_[frame]);
   }
 }
 

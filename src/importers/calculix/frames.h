@@ -1,4 +1,25 @@
 // Steps and frames of a CalculiX run, out of what each result block and each printed table says of itself.
+//
+// Of these heads of a result file (.frd) and these lines of a status file (.sta)
+//
+//     1PSTEP         1           4           2     increment 4 of step 2 ...
+//   100CL  102 1.23461E-01     ...    0    2        ... at the total time 0.123461, frame counter 2
+//     1PSTEP         2           8           2
+//   100CL  103 1.23465E-01     ...    0    3
+//     1PSTEP         3           1           3
+//     1PHID                      1                  nodal diameter 1 ...
+//     1PMODE                     3                  ... and its mode 3
+//   100CL  106 208765.9273     ...    2    6MODAL   2: modes
+//
+//   STEP      INC     ATT  ITRS     TOT TIME     STEP TIME      INC TIME
+//      2        4       1     2  0.123461E+00  0.400000E-05  0.100000E-05
+//      2        8       1     2  0.123465E+00  0.800000E-05  0.100000E-05
+//
+// come the frames
+//
+//   step 2   4  4e-6       Increment 4: Step Time = 4e-06
+//            8  8e-6       Increment 8: Step Time = 8e-06
+//   step 3   3  208765.93  Mode 3: Frequency = 2.0877e+05, Nodal Diameter = 1
 #pragma once
 
 #include <map>
@@ -29,24 +50,35 @@ FrameKind frameKindOf(const FrdResult& block);
 struct RunFrame {
   int step = 0;
   FrameKind kind = FrameKind::time;
-  double value = 0.0;  // as the solver prints it
+  double value = 0.0;            // as the solver prints it
+  std::optional<int> increment;  // as the solver counts in time, where that is known
+  int mode = 0;                  // the solver's number of a mode, from 1 for each nodal diameter
+  int place = 0;                 // of a mode among all of its step, from 1
   std::optional<int> nodalDiameter;
-  odbstore::FrameInfo info;
+  bool isPeriodic = false;       // whether a time starts with a period of a steady state
+  int digits = 0;                // of the value
   std::set<std::string> fields;  // of the result file
+  odbstore::FrameInfo info;      // known when the frames are settled
 };
 
 // The number of a frame among all that are known, in the order in which they became known.
 using FrameNumber = std::size_t;
 
-// Blocks with the same step and frame counter make one frame. Frames of modes, buckling factors and steady-state
-// dynamics are numbered from 1 in their step, because the solver gives all of them the same increment; the state that a
-// buckling step starts from has 0; all others keep their increment. The value of a frame is the time in its step, the
-// frequency or the buckling factor. All blocks have to be shown, also those that are not imported: what the frames of a
-// step are is known from all of them.
+// When a step starts in total time, and how long it goes, as far as the deck says it.
+struct StepSpan {
+  double start = 0.0;
+  std::optional<double> period;
+};
+using StepSpans = std::map<int, StepSpan>;
+
+// Blocks with the same step and frame counter make one frame. Modes and buckling factors are numbered as the solver
+// counts them in their step, frequencies of a steady state from 1; the state that a buckling step starts from has 0;
+// all others keep their increment. The value of a frame is the time in its step, the frequency or the buckling factor.
+// All blocks have to be shown, also those that are not imported: what the frames of a step are is known from all of
+// them.
 class Frames {
  public:
-  // `statusPath` names the status file, which need not exist. One that contradicts the results is passed over with a
-  // warning.
+  // `statusPath` names the status file, which need not exist.
   Frames(const std::string& statusPath, const WarningSink& warn)
       : statusPath_(statusPath), times_(readStepTimes(statusPath)), warn_(&warn) {}
 
@@ -54,13 +86,17 @@ class Frames {
   // another one than the block's.
   FrameNumber find(const FrdResult& block, const std::vector<std::string>& fields);
 
-  // A frame that the result file lacks, at its place in the step. `increment` is 0 where it is not known, and the
-  // number of the mode.
-  FrameNumber insert(int step, FrameKind kind, int increment, double value);
+  // A frame that the result file lacks; settle() puts it at its place in the step.
+  FrameNumber add(const RunFrame& frame);
 
-  // Counts times anew from the starts of their steps. Needed when frames have been inserted: a step that the status
-  // file does not know starts where those before it end.
-  void settleTimes();
+  // When all blocks are known: passes over a status file that contradicts them, with a warning.
+  void checkStatus();
+  // Passes over the status file, with the same warning.
+  void dropStatus();
+
+  // When all frames are known: orders those of each step, and finds their numbers, values and descriptions. Where
+  // frames of a step would have equal numbers they are numbered from 1, and `note` receives a text that says so.
+  void settle(const StepSpans& spans, const WarningSink& note);
 
   const RunFrame& operator[](FrameNumber frame) const { return frames_[frame]; }
   std::size_t size() const { return frames_.size(); }
@@ -72,25 +108,20 @@ class Frames {
   const std::string& lastPlace() const { return lastPlace_; }
 
  private:
-  struct Step {
-    double start = 0.0;  // total time
-    double end = 0.0;
-    int numbered = 0;  // the frames that are numbered
-  };
-
-  Step& stepOf(int number);
-  double startOf(int step) const;
-  double timeInStep(const RunFrame& frame, int increment, Step& step);
-  void describeTime(RunFrame& frame, int increment, Step& step);
-  void describe(RunFrame& frame, int increment);
+  double startOf(int step, const StepSpans& spans) const;
+  double timeInStep(const RunFrame& frame, double start) const;
+  void setTimes(const std::vector<FrameNumber>& frames, const StepSpans& spans);
+  void order(FrameNumber frame);
+  void numberStep(const std::vector<FrameNumber>& frames, const WarningSink& note);
 
   std::string statusPath_;
   StepTimes times_;
   const WarningSink* warn_;
-  std::map<int, Step> steps_;
   std::vector<RunFrame> frames_;
+  std::vector<FrameNumber> added_;
   std::map<int, std::vector<FrameNumber>> order_;
   std::map<std::pair<int, int>, FrameNumber> byCounter_;  // step and frame counter
+  std::map<int, std::pair<int, int>> firstMode_;          // of a step: frame counter and number
   std::string lastPlace_;
 };
 

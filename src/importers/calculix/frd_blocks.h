@@ -49,6 +49,7 @@ enum class RowFormat { text = 1, floats = 2, doubles = 3 };
 
 // One field of one frame.
 struct FrdResult {
+  std::size_t ordinal = 0;  // among all result blocks of the file, from 0
   std::string name;
   std::vector<FrdComponent> components;  // those that are stored
   int step = 0;
@@ -57,6 +58,8 @@ struct FrdResult {
   double value = 0.0;  // total time, frequency, buckling factor
   AnalysisKind kind = AnalysisKind::steady;
   std::optional<int> nodalDiameter;  // of a mode of a cyclic model
+  int mode = 0;                      // among those of its nodal diameter, from 1; 0 for none
+  bool isPeriodic = false;           // the value is a time within a period of a steady state
   std::int64_t line = 0;             // of its header
   RowFormat format = RowFormat::text;
   std::size_t rows = 0;       // also of those that were passed over

@@ -33,6 +33,11 @@ class FrdLines {
   // Throws CutOff unless `count` records of `size` bytes follow.
   void requireRecords(std::size_t count, std::size_t size) const;
 
+  // Whether the last line of a block of text has been read since the block was started.
+  void startBlock() { isAtEndOfBlock_ = false; }
+  void endBlock() { isAtEndOfBlock_ = true; }
+  bool isAtEndOfBlock() const { return isAtEndOfBlock_; }
+
   // The whole number in columns of a line, counted from 1.
   int integerAt(std::string_view line, std::size_t column, std::size_t width, const char* what) const;
   // The number of rows that a block header announces; flow networks leave it blank.
@@ -42,7 +47,11 @@ class FrdLines {
 
  private:
   LineReader reader_;
+  bool isAtEndOfBlock_ = false;
 };
+
+// Ends the rows of a block of text.
+inline constexpr std::string_view kEndOfRows = " -3";
 
 // Counts in headers are trusted no further than this before the rows themselves have been seen.
 inline constexpr std::size_t kLargestReserve = 1U << 20;

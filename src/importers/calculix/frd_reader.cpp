@@ -60,6 +60,17 @@ std::optional<FrdBlock> FrdReader::next(const ResultFilter& isWanted) {
   return std::nullopt;
 }
 
+std::optional<FrdBlock> FrdReader::next(const ResultFilter& isWanted, const LeaveOut& leaveOut) {
+  for (;;) {
+    try {
+      return next(isWanted);
+    } catch (const ImportError& error) {
+      if (!isInTextResult_ || !leaveOut(results_ - 1, error)) throw;
+      skipDamagedResult();
+    }
+  }
+}
+
 std::optional<FrdBlock> FrdReader::nextBlock(const ResultFilter& isWanted) {
   for (;;) {
     std::string line;
@@ -83,11 +94,14 @@ void FrdReader::takeFrameLine(std::string_view line) {
     increment_ = lines_.integerAt(line, 37, 12, "the increment");
     step_ = lines_.integerAt(line, 49, 12, "the step");
     nodalDiameter_.reset();
+    mode_ = 0;
     hasFrameLine_ = true;
   } else if (line.starts_with("    1PHID")) {
     const int diameter = lines_.integerAt(line, 25, 12, "the nodal diameter");
     // A model that is no sector of a cycle has -1 here.
     if (diameter >= 0) nodalDiameter_ = diameter;
+  } else if (line.starts_with("    1PMODE")) {
+    mode_ = lines_.integerAt(line, 25, 12, "the number of the mode");
   }
 }
 
@@ -158,12 +172,19 @@ void FrdReader::readResultHeader(FrdResult& result, std::string_view header) con
   result.frameCounter = lines_.integerAt(header, 59, 5, "the frame counter");
   result.step = step_;
   result.increment = hasFrameLine_ ? increment_ : result.frameCounter;
+  // Steady states under loads that are not harmonic have their frequency as the text of the frame.
+  result.isPeriodic =
+      result.kind == AnalysisKind::time && result.increment == 0 && !trimmed(columns(header, 37, 20)).empty();
   result.nodalDiameter = nodalDiameter_;
+  result.mode = mode_;
   result.format = formatOf(header);
 }
 
 FrdResult FrdReader::readResult(std::string_view header, const ResultFilter& isWanted) {
   FrdResult result;
+  result.ordinal = results_++;
+  isInTextResult_ = trimmed(columns(header, 73, 8)) != "2" && trimmed(columns(header, 73, 8)) != "3";
+  lines_.startBlock();
   readResultHeader(result, header);
   const std::optional<std::size_t> announced = lines_.countAt(header);
   const std::string_view line = lines_.requireKey(" -4", "a field name");
@@ -175,7 +196,20 @@ FrdResult FrdReader::readResult(std::string_view header, const ResultFilter& isW
   } else {
     (isRead ? readBinaryRows : skipBinaryRows)(lines_, requireBinaryCount(announced), result);
   }
+  isInTextResult_ = false;
   return result;
+}
+
+void FrdReader::skipDamagedResult() {
+  isInTextResult_ = false;
+  std::string_view line;
+  while (!lines_.isAtEndOfBlock() && lines_.reader().next(line)) {
+    if (line.starts_with(kEndOfRows)) return;
+    if (!isBlockStart(line)) continue;
+    pending_ = line;
+    hasPending_ = true;
+    return;
+  }
 }
 
 }  // namespace importers::calculix

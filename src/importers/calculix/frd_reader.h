@@ -7,11 +7,15 @@
 
 #include "importers/calculix/frd_blocks.h"
 #include "importers/calculix/frd_lines.h"
+#include "importers/diagnostics.h"
 
 namespace importers::calculix {
 
 // Whether the rows of a result are wanted; asked when all is known of it but its rows.
 using ResultFilter = std::function<bool(const FrdResult&)>;
+
+// Whether a result that cannot be read is left out; asked with its ordinal among the results of the file, from 0.
+using LeaveOut = std::function<bool(std::size_t ordinal, const ImportError& error)>;
 
 // Reads the blocks in their order, one in memory at a time.
 class FrdReader {
@@ -30,11 +34,16 @@ class FrdReader {
   // line, is cut off: that block is not handed out. A result that `isWanted` refuses comes without labels and values.
   std::optional<FrdBlock> next(const ResultFilter& isWanted = {});
 
+  // The same, but passes over results that cannot be read if `leaveOut`, told what is wrong with the result of that
+  // ordinal, returns true. The error of the mesh or of a binary block says nothing about what follows, and stays one.
+  std::optional<FrdBlock> next(const ResultFilter& isWanted, const LeaveOut& leaveOut);
+
   // After next() has returned nothing: whether the file ended before its last line.
   bool isCutOff() const { return cutOff_; }
 
  private:
   std::optional<FrdBlock> nextBlock(const ResultFilter& isWanted);
+  void skipDamagedResult();
   void takeHeaderLine(std::string_view line);
   void takeFrameLine(std::string_view line);
   RowFormat formatOf(std::string_view header) const;
@@ -51,9 +60,12 @@ class FrdReader {
   bool hasPending_ = false;
   bool cutOff_ = false;
   bool hasFrameLine_ = false;
+  std::size_t results_ = 0;  // whose headers have been met
+  bool isInTextResult_ = false;
   int step_ = 1;
   int increment_ = 0;
   std::optional<int> nodalDiameter_;
+  int mode_ = 0;
 };
 
 }  // namespace importers::calculix

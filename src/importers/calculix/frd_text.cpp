@@ -18,7 +18,6 @@ constexpr std::size_t kFirstNumberColumn = 14;
 constexpr std::size_t kNodesPerLine = 10;
 constexpr std::string_view kRow = " -1";
 constexpr std::string_view kMore = " -2";
-constexpr std::string_view kEndOfBlock = " -3";
 
 void readNumbers(const FrdLines& lines, std::string_view line, std::size_t count, float* out) {
   const std::size_t end = kFirstNumberColumn - 1 + count * kNumberWidth;
@@ -52,7 +51,7 @@ RowSize rowSize(std::size_t width) {
 void readTextNodes(FrdLines& lines, std::optional<std::size_t> announced, FrdNodes& nodes) {
   nodes.labels.reserve(std::min(announced.value_or(0), kLargestReserve));
   nodes.coordinates.reserve(3 * nodes.labels.capacity());
-  for (std::string_view line = lines.require(); !line.starts_with(kEndOfBlock); line = lines.require()) {
+  for (std::string_view line = lines.require(); !line.starts_with(kEndOfRows); line = lines.require()) {
     if (!line.starts_with(kRow)) lines.fail("a node was expected here (\" -1\")");
     nodes.labels.push_back(lines.integerAt(line, 4, 10, "the node"));
     for (std::size_t i = 0; i < 3; ++i) {
@@ -68,7 +67,7 @@ void readTextNodes(FrdLines& lines, std::optional<std::size_t> announced, FrdNod
 void readTextElements(FrdLines& lines, FrdElements& elements) {
   ElementGatherer gatherer(lines, elements);
   std::vector<int> nodes;
-  for (std::string_view line = lines.require(); !line.starts_with(kEndOfBlock); line = lines.require()) {
+  for (std::string_view line = lines.require(); !line.starts_with(kEndOfRows); line = lines.require()) {
     if (!line.starts_with(kRow)) lines.fail("an element was expected here (\" -1\")");
     const int label = lines.integerAt(line, 4, 10, "the element");
     const int code = lines.integerAt(line, 14, 5, "the type code");
@@ -87,7 +86,7 @@ void readTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResu
   const std::size_t width = result.components.size();
   result.labels.reserve(std::min(announced.value_or(0), kLargestReserve));
   result.values.reserve(result.labels.capacity() * width);
-  for (std::string_view line = lines.require(); !line.starts_with(kEndOfBlock); line = lines.require()) {
+  for (std::string_view line = lines.require(); !line.starts_with(kEndOfRows); line = lines.require()) {
     if (!line.starts_with(kRow)) lines.fail("a row of results was expected here (\" -1\")");
     result.labels.push_back(lines.integerAt(line, 4, 10, "the node"));
     result.values.resize(result.values.size() + width);
@@ -98,6 +97,7 @@ void readTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResu
       readNumbers(lines, line, std::min(width - done, kNumbersPerLine), row + done);
     }
   }
+  lines.endBlock();
   result.rows = result.labels.size();
   // Flow analyses announce rows of fields that they have not computed, and write none.
   if (result.rows > 0) lines.requireCount(announced, result.rows, result.line, "rows");
@@ -108,18 +108,19 @@ void skipTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResu
   const RowSize row = rowSize(result.components.size());
   if (announced && *announced <= lines.reader().bytesLeft() / row.bytes) {
     const std::size_t bytes = *announced * row.bytes;
-    if (lines.reader().peekAt(bytes, kEndOfBlock.size()) == kEndOfBlock) {
+    if (lines.reader().peekAt(bytes, kEndOfRows.size()) == kEndOfRows) {
       lines.reader().skipBytes(bytes, static_cast<std::int64_t>(*announced * row.lines));
       result.rows = *announced;
     }
   }
-  for (std::string_view line = lines.require(); !line.starts_with(kEndOfBlock); line = lines.require()) {
+  for (std::string_view line = lines.require(); !line.starts_with(kEndOfRows); line = lines.require()) {
     if (line.starts_with(kRow)) {
       ++result.rows;
     } else if (!line.starts_with(kMore)) {
       lines.fail("a row of results was expected here (\" -1\")");
     }
   }
+  lines.endBlock();
   if (result.rows > 0) lines.requireCount(announced, result.rows, result.line, "rows");
 }
 

@@ -11,6 +11,7 @@
 
 #include "importers/calculix/element_kinds.h"
 #include "importers/calculix/section_masses.h"
+#include "importers/calculix/section_of_elements.h"
 #include "importers/last_places.h"
 #include "importers/mass/element_integration.h"
 #include "importers/mass/moments.h"
@@ -23,38 +24,22 @@ using mass::Vector3;
 
 bool hasExtent(Family family) { return family != Family::massless && family != Family::point; }
 
-bool isMadeBy(Family family, SectionKind kind) {
-  switch (family) {
-    case Family::point:
-      return kind == SectionKind::pointMass;
-    case Family::shell:
-    case Family::membrane:
-      return kind == SectionKind::shell;
-    case Family::beam:
-      return kind == SectionKind::beam;
-    case Family::unknown:
-    case Family::massless:
-      return false;
-    default:
-      return kind == SectionKind::solid;
-  }
-}
-
 class MassOfDeck {
  public:
   MassOfDeck(const Deck& deck, const WarningSink& warn)
       : deck_(deck),
         nodes_(deck.mesh.nodeLabels),
         elements_(deck.mesh.elementLabels),
-        sectionOf_(deck.mesh.elementLabels.size(), kNone),
+        kinds_(kindsOfTypes(deck.mesh)),
         sections_(deck, warn),
-        moments_(deck.mesh.coordinates.empty() ? Vector3{} : deck.mesh.coordinates.front()) {
-    for (const std::string& type : deck.mesh.elementTypes) kinds_.push_back(elementKind(type));
-  }
+        moments_(deck.mesh.coordinates.empty() ? Vector3{} : deck.mesh.coordinates.front()) {}
 
   std::optional<StepMass> run() {
     if (!isAsked()) return std::nullopt;
-    assignSections();
+    if (!deck_.mesh.isWhole() && !deck_.mesh.elementLabels.empty()) {
+      throw UnknownMass{deck_.mesh.placeOfMissing, "a part of the mesh is not in the deck"};
+    }
+    sectionOf_ = sectionOfElements(deck_, elements_, kinds_);
     for (std::size_t i = 0; i < deck_.mesh.elementLabels.size(); ++i) {
       if (elements_.placeOf(deck_.mesh.elementLabels[i]) == static_cast<int>(i)) addElement(i);
     }
@@ -63,8 +48,6 @@ class MassOfDeck {
   }
 
  private:
-  static constexpr int kNone = -1;
-
   const ElementKind& kindOf(std::size_t element) const {
     return kinds_[static_cast<std::size_t>(deck_.mesh.typeOfElement[element])];
   }
@@ -77,19 +60,6 @@ class MassOfDeck {
     }
     return std::none_of(deck_.mesh.typeOfElement.begin(), deck_.mesh.typeOfElement.end(),
                         [this](int type) { return hasExtent(kinds_[static_cast<std::size_t>(type)].family); });
-  }
-
-  void assignSections() {
-    for (std::size_t s = 0; s < deck_.sections.size(); ++s) {
-      const auto set = deck_.elementSets.find(canonicalName(deck_.sections[s].elementSet));
-      if (set == deck_.elementSets.end()) continue;
-      for (const int label : set->second.labels) {
-        const int element = elements_.placeOf(label);
-        if (element < 0) continue;
-        const auto place = static_cast<std::size_t>(element);
-        if (isMadeBy(kindOf(place).family, deck_.sections[s].kind)) sectionOf_[place] = static_cast<int>(s);
-      }
-    }
   }
 
   [[noreturn]] void failWithoutSection(std::size_t element) const {
@@ -130,7 +100,7 @@ class MassOfDeck {
   void addElement(std::size_t element) {
     const ElementKind& kind = kindOf(element);
     if (kind.family == Family::massless) return;
-    if (sectionOf_[element] == kNone) failWithoutSection(element);
+    if (sectionOf_[element] == kNoSection) failWithoutSection(element);
     const auto s = static_cast<std::size_t>(sectionOf_[element]);
     const DeckSection& section = deck_.sections[s];
     const SectionMass& made = sections_.of(s);
@@ -170,9 +140,9 @@ class MassOfDeck {
   const Deck& deck_;
   LastPlaces nodes_;
   LastPlaces elements_;
-  std::vector<int> sectionOf_;  // places in the deck's sections
-  SectionMasses sections_;
   std::vector<ElementKind> kinds_;  // of the deck's types
+  std::vector<int> sectionOf_;      // places in the deck's sections
+  SectionMasses sections_;
   std::array<Vector3, mass::kMostNodes> corners_{};
   std::array<std::array<double, 2>, mass::kMostNodes> thicknesses_{};
   mass::Moments moments_;

@@ -3,14 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <numeric>
+#include <map>
+
+#include "importers/label_index.h"
+#include "importers/run/merged_rows.h"
 
 namespace importers::calculix {
 
 namespace {
-
-// Sums over rows, and the motions of knots, are no rows of a place.
-bool isOfNothing(const DatRow& row) { return row.front().front() >= 'A' && row.front() != "NaN"; }
 
 odbstore::Position positionOf(DatRows rows) {
   switch (rows) {
@@ -24,103 +24,81 @@ odbstore::Position positionOf(DatRows rows) {
   }
 }
 
+// Faces have several points without a number: those of an element are counted.
+void numberPoints(const std::vector<int>& elements, std::vector<int>& points) {
+  std::map<int, int> count;
+  std::transform(elements.begin(), elements.end(), points.begin(), [&](int element) { return ++count[element]; });
+}
+
 }  // namespace
 
-PrintedImport::PrintedImport(const std::string& path, const Contents& contents, const Model& model,
-                             odbstore::Writer& writer, const std::map<FrameNumber, odbstore::FrameId>& frames)
-    : path_(path), contents_(contents), model_(model), writer_(writer), frames_(frames) {}
+std::vector<Target> PrintedImport::chosenOf(const PrintedTable& table) const {
+  std::vector<Target> chosen;
+  const auto targets = plan_.tables.find(table.ordinal);
+  if (targets == plan_.tables.end()) return chosen;
+  std::copy_if(targets->second.begin(), targets->second.end(), std::back_inserter(chosen),
+               [this](const Target& target) { return sink_.takes(target.rows); });
+  return chosen;
+}
 
-void PrintedImport::run(PrintedHistories& histories, std::set<std::string>& fields,
-                        const std::function<void(std::uint64_t, std::uint64_t)>& progress) {
-  std::map<std::size_t, const ContentsBlock*> blocks;
-  for (const ContentsBlock& block : contents_.blocks) {
-    if (!block.isPrinted) continue;
-    blocks[block.ordinal] = &block;
-    for (const MappedField& field : block.fields) fields.insert(field.name);
-  }
+void PrintedImport::run(PrintedHistories& histories, const ProgressSink& progress) {
   DatReader reader(path_);
   std::size_t ordinal = 0;
   auto table = contents_.printed.tables.begin();
   for (; table != contents_.printed.tables.end() && reader.next(); ++ordinal) {
     if (table->ordinal != ordinal) continue;
-    const auto block = blocks.find(ordinal);
-    readTable(reader, *table, block == blocks.end() ? nullptr : block->second,
-              histories.takes(*table) ? &histories : nullptr);
+    readTable(reader, *table, chosenOf(*table), histories.takes(*table) ? &histories : nullptr);
     ++table;
     if (progress) progress(reader.offset(), reader.size());
   }
 }
 
-void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, const ContentsBlock* block,
+void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, const std::vector<Target>& targets,
                               PrintedHistories* histories) {
-  if (block == nullptr && histories == nullptr) return;
+  if (targets.empty() && histories == nullptr) return;
   if (histories != nullptr) histories->start(table, table.frame ? contents_.frames[*table.frame].info.value : 0.0);
-  const std::size_t width = std::max(table.format->width(), table.width);
+  rows_ = {{}, {}, {}, {}, table.width};
   DatRow row;
   DatValues values;
-  rows_.first.clear();
-  rows_.second.clear();
-  rows_.numbers.clear();
-  rows_.width = width;
   while (reader.nextRow(row)) {
-    if (isOfNothing(row)) continue;
+    if (isRemark(row)) continue;
     const bool isGood = readDatRow(*table.format, row, values);
-    if (!isGood || (block != nullptr && values.numbers.size() < width)) {
+    if (!isGood || (!targets.empty() && values.numbers.size() < rows_.width)) {
       throw ImportError(path_, reader.lineNumber(), fmt::format("this is no row of {}", table.head.title));
     }
     if (histories != nullptr) histories->add(values);
-    if (block == nullptr) continue;
+    if (targets.empty()) continue;
     rows_.first.push_back(values.labels[0]);
     rows_.second.push_back(values.labels[1]);
-    for (std::size_t i = 0; i < width; ++i) rows_.numbers.push_back(static_cast<float>(values.numbers[i]));
+    rows_.areLocal.push_back(values.isLocal);
+    for (std::size_t i = 0; i < rows_.width; ++i) rows_.numbers.push_back(static_cast<float>(values.numbers[i]));
   }
-  if (!rows_.first.empty()) addFields(table, *block);
+  if (table.format->rows == DatRows::contactFace) numberPoints(rows_.first, rows_.second);
+  for (const Target& target : targets) deliver(table, target);
 }
 
-void PrintedImport::addFields(const PrintedTable& table, const ContentsBlock& block) {
-  if (table.format->rows == DatRows::contactFace) {
-    // Faces have several points without a number: those of an element are counted.
-    std::map<int, int> points;
-    std::transform(rows_.first.begin(), rows_.first.end(), rows_.second.begin(),
-                   [&](int element) { return ++points[element]; });
-  }
-  for (const MappedField& field : block.fields) addBlocks(table, field, fieldOf(block.frame, field));
-}
-
-odbstore::FieldId PrintedImport::fieldOf(FrameNumber frame, const MappedField& field) {
-  if (frame != frame_) fields_.clear();
-  frame_ = frame;
-  const auto known = fields_.find(field.name);
-  if (known != fields_.end()) return known->second;
-  return fields_.emplace(field.name, writer_.addField(frames_.at(frame), field.name, field.info)).first->second;
-}
-
-// One block for each type of element, in the order of their first rows.
-void PrintedImport::addBlocks(const PrintedTable& table, const MappedField& field, odbstore::FieldId id) {
+void PrintedImport::deliver(const PrintedTable& table, const Target& target) {
   const odbstore::Position position = positionOf(table.format->rows);
-  std::vector<std::pair<std::string, std::vector<std::size_t>>> groups;
-  if (position == odbstore::Position::nodal) {
-    groups.emplace_back("", std::vector<std::size_t>(rows_.first.size()));
-    std::iota(groups[0].second.begin(), groups[0].second.end(), std::size_t{0});
-  }
-  for (std::size_t i = 0; position != odbstore::Position::nodal && i < rows_.first.size(); ++i) {
-    const std::string& type = model_.typeOf(rows_.first[i]);
-    auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& known) { return known.first == type; });
-    if (group == groups.end()) group = groups.insert(groups.end(), {type, {}});
-    group->second.push_back(i);
-  }
-  for (const auto& [type, places] : groups) {
-    odbstore::LocationLabels labels;
-    std::vector<float> numbers;
-    for (const std::size_t place : places) {
-      (position == odbstore::Position::nodal ? labels.nodes : labels.elements).push_back(rows_.first[place]);
-      if (position == odbstore::Position::integrationPoint) labels.integrationPoints.push_back(rows_.second[place]);
-      const float* const row = rows_.numbers.data() + place * rows_.width;
-      for (const int column : field.columns) numbers.push_back(row[column]);
+  const bool hasPoints = position == odbstore::Position::integrationPoint;
+  odbstore::LocationLabels labels;
+  std::vector<int>& first = position == odbstore::Position::nodal ? labels.nodes : labels.elements;
+  std::vector<double> numbers;
+  for (std::size_t row = 0; row < rows_.first.size(); ++row) {
+    if (rows_.areLocal[row] != target.field->isLocal) continue;
+    first.push_back(rows_.first[row]);
+    if (hasPoints) labels.integrationPoints.push_back(rows_.second[row]);
+    for (const int column : target.field->columns) {
+      numbers.push_back(rows_.numbers[row * rows_.width + static_cast<std::size_t>(column)]);
     }
-    const odbstore::LocationId location = writer_.addLocation({kInstance, position, type, 0, ""}, labels);
-    writer_.addBlock(id, location, std::span<const float>(numbers));
   }
+  // A set that lists a node twice has it printed twice.
+  if (!hasPoints && LabelIndex(first).repeated()) {
+    MergedRows once;
+    once.add(position, labels, numbers);
+    labels = once.labels();
+    numbers = once.values();
+  }
+  sink_.rows(target.rows, position, labels, std::span<const double>(numbers), {path_, table.head.line});
 }
 
 }  // namespace importers::calculix

@@ -9,9 +9,10 @@
 
 namespace importers::calculix {
 
-// Puts into `info` what the run has printed of the mass of the whole model in a step, the last time if it did so
-// several times: sums over a set that has all elements of the deck. Second moments ∫ρxx, ... are turned into moments of
-// inertia. What was not printed stays as it is.
+// Puts into `info`, which has what was computed of the mass, what the run has printed of it in a step, the last time if
+// it did so several times: sums over a set that has all elements of the deck. Decks with axisymmetric elements, point
+// masses or user elements keep what was computed, because the sums are not those of the model. Second moments ∫ρxx, ...
+// are turned into moments of inertia; computed ones of the same mass stay. What was not printed stays as it is.
 void takePrintedMass(std::span<const PrintedTable> tables, int step, const Deck& deck, odbstore::StepInfo& info);
 
 }  // namespace importers::calculix

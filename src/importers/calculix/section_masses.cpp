@@ -50,7 +50,7 @@ mass::CrossSection profileOf(const DeckSection& section) {
 }  // namespace
 
 void failFor(const DeckSection& section, const std::string& reason) {
-  throw UnknownMass{section.place, fmt::format("the section of {} {}", section.elementSet, reason)};
+  throw UnknownMass{section.place, fmt::format("the section of {} {}", section.setName, reason)};
 }
 
 SectionMasses::SectionMasses(const Deck& deck, const WarningSink& warn)
@@ -102,16 +102,18 @@ const SectionMass& SectionMasses::of(std::size_t place) {
   return found;
 }
 
-// The last thickness of a node counts.
+// The last thickness of a node counts. From the last one on: what is said of a set again is hidden, and would cost
+// time.
 void SectionMasses::collectThicknesses() {
-  for (const DeckNodalThickness& given : deck_.nodalThicknesses) {
-    if (const std::optional<int> label = integerFrom(given.member)) {
-      nodalThicknesses_[*label] = given.thicknesses;
+  std::set<std::string> seen;
+  for (auto given = deck_.nodalThicknesses.rbegin(); given != deck_.nodalThicknesses.rend(); ++given) {
+    if (const std::optional<int> label = integerFrom(given->member)) {
+      nodalThicknesses_.try_emplace(*label, given->thicknesses);
       continue;
     }
-    const auto set = deck_.nodeSets.find(canonicalName(given.member));
-    if (set == deck_.nodeSets.end()) continue;
-    for (const int label : set->second.labels) nodalThicknesses_[label] = given.thicknesses;
+    const auto set = deck_.nodeSets.find(canonicalName(given->member));
+    if (set == deck_.nodeSets.end() || !seen.insert(set->first).second) continue;
+    for (const int label : set->second.labels) nodalThicknesses_.try_emplace(label, given->thicknesses);
   }
 }
 

@@ -37,7 +37,7 @@ StepTimes readStepTimes(const std::string& path) {
     const std::optional<int> attempt = integerFrom(columns[2]);
     const std::optional<double> total = numberFrom(columns[4]);
     const std::optional<double> inStep = numberFrom(columns[5]);
-    if (step && increment && attempt && total && inStep) times[{*step, *increment}].push_back({*total, *inStep});
+    if (step && increment && attempt && total && inStep) times[*step].push_back({*increment, *total, *inStep});
   }
   return times;
 }

@@ -3,19 +3,20 @@
 
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace importers::calculix {
 
+// One line of the file: an increment that converged. Times have six digits.
 struct IncrementTime {
+  int increment = 0;
   double total = 0.0;
   double step = 0.0;
 };
 
-// By step and increment, both from 1, in the order of the file: a deck that starts a second analysis in a step has some
-// increments twice. Modes, buckling factors and modal dynamics are not in the file.
-using StepTimes = std::map<std::pair<int, int>, std::vector<IncrementTime>>;
+// By step, from 1, in the order of the file: a deck that starts a second analysis in a step has some increments twice.
+// Modes, buckling factors, steady states and modal dynamics are not in the file.
+using StepTimes = std::map<int, std::vector<IncrementTime>>;
 
 // Lines that are no increments, and attempts that failed, are passed over; a file that is not there gives no times.
 StepTimes readStepTimes(const std::string& path);

@@ -1,0 +1,12 @@
+// CalculiX among the formats that are imported.
+#pragma once
+
+#include <memory>
+
+#include "importers/run/importer.h"
+
+namespace importers::calculix {
+
+std::unique_ptr<Importer> makeImporter();
+
+}  // namespace importers::calculix

@@ -1,0 +1,56 @@
+// Hands the blocks of a result file (.frd) over.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "importers/calculix/contents.h"
+#include "importers/calculix/deck.h"
+#include "importers/calculix/frd_reader.h"
+#include "importers/calculix/run_outline.h"
+#include "importers/run/sink.h"
+#include "importers/run/source.h"
+
+namespace importers::calculix {
+
+class ResultDelivery {
+ public:
+  // Result blocks whose ordinals are in `leftOut` are passed over. All must live as long.
+  ResultDelivery(const std::string& path, const Deck& deck, const Plan& plan, const std::set<std::size_t>& leftOut,
+                 Sink& sink);
+
+  // Reads the file once more: its mesh and the chosen rows go to the sink. Throws ImportError for a block that cannot
+  // be read, and for results without a model.
+  void run(const ProgressSink& progress);
+
+ private:
+  void take(const FrdNodes& nodes);
+  void take(const FrdElements& elements);
+  void take(const FrdResult& block);
+  // Leaves in rows_ and `labels` those rows that the target takes.
+  void keepRowsAt(const Target& target, std::vector<int>& labels);
+  void takePeaks(const FrdResult& block);
+  // Finds out what is wanted of the result block that comes next.
+  bool startResult(std::size_t ordinal);
+
+  std::string path_;
+  const Deck& deck_;
+  const Plan& plan_;
+  const std::set<std::size_t>& leftOut_;
+  Sink& sink_;
+
+  std::vector<const Target*> targets_;                     // of the block being read
+  std::multimap<std::size_t, const PeakTarget*> peaksOf_;  // chosen ones, by the ordinals of both of their blocks
+  // Real blocks whose imaginary ones are still to come, by their ordinals.
+  std::map<std::size_t, FrdResult> real_;
+  std::vector<float> rows_;
+};
+
+// Reads all rows of a result file: `leaveOut` is asked of each result that cannot be read or imported. An ImportError
+// for the first one that is not left out.
+void checkAllRows(const std::string& path, const LeaveOut& leaveOut);
+
+}  // namespace importers::calculix

@@ -1,0 +1,18 @@
+// Which sets of a deck nothing in the results belongs to, and why.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "importers/calculix/deck.h"
+#include "importers/calculix/expansion.h"
+#include "importers/label_index.h"
+
+namespace importers::calculix {
+
+// One warning for each reason, with the place of the first such set. The deck's mesh must still have its nodes; `nodes`
+// and `elements` are those of the results.
+std::vector<std::string> warningsOfUnmatchedSets(const Deck& deck, const Expansion& expansion, const LabelIndex& nodes,
+                                                 const LabelIndex& elements);
+
+}  // namespace importers::calculix

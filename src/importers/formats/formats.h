@@ -1,0 +1,43 @@
+// The table of formats that results are imported from.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "importers/run/importer.h"
+
+namespace importers {
+
+struct Format {
+  const char* name;         // of --format
+  const char* description;  // of --formats
+  // Null where a build lacks the library that the format needs.
+  std::unique_ptr<Importer> (*make)();
+};
+
+const std::vector<Format>& allFormats();
+
+// A format of the table with its importer.
+struct KnownFormat {
+  const Format* format = nullptr;
+  std::unique_ptr<Importer> importer;  // null where it is not in this build
+};
+
+// An importer for every row of the table.
+std::vector<KnownFormat> makeFormats(const std::vector<Format>& table = allFormats());
+
+// Which format a file is of, and the file itself.
+struct FoundFormat {
+  const KnownFormat* format = nullptr;
+  std::string results;
+};
+
+// By what stands in the file, or as `forced` says. An ImportError that lists the formats where none or several know the
+// file, where there is none of that name, and where it is not in this build.
+FoundFormat findFormat(const std::vector<KnownFormat>& formats, const std::string& named, const std::string& forced);
+
+// A line for each format.
+std::string formatList(const std::vector<Format>& table = allFormats());
+
+}  // namespace importers

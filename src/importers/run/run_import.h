@@ -1,0 +1,40 @@
+// An import from start to end, the same for every format.
+#pragma once
+
+#include <string>
+
+#include "importers/diagnostics.h"
+#include "importers/run/choice.h"
+#include "importers/run/source.h"
+#include "odbstore/writer.h"
+
+namespace importers {
+
+struct ImportRequest {
+  std::string results;  // the file that the user named, for messages
+  std::string output;   // the database to write
+  odbstore::WriterOptions storage;
+  Selection selection;
+};
+
+struct ImportSummary {
+  int steps = 0;
+  int frames = 0;
+  int fields = 0;     // different names
+  int histories = 0;  // outputs
+  int sets = 0;
+  // Where the results end that were imported of files that are cut off, "step 2, time 0.5"; empty for whole ones.
+  std::string cutOffBehind;
+};
+
+// Asks for the outline, keeps its names apart, chooses, and writes what the source delivers. The database appears under
+// its name when it is complete. Where rows cannot be read, the source leaves them out if it can, and all is written
+// anew. Throws ImportError for what cannot be read or is not there, and odbstore::StoreError for what cannot be
+// written.
+ImportSummary runImport(Source& source, const ImportRequest& request, const WarningSink& warn,
+                        const ProgressSink& progress = {});
+
+// What such an import would take. An ImportError as above for a selection that finds nothing.
+Outline listImport(Source& source, const ImportRequest& request, const WarningSink& warn);
+
+}  // namespace importers

@@ -1,0 +1,259 @@
+#include "importers/run/sink.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <type_traits>
+
+#include "importers/run/record_names.h"
+
+namespace importers {
+
+namespace {
+
+// Results come for all nodes or for a few sets again and again; more different ones are seldom in use at once.
+constexpr std::size_t kKeptNodeRows = 8;
+
+constexpr int kScalar = 2;
+
+template <typename To, typename From>
+std::span<const To> converted(std::span<const From> from, std::vector<To>& room) {
+  if constexpr (std::is_same_v<To, From>) {
+    return from;
+  } else {
+    room.resize(from.size());
+    std::transform(from.begin(), from.end(), room.begin(), [](From number) { return static_cast<To>(number); });
+    return room;
+  }
+}
+
+// What the extraction puts behind the name of an output of a region: the last that its place has.
+std::string recordLabel(const odbstore::HistoryRegionInfo& info) {
+  if (!info.set.empty()) return info.set;
+  if (info.sectionPoint > 0) return std::to_string(info.sectionPoint);
+  if (info.integrationPoint != 0) return std::to_string(info.integrationPoint);
+  if (info.element >= 0) return std::to_string(info.element);
+  return info.node >= 0 ? std::to_string(info.node) : std::string();
+}
+
+}  // namespace
+
+Sink::Sink(const Outline& outline, const Choice& choice, const std::string& file, odbstore::Writer& writer,
+           const WarningSink& warn)
+    : outline_(outline), choice_(choice), file_(file), writer_(writer), warn_(warn), steps_(outline.steps.size()) {
+  writer_.setTitle(outline.title);
+  writer_.setProducer(outline.producer);
+  writer_.setAssemblyName("ASSEMBLY");
+  writer_.addPart(kPart);
+  writer_.addInstance(kInstance, kPart);
+  addSteps();
+}
+
+void Sink::addSteps() {
+  for (std::size_t number = 0; number < outline_.steps.size(); ++number) {
+    if (!choice_.takesStep(number)) continue;
+    const OutlineStep& from = outline_.steps[number];
+    Step& step = steps_[number].emplace();
+    step.id = writer_.addStep(from.name, from.info);
+    std::vector<bool> isTaken(from.frames.size());
+    for (std::size_t field = 0; field < from.fields.size(); ++field) {
+      for (const OutlineRows& rows : from.fields[field].frames) {
+        if (takes({number, field, rows.frame})) isTaken[rows.frame] = true;
+      }
+    }
+    step.frames.resize(from.frames.size());
+    for (std::size_t frame = 0; frame < from.frames.size(); ++frame) {
+      if (isTaken[frame]) step.frames[frame] = writer_.addFrame(step.id, from.frames[frame]);
+    }
+  }
+}
+
+void Sink::nodes(std::span<const int> labels, std::span<const double> coordinates, const SourcePlace& place) {
+  if (hasNodes_) throw ImportError(place.file, place.line, "a second model in one file cannot be imported");
+  hasNodes_ = true;
+  nodes_ = LabelIndex(labels);
+  if (const auto twice = nodes_.repeated()) {
+    throw ImportError(place.file, place.line, fmt::format("the node {} is there twice", *twice));
+  }
+  writer_.addNodes(kInstance, labels, coordinates);
+}
+
+void Sink::elements(const ElementGroup& group, const SourcePlace& place) {
+  for (std::size_t i = 0; i < group.connectivity.size(); ++i) {
+    if (nodes_.contains(group.connectivity[i])) continue;
+    const int element = group.labels[i / static_cast<std::size_t>(group.nodesPerElement)];
+    throw ImportError(
+        place.file, place.line,
+        fmt::format("the element {} has the node {}, which is not there", element, group.connectivity[i]));
+  }
+  elementsPlace_ = place;
+  ElementGroup& to = groups_.groupOf(group.type, group.nodesPerElement, group.hasTensors, place);
+  to.labels.insert(to.labels.end(), group.labels.begin(), group.labels.end());
+  to.connectivity.insert(to.connectivity.end(), group.connectivity.begin(), group.connectivity.end());
+}
+
+void Sink::writeMesh() {
+  if (std::exchange(isMeshWritten_, true)) return;
+  groups_.index();
+  if (const auto twice = groups_.repeated()) {
+    throw ImportError(elementsPlace_.file, elementsPlace_.line, fmt::format("the element {} is there twice", *twice));
+  }
+  for (const auto& group : groups_.all()) {
+    writer_.addElements(kInstance, group->type, group->labels, group->connectivity);
+  }
+}
+
+void Sink::set(std::size_t set, std::span<const int> labels) {
+  std::vector<odbstore::SetMembers> members;
+  if (!labels.empty()) members.push_back({kInstance, {labels.begin(), labels.end()}});
+  writer_.addSet({}, outline_.sets[set].kind, outline_.sets[set].name, members);
+}
+
+std::size_t Sink::piecesOf(const RowsId& id) const {
+  const std::vector<OutlineRows>& frames = fieldOf(id).frames;
+  const auto found = std::lower_bound(frames.begin(), frames.end(), id.frame,
+                                      [](const OutlineRows& rows, std::size_t frame) { return rows.frame < frame; });
+  return found->pieces;
+}
+
+template <typename Number>
+void Sink::takeRows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
+                    std::span<const Number> values, const SourcePlace& place) {
+  writeMesh();
+  const std::size_t pieces = piecesOf(id);
+  if (pieces == 1) {
+    writeRows(id, position, labels, values, place);
+    return;
+  }
+  Pieces& known = pieces_[id];
+  known.rows.add(position, labels, converted<double>(values, doubles_));
+  if (++known.count < pieces) return;
+  writeRows(id, position, known.rows.labels(), std::span<const double>(known.rows.values()), place);
+  pieces_.erase(id);
+}
+
+void Sink::rows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
+                std::span<const float> values, const SourcePlace& place) {
+  takeRows(id, position, labels, values, place);
+}
+
+void Sink::rows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
+                std::span<const double> values, const SourcePlace& place) {
+  takeRows(id, position, labels, values, place);
+}
+
+template <typename Number>
+void Sink::count(const RowsId& id, std::span<const Number> values) {
+  const auto strange =
+      std::count_if(values.begin(), values.end(), [](Number number) { return !std::isfinite(number); });
+  if (strange == 0) return;
+  Strange& known = strange_[fieldOf(id).name];
+  if (known.values == 0) known = {0, id.step, id.frame};
+  known.values += static_cast<std::size_t>(strange);
+}
+
+template <typename Number>
+void Sink::writeRows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
+                     std::span<const Number> values, const SourcePlace& place) {
+  if (values.empty()) return;
+  const OutlineField& field = fieldOf(id);
+  count(id, values);
+  const bool isNodal = position == odbstore::Position::nodal;
+  const odbstore::FieldId to = writer_.addField(*steps_[id.step]->frames[id.frame], field.name, field.info);
+  if (isNodal && (field.isSpread || odbstore::isTensorType(field.info.type))) {
+    spread(id, to, nodeRows(id, labels.nodes, place), converted<float>(values, floats_), place);
+    return;
+  }
+  if (isNodal) {
+    NodeRows& at = nodeRows(id, labels.nodes, place);
+    if (!at.nodal) at.nodal = writer_.addLocation({kInstance, position, "", 0, ""}, labels);
+    if (field.info.type == kScalar) {
+      writer_.addBlock(to, *at.nodal, converted<double>(values, doubles_));
+    } else {
+      writer_.addBlock(to, *at.nodal, converted<float>(values, floats_));
+    }
+    return;
+  }
+  const odbstore::LocationId at =
+      writer_.addLocation({kInstance, position, groups_.commonType(labels.elements), 0, ""}, labels);
+  writer_.addBlock(to, at, converted<float>(values, floats_));
+}
+
+void Sink::spread(const RowsId& id, odbstore::FieldId field, NodeRows& at, std::span<const float> values,
+                  const SourcePlace& place) {
+  if (!at.spread) {
+    const SpreadRows spread = spreadOverElements(groups_.all(), at.labels);
+    at.looseRows = spread.looseRows;
+    at.places = writer_.keepPlaces(spread.rowOf);
+    at.spread = writer_.addLocation({kInstance, odbstore::Position::elementNodal, spread.type, 0, ""},
+                                    {spread.nodes, spread.elements, {}});
+  }
+  const std::string& name = fieldOf(id).name;
+  if (at.looseRows > 0 && looseOf_.insert(name).second) {
+    warn_(
+        fmt::format("{}: warning: {} has values at {} nodes that belong to no element with such values; they are "
+                    "left out",
+                    placeIn(place.file, place.line), name, at.looseRows));
+  }
+  if (at.places.count == 0) {
+    writer_.addBlock(field, *at.spread, std::span<const float>{}, {},
+                     static_cast<int>(values.size() / at.labels.size()));
+    return;
+  }
+  const odbstore::KeptRows rows = writer_.keepRows(values, static_cast<int>(values.size() / at.labels.size()));
+  writer_.addBlock(field, *at.spread, rows, at.places);
+}
+
+Sink::NodeRows& Sink::nodeRows(const RowsId& id, std::span<const int> labels, const SourcePlace& place) {
+  auto found = std::find_if(nodeRows_.begin(), nodeRows_.end(), [&](const auto& known) {
+    return std::equal(known->labels.begin(), known->labels.end(), labels.begin(), labels.end());
+  });
+  if (found == nodeRows_.end()) {
+    if (const auto twice = LabelIndex(labels).repeated()) {
+      throw ImportError(place.file, place.line,
+                        fmt::format("{} has two rows for the node {}", fieldOf(id).source, *twice));
+    }
+    if (nodeRows_.size() == kKeptNodeRows) nodeRows_.pop_back();
+    nodeRows_.push_back(std::make_unique<NodeRows>(NodeRows{{labels.begin(), labels.end()}, {}, {}, {}, 0}));
+    found = nodeRows_.end() - 1;
+  }
+  std::rotate(nodeRows_.begin(), found, found + 1);
+  return *nodeRows_.front();
+}
+
+// Outputs of two regions may have one name in the records: a node and a set called by its number, say.
+std::string Sink::uniqueOutput(Step& step, const std::string& label, const std::string& output) {
+  std::string name = output;
+  for (int number = 2; !step.records.insert(historyRecord(name, label)).second; ++number) {
+    name = fmt::format("{}-{}", output, number);
+  }
+  if (name != output) {
+    warn_(fmt::format("{}: note: the history {} of {} is called {}, because another one has the name", file_, output,
+                      label, name));
+  }
+  return name;
+}
+
+void Sink::history(std::size_t step, const std::string& region, const odbstore::HistoryRegionInfo& info,
+                   const std::string& output, const odbstore::HistorySamples& samples) {
+  Step& to = *steps_[step];
+  auto known = to.regions.find(region);
+  if (known == to.regions.end()) {
+    known = to.regions.emplace(region, writer_.addHistoryRegion(to.id, region, info)).first;
+    to.labels.emplace(region, recordLabel(info));
+  }
+  writer_.addHistoryOutput(known->second, uniqueOutput(to, to.labels.at(region), output), samples);
+  ++histories_;
+}
+
+void Sink::finish() {
+  writeMesh();
+  for (const auto& [name, strange] : strange_) {
+    const OutlineStep& step = outline_.steps[strange.step];
+    warn_(fmt::format("{}: warning: {} values of {} are no numbers or infinite, from {}, frame {} on", file_,
+                      strange.values, name, step.name, step.frames[strange.frame].incrementNumber));
+  }
+}
+
+}  // namespace importers

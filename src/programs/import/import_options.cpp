@@ -1,0 +1,91 @@
+#include "import_options.h"
+
+#include <filesystem>
+#include <optional>
+#include <sstream>
+
+#include "importers/text_fields.h"
+
+namespace importers {
+
+namespace {
+
+void takeSteps(Selection& selection, const std::string& text) {
+  std::istringstream list(text);
+  for (std::string item; std::getline(list, item, ',');) {
+    const std::optional<int> step = integerFrom(item);
+    if (!step || *step < 1) throw tool::UsageError("\"" + text + "\" is not a step number or a list of them, \"1,3\"");
+    selection.steps.push_back(*step);
+  }
+  if (text.empty() || text.back() == ',') throw tool::UsageError("a step number is missing");
+}
+
+void takeFrames(Selection& selection, const std::string& text) {
+  const std::optional<FrameChoice> choice = frameChoiceFrom(text);
+  if (!choice) throw tool::UsageError("\"" + text + "\" is not one of first, last, all, N, N-M");
+  selection.frames = *choice;
+}
+
+void addPage(tool::Command& command) {
+  command.synopsis("JOB [-o DATABASE] [options]")
+      .synopsis("JOB --list [--json] [options]")
+      .synopsis("--formats")
+      .describe(
+          "Reads the results of a finite-element run and writes an output database that `kolvex quarnish` extracts "
+          "from. "
+          "JOB is the result file or the name of the job; its format is recognised by what stands in it. Nothing is "
+          "written under the database's name before the database is complete.")
+      .exitStatus(0, "the database is written, or the list is printed; there may have been warnings")
+      .exitStatus(1,
+                  "a file cannot be read or written, or nothing of what is selected is there; no database is written")
+      .exitStatus(2, "wrong usage")
+      .example("kolvex import job")
+      .example("kolvex import job.frd --list")
+      .example("kolvex import job --field S --field U --frames last -o last.odb");
+}
+
+}  // namespace
+
+tool::Command importCommand(ImportOptions& options, const std::vector<KnownFormat>& formats) {
+  tool::Command command("kolvex import", "bring the results of a run into an output database");
+  addPage(command);
+  Selection& selection = options.selection;
+  std::vector<std::string> names;
+  for (const KnownFormat& known : formats) names.emplace_back(known.format->name);
+  command.optionalArgument("JOB", options.input, "the result file, or the name of the job")
+      .option("-o,--output", "DATABASE", options.output, "the database to write (default: job.odb beside the results)",
+              tool::Completes::file)
+      .choice(
+          "--format", "NAME", names, [&options](const std::string& name) { options.format = name; },
+          "the format of the results (default: by what stands in the file)")
+      .flag("--formats", options.isFormats, "list the formats and exit")
+      .flag("--list", options.isList, "show what would be imported, and write nothing")
+      .flag("--json", options.isJson, "with --list: as JSON")
+      .option(
+          "--field", "NAME", [&selection](const std::string& name) { selection.fields.push_back(name); },
+          "import this field only, in any case")
+      .repeated()
+      .option(
+          "--step", "N", [&selection](const std::string& text) { takeSteps(selection, text); },
+          "import this step only; a list, \"1,3\", too")
+      .repeated()
+      .option(
+          "--frames", "FRAMES", [&selection](const std::string& text) { takeFrames(selection, text); },
+          "of every step import the frames first, last, all, N or N-M")
+      .flag(
+          "--no-mass", [&options] { options.withMass = false; }, "store no mass properties")
+      .flag("--strict", options.isStrict, "treat results that are truncated or not understood as an error")
+      .flag("--compress", options.compress, "store results packed: a small file that is slower to read")
+      .flag("--checksum", options.checksum, "store a checksum with every frame of results");
+  for (const KnownFormat& known : formats) {
+    if (known.importer) known.importer->addOptions(command);
+  }
+  return command;
+}
+
+std::string outputOf(const ImportOptions& options, const std::string& results) {
+  if (!options.output.empty()) return options.output;
+  return std::filesystem::path(results).replace_extension(".odb").string();
+}
+
+}  // namespace importers

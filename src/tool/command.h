@@ -1,0 +1,133 @@
+// The command line of a program of ours, said once: what it parses, what `--help` prints, the man page and what a shell
+// completes all come from it.
+//
+//     bool isList = false;
+//     std::string output;
+//     tool::Command command("kolvex import", "bring results into a database");
+//     command.argument("JOB", input, "the result file", tool::Completes::file)
+//         .option("-o,--output", "DATABASE", output, "the database to write", tool::Completes::file)
+//         .flag("--list", isList, "show what would be imported");
+//     const tool::Outcome outcome = command.parse({argv + 1, argv + argc});
+//     if (outcome.isDone) return outcome.finish();
+#pragma once
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+// Exit statuses that all commands share.
+inline constexpr int kFailed = 1;
+inline constexpr int kWrongUsage = 2;
+
+// What a shell offers for a value.
+enum class Completes { nothing, file, directory, words, computed };
+
+struct Option {
+  std::string names;  // "-o,--output"; that of an argument without dashes
+  std::string value;  // what its value is called, empty for a flag
+  std::string help;
+  std::string group;  // heading in the help, empty for those of the command itself
+  Completes completes = Completes::nothing;
+  std::vector<std::string> words;  // that may be given
+  bool isArgument = false;
+  bool isRequired = false;
+  bool isRepeated = false;
+  // Takes a value; of a flag "". Throws UsageError for one that is not understood.
+  std::function<void(const std::string&)> take;
+};
+
+// A value that is not understood; the text says what would be.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// What is left to do after a command line has been read.
+struct Outcome {
+  bool isDone = false;  // print `text` and exit with `status`
+  int status = 0;
+  std::string text;
+
+  // Prints the text, on standard error when the status is not 0, and returns the status.
+  int finish() const;
+};
+
+class Command {
+ public:
+  // `name` as users type it, "kolvex import"; `summary` is a few words without a full stop.
+  Command(std::string name, std::string summary) : name_(std::move(name)), summary_(std::move(summary)) {}
+
+  // What follows the name in the synopsis; may be called again for another form.
+  Command& synopsis(std::string text);
+  // A paragraph of the description; one that starts with blanks is kept as it is.
+  Command& describe(std::string paragraph);
+  Command& exitStatus(int status, std::string meaning);
+  Command& example(std::string line);
+
+  // The options that follow stand under this heading.
+  Command& group(std::string title);
+  Command& flag(std::string names, bool& to, std::string help);
+  Command& flag(std::string names, std::function<void()> take, std::string help);
+  Command& option(std::string names, std::string value, std::string& to, std::string help,
+                  Completes completes = Completes::nothing);
+  Command& option(std::string names, std::string value, std::function<void(const std::string&)> take, std::string help,
+                  Completes completes = Completes::nothing);
+  // One of `words`.
+  Command& choice(std::string names, std::string value, std::vector<std::string> words,
+                  std::function<void(const std::string&)> take, std::string help);
+  // A whole number from `least` to `greatest`.
+  Command& number(std::string names, std::string value, std::size_t& to, std::size_t least, std::size_t greatest,
+                  std::string help);
+  // The next argument without dashes; the last one may be repeated.
+  Command& argument(std::string name, std::string& to, std::string help, Completes completes = Completes::file);
+  Command& optionalArgument(std::string name, std::string& to, std::string help, Completes completes = Completes::file);
+  Command& arguments(std::string name, std::vector<std::string>& to, std::string help,
+                     Completes completes = Completes::file);
+  // The option added last may be given again.
+  Command& repeated();
+  // Options that cannot be given together, by one of their names.
+  Command& exclusive(std::string one, std::string other);
+  // For options that complete what is computed: gets all words of the line after the command, gives all candidates for
+  // the value of the option of that name.
+  Command& completeBy(
+      std::function<std::vector<std::string>(const std::string& option, const std::vector<std::string>& words)>
+          computed);
+
+  // Reads the arguments, the name not among them. Touches no file. `--help`, `--version`, `--man` (the page for the man
+  // command) and `--complete WORDS...` are answered; wrong usage has the status 2.
+  Outcome parse(std::vector<std::string> arguments) const;
+
+  // Wrong usage that parsing cannot see.
+  Outcome refuse(const std::string& reason) const;
+
+  std::string help() const;
+  // In the language of man(7).
+  std::string manPage() const;
+  // What may stand for the last of `words`.
+  std::vector<std::string> complete(const std::vector<std::string>& words) const;
+
+  const std::string& name() const { return name_; }
+  const std::string& summary() const { return summary_; }
+  const std::vector<Option>& options() const { return options_; }
+
+ private:
+  Option& add(std::string names, std::string value, std::string help, Completes completes,
+              std::function<void(const std::string&)> take);
+  std::string synopsisText() const;
+
+  std::string name_;
+  std::string summary_;
+  std::vector<std::string> synopses_;
+  std::vector<std::string> description_;
+  std::vector<std::pair<int, std::string>> exitStatuses_;
+  std::vector<std::string> examples_;
+  std::string group_;
+  std::vector<Option> options_;
+  std::vector<std::pair<std::string, std::string>> exclusive_;
+  std::function<std::vector<std::string>(const std::string&, const std::vector<std::string>&)> computed_;
+};
+
+}  // namespace tool

@@ -1,0 +1,48 @@
+#include "tool/progress_line.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace tool {
+
+namespace {
+
+constexpr std::chrono::milliseconds kPause(200);
+constexpr double kMegabyte = 1e6;
+
+}  // namespace
+
+std::string progressText(const std::string& name, std::uint64_t done, std::uint64_t all, double seconds) {
+  if (done >= all) return name + ": writing the database";
+  const auto bytes = static_cast<double>(done);
+  const double rate = seconds > 0 ? bytes / seconds : 0;
+  const double share = all > 0 ? bytes / static_cast<double>(all) : 0;
+  std::string text = fmt::format("{}: {:.0f} %, {:.0f} MB/s", name, 100 * share, rate / kMegabyte);
+  if (rate > 0) text += fmt::format(", {:.0f} s left", (static_cast<double>(all) - bytes) / rate);
+  return text;
+}
+
+ProgressLine::ProgressLine(std::string name, std::FILE* stream)
+    : name_(std::move(name)), stream_(stream), isTerminal_(::isatty(::fileno(stream)) == 1) {}
+
+void ProgressLine::show(std::uint64_t done, std::uint64_t all) {
+  const Clock::time_point now = Clock::now();
+  // The last state stays on the screen longest, and nothing draws over it.
+  if (!isTerminal_ || (now - drawn_ < kPause && done < all)) return;
+  const std::chrono::duration<double> seconds = now - begin_;
+  std::fputs(("\r" + progressText(name_, done, all, seconds.count()) + "\033[K").c_str(), stream_);
+  std::fflush(stream_);
+  isDrawn_ = true;
+  drawn_ = now;
+}
+
+void ProgressLine::wipe() {
+  if (!isDrawn_) return;
+  std::fputs("\r\033[K", stream_);
+  std::fflush(stream_);
+  isDrawn_ = false;
+}
+
+}  // namespace tool
