@@ -35,17 +35,17 @@ std::optional<std::array<float, 6>> axisOf(const h5::Group& assembly, ScanContex
   return axis;
 }
 
-std::int32_t meshLabels(const h5::Group& group, ScanContext& context) {
-  const h5::Dataset labels = context.once(group.dataset(links::kLabels));
+h5::Dataset meshLabels(const h5::Group& group, ScanContext& context) {
+  h5::Dataset labels = context.once(group.dataset(links::kLabels));
   if (labels.dims().size() != 1 || !labels.isInteger()) labels.fail("labels must be integers in one dimension");
-  return context.addArray(labels, false);
+  return labels;
 }
 
 // The arrays of the nodes' labels and coordinates, none without nodes.
 std::pair<std::int32_t, std::int32_t> scanNodes(const h5::Group& mesh, ScanContext& context) {
   const std::optional<h5::Group> nodes = context.once(mesh.findGroup(links::kNodes));
   if (!nodes) return {odbstore::kNone, odbstore::kNone};
-  const std::int32_t labels = meshLabels(*nodes, context);
+  const std::int32_t labels = context.addArray(meshLabels(*nodes, context), false);
   const h5::Dataset coordinates = context.once(nodes->dataset(links::kCoordinates));
   if (!coordinates.isFloat() || coordinates.dims().size() != 2 || coordinates.dims()[1] != 3) {
     coordinates.fail("must be three floating-point numbers for each node label");
@@ -58,12 +58,13 @@ void scanElements(const h5::Group& mesh, std::size_t instance, ScanContext& cont
   for (const std::string& type : memberNames(types)) {
     context.guarded([&] {
       const h5::Group group = memberOf(context, *types, type);
-      const std::int32_t labels = meshLabels(group, context);
+      const h5::Dataset labels = meshLabels(group, context);
       const h5::Dataset connectivity = context.once(group.dataset(links::kConnectivity));
-      if (!connectivity.isInteger() || connectivity.dims().size() != 2) {
+      if (!connectivity.isInteger() || connectivity.dims().size() != 2 || connectivity.dims()[0] != labels.dims()[0]) {
         connectivity.fail("must be the node labels of each element");
       }
-      context.catalog.addElements(instance, type, labels, context.addArray(connectivity, false));
+      const std::int32_t labelArray = context.addArray(labels, false);
+      context.catalog.addElements(instance, type, labelArray, context.addArray(connectivity, false));
     });
   }
 }

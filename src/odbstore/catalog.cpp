@@ -33,7 +33,7 @@ bool ArrayInfo::isDirect() const {
 std::int64_t piecesOf(std::int64_t storedBytes) { return (storedBytes + kPieceBytes - 1) / kPieceBytes; }
 
 Catalog::Catalog(std::vector<std::byte> bytes, const std::string& file, std::int64_t arraysEnd)
-    : bytes_(std::move(bytes)), columns_(verified(bytes_, file)) {
+    : bytes_(std::move(bytes)), columns_(verified(bytes_, file)), arraysEnd_(arraysEnd) {
   CheckedColumns checked = checkColumns(*columns_, file, arraysEnd);
   extents_ = std::move(checked.extents);
   firstSums_ = std::move(checked.firstSums);

@@ -87,12 +87,15 @@ class Catalog {
   // What belongs to object i of a table, by the table's column of ends.
   static Places placesOf(const flatbuffers::Vector<std::uint32_t>* ends, std::size_t i);
 
+  // The bytes of the file among which arrays may stand, from its first one on.
+  std::int64_t arraysEnd() const { return arraysEnd_; }
   // Where arrays stand, in the order of the file.
   const std::vector<Extent>& extents() const { return extents_; }
 
  private:
   std::vector<std::byte> bytes_;
   const columns::Catalog* columns_;
+  std::int64_t arraysEnd_;
   std::vector<Extent> extents_;
   std::vector<std::size_t> firstSums_;  // of each array; empty without sums
 };

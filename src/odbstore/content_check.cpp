@@ -75,6 +75,18 @@ class ContentCheck {
 
   void requireInts(std::int32_t array, const std::string& path) {
     if (!isArrayOfInts(array)) complain_(path, "must hold integers");
+    checkProportion(array, path);
+  }
+
+  // Few packed bytes can stand for very many. Labels are not packed by who writes rows, so honest rows are in proportion
+  // to the file.
+  template <class Path>
+  void checkProportion(std::int32_t array, const Path& path) {
+    constexpr std::int64_t kAlways = std::int64_t{64} << 20U;
+    const ArrayInfo info = catalog_.array(array);
+    if (info.packing == Packing::contiguous || (info.slabBytes() - kAlways) / 16 <= catalog_.arraysEnd()) return;
+    complain_(path, fmt::format("unpacks into {} MiB at a time, more than a file of its size can need",
+                                info.slabBytes() >> 20U));
   }
 
   void checkParts() {
@@ -106,6 +118,8 @@ class ContentCheck {
     if (!base::isFloatingPoint(info.format) || !isThreefold) {
       complain_(member(path, links::kCoordinates), "must be three floating-point numbers for each node label");
     }
+    checkProportion(labels, member(path, links::kLabels));
+    checkProportion(coordinates, member(path, links::kCoordinates));
   }
 
   void checkElements() {
@@ -120,6 +134,8 @@ class ContentCheck {
       if (!isArrayOfInts(connectivity) || (count == 0 ? nodes != 0 : nodes % count != 0)) {
         complain_(member(path, links::kConnectivity), "must be the node labels of each element");
       }
+      checkProportion(labels, member(path, links::kLabels));
+      checkProportion(connectivity, member(path, links::kConnectivity));
       if (i == 0) continue;
       const std::int32_t before = elements.instance()->Get(at(i - 1));
       const std::int32_t instance = elements.instance()->Get(at(i));
@@ -145,7 +161,8 @@ class ContentCheck {
       const Places members = Catalog::placesOf(sets.memberEnd(), i);
       for (std::size_t k = members.first; k < members.end; ++k) {
         const std::int32_t labels = sets.memberLabels()->Get(at(k));
-        if (labels != checked && !isArrayOfInts(labels)) requireInts(labels, memberPath(catalog_, i, k));
+        const bool isPlain = isArrayOfInts(labels) && catalog_.array(labels).packing == Packing::contiguous;
+        if (labels != checked && !isPlain) requireInts(labels, memberPath(catalog_, i, k));
         checked = labels;
       }
     }
@@ -303,6 +320,7 @@ class ContentCheck {
     } else if (array.slabNumbers != rows * width) {
       complain_(data, "its numbers do not fill its rows");
     }
+    checkProportion(blocks.data()->Get(at(block)), data);
     checkWidth(field, block, list, path);
   }
 
@@ -370,6 +388,9 @@ class ContentCheck {
       }
       if (!base::isFloatingPoint(catalog_.array(outputs.data()->Get(at(i))).format)) {
         complain_(outputPath(catalog_, step, region, i), "must hold floating-point numbers");
+      }
+      if (catalog_.array(outputs.data()->Get(at(i))).packing != Packing::contiguous) {
+        checkProportion(outputs.data()->Get(at(i)), outputPath(catalog_, step, region, i));
       }
     }
   }

@@ -1,6 +1,11 @@
 """A database as it would be without what layout 3 packs together, for tests that look into one by paths."""
+import itertools
+
 import h5py
 import numpy as np
+
+# Files in memory need names of their own.
+NAMES = (f"expanded {number}" for number in itertools.count())
 
 
 def text(value):
@@ -15,7 +20,7 @@ def link_of(name):
 def expanded(path):
     """The database in memory: sets and histories one by one, a row for each place, no catalog. To be closed."""
     with h5py.File(path) as odb:
-        copy = h5py.File("expanded", "w", driver="core", backing_store=False, libver=("v110", "v110"))
+        copy = h5py.File(next(NAMES), "w", driver="core", backing_store=False, libver=("v110", "v110"))
         copy.attrs.update(odb.attrs)
         for name in odb:
             if name == "steps":

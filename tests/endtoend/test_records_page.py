@@ -2,9 +2,9 @@
 import re
 import types
 
+import h5py
 
 import record_cases
-from expanded import expanded
 from support import ROOT, Database, ProgramTest
 
 PAGE = (ROOT / "docs/records.md").read_text(encoding="utf-8")
@@ -87,7 +87,7 @@ class RecordsPageTest(ProgramTest):
         self.make("plate")
         run = self.extract(blocks("config")["plate"])
         names = {line.split("\t")[0] for line in run.text("params.txt").decode().splitlines() if "__Frame_" in line}
-        with expanded(self.path("m.odb")) as odb:
+        with h5py.File(self.path("m.odb")) as odb:
             regions = page.regions_of(odb)
             steps, fields = list(odb["steps"]), list(odb["steps/Step-1/fields"])
         self.assertEqual(sorted(regions), ["HOT SPOT", "I-1_TOP"])
@@ -113,7 +113,7 @@ class RecordsPageTest(ProgramTest):
     def test_sets_that_the_page_leaves_out_are_those_that_a_run_leaves_out(self):
         page = page_code()
         self.make("warn")
-        with expanded(self.path("m.odb")) as odb:
+        with h5py.File(self.path("m.odb")) as odb:
             self.assertEqual(page.regions_of(odb), ["warnings"])
 
     def test_every_link_of_the_page_leads_somewhere(self):

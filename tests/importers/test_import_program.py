@@ -7,7 +7,6 @@ import struct
 import subprocess
 import time
 
-
 from expanded import expanded
 from support import ProgramTest
 

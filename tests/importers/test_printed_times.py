@@ -7,7 +7,6 @@ import random
 import re
 import unittest
 
-
 from expanded import expanded
 from test_real_solver import SolverTest
 
