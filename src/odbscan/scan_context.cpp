@@ -25,14 +25,16 @@ odbstore::Packing packingOf(const h5::Dataset& dataset) {
 std::int32_t ScanContext::addArray(const h5::Dataset& dataset, bool isSlabbed) {
   const std::optional<base::NumberFormat> format = dataset.format();
   if (!format) dataset.fail("holds numbers of a format that is not read");
-  const bool isPacked = dataset.count() > 0 && !dataset.offset() && dataset.isChunked();
+  const std::optional<std::int64_t> offset = dataset.offset();
+  const bool isPacked = dataset.count() > 0 && !offset && dataset.isChunked();
+  if (dataset.count() > 0 && !offset && !isPacked) dataset.fail("it cannot be found out where its numbers are");
   const bool hasSlabs = (isSlabbed || isPacked) && !dataset.dims().empty();
   const std::int64_t slabs = hasSlabs ? static_cast<std::int64_t>(dataset.dims().front()) : 1;
   std::int64_t slabNumbers = 1;
   for (std::size_t i = hasSlabs ? 1 : 0; i < dataset.dims().size(); ++i) {
     slabNumbers *= static_cast<std::int64_t>(dataset.dims()[i]);
   }
-  if (!isPacked) return catalog.addArray(*format, slabs, slabNumbers, dataset.offset().value_or(0));
+  if (!isPacked) return catalog.addArray(*format, slabs, slabNumbers, offset.value_or(0));
   std::vector<odbstore::Extent> chunks;
   for (const h5::Chunk& chunk : dataset.chunks()) chunks.push_back({chunk.offset, chunk.offset + chunk.bytes});
   return catalog.addPackedArray(*format, packingOf(dataset), slabs, slabNumbers, chunks);

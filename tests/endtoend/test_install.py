@@ -6,6 +6,8 @@ import subprocess
 
 from support import BIN, ROOT, ProgramTest, small_database
 
+PROGRAMS = ("import", "odbscan", "quarnish", "verify")
+
 
 class InstallTest(ProgramTest):
     def setUp(self):
@@ -27,9 +29,8 @@ class InstallTest(ProgramTest):
 
     def test_only_the_launcher_is_on_the_path(self):
         self.assertEqual([f for f in self.files(self.prefix) if f.startswith("bin/")], ["bin/kolvex"])
-        self.assertIn("libexec/kolvex/quarnish", self.files(self.prefix))
-        self.assertIn("libexec/kolvex/import", self.files(self.prefix))
-        self.assertIn("libexec/kolvex/verify", self.files(self.prefix))
+        for program in PROGRAMS:
+            self.assertIn("libexec/kolvex/" + program, self.files(self.prefix))
 
     def test_the_launcher_finds_its_programs(self):
         self.extract(str(self.prefix / "bin/kolvex"))
@@ -52,12 +53,12 @@ class InstallTest(ProgramTest):
                 subprocess.run([os.environ["KOLVEX_CMAKE"], "--build", build, "--target", "kolvex"], check=True,
                                stdout=subprocess.DEVNULL, timeout=240)
                 # The other programs are those of this build: what they are made of is the same.
-                for program in ("import", "quarnish", "verify"):
+                for program in PROGRAMS:
                     shutil.copy(BIN / program, build / "bin")
                 subprocess.run([os.environ["KOLVEX_CMAKE"], "--install", build, "--prefix", prefix], check=True,
                                stdout=subprocess.DEVNULL, timeout=120)
-                self.assertEqual(self.files(prefix)[:4], sorted([f"{bindir}/kolvex"] + [
-                    f"{libexecdir}/kolvex/{program}" for program in ("import", "quarnish", "verify")])[:4])
+                self.assertEqual(self.files(prefix)[:5], sorted([f"{bindir}/kolvex"] + [
+                    f"{libexecdir}/kolvex/{program}" for program in PROGRAMS])[:5])
                 self.extract(str(prefix / bindir / "kolvex"))
 
     def test_a_directory_named_like_the_launcher_is_refused(self):
