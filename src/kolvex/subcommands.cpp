@@ -1,7 +1,5 @@
 #include "kolvex/subcommands.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -35,19 +33,6 @@ std::optional<std::string> programPath(const std::string& launcher, std::string_
   const std::filesystem::path program = (isInstalled ? installed : beside) / name;
   if (!std::filesystem::is_regular_file(program, ignored)) return std::nullopt;
   return program.string();
-}
-
-std::string helpText() {
-  std::string text =
-      "usage: kolvex <command> [arguments]\n"
-      "       kolvex --help | --version\n"
-      "\n"
-      "commands:\n";
-  for (const Subcommand& subcommand : kSubcommands) {
-    text += fmt::format("  {:<12}{}\n", subcommand.name, subcommand.summary);
-  }
-  text += "\n'kolvex import --help', 'kolvex quarnish -help' and 'kolvex verify --help' tell more.\n";
-  return text;
 }
 
 }  // namespace kolvex

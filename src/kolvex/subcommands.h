@@ -25,7 +25,4 @@ std::optional<Subcommand> findSubcommand(std::string_view name);
 // searched, since other programs called `import` live there.
 std::optional<std::string> programPath(const std::string& launcher, std::string_view name);
 
-// The text of `kolvex --help`.
-std::string helpText();
-
 }  // namespace kolvex

@@ -1,4 +1,9 @@
 // A copy-on-write array: copies share their elements until one of them is written to.
+//
+//     cow_List<int> list({1, 2, 3});
+//     cow_List<int> copy = list;
+//     copy[0] = 7;
+//     copy.append(8);  // `list` has 1, 2, 3 still
 #pragma once
 
 #include <cassert>
@@ -12,6 +17,7 @@ class cow_List {
   cow_List() = default;
   explicit cow_List(std::vector<T> elements) : elements_(std::make_shared<std::vector<T>>(std::move(elements))) {}
 
+  // Number of elements.
   int size() const { return elements_ ? static_cast<int>(elements_->size()) : 0; }
 
   // Element `index`, 0 <= index < size(). The reference is good until this list is written to or destroyed.
@@ -28,6 +34,7 @@ class cow_List {
     return (*elements_)[static_cast<std::size_t>(index)];
   }
 
+  // Adds an element at the end; as writing does, it leaves copies as they are.
   void append(T element) {
     unshare();
     elements_->push_back(std::move(element));

@@ -1,5 +1,12 @@
 // The exceptions of the access library, root first. The order in which the virtual operations are declared
 // is part of the interface: programs compiled against it call them by their place.
+//
+//     try {
+//       openOdb("missing.odb", true, false);
+//     } catch (const nex_Exception& error) {
+//       std::fprintf(stderr, "%s\n", error.UserReport().cStr());
+//       if (error.GetCode() == odb_Exception::fileError) return 1;
+//     }
 #pragma once
 
 #include <string>
@@ -16,6 +23,7 @@ class cls_WriteVisitor {
   virtual void visit(const char* name, const char* value) const = 0;
 };
 
+// The root of all exceptions: a message, and the place in the sources that raised it.
 class ZULBasException : public mem_AllocationOperators {
  public:
   explicit ZULBasException(const atr_StringBase& message);
@@ -31,6 +39,7 @@ class ZULBasException : public mem_AllocationOperators {
   // Notes where the exception was raised and raises it, as an object of its most derived class.
   [[noreturn]] void Throw(const char* file, int line);
 
+  // That place; "" and 0 before Throw(). Good as long as this object.
   const char* file() const { return file_.cStr(); }
   int line() const { return line_; }
 
@@ -40,6 +49,7 @@ class ZULBasException : public mem_AllocationOperators {
   int line_ = 0;
 };
 
+// A failure with a code that a program can act on. Catch it by reference.
 class nex_Exception : public ZULBasException {
  public:
   nex_Exception(int code, const atr_StringBase& message);
@@ -51,6 +61,7 @@ class nex_Exception : public ZULBasException {
   virtual atr_String AsString() const = 0;
   // Raises a copy of this object, of its own class.
   virtual void Propagate() const = 0;
+  // For failures of a database one of odb_Exception::Code.
   virtual int GetCode() const;
   // A copy on the heap; the caller owns it.
   virtual nex_Exception* Copy() const = 0;
@@ -63,6 +74,7 @@ class nex_Exception : public ZULBasException {
   int code_;
 };
 
+// The failure of a command, with what a scripting session keeps of it.
 class nex_CommandException : public nex_Exception {
  public:
   using nex_Exception::nex_Exception;
@@ -71,6 +83,7 @@ class nex_CommandException : public nex_Exception {
   atr_String AsString() const override;
   unsigned DynTypeId() const override;
   void DBWrite(const cls_WriteVisitor& visitor) const override;
+  // The stack of the script that ran the command; empty until it is set.
   virtual void SetTraceback(cow_String traceback);
   virtual cow_String GetTraceback() const;
   // What a session journal keeps of the failure.

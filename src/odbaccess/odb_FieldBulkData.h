@@ -1,4 +1,11 @@
 // The rows of one field output at one location of the model, as whole arrays.
+//
+//     const odb_SequenceFieldBulkData& blocks = field.bulkDataBlocks();
+//     for (int b = 0; b < blocks.size(); ++b) {
+//       const odb_FieldBulkData& block = blocks.constGet(b);
+//       const float* rows = block.data();  // null where the block is in double precision
+//       for (int i = 0; rows != nullptr && i < block.valueCount(); ++i) use(rows + i * block.width());
+//     }
 #pragma once
 
 #include <functional>

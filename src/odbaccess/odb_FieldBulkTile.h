@@ -1,4 +1,8 @@
 // Some rows of a block, one after the other.
+//
+//     float largest = -std::numeric_limits<float>::max();
+//     float smallest = std::numeric_limits<float>::max();
+//     block.forEachTile([&](const odb_FieldBulkTile& tile) { tile.takeMises(largest, smallest); });
 #pragma once
 
 namespace odb_detail {

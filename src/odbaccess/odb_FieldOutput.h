@@ -1,4 +1,8 @@
 // A field output: one quantity of one frame, over the model or over a set.
+//
+//     const odb_FieldOutput stress = frame.fieldOutputs()["S"];
+//     const odb_FieldOutput atRim = stress.getSubset(odb.rootAssembly().elementSets(false)["RIM"]);
+//     for (int i = 0; i < atRim.values().size(); ++i) use(atRim.values().constGet(i).mises());
 #pragma once
 
 #include <memory>
@@ -31,17 +35,20 @@ class odb_FieldOutput {
   int type() const;
   // Whether stored shear components are engineering strains, twice the tensor components.
   bool hasEngineeringShear() const;
+  // "S11", "S22", ...; empty for a scalar.
   odb_Sequence<odb_String> componentLabels() const;
+  // The derived quantities that mean something for this field, in the order of the file.
   odb_Sequence<odb_InvariantEnum> validInvariants() const;
 
-  // The rows one by one, as blocks, and the places where they lie.
+  // The rows one by one, as blocks, and the places where they lie. No number is read before it is asked for. Throw
+  // odb_Exception where the locations cannot be read.
   const odb_SequenceFieldValue& values() const;
   const odb_SequenceFieldBulkData& bulkDataBlocks() const;
   const odb_SequenceFieldLocation& locations() const;
 
   // The rows, in order, whose element (element set) or node (node set) is in `set`, per instance; a set of a
   // part means that set in every instance of the part. Blocks left without a row are dropped; rows of
-  // nodes are in no element set.
+  // nodes are in no element set. Throws odb_Exception where the labels cannot be read.
   odb_FieldOutput getSubset(const odb_Set& set) const;
 
  private:
@@ -51,5 +58,6 @@ class odb_FieldOutput {
   mutable std::shared_ptr<odb_detail::FieldContent> content_;
 };
 
+// By name, bytes ascending, and the iterator over the names.
 using odb_FieldOutputRepository = odb_Repository<odb_String, odb_FieldOutput>;
 using odb_FieldOutputRepositoryIT = odb_RepositoryIT<odb_FieldOutput>;

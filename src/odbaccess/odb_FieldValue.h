@@ -1,4 +1,8 @@
 // One row of a field output.
+//
+//     const odb_FieldValue value = field.values().constGet(0);
+//     if (const float* numbers = value.floatData()) use(numbers[0], value.dataCount());
+//     if (odb_isTensor(value.type())) use(value.mises());
 #pragma once
 
 #include <memory>
@@ -30,16 +34,25 @@ class odb_FieldValue {
   // of this value lives.
   const float* floatData() const;
   const double* doubleData() const;
+  // Number of numbers behind floatData() or doubleData().
   int dataCount() const;
 
+  // Of a vector the square root of the sum of its squares.
   float magnitude() const;
+  // Of a tensor s with the principal values s1 >= s2 >= s3 and the deviator d = s - (s1 + s2 + s3)/3 (Simo and Hughes,
+  // Computational Inelasticity, sec. 2.3.1): sqrt(3/2 d:d),
   float mises() const;
+  // s1 - s3,
   float tresca() const;
+  // -(s1 + s2 + s3)/3,
   float press() const;
+  // the cube root of 27/2 det d, and
   float inv3() const;
+  // s1, s2, s3.
   float maxPrincipal() const;
   float midPrincipal() const;
   float minPrincipal() const;
+  // The principal values of the components 11, 22, 12, and the one across them.
   float maxInPlanePrincipal() const;
   float minInPlanePrincipal() const;
   float outOfPlanePrincipal() const;

@@ -1,4 +1,9 @@
 // Field values that lie one after the other in one block.
+//
+//     field.values().forEachRun([&](odb_FieldValueRun& run) {
+//       std::vector<float> mises(run.count());
+//       if (run.count() > 0) run.mises(0, run.count(), mises.data());
+//     });
 #pragma once
 
 #include <memory>
@@ -21,9 +26,11 @@ class odb_FieldValueRun {
       : block_(std::move(block)), first_(first) {}
 
   int first() const { return first_; }
+  // Number of values.
   int count() const;
   // One of them, 0 <= i < count().
   odb_FieldValue value(int i) const;
+  // See odb_DataTypeEnum and odb_PrecisionEnum.
   int type() const;
   int precision() const;
 

@@ -1,4 +1,14 @@
 // The database and the library's life.
+//
+//     odb_initializeAPI();
+//     odb_String path = "job.odb";
+//     if (isUpgradeRequiredForOdb(path)) {
+//       upgradeOdb(path, "upgraded");
+//       path = "upgraded.odb";
+//     }
+//     odb_Odb& odb = openOdb(path, true, false);
+//     odb.close();
+//     odb_finalizeAPI();
 #pragma once
 
 #include <memory>
@@ -23,10 +33,12 @@ class odb_Odb {
   // The name that the file gives itself, else the path as opened.
   odb_String name() const;
 
+  // Good while the database is open.
   odb_Assembly& rootAssembly() const;
   odb_PartRepository& parts() const;
   odb_StepRepository& steps() const;
 
+  // Whether the model is one sector of a cyclic one, and its axis; without one the axis has no points.
   bool hasSectorDefinition() const;
   odb_SectorDefinition sectorDefinition() const;
 

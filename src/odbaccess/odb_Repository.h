@@ -1,4 +1,9 @@
 // The named collections of the database.
+//
+//     odb_FieldOutputRepository& fields = frame.fieldOutputs();
+//     odb_FieldOutputRepositoryIT it(fields);
+//     for (it.first(); !it.isDone(); it.next()) use(fields[it.currentKey()]);
+//     if (fields.ConstFind("S") == nullptr) ...  // looks without an exception
 #pragma once
 
 #include <utility>
@@ -20,7 +25,7 @@ class odb_Repository : public cow_Btree<K, V> {
     if (this->ConstFind(key) == nullptr) odb_throwMissingKey(key);
   }
 
-  // The object of that name; an absent one is an odb_Exception.
+  // The object of that name, good while a copy of this repository lives; an absent one is an odb_Exception.
   V& operator[](const K& key) const {
     CheckKey(key);
     return *this->Find(key);
@@ -34,6 +39,7 @@ class odb_RepositoryIT {
  public:
   explicit odb_RepositoryIT(const odb_Repository<odb_String, V>& repository) : nodes_(repository) {}
 
+  // It stands at the first key when it is made; currentKey() only while isDone() is false.
   void first() { nodes_.First(); }
   void next() { nodes_.Next(); }
   bool isDone() const { return nodes_.IsDone(); }

@@ -1,4 +1,7 @@
 // A point of a section.
+//
+//     const odb_SectionPoint& point = location.sectionPoints().constGet(0);
+//     std::printf("%d %s\n", point.number(), point.description().cStr());
 #pragma once
 
 #include "odbaccess/odb_String.h"

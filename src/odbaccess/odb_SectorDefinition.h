@@ -1,4 +1,9 @@
 // Models of one sector.
+//
+//     if (odb.hasSectorDefinition()) {
+//       const odb_SequenceFloat from = odb.sectorDefinition().symmetryAxis().constGet(0);
+//       use(from[0], from[1], from[2]);
+//     }
 #pragma once
 
 #include <utility>

@@ -1,4 +1,10 @@
 // The zero-based arrays of the interface.
+//
+//     const odb_Sequence<odb_String> labels = field.componentLabels();
+//     for (int i = 0; i < labels.size(); ++i) std::puts(labels.constGet(i).cStr());
+//
+//     const odb_SequenceDouble center = step.massCenter();  // empty where the step has none
+//     if (center.size() == 3) use(center[0], center[1], center[2]);
 #pragma once
 
 #include <algorithm>
@@ -9,6 +15,7 @@
 
 #include "odbaccess/cow_List.h"
 
+// Objects; size() and constGet() are those of cow_List.
 template <class T>
 class odb_Sequence : public cow_List<T> {
  public:
@@ -39,6 +46,7 @@ class odb_NumberSequence {
   explicit odb_NumberSequence(std::span<const T> numbers)
       : odb_NumberSequence(numbers.data(), static_cast<int>(numbers.size())) {}
 
+  // How many there are.
   int size() const { return size_; }
 
   // Number `index`; 0 for an index past the end, as for a component that is not stored.
@@ -47,6 +55,7 @@ class odb_NumberSequence {
     const auto at = static_cast<std::size_t>(index);
     return many_ ? (*many_)[at] : few_[at];
   }
+  // The same.
   T operator[](int index) const { return constGet(index); }
 
  private:
@@ -57,6 +66,7 @@ class odb_NumberSequence {
   std::shared_ptr<const std::vector<T>> many_;
 };
 
+// A row or a point; many of them, as the samples of a history are.
 using odb_SequenceFloat = odb_NumberSequence<float>;
 using odb_SequenceDouble = odb_NumberSequence<double>;
 using odb_SequenceSequenceFloat = odb_Sequence<odb_SequenceFloat>;

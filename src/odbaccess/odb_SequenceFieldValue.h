@@ -1,4 +1,9 @@
 // The rows of a field output one by one.
+//
+//     const odb_SequenceFieldValue& values = field.values();
+//     for (int i = 0; i < values.size(); ++i) use(values.constGet(i).mises());
+//
+// A reduction of many rows is faster by runs of them (odb_FieldValueRun.h).
 #pragma once
 
 #include <functional>
@@ -19,6 +24,7 @@ class odb_SequenceFieldValue {
   explicit odb_SequenceFieldValue(std::vector<std::shared_ptr<const odb_detail::BlockStorage>> blocks);
 
   int size() const { return size_; }
+  // Row `index`, 0 <= index < size(). Its numbers are read when they are asked for.
   odb_FieldValue constGet(unsigned index) const;
 
   // Hands out the values in order, those of one block at a time.

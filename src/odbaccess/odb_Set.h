@@ -1,4 +1,6 @@
 // Sets of nodes or elements.
+//
+//     if (const odb_Set* rim = odb.rootAssembly().elementSets(false).ConstFind("RIM")) use(field.getSubset(*rim));
 #pragma once
 
 #include <memory>
@@ -20,10 +22,12 @@ class odb_Set {
 
   odb_String name() const;
 
+  // For the library itself; null in a set made without an argument.
   const std::shared_ptr<odb_detail::SetStorage>& storage() const { return storage_; }
 
  private:
   std::shared_ptr<odb_detail::SetStorage> storage_;
 };
 
+// By name, bytes ascending.
 using odb_SetRepository = odb_Repository<odb_String, odb_Set>;

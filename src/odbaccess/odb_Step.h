@@ -1,4 +1,8 @@
 // A step of the analysis.
+//
+//     const odb_Step& step = odb.steps()["Step-1"];
+//     std::printf("%d frames\n", step.frames().size());
+//     if (step.mass() != -1.0) use(step.mass(), step.massCenter());
 #pragma once
 
 #include <memory>
@@ -13,6 +17,7 @@ namespace odb_detail {
 class StepStorage;
 }
 
+// A handle. What cannot be read is an odb_Exception.
 class odb_Step {
  public:
   explicit odb_Step(std::shared_ptr<odb_detail::StepStorage> storage) : storage_(std::move(storage)) {}

@@ -1,4 +1,8 @@
 // The steps of a database.
+//
+//     odb_StepRepository& steps = odb.steps();
+//     odb_StepRepositoryIT it(steps);
+//     for (it.first(); !it.isDone(); it.next()) use(steps[it.currentKey()]);
 #pragma once
 
 #include <cstddef>
@@ -15,7 +19,9 @@ class odb_StepRepository {
   explicit odb_StepRepository(const std::vector<odb_Step>& stepsInOrder);
 
   int size() const { return static_cast<int>(order_.size()); }
+  // Null where there is no such step.
   const odb_Step* ConstFind(const odb_String& key) const { return steps_.ConstFind(key); }
+  // Throw odb_Exception where there is no such step. The step is good while the database is open.
   void CheckKey(const odb_String& key) const { steps_.CheckKey(key); }
   odb_Step& operator[](const odb_String& key) const { return steps_[key]; }
 

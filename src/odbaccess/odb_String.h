@@ -1,5 +1,9 @@
 // The strings of the access library: reference-counted, cheap to copy, never modified through a copy.
 //
+//     odb_String path = "job";
+//     path.append(".odb");
+//     std::puts(path.cStr());
+//
 // An empty string owns no storage; its view is the empty string, never a null pointer.
 #pragma once
 
@@ -28,12 +32,14 @@ class atr_StringBase {
   // Adds `text` at the end. Copies of this string keep what they had.
   void append(const char* text);
 
+  // Good as long as cStr(), for programs that go on with the standard library.
   std::string_view view() const { return text_ ? std::string_view(*text_) : std::string_view(); }
 
  private:
   std::shared_ptr<const std::string> text_;
 };
 
+// The text that reports and translations return.
 class atr_String : public atr_StringBase {
  public:
   using atr_StringBase::atr_StringBase;
@@ -60,6 +66,7 @@ class odb_String {
     return *this;
   }
 
+  // See atr_StringBase.
   const char* cStr() const { return text_.cStr(); }
   int length() const { return text_.length(); }
   void append(const odb_String& other) { text_.append(other.cStr()); }

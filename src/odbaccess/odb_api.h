@@ -1,4 +1,23 @@
-// Everything of the access library: the one header that the extraction includes.
+// Everything of the access library: the one header that programs include.
+//
+//     #include <odbaccess/odb_api.h>
+//
+//     int main() {
+//       odb_initializeAPI();
+//       try {
+//         odb_Odb& odb = openOdb("lug.odb", true, false);
+//         std::printf("%d steps\n", odb.steps().size());
+//         odb.close();
+//       } catch (const nex_Exception& error) {
+//         std::fprintf(stderr, "%s\n", error.UserReport().cStr());
+//       }
+//       odb_finalizeAPI();
+//     }
+//
+// An odb_Odb has parts, an assembly with instances and sets, and steps (odb_Odb.h). A step has frames (odb_Step.h), a
+// frame has field outputs (odb_Frame.h), a field output has rows (odb_FieldOutput.h); a step also has history regions
+// with history outputs (odb_HistoryRegion.h). Every failure is an odb_Exception. Labels are those of the solver,
+// indices begin at 0, units are those of the model. One thread at a time may use the library.
 #pragma once
 
 #include "odbaccess/nex_Exception.h"

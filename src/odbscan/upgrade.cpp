@@ -10,9 +10,9 @@
 #include "odbscan/object_info.h"
 #include "odbscan/scan.h"
 #include "odbscan/scan_context.h"
-#include "odbstore/block_series.h"
 #include "odbstore/layout.h"
 #include "odbstore/names.h"
+#include "odbwriter/block_series.h"
 
 namespace odbscan {
 
@@ -281,7 +281,7 @@ void upgrade(int descriptor, const std::string& path, const std::string& name) {
     DatabaseWriter writer(path, name, {});
     Upgrade upgrade(root, writer);
     upgrade.declare();
-    writer.begin();
+    writer.layOut();
     upgrade.forEach([&](DatabaseWriter::Block block, int frame, auto rows) { writer.writeRows(block, frame, rows); },
                     [&](DatabaseWriter::History history, const std::vector<float>& samples) {
                       writer.writeSamples(history, samples);
@@ -295,7 +295,7 @@ void upgrade(int descriptor, const std::string& path, const std::string& name) {
 }
 
 void readOld(const h5::Group& root) {
-  // A writer that is not begun makes no file.
+  // A writer that lays nothing out makes no file.
   DatabaseWriter nowhere("", "", {});
   Upgrade upgrade(root, nowhere);
   upgrade.declare();

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "base/numbers.h"
-#include "odbstore/catalog_columns.h"
+#include "catalog_columns.h"
 
 namespace odbstore {
 

@@ -78,8 +78,8 @@ class ContentCheck {
     checkProportion(array, path);
   }
 
-  // Few packed bytes can stand for very many. Labels are not packed by who writes rows, so honest rows are in proportion
-  // to the file.
+  // Few packed bytes can stand for very many. Labels are not packed by who writes rows, so honest rows are in
+  // proportion to the file.
   template <class Path>
   void checkProportion(std::int32_t array, const Path& path) {
     constexpr std::int64_t kAlways = std::int64_t{64} << 20U;

@@ -8,6 +8,10 @@
 #include "base/limited_program.h"
 #include "odbstore/store_error.h"
 
+// Where the program is, for programs of others that are linked with this library: the package's configuration for CMake
+// defines it.
+extern "C" __attribute__((weak)) const char* const kolvexScanProgram;
+
 namespace odbstore {
 
 namespace {
@@ -17,6 +21,7 @@ constexpr const char* kProgram = "odbscan";
 }  // namespace
 
 std::string scanProgramPath() {
+  if (&kolvexScanProgram != nullptr) return kolvexScanProgram;
   std::string own(PATH_MAX, '\0');
   const ssize_t length = ::readlink("/proc/self/exe", own.data(), own.size());
   if (length > 0) {

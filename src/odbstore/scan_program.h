@@ -14,7 +14,7 @@ namespace odbstore {
 // the program crash.
 std::optional<Catalog> scanCatalog(int file, const std::string& name, std::int64_t size);
 
-// Where the program is: beside this one, else where kolvex is installed.
+// Where the program is: where the one that uses the library says, else beside that, else where kolvex is installed.
 std::string scanProgramPath();
 
 // The first byte of what the program answers when it is asked for a catalog; the catalog follows.

@@ -1,17 +1,13 @@
 #include "tool/command.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <map>
 #include <optional>
 #include <sstream>
 
 namespace tool {
 
 namespace {
-
-const char* const kHelpNames = "-h,--help";
 
 std::optional<std::size_t> wholeNumber(const std::string& text) {
   if (text.empty() || text.size() > 18 ||
@@ -27,34 +23,14 @@ std::string quotedList(const std::vector<std::string>& words) {
   return list;
 }
 
-// Turns what CLI11 throws into an error of ours.
-std::function<void(const std::string&)> guarded(const Option& option) {
-  return [take = option.take, names = option.names](const std::string& value) {
-    try {
-      take(value);
-    } catch (const UsageError& error) {
-      throw CLI::ValidationError(names.substr(names.rfind(',') + 1), error.what());
-    }
-  };
-}
-
-CLI::Option* addTo(CLI::App& app, const Option& option) {
-  const auto take = guarded(option);
-  if (option.value.empty() && !option.isArgument) {
-    return app.add_flag_callback(option.names, [take] { take(""); });
-  }
-  const std::function<void(const std::vector<std::string>&)> takeAll = [take](const std::vector<std::string>& values) {
-    for (const std::string& value : values) take(value);
-  };
-  CLI::Option* const added = app.add_option_function(option.names, takeAll);
-  added->allow_extra_args(option.isArgument && option.isRepeated);
-  if (!option.isRepeated) added->expected(1);
-  if (option.isArgument && option.isRepeated) added->expected(1, 1 << 28);
-  added->required(option.isRequired);
-  return added;
-}
-
 }  // namespace
+
+std::vector<std::string> Option::allNames() const {
+  std::vector<std::string> all;
+  std::istringstream list(names);
+  for (std::string name; std::getline(list, name, ',');) all.push_back(name);
+  return all;
+}
 
 int Outcome::finish() const {
   std::FILE* const stream = status == 0 ? stdout : stderr;
@@ -81,6 +57,21 @@ Command& Command::exitStatus(int status, std::string meaning) {
 Command& Command::example(std::string line) {
   examples_.push_back(std::move(line));
   return *this;
+}
+
+Command& Command::seeAlso(std::string page) {
+  seeAlso_.push_back(std::move(page));
+  return *this;
+}
+
+Command& Command::onlyLongHelp() {
+  hasShortHelp_ = false;
+  return *this;
+}
+
+std::vector<std::string> Command::helpNames() const {
+  if (hasShortHelp_) return {"-h", "--help"};
+  return {"--help"};
 }
 
 Command& Command::group(std::string title) {
@@ -179,42 +170,15 @@ Command& Command::exclusive(std::string one, std::string other) {
   return *this;
 }
 
+Command& Command::subcommand(std::string name, std::string summary) {
+  subcommands_.emplace_back(std::move(name), std::move(summary));
+  return *this;
+}
+
 Command& Command::completeBy(
     std::function<std::vector<std::string>(const std::string&, const std::vector<std::string>&)> computed) {
   computed_ = std::move(computed);
   return *this;
-}
-
-Outcome Command::parse(std::vector<std::string> arguments) const {
-  if (!arguments.empty() && arguments.front() == "--complete") {
-    Outcome outcome{true, 0, ""};
-    for (const std::string& candidate : complete({arguments.begin() + 1, arguments.end()})) {
-      outcome.text += candidate + "\n";
-    }
-    return outcome;
-  }
-  if (arguments == std::vector<std::string>{"--man"}) return {true, 0, manPage()};
-  CLI::App app("", name_);
-  app.set_help_flag(kHelpNames);
-  app.set_version_flag("--version", name_ + " " + KOLVEX_VERSION);
-  std::map<std::string, CLI::Option*> byName;
-  for (const Option& option : options_) {
-    CLI::Option* const added = addTo(app, option);
-    std::istringstream names(option.names);
-    for (std::string name; std::getline(names, name, ',');) byName[name] = added;
-  }
-  for (const auto& [one, other] : exclusive_) byName.at(one)->excludes(byName.at(other));
-  try {
-    std::reverse(arguments.begin(), arguments.end());
-    app.parse(std::move(arguments));
-  } catch (const CLI::CallForHelp&) {
-    return {true, 0, help()};
-  } catch (const CLI::CallForVersion& version) {
-    return {true, 0, std::string(version.what()) + "\n"};
-  } catch (const CLI::ParseError& error) {
-    return refuse(error.what());
-  }
-  return {};
 }
 
 Outcome Command::refuse(const std::string& reason) const {

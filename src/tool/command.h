@@ -14,16 +14,16 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "tool/completion.h"
 
 namespace tool {
 
 // Exit statuses that all commands share.
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
-
-// What a shell offers for a value.
-enum class Completes { nothing, file, directory, words, computed };
 
 struct Option {
   std::string names;  // "-o,--output"; that of an argument without dashes
@@ -37,6 +37,9 @@ struct Option {
   bool isRepeated = false;
   // Takes a value; of a flag "". Throws UsageError for one that is not understood.
   std::function<void(const std::string&)> take;
+
+  // "-o" and "--output".
+  std::vector<std::string> allNames() const;
 };
 
 // A value that is not understood; the text says what would be.
@@ -66,6 +69,12 @@ class Command {
   Command& describe(std::string paragraph);
   Command& exitStatus(int status, std::string meaning);
   Command& example(std::string line);
+  // A page that tells more, "kolvex-verify(1)".
+  Command& seeAlso(std::string page);
+  // `-h` does not mean `--help`.
+  Command& onlyLongHelp();
+  // A program that this one starts with the arguments behind its name.
+  Command& subcommand(std::string name, std::string summary);
 
   // The options that follow stand under this heading.
   Command& group(std::string title);
@@ -90,14 +99,15 @@ class Command {
   Command& repeated();
   // Options that cannot be given together, by one of their names.
   Command& exclusive(std::string one, std::string other);
-  // For options that complete what is computed: gets all words of the line after the command, gives all candidates for
-  // the value of the option of that name.
+  // For options that complete what is computed: gets the last name of the option and the other words of the line, its
+  // own and the value that is being typed not among them; gives all candidates for the value.
   Command& completeBy(
       std::function<std::vector<std::string>(const std::string& option, const std::vector<std::string>& words)>
           computed);
 
-  // Reads the arguments, the name not among them. Touches no file. `--help`, `--version`, `--man` (the page for the man
-  // command) and `--complete WORDS...` are answered; wrong usage has the status 2.
+  // Reads the arguments, the name not among them. Touches no file, but for what is computed to complete a line.
+  // `--help`, `--version`, `--man` (the page for the man command) and `--complete` (completion.h) are answered; wrong
+  // usage has the status 2.
   Outcome parse(std::vector<std::string> arguments) const;
 
   // Wrong usage that parsing cannot see.
@@ -106,8 +116,7 @@ class Command {
   std::string help() const;
   // In the language of man(7).
   std::string manPage() const;
-  // What may stand for the last of `words`.
-  std::vector<std::string> complete(const std::vector<std::string>& words) const;
+  Completion complete(const CompletionRequest& request) const;
 
   const std::string& name() const { return name_; }
   const std::string& summary() const { return summary_; }
@@ -116,7 +125,11 @@ class Command {
  private:
   Option& add(std::string names, std::string value, std::string help, Completes completes,
               std::function<void(const std::string&)> take);
+  Completion completeValue(const Option& option, const std::string& start,
+                           const std::vector<std::string>& others) const;
   std::string synopsisText() const;
+  // Those that answer `--help`.
+  std::vector<std::string> helpNames() const;
 
   std::string name_;
   std::string summary_;
@@ -124,6 +137,9 @@ class Command {
   std::vector<std::string> description_;
   std::vector<std::pair<int, std::string>> exitStatuses_;
   std::vector<std::string> examples_;
+  std::vector<std::string> seeAlso_;
+  std::vector<std::pair<std::string, std::string>> subcommands_;
+  bool hasShortHelp_ = true;
   std::string group_;
   std::vector<Option> options_;
   std::vector<std::pair<std::string, std::string>> exclusive_;

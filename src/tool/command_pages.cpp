@@ -1,4 +1,4 @@
-// What a reader sees of a command: its help and its man page; what a shell sees: completions.
+// What a reader sees of a command: its help and its man page.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -13,18 +13,12 @@ namespace {
 constexpr std::size_t kWidth = 80;
 constexpr std::size_t kIndent = 2;
 constexpr std::size_t kColumn = 28;
-
-std::vector<std::string> namesOf(const Option& option) {
-  std::vector<std::string> names;
-  std::istringstream all(option.names);
-  for (std::string name; std::getline(all, name, ',');) names.push_back(name);
-  return names;
-}
+constexpr std::size_t kCommandColumn = 14;
 
 // "-o, --output DATABASE".
 std::string headOf(const Option& option) {
   if (option.isArgument) return option.names + (option.isRepeated ? "..." : "");
-  std::string head = fmt::format("{}", fmt::join(namesOf(option), ", "));
+  std::string head = fmt::format("{}", fmt::join(option.allNames(), ", "));
   if (!option.value.empty()) head += " " + option.value;
   return head;
 }
@@ -49,14 +43,14 @@ std::string wrapped(const std::string& text, std::size_t indent, std::size_t wid
   return out;
 }
 
-std::string rowOf(const std::string& head, const std::string& help) {
+std::string rowOf(const std::string& head, const std::string& help, std::size_t column = kColumn) {
   std::string row = std::string(kIndent, ' ') + head;
-  if (row.size() + 2 > kColumn) {
-    row += "\n" + std::string(kColumn, ' ');
+  if (row.size() + 2 > column) {
+    row += "\n" + std::string(column, ' ');
   } else {
-    row.resize(kColumn, ' ');
+    row.resize(column, ' ');
   }
-  return row + wrapped(help, kColumn, kWidth) + "\n";
+  return row + wrapped(help, column, kWidth) + "\n";
 }
 
 std::string helpOf(const Option& option) {
@@ -64,7 +58,7 @@ std::string helpOf(const Option& option) {
 }
 
 std::vector<std::string> groupsOf(const std::vector<Option>& options) {
-  std::vector<std::string> groups;
+  std::vector<std::string> groups = {""};  // which --help is in
   for (const Option& option : options) {
     if (!option.isArgument && std::find(groups.begin(), groups.end(), option.group) == groups.end()) {
       groups.push_back(option.group);
@@ -73,19 +67,37 @@ std::vector<std::string> groupsOf(const std::vector<Option>& options) {
   return groups;
 }
 
-// Text as man(7) takes it: no line begins with a control character, a backslash and a dash stand for themselves.
+// Text as man(7) takes it: no line begins with a control character, and what a typesetter would make something nicer of
+// stands for itself.
 std::string roff(const std::string& text) {
   std::string out;
   for (const char c : text) {
-    if (c == '\\') {
-      out += "\\e";
-    } else if (c == '-') {
-      out += "\\-";
-    } else {
-      out += c;
+    switch (c) {
+      case '\\':
+        out += "\\e";
+        break;
+      case '-':
+        out += "\\-";
+        break;
+      case '`':
+        out += "\\(ga";
+        break;
+      case '\'':
+        out += "\\(aq";
+        break;
+      case '^':
+        out += "\\(ha";
+        break;
+      case '~':
+        out += "\\(ti";
+        break;
+      case '.':
+        out += out.empty() || out.back() == '\n' ? "\\&." : ".";
+        break;
+      default:
+        out += c;
     }
   }
-  if (out.starts_with('.') || out.starts_with('\'')) out.insert(0, "\\&");
   return out;
 }
 
@@ -114,13 +126,17 @@ std::string Command::help() const {
     if (option.isArgument) arguments += rowOf(headOf(option), option.help);
   }
   if (!arguments.empty()) text += "\nArguments:\n" + arguments;
+  if (!subcommands_.empty()) text += "\nCommands:\n";
+  for (const auto& [name, summary] : subcommands_) text += rowOf(name, summary, kCommandColumn);
   for (const std::string& group : groupsOf(options_)) {
     text += "\n" + (group.empty() ? "Options" : group) + ":\n";
     for (const Option& option : options_) {
       if (!option.isArgument && option.group == group) text += rowOf(headOf(option), helpOf(option));
     }
-    if (group.empty())
-      text += rowOf("-h, --help", "print this and exit") + rowOf("--version", "print the version and exit");
+    if (group.empty()) {
+      text += rowOf(fmt::format("{}", fmt::join(helpNames(), ", ")), "print this and exit") +
+              rowOf("--version", "print the version and exit");
+    }
   }
   if (!exitStatuses_.empty()) text += "\nExit status:\n";
   for (const auto& [status, meaning] : exitStatuses_) text += rowOf(std::to_string(status), meaning);
@@ -131,7 +147,7 @@ std::string Command::help() const {
 
 std::string Command::manPage() const {
   const std::string title = dashed(name_);
-  std::string page = fmt::format(".TH \"{}\" 1 \"\" \"kolvex {}\" \"kolvex\"\n.SH NAME\n{} \\- {}\n.SH SYNOPSIS\n",
+  std::string page = fmt::format(".TH \"{}\" 1 \"\" \"kolvex {}\" \"kolvex\"\n.nh\n.SH NAME\n{} \\- {}\n.SH SYNOPSIS\n",
                                  roff(title), KOLVEX_VERSION, roff(title), roff(summary_));
   for (const std::string& form : synopses_) page += fmt::format(".B {}\n{}\n.br\n", roff(name_), roff(form));
   page += fmt::format(".B {}\n\\-\\-help | \\-\\-version\n", roff(name_));
@@ -139,6 +155,10 @@ std::string Command::manPage() const {
   for (const std::string& paragraph : description_) {
     page += paragraph.starts_with(' ') ? fmt::format(".PP\n.nf\n{}\n.fi\n", roff(paragraph))
                                        : fmt::format(".PP\n{}\n", roff(paragraph));
+  }
+  if (!subcommands_.empty()) page += ".SH COMMANDS\n";
+  for (const auto& [name, summary] : subcommands_) {
+    page += fmt::format(".TP\n.BR {} (1)\n{}\n", roff(dashed(name_ + " " + name)), roff(summary));
   }
   page += ".SH OPTIONS\n";
   for (const Option& option : options_) {
@@ -150,42 +170,18 @@ std::string Command::manPage() const {
       if (option.isArgument || option.group != group) continue;
       page += fmt::format(".TP\n.B {}\n{}\n", roff(headOf(option)), roff(helpOf(option)));
     }
-    if (group.empty())
-      page += ".TP\n.B \\-h, \\-\\-help\nprint this and exit\n.TP\n.B \\-\\-version\nprint the version and exit\n";
+    if (group.empty()) {
+      page += fmt::format(".TP\n.B {}\nprint this and exit\n", roff(fmt::format("{}", fmt::join(helpNames(), ", "))));
+      page += ".TP\n.B \\-\\-version\nprint the version and exit\n";
+    }
   }
   if (!exitStatuses_.empty()) page += ".SH EXIT STATUS\n";
   for (const auto& [status, meaning] : exitStatuses_) page += fmt::format(".TP\n.B {}\n{}\n", status, roff(meaning));
   if (!examples_.empty()) page += ".SH EXAMPLES\n.nf\n";
   for (const std::string& line : examples_) page += roff(line) + "\n";
   if (!examples_.empty()) page += ".fi\n";
+  if (!seeAlso_.empty()) page += fmt::format(".SH SEE ALSO\n{}\n", roff(fmt::format("{}", fmt::join(seeAlso_, ", "))));
   return page;
-}
-
-std::vector<std::string> Command::complete(const std::vector<std::string>& words) const {
-  const std::string start = words.empty() ? "" : words.back();
-  const std::string before = words.size() > 1 ? words[words.size() - 2] : "";
-  std::vector<std::string> candidates;
-  const auto offer = [&](const std::string& candidate) {
-    if (candidate.starts_with(start)) candidates.push_back(candidate);
-  };
-  const auto ofBefore = std::find_if(options_.begin(), options_.end(), [&](const Option& option) {
-    const std::vector<std::string> names = namesOf(option);
-    return !option.isArgument && !option.value.empty() && std::find(names.begin(), names.end(), before) != names.end();
-  });
-  if (ofBefore != options_.end()) {
-    for (const std::string& word : ofBefore->words) offer(word);
-    if (ofBefore->completes == Completes::computed && computed_) {
-      for (const std::string& word : computed_(namesOf(*ofBefore).back(), words)) offer(word);
-    }
-    return candidates;
-  }
-  if (!start.starts_with('-')) return candidates;
-  for (const Option& option : options_) {
-    if (option.isArgument) continue;
-    for (const std::string& name : namesOf(option)) offer(name);
-  }
-  for (const char* name : {"-h", "--help", "--version"}) offer(name);
-  return candidates;
 }
 
 }  // namespace tool

@@ -46,11 +46,9 @@ void report(const verify::Verdict& verdict, bool isQuiet) {
 int main(int argc, char** argv) {
   prepareProcess();
   try {
-    const verify::VerifyOptions options = verify::parseVerifyOptions({argv + 1, argv + argc});
-    if (options.isDone) {
-      std::fputs(options.message.c_str(), options.status == 0 ? stdout : stderr);
-      return options.status;
-    }
+    verify::VerifyOptions options;
+    const tool::Outcome outcome = verify::verifyCommand(options).parse({argv + 1, argv + argc});
+    if (outcome.isDone) return outcome.finish();
     State worst = State::sound;
     for (const std::string& file : options.files) {
       const verify::Verdict verdict = verify::verifyFile(file);

@@ -1,44 +1,27 @@
 #include "verify/verify_options.h"
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
-#include <sstream>
-
 namespace verify {
 
-namespace {
-
-constexpr int kUsageError = 2;
-
-constexpr const char* kStatuses =
-    "Exit status, of several files that of the worst:\n"
-    "  0  all files are sound\n"
-    "  3  a file has no checksums; nothing else is wrong with it\n"
-    "  4  a file has layout 1 and can be read; it has no checksums\n"
-    "  5  a file is not there or cannot be opened\n"
-    "  1  a file is damaged, takes more than the limits to read, or is no database\n"
-    "  2  wrong usage";
-
-}  // namespace
-
-VerifyOptions parseVerifyOptions(std::vector<std::string> arguments) {
-  VerifyOptions options;
-  CLI::App app("Checks output databases for damage and names what is damaged.", "kolvex verify");
-  app.set_version_flag("--version", std::string("kolvex verify ") + KOLVEX_VERSION);
-  app.add_option("file", options.files, "The databases")->required()->type_name("FILE");
-  app.footer(kStatuses);
-  app.add_flag("-q,--quiet", options.isQuiet, "Say only what is wrong");
-  try {
-    std::reverse(arguments.begin(), arguments.end());
-    app.parse(std::move(arguments));
-  } catch (const CLI::ParseError& error) {
-    std::ostringstream out;
-    std::ostringstream err;
-    options.isDone = true;
-    options.status = app.exit(error, out, err) == 0 ? 0 : kUsageError;
-    options.message = options.status == 0 ? out.str() : err.str();
-  }
-  return options;
+tool::Command verifyCommand(VerifyOptions& options) {
+  tool::Command command("kolvex verify", "check an output database for damage");
+  command.synopsis("[--quiet] FILE...")
+      .describe(
+          "Checks databases and names what is damaged in them: the bytes of each file against its checksums, every "
+          "object against the layout, shapes and references as the extraction needs them. Nothing is written.")
+      .describe("Of several files the worst gives the status: 1 before 5, then 4, then 3.")
+      .exitStatus(0, "all files are sound")
+      .exitStatus(1, "a file is damaged, takes more than the limits to read, or is not a database")
+      .exitStatus(2, "wrong usage")
+      .exitStatus(3, "a file has no checksums; nothing else is wrong with it")
+      .exitStatus(4, "a file has layout 1 and can be read; it has no checksums")
+      .exitStatus(5, "a file is not there or cannot be opened")
+      .example("kolvex verify job.odb")
+      .example("kolvex verify --quiet results/*.odb || echo \"see above\"")
+      .seeAlso("kolvex-import(1)")
+      .seeAlso("kolvex-quarnish(1)")
+      .arguments("FILE", options.files, "a database; several are checked one after the other")
+      .flag("-q,--quiet", options.isQuiet, "say only what is wrong");
+  return command;
 }
 
 }  // namespace verify

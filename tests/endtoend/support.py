@@ -56,6 +56,14 @@ class ProgramTest(unittest.TestCase):
         return self.write("config.txt", "ODB EXTRACTIONS\n" + "".join(line + "\n" for line in lines))
 
 
+def installed_prefix(test):
+    """A directory into which the build is installed."""
+    prefix = test.path("prefix")
+    subprocess.run([os.environ["KOLVEX_CMAKE"], "--install", str(BIN.parent), "--prefix", str(prefix)], check=True,
+                   stdout=subprocess.DEVNULL, timeout=120)
+    return prefix
+
+
 def text(value):
     """Fixed-length UTF-8, padded with NULs."""
     raw = [v.encode() for v in np.atleast_1d(value)]

@@ -40,14 +40,14 @@ class LauncherTest(ProgramTest):
     def test_full_streams_are_no_reason_to_fall_over(self):
         with open("/dev/full", "wb") as full:
             for arguments, status in ((["--help"], 1), (["--version"], 1), ([], 2), (["unknown"], 1),
-                                      (["verify", "nothing.odb"], 5), (["verify", "--help"], 0), (["verify"], 2)):
+                                      (["verify", "nothing.odb"], 5), (["verify", "--help"], 1), (["verify"], 2)):
                 process = subprocess.run([BIN / "kolvex", *arguments], stdout=full, stderr=full, check=False)
                 self.assertEqual(process.returncode, status, arguments)
 
     def test_no_command_is_a_usage_error(self):
         run = self.run_program(program="kolvex")
         self.assertEqual((run.status, run.out), (2, b""))
-        self.assertIn(b"usage: kolvex <command>", run.err)
+        self.assertIn(b"Usage:\n  kolvex COMMAND [ARGUMENT...]\n", run.err)
 
     def test_an_unknown_command_is_refused_even_when_the_system_has_one(self):
         for name in ("ls", "../bin/sh", ""):
@@ -59,6 +59,37 @@ class LauncherTest(ProgramTest):
         run = self.run_program("quarnish", "-odb", "a b", "", "*", "--help", program=self.installed())
         self.assertEqual((run.status, run.err), (7, b""))
         self.assertEqual(run.text("arguments"), b"-odb|a b||*|--help|")
+
+    def test_a_sole_question_for_help_or_version_is_answered_in_place_of_the_extraction(self):
+        launcher = self.installed()
+        run = self.run_program("quarnish", "--help", program=launcher)
+        self.assertEqual((run.status, run.err, run.text("arguments")), (0, b"", None))
+        self.assertIn(b"\n  -config FILE ", run.out)
+        run = self.run_program("quarnish", "--version", program=launcher)
+        self.assertEqual((run.status, run.err, run.text("arguments")), (0, b"", None))
+        self.assertRegex(run.out, rb"^kolvex quarnish \d+\.\d+\.\d+\n$")
+
+    def test_every_other_question_reaches_the_extraction(self):
+        launcher = self.installed()
+        for arguments in ((), ("-help",), ("-h",), ("--help", "--help"), ("--version", "-odb"), ("--hel",), ("--help ",),
+                          ("--man",), ("--complete", "0"), ("",)):
+            run = self.run_program("quarnish", *arguments, program=launcher)
+            self.assertEqual((run.status, run.out, run.err), (7, b"", b""), arguments)
+            self.assertEqual(run.text("arguments").decode(), "".join(a + "|" for a in arguments) or "|")
+
+    def test_pages_are_printed_for_the_man_command(self):
+        for arguments, title in (((), "kolvex"), (("import",), "kolvex-import"), (("quarnish",), "kolvex-quarnish")):
+            run = self.run_program("--man", *arguments, program="kolvex")
+            self.assertEqual((run.status, run.err), (0, b""))
+            self.assertTrue(run.out.replace(b"\\-", b"-").startswith(f'.TH "{title}" 1 '.encode()), run.out[:40])
+        run = self.run_program("--man", "ls", program="kolvex")
+        self.assertEqual((run.status, run.out), (1, b""))
+        self.assertIn(b"'ls' is not a kolvex command", run.err)
+
+    def test_a_question_of_a_shell_that_makes_no_sense_says_nothing(self):
+        for arguments in ((), ("x",), ("2", "a"), ("-1", "a"), ("1", "ls"), ("1", "../bin/sh")):
+            run = self.run_program("--complete", *arguments, program="kolvex")
+            self.assertEqual((run.out.replace(b"nothing\n", b""), run.err), (b"", b""), arguments)
 
     def test_a_signal_is_the_programs_own(self):
         run = self.run_program("quarnish", program=self.installed("#!/bin/sh\nkill -TERM $$\n"))

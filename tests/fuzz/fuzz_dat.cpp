@@ -1,8 +1,8 @@
 // Printed tables, and the steps and frames that they are given.
 #include "fuzz_input.h"
-#include "importers/calculix/placed_tables.h"
-#include "importers/calculix/printed_mapping.h"
-#include "importers/diagnostics.h"
+#include "importers/calculix/dat/placed_tables.h"
+#include "importers/calculix/dat/printed_mapping.h"
+#include "importers/input/diagnostics.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <string>
 
 #include "fuzz_input.h"
-#include "importers/calculix/deck.h"
-#include "importers/calculix/deck_set_names.h"
-#include "importers/calculix/mass_properties.h"
-#include "importers/diagnostics.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/deck/deck_set_names.h"
+#include "importers/calculix/deck/mass_properties.h"
+#include "importers/input/diagnostics.h"
 #include "importers/run/set_names.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

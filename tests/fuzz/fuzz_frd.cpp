@@ -1,8 +1,8 @@
 // Result files, ASCII and binary.
 #include "fuzz_input.h"
-#include "importers/calculix/field_mapping.h"
-#include "importers/calculix/frd_reader.h"
-#include "importers/diagnostics.h"
+#include "importers/calculix/frd/field_mapping.h"
+#include "importers/calculix/frd/frd_reader.h"
+#include "importers/input/diagnostics.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Status files.
 #include "fuzz_input.h"
-#include "importers/calculix/step_times.h"
-#include "importers/diagnostics.h"
+#include "importers/calculix/steps/step_times.h"
+#include "importers/input/diagnostics.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const InputFile file(data, size);

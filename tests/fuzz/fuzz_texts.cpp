@@ -4,9 +4,9 @@
 #include <limits>
 
 #include "fuzz_input.h"
-#include "importers/calculix/dat_reader.h"
+#include "importers/calculix/dat/dat_reader.h"
+#include "importers/input/text_fields.h"
 #include "importers/run/choice.h"
-#include "importers/text_fields.h"
 #include "odbstore/names.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "importers/calculix/complex_peaks.h"
+#include "importers/calculix/frd/complex_peaks.h"
 
 #include <gmock/gmock.h>
 

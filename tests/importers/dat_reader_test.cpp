@@ -1,9 +1,9 @@
 // Tables that a run prints: their heads, rows and ends.
-#include "importers/calculix/dat_reader.h"
+#include "importers/calculix/dat/dat_reader.h"
 
 #include <gmock/gmock.h>
 
-#include "importers/calculix/dat_formats.h"
+#include "importers/calculix/dat/dat_formats.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

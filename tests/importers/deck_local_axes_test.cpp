@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "importers/calculix/deck.h"
-#include "importers/calculix/element_kinds.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/deck/element_kinds.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

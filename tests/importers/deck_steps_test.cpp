@@ -1,9 +1,9 @@
 // What a deck says of its steps: times, outputs and printed tables.
-#include "importers/calculix/deck_steps.h"
+#include "importers/calculix/deck/deck_steps.h"
 
 #include <gmock/gmock.h>
 
-#include "importers/calculix/deck.h"
+#include "importers/calculix/deck/deck.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

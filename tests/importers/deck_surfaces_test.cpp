@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "importers/calculix/deck.h"
+#include "importers/calculix/deck/deck.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

@@ -1,4 +1,4 @@
-#include "importers/calculix/deck.h"
+#include "importers/calculix/deck/deck.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "importers/calculix/deck_set_names.h"
+#include "importers/calculix/deck/deck_set_names.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

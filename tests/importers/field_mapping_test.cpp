@@ -1,4 +1,4 @@
-#include "importers/calculix/field_mapping.h"
+#include "importers/calculix/frd/field_mapping.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "importers/formats/table.h"
 #include "importers_test.h"
 
 namespace importers {
@@ -60,7 +61,7 @@ TEST_F(FormatsTest, WhatNoneOrSeveralKnowIsRefusedWithTheList) {
 }
 
 TEST_F(FormatsTest, MissingFilesAreNamedWithWhatWasTried) {
-  const std::vector<KnownFormat> formats = makeFormats();
+  const std::vector<KnownFormat> formats = makeFormats(allFormats());
   EXPECT_EQ(failureOf([&] { findFormat(formats, directory_.file("job"), ""); }),
             directory_.file("job") + ": error: the file does not exist, nor does " + directory_.file("job.frd"));
   EXPECT_THAT(failureOf([&] { findFormat(formats, directory_.file("x.odb"), ""); }),
@@ -73,7 +74,7 @@ TEST_F(FormatsTest, MissingFilesAreNamedWithWhatWasTried) {
 TEST_F(FormatsTest, TheListTellsWhatABuildLacks) {
   EXPECT_EQ(formatList(kTable),
             "one        files with an x\ntwo        files with a y\nabsent     needs a library (not in this build)\n");
-  EXPECT_THAT(formatList(), HasSubstr("calculix"));
+  EXPECT_THAT(formatList(allFormats()), HasSubstr("calculix"));
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 // Frames of a run: heads of blocks and lines of the status file in, numbers, values and descriptions out.
-#include "importers/calculix/frames.h"
+#include "importers/calculix/steps/frames.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include "importers/calculix/rounded.h"
+#include "importers/calculix/steps/rounded.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

@@ -1,4 +1,4 @@
-#include "importers/calculix/frd_binary.h"
+#include "importers/calculix/frd/frd_binary.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "frd_bytes.h"
-#include "importers/calculix/frd_reader.h"
+#include "importers/calculix/frd/frd_reader.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

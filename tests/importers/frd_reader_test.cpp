@@ -1,4 +1,4 @@
-#include "importers/calculix/frd_reader.h"
+#include "importers/calculix/frd/frd_reader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

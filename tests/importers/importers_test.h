@@ -4,7 +4,7 @@
 #include <fstream>
 #include <string>
 
-#include "importers/diagnostics.h"
+#include "importers/input/diagnostics.h"
 #include "support/temporary_directory.h"
 
 namespace importers {

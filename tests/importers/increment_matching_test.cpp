@@ -1,5 +1,5 @@
 // Printed times and the increments that they are matched with.
-#include "importers/calculix/increment_matching.h"
+#include "importers/calculix/dat/increment_matching.h"
 
 #include <gmock/gmock.h>
 

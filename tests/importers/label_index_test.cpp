@@ -1,4 +1,4 @@
-#include "importers/label_index.h"
+#include "importers/input/label_index.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "importers/line_reader.h"
+#include "importers/input/line_reader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "importers/diagnostics.h"
+#include "importers/input/diagnostics.h"
 #include "importers_test.h"
 
 namespace importers {

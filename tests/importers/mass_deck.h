@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "importers/calculix/mass_properties.h"
+#include "importers/calculix/deck/mass_properties.h"
 #include "importers_test.h"
 
 namespace importers::calculix {

@@ -1,5 +1,5 @@
 // Which mass a deck has, and when it has none.
-#include "importers/calculix/mass_properties.h"
+#include "importers/calculix/deck/mass_properties.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

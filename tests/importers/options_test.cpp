@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "import_options.h"
+#include "importers/formats/table.h"
 
 namespace importers {
 namespace {
@@ -23,7 +24,7 @@ struct Read {
   }
 
   ImportOptions options;
-  std::vector<KnownFormat> formats = makeFormats();
+  std::vector<KnownFormat> formats = makeFormats(allFormats());
   tool::Outcome outcome;
 };
 

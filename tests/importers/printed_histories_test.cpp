@@ -1,5 +1,5 @@
 // Rows of printed tables in, regions and samples out: one history for each node, element and set, whoever prints it.
-#include "importers/calculix/printed_histories.h"
+#include "importers/calculix/dat/printed_histories.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -47,10 +47,12 @@ class HistoriesTest : public testing::Test {
     outline.steps.emplace_back().number = 1;
     outline.steps.back().name = "Step-1";
     const Choice choice = choose(outline, {}, "job.dat");
-    odbstore::Writer writer(path_, {});
+    odbstore::DatabaseWriter writer(path_, {});
+    const std::set<FieldId> none;
     const WarningSink warn = [](const std::string&) {};
-    Sink sink(outline, choice, "job.dat", writer, warn);
+    Sink sink(outline, choice, none, "job.dat", writer, warn);
     histories.deliver({{1, 0}}, sink);
+    sink.finish();
     writer.finish();
     const auto step = odbstore::Reader(path_).step("Step-1");
     std::vector<std::string> found;

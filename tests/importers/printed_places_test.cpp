@@ -1,10 +1,10 @@
 // Printed tables in, steps and frames out: which output of a run each table is of.
-#include "importers/calculix/printed_places.h"
+#include "importers/calculix/dat/printed_places.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include "importers/calculix/placed_tables.h"
+#include "importers/calculix/dat/placed_tables.h"
 #include "importers_test.h"
 
 namespace importers::calculix {
@@ -164,6 +164,20 @@ TEST_F(PlacesTest, TheStatusFileAndTheDeckTellWhichIncrementsPrint) {
                      {"*STATIC\n" + kPrints, "*STATIC\n1e-8, 7e-8\n*NODE FILE, FREQUENCY=3\nU\n"}, {},
                      "     1          1     1     2  0.100000E+01  0.100000E+01  0.100000E+01\n" + status),
               ElementsAre("1/1 1", "2/3 3e-08", "2/6 6e-08", "2/7 7e-08"));
+  EXPECT_THAT(said_, IsEmpty());
+}
+
+// Of such a step the status file has every increment twice: once for temperatures, once for displacements.
+TEST_F(PlacesTest, UncoupledIncrementsHaveTwoLinesInTheStatusFile) {
+  std::string status;
+  for (const int increment : {1, 1, 2, 2})
+    status += fmt::format("     1  {:9}     1     4  {:12.6E}  {:12.6E}  0.500000E+00\n", increment, increment * .5,
+                          increment * .5);
+  EXPECT_THAT(
+      places(displacements(1) + displacements(2),
+             {"*UNCOUPLED TEMPERATURE-DISPLACEMENT\n.5, 1.\n*NODE PRINT, NSET=TOP, FREQUENCY=2\nU\n", "*STATIC\n"}, {},
+             status + "     2          1     1     4  0.200000E+01  0.100000E+01  0.100000E+01\n"),
+      ElementsAre("1/2 1", "2/1 1"));
   EXPECT_THAT(said_, IsEmpty());
 }
 

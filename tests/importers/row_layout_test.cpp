@@ -1,5 +1,5 @@
 // Rows that are told to be good by one like them.
-#include "importers/calculix/row_layout.h"
+#include "importers/calculix/dat/row_layout.h"
 
 #include <gmock/gmock.h>
 

@@ -272,6 +272,22 @@ class ImportProgramTest(ProgramTest):
         self.assertIn(b"there is no deck", warning)
         self.assertEqual(progress, b"\rjob.frd: writing the database\x1b[K\r\x1b[K")
 
+    def test_results_are_known_whatever_their_name(self):
+        self.write("results", WHOLE)
+        self.write("results.inp", DECK)
+        self.assertRegex(self.run_import("results").out, rb"^results\.odb: 1 steps, 1 frames, 2 fields, 0 histories, 2 sets, ")
+        self.path("results").rename(self.path("run.7"))
+        self.assertRegex(self.run_import("run.7", "--no-deck").out, rb"^run\.odb: ")
+
+    def test_a_run_that_left_nothing_is_told_so_alone(self):
+        self.write("job.inp", DECK)
+        self.write("job.dat", b"")
+        run = self.run_import("job")
+        self.assertEqual((run.status, run.out), (1, b""))
+        self.assertEqual(run.err, b"job.frd: error: the run left no results: this file does not exist, and job.dat holds no tables\n")
+        self.write("job.frd", b"")
+        self.assertRegex(self.run_import("job").err, rb"^job\.frd: error: the run left no results: this file is empty, and .*\n$")
+
     def test_flipped_bytes_never_crash_it(self):
         self.check_flips(WHOLE.encode(), b"\n\r\0 -*,.=0159EXx\xff")
 

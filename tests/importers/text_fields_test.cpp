@@ -1,4 +1,4 @@
-#include "importers/text_fields.h"
+#include "importers/input/text_fields.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>

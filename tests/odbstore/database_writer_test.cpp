@@ -1,5 +1,5 @@
 // Files of layout 3: what is declared, what is delivered, and what is read back.
-#include "odbstore/database_writer.h"
+#include "odbwriter/database_writer.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -69,7 +69,7 @@ TEST_P(DatabaseWriterTest, RowsComeInAnyOrder) {
   const auto temperature = writer.addField(step, "NT", kTemperature);
   const auto block = writer.addBlock(temperature, nodes, {.frames = std::vector<int>{0, 1, 3}});
   const auto exact = writer.addBlock(writer.addField(step, "X", kTemperature), nodes, {.isDouble = true});
-  writer.begin();
+  writer.layOut();
   writer.writeRows(block, 3, std::vector<float>{7, 8});
   for (int i = 3; i >= 0; --i) writer.writeRows(exact, i, std::vector<double>{i + 1.0 / 3.0, -1e300});
   writer.writeRows(block, 0, std::vector<float>{1, 2});
@@ -98,7 +98,7 @@ TEST_P(DatabaseWriterTest, RowsThatPlacesShareAreStoredOnce) {
   writer.addFrame(step, {});
   writer.addFrame(step, {});
   const auto block = writer.addBlock(writer.addField(step, "S", kStress), shared, {.width = 6});
-  writer.begin();
+  writer.layOut();
   for (int frame = 0; frame < 2; ++frame) {
     std::vector<float> rows(18);
     std::iota(rows.begin(), rows.end(), static_cast<float>(100 * frame));
@@ -127,7 +127,7 @@ TEST_P(DatabaseWriterTest, AnIndexThatSavesLittleIsNotKept) {
   const auto step = writer.addStep("Step-1", {});
   writer.addFrame(step, {});
   const auto block = writer.addBlock(writer.addField(step, "NT", kTemperature), nodes, {});
-  writer.begin();
+  writer.layOut();
   writer.writeRows(block, 0, std::vector<float>{1, 2, 3, 4});
   writer.finish();
   expectCatalogIsRight();
@@ -218,7 +218,7 @@ TEST_P(DatabaseWriterFileTest, FieldsMayBeDescribedDifferentlyInSomeFrames) {
   writer.describeField(field, 1, kStress);
   writer.describeField(field, 1, kTemperature);
   const auto block = writer.addBlock(field, nodes, {});
-  writer.begin();
+  writer.layOut();
   for (int i = 0; i < 4; ++i) writer.writeRows(block, i, std::vector<float>{1, 2});
   writer.finish();
   expectCatalogIsRight();
@@ -239,7 +239,7 @@ TEST_P(DatabaseWriterFileTest, HistoriesComeBackAsDelivered) {
   const auto u1 = writer.addHistory(node, "U1", 1, 3);
   writer.addHistory(odd, "nothing in each", 3, 0);
   const auto other = writer.addHistory(odd, "other", 1, 2);
-  writer.begin();
+  writer.layOut();
   writer.writeSamples(other, std::vector<float>{8, 9});
   writer.writeSamples(u2, std::vector<float>{0, 0, 0.5F, 12.25F});
   writer.writeSamples(u1, std::vector<float>{1, 2, 3});
@@ -271,7 +271,7 @@ TEST_P(DatabaseWriterFileTest, WhatHasNotComeIsNamed) {
   const auto step = writer.addStep("Step-1", {});
   for (int i = 0; i < 3; ++i) writer.addFrame(step, {});
   const auto block = writer.addBlock(writer.addField(step, "NT", kTemperature), nodes, {});
-  writer.begin();
+  writer.layOut();
   writer.writeRows(block, 0, std::vector<float>{1});
   writer.writeRows(block, 2, std::vector<float>{1});
   EXPECT_THAT(failureOf([&] { writer.finish(); }),
@@ -286,7 +286,55 @@ TEST_P(DatabaseWriterFileTest, WhatHasNotComeIsNamed) {
               HasSubstr("2 numbers do not fill 1 rows of 1"));
   EXPECT_THAT(failureOf([&] { writer.writeRows(block, 1, std::vector<double>{1}); }),
               HasSubstr("rows come in the other precision"));
-  EXPECT_THAT(failureOf([&] { writer.addPart("P"); }), HasSubstr("nothing can be declared once rows are written"));
+}
+
+TEST_P(DatabaseWriterTest, BlocksMayBeDeclaredWhileRowsOfOthersCome) {
+  DatabaseWriter writer(path_, GetParam());
+  const LocationLabels three{{1, 2, 3}, {}, {}};
+  const auto first = writer.addLocation(kNodal, three);
+  const auto step = writer.addStep("Step-1", {});
+  writer.addFrame(step, {0, 0.0, ""});
+  writer.addFrame(step, {1, 1.0, ""});
+  const auto a = writer.addBlock(writer.addField(step, "A", kTemperature), first, {});
+  writer.writeRows(a, 1, std::vector<float>{1, 2, 3});
+  // Like one that is in the file already, and unlike it.
+  EXPECT_EQ(writer.addLocation(kNodal, three).index, first.index);
+  const auto other = writer.addLocation(kNodal, {{1, 2, 4}, {}, {}});
+  EXPECT_NE(other.index, first.index);
+  const auto shared = writer.addLocation(kNodal, {{1, 2, 3, 3, 3, 3}, {}, {}}, {0, 1, 2, 2, 2, 2});
+  const auto b = writer.addBlock(writer.addField(step, "B", kTemperature), other, {.frames = std::vector<int>{1}});
+  const auto c = writer.addBlock(writer.addField(step, "C", kTemperature), shared, {.frames = std::vector<int>{0}});
+  writer.writeRows(c, 0, std::vector<float>{7, 8, 9});
+  EXPECT_EQ(writer.addLocation(kNodal, {{1, 2, 3, 3, 3, 3}, {}, {}}, {0, 1, 2, 2, 2, 2}).index, shared.index);
+  EXPECT_NE(writer.addLocation(kNodal, {{1, 2, 3, 3, 3, 3}, {}, {}}, {0, 1, 1, 1, 1, 2}).index, shared.index);
+  writer.writeRows(b, 1, std::vector<float>{4, 5, 6});
+  writer.writeRows(a, 0, std::vector<float>{-1, -2, -3});
+  writer.addPart("LATE");
+  writer.finish();
+  expectCatalogIsRight();
+  const auto stored = Reader(path_).step("Step-1");
+  EXPECT_THAT(rowsOf(stored->findField("A")->blocks.at(0), 0), ElementsAre(-1, -2, -3));
+  EXPECT_THAT(rowsOf(stored->findField("B")->blocks.at(0), 1), ElementsAre(4, 5, 6));
+  EXPECT_THAT(rowsOf(stored->findField("C")->blocks.at(0), 0), ElementsAre(7, 8, 9, 9, 9, 9));
+  EXPECT_THAT(Reader(path_).parts(), ElementsAre("LATE"));
+}
+
+TEST_P(DatabaseWriterFileTest, WhatSharesAnArrayIsLaidOutTogether) {
+  DatabaseWriter writer(path_);
+  writer.addPart("P");
+  const auto region = writer.addHistoryRegion(writer.addStep("Step-1", {}), "R", {});
+  writer.addHistory(region, "H", 0, 2);
+  writer.addSet({}, SetKind::node, "A", {});
+  writer.layOut();
+  EXPECT_THAT(failureOf([&] { writer.addSet({}, SetKind::node, "B", {}); }),
+              HasSubstr("/assembly/nodeSets/B: comes after the sets beside it were laid out"));
+  EXPECT_THAT(failureOf([&] { writer.addHistory(region, "G", 0, 2); }),
+              HasSubstr("/history/R/outputs/G: comes after the histories beside it were laid out"));
+  writer.addSet({}, SetKind::element, "B", {});
+  writer.addHistory(writer.addHistoryRegion(writer.addStep("Step-2", {}), "R", {}), "H", 0, 2);
+  writer.finish();
+  expectCatalogIsRight();
+  EXPECT_THAT(Reader(path_).sets({}, SetKind::element), ElementsAre("B"));
 }
 
 TEST_P(DatabaseWriterFileTest, SamplesThatDoNotFitAreRefused) {
@@ -294,8 +342,8 @@ TEST_P(DatabaseWriterFileTest, SamplesThatDoNotFitAreRefused) {
   const auto region = writer.addHistoryRegion(writer.addStep("Step-1", {}), "R", {});
   const auto history = writer.addHistory(region, "H", 2, 2);
   EXPECT_THAT(failureOf([&] { writer.writeSamples(history, std::vector<float>(4)); }),
-              HasSubstr("when begin() has been called"));
-  writer.begin();
+              HasSubstr("when layOut() has been called"));
+  writer.layOut();
   EXPECT_THAT(failureOf([&] { writer.writeSamples(history, std::vector<float>(3)); }),
               HasSubstr("3 numbers are not 2 samples of 2"));
   EXPECT_THAT(failureOf([&] { writer.finish(); }),
@@ -387,7 +435,7 @@ TEST_P(DatabaseWriterFileTest, NothingIsLeftOfAWriterThatDidNotFinish) {
     const auto step = writer.addStep("Step-1", {});
     writer.addFrame(step, {});
     writer.addBlock(writer.addField(step, "NT", kTemperature), nodes, {});
-    writer.begin();
+    writer.layOut();
     EXPECT_FALSE(std::filesystem::exists(path_));
   }
   EXPECT_EQ(directory_.entries(), 0U);
@@ -407,7 +455,7 @@ TEST_P(DatabaseWriterFileTest, TheCatalogIsLastHoweverMuchStructureThereIs) {
     }
     for (int s = 0; s < 20; ++s) writer.addSet({}, SetKind::node, "S" + std::to_string(20 * l + s), {{"I", {l, s}}});
   }
-  writer.begin();
+  writer.layOut();
   for (const auto& [block, f] : blocks) {
     for (int frame = 0; frame < 3; ++frame) {
       const auto value = static_cast<float>(frame * 10 + f);

@@ -7,8 +7,8 @@
 
 #include <filesystem>
 
-#include "odbstore/writer.h"
 #include "support/temporary_directory.h"
+#include "support/writer.h"
 
 namespace odbstore {
 namespace {

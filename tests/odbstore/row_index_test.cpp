@@ -1,4 +1,4 @@
-#include "odbstore/row_index.h"
+#include "odbwriter/row_index.h"
 
 #include <gmock/gmock.h>
 

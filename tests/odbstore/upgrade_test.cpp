@@ -9,9 +9,9 @@
 #include <iterator>
 
 #include "base/output_file.h"
-#include "odbstore/database_writer.h"
 #include "odbstore/reader.h"
 #include "odbstore/store_error.h"
+#include "odbwriter/database_writer.h"
 #include "support/old_database.h"
 #include "support/temporary_directory.h"
 
@@ -59,7 +59,7 @@ TEST_F(RequireCompleteTest, FileOfAWriterThatDidNotFinishIsNot) {
   {
     DatabaseWriter writer(file_.temporaryPath(), path_, {});
     writer.addPart("PLATE");
-    writer.begin();
+    writer.layOut();
   }
   EXPECT_EQ(failure(), incomplete_);
   EXPECT_TRUE(std::filesystem::exists(file_.temporaryPath())) << "it belongs to whoever made it";

@@ -1,4 +1,4 @@
-#include "odbstore/writer.h"
+#include "support/writer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

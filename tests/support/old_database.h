@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "odbstore/database_writer.h"
+#include "odbwriter/database_writer.h"
 
 // Writes one that holds nothing but its own name.
 inline void writeOldDatabase(const std::string& path, const std::string& name) {

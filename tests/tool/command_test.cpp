@@ -7,8 +7,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 class CommandTest : public testing::Test {
@@ -95,16 +93,6 @@ TEST_F(CommandTest, TheManPageHasTheSame) {
   EXPECT_THAT(page, HasSubstr(".TP\n.B \\-o, \\-\\-output TABLE\nwhere to write\n"));
   EXPECT_THAT(page, HasSubstr(".SS Units\n"));
   EXPECT_THAT(page, HasSubstr(".SH EXIT STATUS\n.TP\n.B 0\nall weighed\n"));
-}
-
-TEST_F(CommandTest, ShellsCompleteOptionsWordsAndWhatIsComputed) {
-  EXPECT_THAT(command_.complete({"--u"}), ElementsAre("--unit"));
-  EXPECT_THAT(command_.complete({"x", "--o"}), ElementsAre("--output", "--of"));
-  EXPECT_THAT(command_.complete({"--unit", ""}), ElementsAre("kg", "lb"));
-  EXPECT_THAT(command_.complete({"--unit", "l"}), ElementsAre("lb"));
-  EXPECT_THAT(command_.complete({"x", "--of", ""}), ElementsAre("--of-x", "other"));
-  EXPECT_THAT(command_.complete({"--output", ""}), IsEmpty()) << "files are the shell's";
-  EXPECT_EQ(command_.parse({"--complete", "x", "--of", "o"}).text, "other\n");
 }
 
 }  // namespace

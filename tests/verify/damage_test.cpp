@@ -14,8 +14,8 @@ class DamageTest : public testing::Test {
  protected:
   DamageTest() {
     extents_ = {{1000, 1044, "/checksums", 0, 4},
-                          {4096, 8192, "/locations/0/nodeLabels", 0, 4},
-                          {8192, 32768, "/steps/S/fields/U/blocks/0/data", 0, 8192}};
+                {4096, 8192, "/locations/0/nodeLabels", 0, 4},
+                {8192, 32768, "/steps/S/fields/U/blocks/0/data", 0, 8192}};
   }
 
   std::vector<std::string> damage(const std::vector<std::int64_t>& blocks) const {

@@ -8,11 +8,11 @@
 #include <variant>
 
 #include "importers/calculix/contents.h"
-#include "importers/calculix/deck.h"
+#include "importers/calculix/dat/printed_histories.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/deck/mass_properties.h"
 #include "importers/calculix/deck_delivery.h"
-#include "importers/calculix/frd_reader.h"
-#include "importers/calculix/mass_properties.h"
-#include "importers/calculix/printed_histories.h"
+#include "importers/calculix/frd/frd_reader.h"
 #include "importers/calculix/printed_import.h"
 #include "importers/calculix/result_delivery.h"
 #include "importers/calculix/run_outline.h"
@@ -25,7 +25,7 @@ namespace {
 
 class CalculixSource : public Source {
  public:
-  CalculixSource(const CalculixRun& run, const WarningSink& warn) : run_(run), warn_(warn) {
+  CalculixSource(const CalculixRun& run, const WarningSink& warn) : run_(run), warn_(onceOnly(warn)) {
     if (isMissing(run_.results) && !run_.printed.empty() && !run_.deck.empty()) return;
     const FrdReader reader(run_.results);  // refuses what is no such file before anything else is read
     title_ = reader.header().title;
@@ -50,12 +50,12 @@ class CalculixSource : public Source {
     }
     contents_->nodes = {};
     contents_->mesh = {};
+    sets_->deliver(sink);
     if (hasMeshOfDeck_) {
       deliverDeckMesh(deck_.mesh, run_.deck, sink);
     } else {
       ResultDelivery(run_.results, deck_, plan_, leftOut_, sink).run(progress);
     }
-    sets_->deliver(sink);
     if (contents_->printed.tables.empty()) return;
     PrintedHistories histories(run_.printed, contents_->printed, run_.historyLimit, deck_, warn_);
     PrintedImport(run_.printed, *contents_, plan_, sink).run(histories, progress);
@@ -81,6 +81,11 @@ class CalculixSource : public Source {
     Outline outline = outlineOf(*contents_, deck_, run_.withMass, mass_, plan_);
     outline.title = deck_.heading.empty() ? title_ : deck_.heading;
     outline.producer = producer_;
+    if (!hasResultFile_ && contents_->printed.tables.empty()) {
+      fail(0, fmt::format("the run left no results: this file {}{}",
+                          std::filesystem::exists(run_.results) ? "is empty" : "does not exist",
+                          run_.printed.empty() ? "" : fmt::format(", and {} holds no tables", run_.printed)));
+    }
     if (contents_->nodes.empty() && !contents_->printed.tables.empty()) takeMeshOfDeck(outline);
     if (!sets_) sets_.emplace(deck_, contents_->nodes, contents_->mesh, warn_);
     if (!hasMeshOfDeck_) {
@@ -156,7 +161,7 @@ class CalculixSource : public Source {
   }
 
   CalculixRun run_;
-  const WarningSink& warn_;
+  const WarningSink warn_;
   std::string title_;
   std::string producer_;
   bool hasResultFile_ = false;

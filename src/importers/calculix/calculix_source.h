@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "importers/calculix/field_mapping.h"
-#include "importers/diagnostics.h"
+#include "importers/calculix/frd/field_mapping.h"
+#include "importers/input/diagnostics.h"
 #include "importers/run/source.h"
 
 namespace importers::calculix {

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "importers/calculix/placed_tables.h"
-#include "importers/calculix/printed_mapping.h"
+#include "importers/calculix/dat/placed_tables.h"
+#include "importers/calculix/dat/printed_mapping.h"
 
 namespace importers::calculix {
 

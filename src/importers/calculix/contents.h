@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "importers/calculix/deck.h"
-#include "importers/calculix/field_mapping.h"
-#include "importers/calculix/frames.h"
-#include "importers/calculix/frd_reader.h"
-#include "importers/calculix/printed_tables.h"
-#include "importers/diagnostics.h"
+#include "importers/calculix/dat/printed_tables.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/frd/field_mapping.h"
+#include "importers/calculix/frd/frd_reader.h"
+#include "importers/calculix/steps/frames.h"
+#include "importers/input/diagnostics.h"
 
 namespace importers::calculix {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <map>
 
-#include "importers/calculix/element_kinds.h"
-#include "importers/last_places.h"
+#include "importers/calculix/deck/element_kinds.h"
+#include "importers/input/last_places.h"
 
 namespace importers::calculix {
 
@@ -57,7 +57,7 @@ void deliverDeckMesh(const DeckMesh& mesh, const std::string& path, Sink& sink) 
   std::vector<double> coordinates;
   coordinates.reserve(3 * labels.size());
   for (const int label : labels) {
-    const mass::Vector3& at = mesh.coordinates[static_cast<std::size_t>(last.placeOf(label))];
+    const elements::Vector3& at = mesh.coordinates[static_cast<std::size_t>(last.placeOf(label))];
     coordinates.insert(coordinates.end(), at.begin(), at.end());
   }
   sink.nodes(labels, coordinates, {path, 0});

@@ -5,15 +5,15 @@
 #include <iterator>
 #include <string>
 
-#include "importers/calculix/element_faces.h"
-#include "importers/calculix/section_of_elements.h"
-#include "importers/last_places.h"
+#include "importers/calculix/deck/element_faces.h"
+#include "importers/calculix/deck/section_of_elements.h"
+#include "importers/input/last_places.h"
 
 namespace importers::calculix {
 
 namespace {
 
-using mass::Shape;
+using elements::Shape;
 
 // Type codes of solids in the result file, and what a deck calls such an element.
 constexpr int kBrick8 = 1;

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "importers/calculix/deck.h"
-#include "importers/calculix/element_kinds.h"
-#include "importers/calculix/frd_blocks.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/deck/element_kinds.h"
+#include "importers/calculix/frd/frd_blocks.h"
 
 namespace importers::calculix {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <map>
 
-#include "importers/label_index.h"
+#include "importers/input/label_index.h"
 #include "importers/run/merged_rows.h"
 
 namespace importers::calculix {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "importers/calculix/contents.h"
-#include "importers/calculix/printed_histories.h"
+#include "importers/calculix/dat/printed_histories.h"
 #include "importers/calculix/run_outline.h"
 #include "importers/run/sink.h"
 #include "importers/run/source.h"

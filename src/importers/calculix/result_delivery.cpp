@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "importers/calculix/element_codes.h"
-#include "importers/calculix/element_kinds.h"
-#include "importers/label_index.h"
+#include "importers/calculix/deck/element_kinds.h"
+#include "importers/calculix/frd/element_codes.h"
+#include "importers/input/label_index.h"
 
 namespace importers::calculix {
 

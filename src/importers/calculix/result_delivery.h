@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "importers/calculix/contents.h"
-#include "importers/calculix/deck.h"
-#include "importers/calculix/frd_reader.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/frd/frd_reader.h"
 #include "importers/calculix/run_outline.h"
 #include "importers/run/sink.h"
 #include "importers/run/source.h"

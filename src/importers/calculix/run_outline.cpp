@@ -7,7 +7,7 @@
 #include <set>
 #include <tuple>
 
-#include "importers/calculix/printed_mass.h"
+#include "importers/calculix/dat/printed_mass.h"
 
 namespace importers::calculix {
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "importers/calculix/complex_peaks.h"
 #include "importers/calculix/contents.h"
-#include "importers/calculix/step_mass.h"
+#include "importers/calculix/deck/step_mass.h"
+#include "importers/calculix/frd/complex_peaks.h"
 #include "importers/run/outline.h"
 
 namespace importers::calculix {

@@ -3,7 +3,7 @@
 #include "importers/calculix/expansion.h"
 #include "importers/calculix/sector_copies.h"
 #include "importers/calculix/set_matches.h"
-#include "importers/label_index.h"
+#include "importers/input/label_index.h"
 
 namespace importers::calculix {
 

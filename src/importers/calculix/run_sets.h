@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "importers/calculix/deck.h"
-#include "importers/calculix/frd_blocks.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/frd/frd_blocks.h"
 #include "importers/run/outline.h"
 #include "importers/run/sink.h"
 

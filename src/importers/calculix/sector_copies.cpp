@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "importers/label_index.h"
+#include "importers/input/label_index.h"
 #include "importers/run/set_names.h"
 
 namespace importers::calculix {

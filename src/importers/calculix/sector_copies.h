@@ -4,9 +4,9 @@
 #include <optional>
 #include <vector>
 
-#include "importers/calculix/deck.h"
-#include "importers/calculix/frd_blocks.h"
-#include "importers/diagnostics.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/frd/frd_blocks.h"
+#include "importers/input/diagnostics.h"
 
 namespace importers::calculix {
 

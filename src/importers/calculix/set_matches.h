@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "importers/calculix/deck.h"
+#include "importers/calculix/deck/deck.h"
 #include "importers/calculix/expansion.h"
-#include "importers/label_index.h"
+#include "importers/input/label_index.h"
 
 namespace importers::calculix {
 

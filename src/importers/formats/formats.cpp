@@ -7,8 +7,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "importers/calculix/calculix_importer.h"
-
 namespace importers {
 
 namespace {
@@ -31,11 +29,19 @@ std::string startOf(const std::string& path) {
   return {start.data(), static_cast<std::size_t>(file.gcount())};
 }
 
+bool knows(const Importer& importer, const std::string& file) { return importer.recognises(startOf(file), file); }
+
+// The file with the results: what is named, whatever its name, if the format knows it, else what the format makes of
+// the name.
+std::string resultsOf(const Importer& importer, const std::string& named) {
+  return !startOf(named).empty() && knows(importer, named) ? named : importer.resultFile(named);
+}
+
 FoundFormat forcedFormat(const std::vector<KnownFormat>& formats, const std::string& named, const std::string& name) {
   for (const KnownFormat& known : formats) {
     if (known.format->name != name) continue;
     if (!known.importer) throw ImportError(named, 0, fmt::format("the format {} is not in this build", name));
-    return {&known, known.importer->resultFile(named)};
+    return {&known, resultsOf(*known.importer, named)};
   }
   throw ImportError(named, 0, fmt::format("there is no format {}; the formats are {}", name, namesOf(formats)));
 }
@@ -81,13 +87,6 @@ std::vector<std::string> filesMeant(const std::vector<KnownFormat>& formats, con
 
 }  // namespace
 
-const std::vector<Format>& allFormats() {
-  static const std::vector<Format> table = {
-      {"calculix", "CalculiX: .frd (ASCII, binary), with .dat, .sta and the deck .inp", calculix::makeImporter},
-  };
-  return table;
-}
-
 std::vector<KnownFormat> makeFormats(const std::vector<Format>& table) {
   std::vector<KnownFormat> formats;
   for (const Format& format : table) {
@@ -101,8 +100,8 @@ FoundFormat findFormat(const std::vector<KnownFormat>& formats, const std::strin
   std::vector<FoundFormat> found;
   for (const KnownFormat& known : formats) {
     if (!known.importer) continue;
-    const std::string file = known.importer->resultFile(named);
-    if (known.importer->recognises(startOf(file), file)) found.push_back({&known, file});
+    const std::string file = resultsOf(*known.importer, named);
+    if (knows(*known.importer, file)) found.push_back({&known, file});
   }
   if (found.size() == 1) return found.front();
   if (found.empty()) refuse(formats, named);

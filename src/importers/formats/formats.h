@@ -1,4 +1,4 @@
-// The table of formats that results are imported from.
+// The formats that results are imported from, and which one a file is of.
 #pragma once
 
 #include <memory>
@@ -16,8 +16,6 @@ struct Format {
   std::unique_ptr<Importer> (*make)();
 };
 
-const std::vector<Format>& allFormats();
-
 // A format of the table with its importer.
 struct KnownFormat {
   const Format* format = nullptr;
@@ -25,7 +23,7 @@ struct KnownFormat {
 };
 
 // An importer for every row of the table.
-std::vector<KnownFormat> makeFormats(const std::vector<Format>& table = allFormats());
+std::vector<KnownFormat> makeFormats(const std::vector<Format>& table);
 
 // Which format a file is of, and the file itself.
 struct FoundFormat {
@@ -38,6 +36,6 @@ struct FoundFormat {
 FoundFormat findFormat(const std::vector<KnownFormat>& formats, const std::string& named, const std::string& forced);
 
 // A line for each format.
-std::string formatList(const std::vector<Format>& table = allFormats());
+std::string formatList(const std::vector<Format>& table);
 
 }  // namespace importers

@@ -4,18 +4,22 @@
 
 #include <algorithm>
 
-#include "importers/diagnostics.h"
-#include "importers/text_fields.h"
+#include "importers/input/diagnostics.h"
+#include "importers/input/text_fields.h"
 
 namespace importers {
 
 namespace {
 
+bool isOneOf(const std::vector<std::string>& names, std::string_view name) {
+  return std::any_of(names.begin(), names.end(),
+                     [&](const std::string& one) { return upperCased(one) == upperCased(name); });
+}
+
 bool hasField(const Outline& outline, const std::string& name) {
-  const std::string wanted = upperCased(name);
   return std::any_of(outline.steps.begin(), outline.steps.end(), [&](const OutlineStep& step) {
     return std::any_of(step.fields.begin(), step.fields.end(),
-                       [&](const OutlineField& field) { return upperCased(field.name) == wanted; });
+                       [&](const OutlineField& field) { return isOneOf({name}, field.name); });
   });
 }
 
@@ -33,6 +37,14 @@ void requireAsked(const Outline& outline, const Selection& selection, const std:
   }
   for (const int step : selection.steps) {
     if (!hasStep(outline, step)) refuse(fmt::format("step {}", step));
+  }
+  std::vector<std::string> sets;
+  for (const OutlineSet& set : outline.sets) sets.push_back(set.name);
+  for (const std::string& set : selection.sets) {
+    if (isOneOf(sets, set)) continue;
+    throw ImportError(
+        file, 0,
+        fmt::format("there is no set {}; {}", set, sets.empty() ? "there are none" : "the sets are " + listed(sets)));
   }
 }
 
@@ -69,10 +81,9 @@ std::optional<FrameChoice> frameChoiceFrom(std::string_view text) {
   return FrameChoice{FrameChoice::Kind::range, *from, *to};
 }
 
-bool Selection::takesField(std::string_view name) const {
-  return fields.empty() || std::any_of(fields.begin(), fields.end(),
-                                       [&](const std::string& field) { return upperCased(field) == upperCased(name); });
-}
+bool Selection::takesField(std::string_view name) const { return fields.empty() || isOneOf(fields, name); }
+
+bool Selection::takesSet(std::string_view name) const { return sets.empty() || isOneOf(sets, name); }
 
 bool Selection::takesStep(int step) const {
   return steps.empty() || std::find(steps.begin(), steps.end(), step) != steps.end();
@@ -97,6 +108,7 @@ Choice choose(const Outline& outline, const Selection& selection, const std::str
     isAny = isAny || taken.isTaken;
   }
   if (!isAny) throw ImportError(file, 0, "nothing is selected; " + whatThereIs(outline));
+  for (const OutlineSet& set : outline.sets) choice.sets_.push_back(selection.takesSet(set.name));
   return choice;
 }
 
@@ -137,6 +149,11 @@ void keepChosen(Outline& outline, const Choice& choice) {
     kept.push_back(std::move(step));
   }
   outline.steps = std::move(kept);
+  std::vector<OutlineSet> sets;
+  for (std::size_t set = 0; set < outline.sets.size(); ++set) {
+    if (choice.takesSet(set)) sets.push_back(std::move(outline.sets[set]));
+  }
+  outline.sets = std::move(sets);
 }
 
 }  // namespace importers

@@ -1,4 +1,4 @@
-// Which steps, frames and fields of a run are imported.
+// Which steps, frames, fields and sets of a run are imported.
 #pragma once
 
 #include <optional>
@@ -26,10 +26,13 @@ struct Selection {
   std::vector<std::string> fields = {};  // names in the database, in any case
   std::vector<int> steps = {};
   FrameChoice frames = {};
+  std::vector<std::string> sets = {};  // likewise names, in any case
 
+  // Whether all results are chosen.
   bool isEverything() const { return fields.empty() && steps.empty() && frames.kind == FrameChoice::Kind::all; }
   bool takesField(std::string_view name) const;
   bool takesStep(int step) const;
+  bool takesSet(std::string_view name) const;
 };
 
 // The same in terms of an outline.
@@ -41,6 +44,7 @@ class Choice {
   }
   // Histories come with their step.
   bool takesStep(std::size_t step) const { return steps_[step].isTaken; }
+  bool takesSet(std::size_t set) const { return sets_[set]; }
 
  private:
   struct Step {
@@ -51,10 +55,12 @@ class Choice {
   friend Choice choose(const Outline& outline, const Selection& selection, const std::string& file);
 
   std::vector<Step> steps_;
+  std::vector<bool> sets_;
 };
 
-// Where a field or step that is asked for is not there, or no step is left, an ImportError for `file` lists what there
-// is. Steps without such frames stay for their mass and histories, unless fields or numbers of frames are asked for.
+// Where a field, set or step that is asked for is not there, or no step is left, an ImportError for `file` lists what
+// there is. Steps without such frames stay for their mass and histories, unless fields or numbers of frames are asked
+// for.
 Choice choose(const Outline& outline, const Selection& selection, const std::string& file);
 
 // Takes out of an outline what is not chosen. Places in it are other ones then.

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "importers/diagnostics.h"
-#include "importers/label_index.h"
+#include "importers/input/diagnostics.h"
+#include "importers/input/label_index.h"
 
 namespace importers {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "importers/diagnostics.h"
+#include "importers/input/diagnostics.h"
 #include "importers/run/source.h"
 #include "tool/command.h"
 

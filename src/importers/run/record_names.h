@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "importers/diagnostics.h"
+#include "importers/input/diagnostics.h"
 #include "importers/run/outline.h"
 
 namespace importers {

@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "importers/diagnostics.h"
+#include "importers/input/diagnostics.h"
 #include "importers/run/choice.h"
 #include "importers/run/source.h"
-#include "odbstore/writer.h"
+#include "odbwriter/database_writer.h"
 
 namespace importers {
 

@@ -4,7 +4,8 @@
 #include <optional>
 #include <sstream>
 
-#include "importers/text_fields.h"
+#include "complete_names.h"
+#include "importers/input/text_fields.h"
 
 namespace importers {
 
@@ -41,7 +42,9 @@ void addPage(tool::Command& command) {
       .exitStatus(2, "wrong usage")
       .example("kolvex import job")
       .example("kolvex import job.frd --list")
-      .example("kolvex import job --field S --field U --frames last -o last.odb");
+      .example("kolvex import job --field S --field U --frames last -o last.odb")
+      .seeAlso("kolvex-quarnish(1)")
+      .seeAlso("kolvex-verify(1)");
 }
 
 }  // namespace
@@ -63,11 +66,15 @@ tool::Command importCommand(ImportOptions& options, const std::vector<KnownForma
       .flag("--json", options.isJson, "with --list: as JSON")
       .option(
           "--field", "NAME", [&selection](const std::string& name) { selection.fields.push_back(name); },
-          "import this field only, in any case")
+          "import this field only, in any case", tool::Completes::computed)
+      .repeated()
+      .option(
+          "--set", "NAME", [&selection](const std::string& name) { selection.sets.push_back(name); },
+          "import this set only, in any case", tool::Completes::computed)
       .repeated()
       .option(
           "--step", "N", [&selection](const std::string& text) { takeSteps(selection, text); },
-          "import this step only; a list, \"1,3\", too")
+          "import this step only; a list, \"1,3\", too", tool::Completes::computed)
       .repeated()
       .option(
           "--frames", "FRAMES", [&selection](const std::string& text) { takeFrames(selection, text); },
@@ -76,7 +83,8 @@ tool::Command importCommand(ImportOptions& options, const std::vector<KnownForma
           "--no-mass", [&options] { options.withMass = false; }, "store no mass properties")
       .flag("--strict", options.isStrict, "treat results that are truncated or not understood as an error")
       .flag("--compress", options.compress, "store results packed: a small file that is slower to read")
-      .flag("--checksum", options.checksum, "store a checksum with every frame of results");
+      .flag("--checksum", options.checksum, "store a checksum with every frame of results")
+      .completeBy(completeNames);
   for (const KnownFormat& known : formats) {
     if (known.importer) known.importer->addOptions(command);
   }

@@ -13,8 +13,8 @@
 #include <set>
 
 #include "import_options.h"
-#include "importers/diagnostics.h"
-#include "importers/formats/formats.h"
+#include "importers/formats/table.h"
+#include "importers/input/diagnostics.h"
 #include "importers/run/outline_json.h"
 #include "importers/run/outline_table.h"
 #include "importers/run/run_import.h"
@@ -91,12 +91,12 @@ void import(const ImportOptions& options, const std::vector<importers::KnownForm
 
 int run(std::vector<std::string> arguments) {
   ImportOptions options;
-  const std::vector<importers::KnownFormat> formats = importers::makeFormats();
+  const std::vector<importers::KnownFormat> formats = importers::makeFormats(importers::allFormats());
   const tool::Command command = importers::importCommand(options, formats);
   const tool::Outcome outcome = command.parse(std::move(arguments));
   if (outcome.isDone) return outcome.finish();
   if (options.isFormats) {
-    print(importers::formatList());
+    print(importers::formatList(importers::allFormats()));
   } else if (options.input.empty() || (options.isJson && !options.isList)) {
     return command.refuse(options.input.empty() ? "JOB is missing" : "--json goes with --list").finish();
   } else {

@@ -1,0 +1,111 @@
+// The tables that the solver prints: what their rows hold, and under which names it is kept.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "importers/calculix/dat/dat_reader.h"
+
+namespace importers::calculix {
+
+// What a row of a table belongs to.
+enum class DatRows {
+  node,              // label
+  integrationPoint,  // element, point
+  element,           // element
+  total,             // the set of the table
+  wholeModel,        // the model
+  contactNode,       // node
+  contactFace,       // element, face; one row for each of its points
+  mode,              // a mode: one or two labels, the last one counts
+  modeSum,           // all modes
+  modeFactors,       // a mode, in a table for one frequency of a steady state
+  section,           // no rows: tables without a time that follow belong to its surface
+  eigenvalue,        // no rows: the mode that the following tables belong to
+  frequency,         // rows of modeFactors; the following tables belong to its frequency
+  realPart,          // no rows: the part that the following tables are
+  imaginaryPart,
+  ignored
+};
+
+// How the numbers of a row go together.
+enum class DatShape {
+  scalar,
+  vector,    // three components
+  tensor,    // xx, yy, zz, xy, xz, yz
+  numbered,  // as many as there are, each for itself
+  named      // each for itself, under names of their own
+};
+
+// What a table begins besides its rows.
+enum class DatBegins { nothing, modes, bucklingModes };
+
+// What only few formats have.
+struct DatTraits {
+  bool isOfNodes = false;  // sums: over a set of nodes, not of elements
+  bool isStress = false;   // tensors: has an equivalent stress
+  // How many of the first columns a table may lack.
+  std::size_t optionalColumns = 0;
+  // How the heading calls the columns, separated by "|", where tables have not always the same ones.
+  std::string_view words = {};
+  DatBegins begins = DatBegins::nothing;
+};
+
+struct DatFormat {
+  std::string_view title;
+  DatRows rows = DatRows::ignored;
+  DatShape shape = DatShape::scalar;
+  std::string_view name;  // of the field, and of its outputs without their components
+  std::string_view description;
+  // What a deck asks with for such tables, separated by blanks; empty where that is not of interest.
+  std::string_view keys = {};
+  // DatShape::named: what the columns are called, separated by blanks; "-" for what is no result.
+  std::string_view columns = {};
+  DatTraits traits = {};
+
+  // How many labels a row begins with; modes have one or two.
+  std::size_t labels() const;
+  // How many numbers a row has, when it has all of them.
+  std::size_t width() const;
+  // What a history of the i-th column of such rows is called: "U1", "S12", "NT", "SDV3"; empty for what is no result.
+  std::string outputName(std::size_t column) const;
+  // Whether the rows are values at places of the mesh, which make a field.
+  bool isOfMesh() const;
+  // Whether the table has no rows of its own.
+  bool isMark() const;
+  // Whether a deck that asks with that key gets such tables; with TOTALS they are sums.
+  bool isAskedBy(std::string_view key) const;
+};
+
+// The format of a table; one without a title for a table that is not known. Known ones that are not imported are
+// DatRows::ignored.
+const DatFormat& datFormatOf(const DatTable& table);
+
+// All formats, in the order of the solver's manual.
+std::span<const DatFormat> datFormats();
+
+// Which columns of the format the numbers of a row are, when it has so many of them; nothing where that cannot be
+// found out. `heading` is the text above the rows.
+std::optional<std::vector<std::size_t>> datColumns(const DatFormat& format, std::string_view heading,
+                                                   std::size_t numbers);
+
+// The words of a row taken apart.
+struct DatValues {
+  std::array<int, 2> labels{};  // of node; element, point; element; mode and nodal diameter
+  std::vector<double> numbers;
+  bool hasDiameter = false;  // of modes
+  bool isLocal = false;      // in axes of the node or the element: the row ends in "L" or the name of an orientation
+};
+
+// Whether a row is no row of a place: sums under other rows, and the motions of knots.
+bool isRemark(const DatRow& row);
+
+// Takes a row apart. False for one that is damaged.
+bool readDatRow(const DatFormat& format, const DatRow& row, DatValues& values);
+
+}  // namespace importers::calculix

@@ -1,0 +1,19 @@
+// The printed tables of a run, each with its step and frame.
+#pragma once
+
+#include <string>
+
+#include "importers/calculix/dat/printed_tables.h"
+#include "importers/calculix/deck/deck.h"
+#include "importers/calculix/steps/frames.h"
+#include "importers/input/diagnostics.h"
+
+namespace importers::calculix {
+
+// Reads the tables of a run and gives each its place: the new frames become some of `frames`, which are settled then.
+// Tables of another run are left out, all of them. `problems` of the result tell what was left out or is in doubt.
+// `isComplete` says whether the result file is not cut off.
+PrintedTables placePrintedTables(const std::string& path, const Deck& deck, bool isComplete, Frames& frames,
+                                 const WarningSink& note);
+
+}  // namespace importers::calculix

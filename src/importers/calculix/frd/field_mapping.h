@@ -1,0 +1,47 @@
+// Which fields of the database a result block becomes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "importers/calculix/frd/frd_reader.h"
+#include "odbstore/schema.h"
+
+namespace importers::calculix {
+
+// One field made of columns of a result block.
+struct MappedField {
+  std::string name;
+  odbstore::FieldInfo info;
+  std::vector<int> columns;  // of the block, in the order of the field's components
+  bool isLocal = false;      // of those rows of a printed table that are in axes of the node or the element
+
+  bool isTensor() const { return odbstore::isTensorType(info.type); }
+};
+
+// Which stresses, strains and other results of elements have the plain names: the averages at the nodes of the result
+// file, or the values at integration points that the run has printed. The others end in "_IP" or "_NODAL".
+enum class StressAt { nodes, integrationPoints };
+
+MappedField scalarField(const std::string& name, const std::string& description, std::size_t column);
+MappedField vectorField(const std::string& name, const std::string& description, std::vector<int> columns,
+                        std::vector<std::string> labels = {"1", "2", "3"});
+// `columns` in the order 11, 22, 33, 12, 13, 23.
+MappedField tensorField(const std::string& name, const std::string& description, bool isStress,
+                        std::vector<int> columns);
+
+// What the block of stresses holds: the file does not tell, the deck does.
+enum class StressContent { stress, sectionForces };
+
+// Known blocks under the names that users of field outputs know, all others under their own. What a block holds is told
+// by its components: six named ..XX, ..YY, ..ZZ, ..XY, ..YZ, ..ZX are a tensor; three named ..1, ..2, ..3 that the file
+// declares as a vector are one, and more may follow. All else becomes one scalar per component, "<block>_<component>",
+// or "<block>" when there is one component. Imaginary parts end in "_IM". No two fields of a block have the same name.
+// Section forces are two vectors in the axes of the beam: SF with shear along 1, shear along 2 and the normal force, SM
+// with bending about 1, bending about 2 and the torque.
+std::vector<MappedField> mapResult(const FrdResult& result, StressContent content = StressContent::stress,
+                                   StressAt stressAt = StressAt::nodes);
+
+std::vector<std::string> namesOfFields(const std::vector<MappedField>& fields);
+
+}  // namespace importers::calculix

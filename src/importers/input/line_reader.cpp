@@ -1,0 +1,135 @@
+#include "importers/input/line_reader.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "importers/input/diagnostics.h"
+
+namespace importers {
+
+LineReader::LineReader(const std::string& path) : path_(path), buffer_(2 * kLongestLine) {
+  // Without waiting: a pipe would block for ever.
+  file_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file_ < 0) throw ImportError(path, 0, std::strerror(errno));
+  struct stat status {};
+  const int failure = ::fstat(file_, &status) != 0 ? errno : 0;
+  if (failure != 0 || !S_ISREG(status.st_mode)) {
+    ::close(file_);
+    throw ImportError(path, 0, failure != 0 ? std::strerror(failure) : "is not a regular file");
+  }
+  size_ = static_cast<std::uint64_t>(status.st_size);
+}
+
+LineReader::~LineReader() { ::close(file_); }
+
+void LineReader::fail(const std::string& reason) const {
+  throw ImportError(path_, lineNumber_,
+                    hasBytes_ ? reason + " (before byte " + std::to_string(offset()) + ")" : reason);
+}
+
+// Reads on into `to`; 0 at the end of the file.
+std::size_t LineReader::readSome(char* to, std::size_t size) {
+  ssize_t got = 0;
+  do {
+    got = ::read(file_, to, size);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) fail(std::strerror(errno));
+  readTo_ += static_cast<std::uint64_t>(got);
+  return static_cast<std::size_t>(got);
+}
+
+// Moves what is left to the front and reads behind it; false when nothing came.
+bool LineReader::refill() {
+  std::memmove(buffer_.data(), buffer_.data() + at_, end_ - at_);
+  end_ -= at_;
+  at_ = 0;
+  if (end_ == buffer_.size()) return false;
+  const std::size_t got = readSome(buffer_.data() + end_, buffer_.size() - end_);
+  end_ += got;
+  return got > 0;
+}
+
+bool LineReader::readBytes(void* to, std::size_t size) {
+  if (size > bytesLeft()) return false;
+  hasBytes_ = true;
+  auto* out = static_cast<char*>(to);
+  const std::size_t buffered = std::min(size, end_ - at_);
+  std::memcpy(out, buffer_.data() + at_, buffered);
+  at_ += buffered;
+  out += buffered;
+  size -= buffered;
+  // Little comes through the buffer, much directly.
+  while (size >= kLongestLine) {
+    const std::size_t got = readSome(out, size);
+    if (got == 0) return false;
+    out += got;
+    size -= got;
+  }
+  while (end_ - at_ < size) {
+    if (!refill()) return false;
+  }
+  std::memcpy(out, buffer_.data() + at_, size);
+  at_ += size;
+  return true;
+}
+
+std::string_view LineReader::peekAt(std::uint64_t distance, std::size_t size) {
+  while (end_ - at_ < distance + size && distance + size <= kLongestLine) {
+    if (!refill()) break;
+  }
+  if (distance + size <= end_ - at_ || distance + size <= kLongestLine) {
+    const std::size_t begin = std::min<std::size_t>(distance, end_ - at_);
+    return std::string_view(buffer_.data() + at_, end_ - at_).substr(begin, size);
+  }
+  ahead_.resize(size);
+  for (;;) {
+    const ssize_t got = ::pread(file_, ahead_.data(), size, static_cast<off_t>(offset() + distance));
+    if (got >= 0) return {ahead_.data(), static_cast<std::size_t>(got)};
+    if (errno != EINTR) fail(std::strerror(errno));
+  }
+}
+
+void LineReader::skipBytes(std::uint64_t size, std::int64_t lines) {
+  lineNumber_ += lines;
+  if (lines == 0 && size > 0) hasBytes_ = true;
+  if (size <= end_ - at_) {
+    at_ += size;
+    return;
+  }
+  const std::uint64_t target = offset() + size;
+  if (::lseek(file_, static_cast<off_t>(target), SEEK_SET) < 0) fail(std::strerror(errno));
+  readTo_ = target;
+  at_ = end_ = 0;
+}
+
+bool LineReader::next(std::string_view& line) {
+  std::size_t searched = at_;
+  const char* feed = nullptr;
+  for (;;) {
+    feed = static_cast<const char*>(std::memchr(buffer_.data() + searched, '\n', end_ - searched));
+    if (feed != nullptr) break;
+    const std::size_t pending = end_ - at_;
+    if (pending > kLongestLine) {
+      ++lineNumber_;
+      fail("the line is too long");
+    }
+    if (!refill()) break;
+    searched = at_ + pending;
+  }
+  if (feed == nullptr && at_ == end_) return false;
+  const char* const begin = buffer_.data() + at_;
+  const char* end = feed != nullptr ? feed : buffer_.data() + end_;
+  at_ = static_cast<std::size_t>(end - buffer_.data()) + (feed != nullptr ? 1 : 0);
+  if (end != begin && end[-1] == '\r') --end;
+  line = std::string_view(begin, static_cast<std::size_t>(end - begin));
+  ++lineNumber_;
+  terminated_ = feed != nullptr;
+  return true;
+}
+
+}  // namespace importers
