@@ -1,14 +1,15 @@
 #include "hdf5/dataset.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include <array>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <utility>
+
+#include "hdf5/noting_driver.h"
 
 namespace h5 {
 
@@ -16,6 +17,14 @@ namespace {
 
 // Deflate never packs more than this many bytes into one.
 constexpr hsize_t kLargestCompression = 1032;
+
+using base::NumberFormat;
+constexpr std::array kFormats = {NumberFormat::float32,   NumberFormat::float64,    NumberFormat::int32,
+                                 NumberFormat::int64,     NumberFormat::int8,       NumberFormat::uint8,
+                                 NumberFormat::int16,     NumberFormat::uint16,     NumberFormat::uint32,
+                                 NumberFormat::uint64,    NumberFormat::int16Big,   NumberFormat::uint16Big,
+                                 NumberFormat::int32Big,  NumberFormat::uint32Big,  NumberFormat::int64Big,
+                                 NumberFormat::uint64Big, NumberFormat::float32Big, NumberFormat::float64Big};
 
 }  // namespace
 
@@ -26,8 +35,11 @@ Dataset::Dataset(Handle id, std::string path, std::shared_ptr<const FileContext>
   class_ = checked(H5Tget_class(type.get()));
   numberSize_ = sizeOf(type.get());
   readShape(space.get());
-  if (this->file()->profile == Profile::strict) checkProfile(type.get());
-  direct_ = findDirect(type.get());
+  if (this->file()->profile == Profile::strict) {
+    checkStrict(type.get());
+  } else if (this->file()->profile == Profile::free) {
+    checkStorage();
+  }
 }
 
 void Dataset::readShape(hid_t space) {
@@ -47,19 +59,12 @@ void Dataset::readShape(hid_t space) {
   }
 }
 
-std::optional<Dataset::Direct> Dataset::findDirect(hid_t type) const {
-  const hid_t native[] = {H5T_NATIVE_FLOAT, H5T_NATIVE_DOUBLE, H5T_NATIVE_INT};
-  if (std::none_of(std::begin(native), std::end(native), [&](hid_t n) { return checked(H5Tequal(type, n)) > 0; })) {
-    return std::nullopt;
+std::optional<base::NumberFormat> Dataset::format() const {
+  const Handle type(checked(H5Dget_type(id())), H5Tclose);
+  for (const NumberFormat format : kFormats) {
+    if (base::sizeOf(format) == numberSize_ && checked(H5Tequal(type.get(), typeOf(format))) > 0) return format;
   }
-  const std::optional<std::int64_t> at = offset();
-  if (!at || !file()->descriptor) return std::nullopt;
-  return Direct{*file()->descriptor, *at};
-}
-
-bool Dataset::holds(hid_t type) const {
-  const Handle own(checked(H5Dget_type(id())), H5Tclose);
-  return checked(H5Tequal(own.get(), type)) > 0;
+  return std::nullopt;
 }
 
 std::optional<std::int64_t> Dataset::offset() const {
@@ -68,32 +73,59 @@ std::optional<std::int64_t> Dataset::offset() const {
   return static_cast<std::int64_t>(offset);
 }
 
-std::vector<Stretch> Dataset::stretches() const {
-  std::vector<Stretch> stretches;
-  if (const std::optional<std::int64_t> start = offset()) {
-    const std::int64_t slabs = dims_.empty() ? 1 : static_cast<std::int64_t>(dims_.front());
-    if (bytes() > 0) stretches.push_back({*start, bytes(), 0, bytes() / slabs});
-    return stretches;
-  }
+bool Dataset::isChunked() const {
   const Handle plist(checked(H5Dget_create_plist(id())), H5Pclose);
-  if (checked(H5Pget_layout(plist.get())) != H5D_CHUNKED) return stretches;
-  // A chunk is a slab, as the profile has it.
-  Dims first(dims_.size(), 0);
-  for (hsize_t& slab = first.front(); slab < dims_.front(); ++slab) {
-    unsigned skippedFilters = 0;
-    haddr_t address = HADDR_UNDEF;
-    hsize_t bytes = 0;
-    if (H5Dget_chunk_info_by_coord(id(), first.data(), &skippedFilters, &address, &bytes) < 0) {
-      failHdf5(fmt::format("slab {} cannot be found", slab));
-    }
-    if (address == HADDR_UNDEF) fail(fmt::format("slab {} is not stored", slab));
-    const auto size = static_cast<std::int64_t>(bytes);
-    stretches.push_back({static_cast<std::int64_t>(address), size, static_cast<std::int64_t>(slab), size});
-  }
-  return stretches;
+  return checked(H5Pget_layout(plist.get())) == H5D_CHUNKED;
 }
 
-void Dataset::checkProfile(hid_t type) const {
+std::vector<Filter> Dataset::filters() const {
+  const Handle plist(checked(H5Dget_create_plist(id())), H5Pclose);
+  std::vector<Filter> filters;
+  const int count = checked(H5Pget_nfilters(plist.get()));
+  for (int i = 0; i < count; ++i) {
+    unsigned flags = 0;
+    std::size_t parameters = 0;
+    const H5Z_filter_t filter = checked(
+        H5Pget_filter2(plist.get(), static_cast<unsigned>(i), &flags, &parameters, nullptr, 0, nullptr, nullptr));
+    if (filter != H5Z_FILTER_DEFLATE && filter != H5Z_FILTER_FLETCHER32) {
+      fail("filters other than gzip and Fletcher-32 are not allowed in this layout");
+    }
+    filters.push_back(filter == H5Z_FILTER_DEFLATE ? Filter::gzip : Filter::fletcher32);
+  }
+  return filters;
+}
+
+std::vector<Chunk> Dataset::chunks() const {
+  std::vector<Chunk> chunks;
+  if (count() == 0) return chunks;
+  NotedFile& noted = *file()->noted;
+  Dims first(dims_.size(), 0);
+  for (hsize_t& slab = first.front(); slab < dims_.front(); ++slab) {
+    // HDF5's own question for the place of a chunk goes through all chunks before it. Its reading does not, and is led
+    // to a driver that only looks where it would read.
+    std::uint32_t skippedFilters = 0;
+    std::byte untouched{};
+    noted.lastRead.reset();
+    noted.isNoting = true;
+    const herr_t status = H5Dread_chunk(id(), H5P_DEFAULT, first.data(), &skippedFilters, &untouched);
+    noted.isNoting = false;
+    if (status < 0) failHdf5(fmt::format("slab {} is not stored", slab));
+    if (!noted.lastRead) fail(fmt::format("slab {} is not stored", slab));
+    if (skippedFilters != 0) fail(fmt::format("slab {} was stored without the filters", slab));
+    chunks.push_back({noted.lastRead->offset, noted.lastRead->bytes});
+  }
+  return chunks;
+}
+
+void Dataset::checkStorage() const {
+  if (class_ != H5T_INTEGER && class_ != H5T_FLOAT && class_ != H5T_STRING) fail("is neither numbers nor text");
+  const Handle plist(checked(H5Dget_create_plist(id())), H5Pclose);
+  if (checked(H5Pget_layout(plist.get())) == H5D_VIRTUAL)
+    fail("virtual data sets, which lead to other files, are not read");
+  if (checked(H5Pget_external_count(plist.get())) > 0) fail("external storage, which is in other files, is not read");
+}
+
+void Dataset::checkStrict(hid_t type) const {
   checkType(type);
   // Only contiguous numbers in this file have an offset. Copying the properties would take longer than opening the data
   // set.
@@ -134,19 +166,10 @@ void Dataset::checkChunked(hid_t plist) const {
     // A dimension of 0 rows still needs a chunk of 1.
     if (chunk[i] != (i == 0 ? 1 : std::max<hsize_t>(dims_[i], 1))) fail("a chunk must hold exactly one frame");
   }
-  bool isPacked = false;
-  const int filters = checked(H5Pget_nfilters(plist));
-  for (int i = 0; i < filters; ++i) {
-    unsigned flags = 0;
-    std::size_t parameters = 0;
-    const H5Z_filter_t filter =
-        checked(H5Pget_filter2(plist, static_cast<unsigned>(i), &flags, &parameters, nullptr, 0, nullptr, nullptr));
-    if (filter != H5Z_FILTER_DEFLATE && filter != H5Z_FILTER_FLETCHER32) {
-      fail("filters other than gzip and Fletcher-32 are not allowed in this layout");
-    }
-    if (filter == H5Z_FILTER_DEFLATE && isPacked) fail("the data set is packed twice");
-    isPacked = isPacked || filter == H5Z_FILTER_DEFLATE;
-  }
+  const std::vector<Filter> all = filters();
+  if (std::count(all.begin(), all.end(), Filter::gzip) > 1) fail("the data set is packed twice");
+  if (std::count(all.begin(), all.end(), Filter::fletcher32) > 1) fail("the data set has its checksums twice");
+  const bool isPacked = std::count(all.begin(), all.end(), Filter::gzip) > 0;
   const hsize_t stored = H5Dget_storage_size(id());
   if (stored > static_cast<hsize_t>(file()->bytes)) fail("the data set reaches beyond the end of the file");
   if (static_cast<hsize_t>(bytes()) / (isPacked ? kLargestCompression : 1) > stored) {
@@ -157,8 +180,7 @@ void Dataset::checkChunked(hid_t plist) const {
 std::int64_t Dataset::bytes() const { return count() * static_cast<std::int64_t>(numberSize_); }
 
 std::int64_t Dataset::count() const {
-  return static_cast<std::int64_t>(
-      std::accumulate(dims_.begin(), dims_.end(), hsize_t{1}, [](hsize_t a, hsize_t b) { return a * b; }));
+  return static_cast<std::int64_t>(std::accumulate(dims_.begin(), dims_.end(), hsize_t{1}, std::multiplies<>()));
 }
 
 void Dataset::requireFloat() const {
@@ -170,34 +192,27 @@ void Dataset::readAll(hid_t memoryType, void* out) const {
   checked(H5Dread(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, out), "cannot be read");
 }
 
-std::vector<int> Dataset::readInts() const {
+// Read wide, so that a number that the smaller type cannot hold is seen instead of cut.
+template <class Number>
+std::vector<Number> Dataset::readWide() const {
   if (class_ != H5T_INTEGER) fail("must hold integers");
-  std::vector<int> numbers(static_cast<std::size_t>(count()));
-  if (isDirect()) {
-    readDirect(0, count(), numbers.data());
-    return numbers;
-  }
-  if (numberSize_ < sizeof(int)) {
-    readAll(H5T_NATIVE_INT, numbers.data());
-    return numbers;
-  }
-  // Read wide, so that a number that int32 cannot hold is seen instead of cut.
-  std::vector<long long> wide(numbers.size());
+  std::vector<long long> wide(static_cast<std::size_t>(count()));
   readAll(H5T_NATIVE_LLONG, wide.data());
+  std::vector<Number> numbers(wide.size());
   for (std::size_t i = 0; i < wide.size(); ++i) {
-    if (!std::in_range<int>(wide[i])) fail(fmt::format("the integer {} at place {} is too large", wide[i], i));
-    numbers[i] = static_cast<int>(wide[i]);
+    if (!std::in_range<Number>(wide[i])) fail(fmt::format("the integer {} at place {} is too large", wide[i], i));
+    numbers[i] = static_cast<Number>(wide[i]);
   }
   return numbers;
 }
 
+std::vector<int> Dataset::readInts() const { return readWide<int>(); }
+
+std::vector<std::int64_t> Dataset::readLongs() const { return readWide<std::int64_t>(); }
+
 std::vector<float> Dataset::readFloats() const {
   requireFloat();
   std::vector<float> numbers(static_cast<std::size_t>(count()));
-  if (isDirect() && numberSize_ == sizeof(float)) {
-    readDirect(0, count(), numbers.data());
-    return numbers;
-  }
   readAll(H5T_NATIVE_FLOAT, numbers.data());
   return numbers;
 }
@@ -205,64 +220,23 @@ std::vector<float> Dataset::readFloats() const {
 std::vector<double> Dataset::readDoubles() const {
   requireFloat();
   std::vector<double> numbers(static_cast<std::size_t>(count()));
-  if (isDirect() && numberSize_ == sizeof(double)) {
-    readDirect(0, count(), numbers.data());
-    return numbers;
-  }
   readAll(H5T_NATIVE_DOUBLE, numbers.data());
   return numbers;
 }
 
-void Dataset::transferSlab(hsize_t index, hid_t memoryType, void* out, bool writing) const {
-  Dims start(dims_.size(), 0);
-  Dims extent = dims_;
-  start.front() = index;
-  extent.front() = 1;
-  hsize_t numbers = 1;
-  for (const hsize_t d : extent) numbers *= d;
-  if (numbers == 0) return;
-  const Handle fileSpace(checked(H5Dget_space(id())), H5Sclose);
-  // Of the same shape as what is taken from the file: HDF5 pairs different shapes number by number.
-  const Handle memorySpace(checked(H5Screate_simple(static_cast<int>(extent.size()), extent.data(), nullptr)),
-                           H5Sclose);
-  checked(H5Sselect_hyperslab(fileSpace.get(), H5S_SELECT_SET, start.data(), nullptr, extent.data(), nullptr),
-          "a slab cannot be selected");
-  const herr_t status = writing ? H5Dwrite(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out)
-                                : H5Dread(id(), memoryType, memorySpace.get(), fileSpace.get(), H5P_DEFAULT, out);
-  if (status < 0) failHdf5(fmt::format("slab {} cannot be {}", index, writing ? "written" : "read"));
-}
-
-void Dataset::readSlab(hsize_t index, float* out) const { transferSlab(index, H5T_NATIVE_FLOAT, out, false); }
-
-void Dataset::readSlab(hsize_t index, double* out) const { transferSlab(index, H5T_NATIVE_DOUBLE, out, false); }
-
-void Dataset::readDirect(std::int64_t first, std::int64_t count, void* out) const {
-  const auto size = static_cast<std::int64_t>(numberSize_);
-  auto* to = static_cast<char*>(out);
-  std::int64_t at = direct_->offset + first * size;
-  std::int64_t left = count * size;
-  while (left > 0) {
-    const ssize_t got = ::pread(direct_->file, to, static_cast<std::size_t>(left), at);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) fail(fmt::format("cannot be read ({})", std::strerror(errno)));
-    if (got == 0) fail("the file ends inside this data set");
-    to += got;
-    at += got;
-    left -= got;
-  }
-}
-
-void Dataset::writeSlab(hsize_t index, const float* rows) const {
-  transferSlab(index, H5T_NATIVE_FLOAT, const_cast<float*>(rows), true);
-}
-
-void Dataset::writeSlab(hsize_t index, const double* rows) const {
-  transferSlab(index, H5T_NATIVE_DOUBLE, const_cast<double*>(rows), true);
-}
+void Dataset::write(const void* numbers, base::NumberFormat format) const { write(numbers, typeOf(format)); }
 
 void Dataset::write(const void* numbers, hid_t memoryType) const {
   if (count() == 0) return;
   checked(H5Dwrite(id(), memoryType, H5S_ALL, H5S_ALL, H5P_DEFAULT, numbers), "cannot be written");
+}
+
+void Dataset::writeChunk(hsize_t slab, std::span<const std::byte> bytes) const {
+  Dims first(dims_.size(), 0);
+  first.front() = slab;
+  if (H5Dwrite_chunk(id(), H5P_DEFAULT, 0, first.data(), bytes.size(), bytes.data()) < 0) {
+    failHdf5(fmt::format("slab {} cannot be written", slab));
+  }
 }
 
 }  // namespace h5

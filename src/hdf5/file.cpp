@@ -8,11 +8,6 @@ namespace h5 {
 
 namespace {
 
-std::string explained(const std::string& reason) {
-  const std::string why = lastHdf5Error();
-  return why.empty() ? reason : fmt::format("{} ({})", reason, why);
-}
-
 // What a call of HDF5 for a file as a whole has returned, unless that says that it failed.
 template <class Result>
 Result checked(const std::string& file, Result result, const char* reason = "HDF5 cannot be prepared for it") {
@@ -20,30 +15,18 @@ Result checked(const std::string& file, Result result, const char* reason = "HDF
   return result;
 }
 
-Handle fileAccess(const std::string& file) {
+Handle accessForWriting(const std::string& file, std::int64_t structureBytes) {
   Handle access(checked(file, H5Pcreate(H5P_FILE_ACCESS)), H5Pclose);
   // Objects that outlive the file's handle keep the file open until they go too.
   checked(file, H5Pset_fclose_degree(access.get(), H5F_CLOSE_WEAK));
-  return access;
-}
-
-Handle fileAccessForWriting(const std::string& file) {
-  Handle access = fileAccess(file);
   checked(file, H5Pset_libver_bounds(access.get(), H5F_LIBVER_V110, H5F_LIBVER_V110));
   // Numbers go to the file when they are written. What waited in a buffer would be written when its data set is closed,
   // and if that failed, on a full disk, nobody would know.
   checked(file, H5Pset_sieve_buf_size(access.get(), 0));
   checked(file, H5Pset_cache(access.get(), 0, 0, 0, 0.0));
+  checked(file, H5Pset_meta_block_size(access.get(), static_cast<hsize_t>(structureBytes)));
+  checked(file, H5Pset_small_data_block_size(access.get(), 0));
   return access;
-}
-
-// Nothing where HDF5 does not read the file through one descriptor.
-std::optional<int> descriptorOf(const Handle& file) {
-  const Handle access(H5Fget_access_plist(file.get()), H5Pclose);
-  if (!access || H5Pget_driver(access.get()) != H5FD_SEC2) return std::nullopt;
-  void* descriptor = nullptr;
-  if (H5Fget_vfd_handle(file.get(), access.get(), &descriptor) < 0) return std::nullopt;
-  return *static_cast<const int*>(descriptor);
 }
 
 Group rootOf(const std::shared_ptr<const FileContext>& file) {
@@ -54,21 +37,17 @@ Group rootOf(const std::shared_ptr<const FileContext>& file) {
 
 }  // namespace
 
-Group openFile(const std::string& path, const std::string& name, std::int64_t bytes,
-               const std::function<Profile(const Group& root)>& profileOf) {
+Group openFile(int descriptor, std::int64_t bytes, const std::function<Profile(const Group& root)>& profileOf) {
   startHdf5();
   auto file = std::make_shared<FileContext>();
-  file->name = name;
   file->bytes = bytes;
   file->profile = Profile::free;
+  file->noted = std::make_unique<NotedFile>(NotedFile{descriptor, bytes, false, false, std::nullopt});
   // Alive until the failure is explained: closing it would be the last call, which went well.
-  const Handle access = fileAccess(name);
-  if (H5Fis_hdf5(path.c_str()) == 0) {
-    throw base::FileError(name, "", "is not a database: it is not an HDF5 file");
-  }
-  file->id = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, access.get()), H5Fclose);
-  if (!file->id) throw base::FileError(name, "", explained("cannot be opened as a database"));
-  file->descriptor = descriptorOf(file->id);
+  const Handle access = notingAccess(*file->noted);
+  checked(file->name, access.get());
+  file->id = Handle(H5Fopen("database", H5F_ACC_RDONLY, access.get()), H5Fclose);
+  if (!file->id) throw base::FileError("", "", explained("cannot be opened as a database"));
   file->profile = profileOf(rootOf(file));
   return rootOf(file);
 }
@@ -79,12 +58,12 @@ unsigned superblockOf(const Group& root) {
   return info.super.version;
 }
 
-Group createFile(const std::string& path, const std::string& name) {
+Group createFile(const std::string& path, const std::string& name, std::int64_t structureBytes) {
   startHdf5();
   auto file = std::make_shared<FileContext>();
   file->name = name;
-  file->profile = Profile::free;  // what we are writing ourselves is not checked while it is incomplete
-  const Handle access = fileAccessForWriting(name);  // alive until the failure is explained
+  file->profile = Profile::own;
+  const Handle access = accessForWriting(name, structureBytes);  // alive until the failure is explained
   const Handle creation(checked(name, H5Pcreate(H5P_FILE_CREATE)), H5Pclose);
   checked(name, H5Pset_obj_track_times(creation.get(), false));
   file->id = Handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, creation.get(), access.get()), H5Fclose);
@@ -94,12 +73,12 @@ Group createFile(const std::string& path, const std::string& name) {
 
 void flushFile(const Group& root) { root.checked(H5Fflush(root.id(), H5F_SCOPE_GLOBAL), "the file cannot be written"); }
 
-std::int64_t sizeOfFile(const Group& root) {
-  hsize_t bytes = 0;
+std::int64_t endOfFile(const Object& member) {
+  haddr_t end = 0;
   constexpr const char* kReason = "the size of the file cannot be found out";
-  const Handle file(root.checked(H5Iget_file_id(root.id()), kReason), H5Fclose);
-  root.checked(H5Fget_filesize(file.get(), &bytes), kReason);
-  return static_cast<std::int64_t>(bytes);
+  const Handle file(member.checked(H5Iget_file_id(member.id()), kReason), H5Fclose);
+  member.checked(H5Fget_eoa(file.get(), &end), kReason);
+  return static_cast<std::int64_t>(end);
 }
 
 }  // namespace h5

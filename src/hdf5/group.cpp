@@ -8,6 +8,13 @@
 
 namespace h5 {
 
+namespace {
+
+// Written into the file; whoever packs the chunks may pack as he likes.
+constexpr unsigned kGzipLevel = 4;
+
+}  // namespace
+
 Group::Group(Handle id, std::string path, std::shared_ptr<const FileContext> file)
     : Object(std::move(id), std::move(path), std::move(file)) {}
 
@@ -31,6 +38,7 @@ std::optional<Handle> Group::findMember(const std::string& link) const {
   if (info.type != H5L_TYPE_HARD && file()->profile == Profile::strict) {
     fail("links that are not hard are not allowed in this layout");
   }
+  if (info.type != H5L_TYPE_HARD && info.type != H5L_TYPE_SOFT) fail("links into other files are not followed");
   const hid_t object = H5Oopen(id(), link.c_str(), H5P_DEFAULT);
   if (object < 0) fail(fmt::format("cannot be opened ({})", lastHdf5Error()));
   return Handle(object, H5Oclose);
@@ -116,17 +124,22 @@ Group Group::createGroup(const std::string& link, bool trackOrder) const {
   return Group(std::move(handle), memberPath(link), file());
 }
 
-Dataset Group::createDataset(const std::string& link, hid_t type, const Dims& dims, Storage storage) const {
+Dataset Group::createDataset(const std::string& link, base::NumberFormat format, const Dims& dims,
+                             const Storage& storage) const {
+  return createDataset(link, typeOf(format), dims, storage);
+}
+
+Dataset Group::createDataset(const std::string& link, hid_t type, const Dims& dims, const Storage& storage) const {
   const Handle plist(checked(H5Pcreate(H5P_DATASET_CREATE)), H5Pclose);
   checked(H5Pset_obj_track_times(plist.get(), false));
-  if (storage.chunked()) {
+  if (!storage.filters.empty()) {
     Dims chunk = dims;
     for (hsize_t& d : chunk) d = std::max<hsize_t>(d, 1);
     chunk.front() = 1;
     checked(H5Pset_chunk(plist.get(), static_cast<int>(chunk.size()), chunk.data()));
-    // The checksum goes over the packed bytes, as h5py and h5repack have it.
-    if (storage.gzip) checked(H5Pset_deflate(plist.get(), 4));
-    if (storage.fletcher32) checked(H5Pset_fletcher32(plist.get()));
+    for (const Filter filter : storage.filters) {
+      checked(filter == Filter::gzip ? H5Pset_deflate(plist.get(), kGzipLevel) : H5Pset_fletcher32(plist.get()));
+    }
   } else {
     checked(H5Pset_fill_time(plist.get(), H5D_FILL_TIME_NEVER));
     if (storage.reserved) checked(H5Pset_alloc_time(plist.get(), H5D_ALLOC_TIME_EARLY));
@@ -139,11 +152,19 @@ Dataset Group::createDataset(const std::string& link, hid_t type, const Dims& di
 }
 
 void Group::createInts(const std::string& link, std::span<const int> values) const {
-  createDataset(link, H5T_STD_I32LE, {values.size()}).write(values.data(), H5T_NATIVE_INT);
+  createDataset(link, base::NumberFormat::int32, {values.size()}).write(values.data(), base::NumberFormat::int32);
+}
+
+void Group::createLongs(const std::string& link, std::span<const std::int64_t> values) const {
+  createDataset(link, base::NumberFormat::int64, {values.size()}).write(values.data(), base::NumberFormat::int64);
+}
+
+void Group::createFloats(const std::string& link, std::span<const float> values, const Dims& dims) const {
+  createDataset(link, base::NumberFormat::float32, dims).write(values.data(), base::NumberFormat::float32);
 }
 
 void Group::createDoubles(const std::string& link, std::span<const double> values, const Dims& dims) const {
-  createDataset(link, H5T_IEEE_F64LE, dims).write(values.data(), H5T_NATIVE_DOUBLE);
+  createDataset(link, base::NumberFormat::float64, dims).write(values.data(), base::NumberFormat::float64);
 }
 
 }  // namespace h5

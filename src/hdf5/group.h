@@ -1,6 +1,7 @@
 // Groups and their members.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -30,12 +31,17 @@ class Group : public Object {
   std::vector<std::string> links(LinkOrder order = LinkOrder::byName) const;
 
   Group createGroup(const std::string& link, bool trackOrder = false) const;
-  Dataset createDataset(const std::string& link, hid_t type, const Dims& dims, Storage storage = {}) const;
+  // `link` may be a path through groups that are there.
+  Dataset createDataset(const std::string& link, base::NumberFormat format, const Dims& dims,
+                        const Storage& storage = {}) const;
   void createInts(const std::string& link, std::span<const int> values) const;
+  void createLongs(const std::string& link, std::span<const std::int64_t> values) const;
+  void createFloats(const std::string& link, std::span<const float> values, const Dims& dims) const;
   void createDoubles(const std::string& link, std::span<const double> values, const Dims& dims) const;
   void createStrings(const std::string& link, std::span<const std::string> values) const;
 
  private:
+  Dataset createDataset(const std::string& link, hid_t type, const Dims& dims, const Storage& storage) const;
   std::string memberPath(const std::string& link) const;
   // Nothing where there is no such link; another kind of object under it is an error.
   std::optional<Handle> findMember(const std::string& link) const;

@@ -48,4 +48,52 @@ std::string lastHdf5Error() {
   return reason;
 }
 
+std::string explained(const std::string& reason) {
+  const std::string why = lastHdf5Error();
+  return why.empty() ? reason : reason + " (" + why + ")";
+}
+
+hid_t typeOf(base::NumberFormat format) {
+  using enum base::NumberFormat;
+  switch (format) {
+    case int8:
+      return H5T_STD_I8LE;
+    case uint8:
+      return H5T_STD_U8LE;
+    case int16:
+      return H5T_STD_I16LE;
+    case uint16:
+      return H5T_STD_U16LE;
+    case int32:
+      return H5T_STD_I32LE;
+    case uint32:
+      return H5T_STD_U32LE;
+    case int64:
+      return H5T_STD_I64LE;
+    case uint64:
+      return H5T_STD_U64LE;
+    case float32:
+      return H5T_IEEE_F32LE;
+    case float64:
+      return H5T_IEEE_F64LE;
+    case int16Big:
+      return H5T_STD_I16BE;
+    case uint16Big:
+      return H5T_STD_U16BE;
+    case int32Big:
+      return H5T_STD_I32BE;
+    case uint32Big:
+      return H5T_STD_U32BE;
+    case int64Big:
+      return H5T_STD_I64BE;
+    case uint64Big:
+      return H5T_STD_U64BE;
+    case float32Big:
+      return H5T_IEEE_F32BE;
+    case float64Big:
+      return H5T_IEEE_F64BE;
+  }
+  return H5I_INVALID_HID;
+}
+
 }  // namespace h5

@@ -8,6 +8,8 @@
 
 #include <string>
 
+#include "base/numbers.h"
+
 namespace h5 {
 
 // An HDF5 identifier and the call that closes it.
@@ -34,5 +36,10 @@ void startHdf5();
 
 // Why the last HDF5 call of this thread failed, in HDF5's words; empty when it did not say.
 std::string lastHdf5Error();
+// The same behind a reason of ours.
+std::string explained(const std::string& reason);
+
+// HDF5's type of numbers in a file. Not to be closed.
+hid_t typeOf(base::NumberFormat format);
 
 }  // namespace h5

@@ -75,10 +75,7 @@ struct PackedTexts {
 
 void Object::fail(const std::string& reason) const { throw base::FileError(file_->name, path_, reason); }
 
-void Object::failHdf5(const std::string& reason) const {
-  const std::string why = lastHdf5Error();
-  fail(why.empty() ? reason : fmt::format("{} ({})", reason, why));
-}
+void Object::failHdf5(const std::string& reason) const { fail(explained(reason)); }
 
 std::uint64_t Object::address() const {
   H5O_info_t info{};
@@ -270,7 +267,7 @@ std::vector<std::string> Dataset::readStrings() const {
 
 void Group::createStrings(const std::string& link, std::span<const std::string> values) const {
   const PackedTexts packed(*this, values);
-  createDataset(link, packed.type.get(), {values.size()}).write(packed.bytes.data(), packed.type.get());
+  createDataset(link, packed.type.get(), {values.size()}, {}).write(packed.bytes.data(), packed.type.get());
 }
 
 }  // namespace h5

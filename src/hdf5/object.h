@@ -9,21 +9,22 @@
 #include <vector>
 
 #include "hdf5/handle.h"
+#include "hdf5/noting_driver.h"
 
 namespace h5 {
 
-// How much of HDF5 a file may use. Strict refuses what is not in the profile of layout 2 before it is
-// read: links that are not hard, strings of variable length, storage that is neither contiguous nor chunked
-// with gzip and Fletcher-32.
-enum class Profile { strict, free };
+// How much of HDF5 a file may use. Strict refuses what is not in the profile of layouts 2 and 3 before it is read:
+// links that are not hard, strings of variable length, storage that is neither contiguous nor chunked with gzip and
+// Fletcher-32. Free refuses what leads into other files. Own is for files that we are writing, which are not looked at.
+enum class Profile { strict, free, own };
 
 // What every object of an open file shares: its name for messages, its profile, its identifier.
 struct FileContext {
   std::string name;
   std::int64_t bytes = 0;
   Profile profile = Profile::strict;
+  std::unique_ptr<NotedFile> noted;  // of a file open for reading
   Handle id;
-  std::optional<int> descriptor;  // HDF5's own, of a file open for reading
 };
 
 // The part that groups and data sets have in common: attributes and messages.

@@ -11,9 +11,15 @@
 
 namespace odb_detail {
 
-BlockContent::BlockContent(std::shared_ptr<const odbstore::StoredStep> step, const odbstore::StoredField& field,
-                           const odbstore::StoredBlock& block, int frame, std::shared_ptr<LocationStorage> location)
-    : step_(std::move(step)), field_(field), block_(block), frame_(frame), location_(std::move(location)) {
+BlockContent::BlockContent(std::shared_ptr<const odbstore::StoredStep> step,
+                           std::shared_ptr<const odbstore::FieldInfo> info, const odbstore::StoredBlock& block,
+                           int frame, std::shared_ptr<LocationStorage> location)
+    : step_(std::move(step)),
+      info_(std::move(info)),
+      block_(block),
+      frame_(frame),
+      location_(std::move(location)),
+      rowOf_(location_->rowOf()) {
   findColumns();
 }
 
@@ -35,7 +41,7 @@ int placeOf(const std::vector<std::string>& labels, const std::string& label) {
 }  // namespace
 
 void BlockContent::findColumns() {
-  const std::vector<std::string>& fieldLabels = field_.info.componentLabels;
+  const std::vector<std::string>& fieldLabels = info_->componentLabels;
   if (fieldLabels.empty()) {
     columnsOfField_.resize(static_cast<std::size_t>(width()));
     std::iota(columnsOfField_.begin(), columnsOfField_.end(), 0);
@@ -67,9 +73,9 @@ template <class Number>
 Number* BlockContent::stored() const {
   std::unique_ptr<Number[]>& kept = std::get<std::unique_ptr<Number[]>>(numbers_);
   if (!kept) {
-    auto numbers =
-        std::make_unique_for_overwrite<Number[]>(static_cast<std::size_t>(rows()) * static_cast<std::size_t>(width()));
-    guarded([&] { block_.read(frame_, numbers.get()); });
+    auto numbers = std::make_unique_for_overwrite<Number[]>(static_cast<std::size_t>(storedRows()) *
+                                                            static_cast<std::size_t>(width()));
+    guarded([&] { block_.readStored(frame_, numbers.get()); });
     kept = std::move(numbers);
   }
   return kept.get();
@@ -81,14 +87,14 @@ template double* BlockContent::stored() const;
 bool BlockContent::isAtHand() const {
   if (std::get<0>(numbers_) || std::get<1>(numbers_) || !block_.hasDirectRows()) return true;
   const auto numberSize = static_cast<std::int64_t>(block_.isDouble() ? sizeof(double) : sizeof(float));
-  return block_.rows() * block_.width() * numberSize <= kSmallBytes;
+  return block_.storedRows() * block_.width() * numberSize <= kSmallBytes;
 }
 
 template <class Number>
 void BlockContent::forEachPiece(const std::function<void(int, int, const Number*)>& take) const {
   ReadAhead& reader = location_->readAhead();
   const std::size_t rowBytes = static_cast<std::size_t>(width()) * sizeof(Number);
-  const auto inAll = static_cast<std::size_t>(rows());
+  const auto inAll = static_cast<std::size_t>(storedRows());
   const std::size_t inPiece = std::max<std::size_t>(reader.pieceBytes() / rowBytes, 1);
   const auto countOf = [=](std::size_t index) { return std::min(inPiece, inAll - index * inPiece); };
   const ReadAhead::Read read = [&](std::size_t index, std::byte* buffer) {
@@ -129,7 +135,7 @@ double magnitudeOf(const Number* row, int width) {
 
 Tensor BlockContent::tensor(int row) const {
   const std::size_t at = static_cast<std::size_t>(row) * static_cast<std::size_t>(width());
-  const bool halved = field_.info.engineeringShear;
+  const bool halved = info_->engineeringShear;
   return block_.isDouble() ? tensorOf(stored<double>() + at, columnsOfTensor_, halved)
                            : tensorOf(stored<float>() + at, columnsOfTensor_, halved);
 }
@@ -148,12 +154,12 @@ bool BlockContent::isCanonical() const {
 
 const float* BlockContent::mises() const {
   if (!mises_) {
-    const auto count = static_cast<std::size_t>(rows());
+    const auto count = static_cast<std::size_t>(storedRows());
     auto equivalents = std::make_unique_for_overwrite<float[]>(count);
     if (!block_.isDouble() && isCanonical()) {
-      kernels::best().equivalents(stored<float>(), count, width(), field_.info.engineeringShear, equivalents.get());
+      kernels::best().equivalents(stored<float>(), count, width(), info_->engineeringShear, equivalents.get());
     } else {
-      for (int row = 0; row < rows(); ++row) equivalents[static_cast<std::size_t>(row)] = misesOf(tensor(row));
+      for (int row = 0; row < storedRows(); ++row) equivalents[static_cast<std::size_t>(row)] = misesOf(tensor(row));
     }
     mises_ = std::move(equivalents);
   }
@@ -162,15 +168,15 @@ const float* BlockContent::mises() const {
 
 const InvariantStretch& BlockContent::invariantsAround(int row) const {
   constexpr int kRows = InvariantStretch::kRows;
-  if (invariants_.empty()) invariants_.resize(static_cast<std::size_t>((rows() + kRows - 1) / kRows));
+  if (invariants_.empty()) invariants_.resize(static_cast<std::size_t>((storedRows() + kRows - 1) / kRows));
   std::unique_ptr<InvariantStretch>& stretch = invariants_[static_cast<std::size_t>(row / kRows)];
   if (!stretch) {
     stretch = std::make_unique_for_overwrite<InvariantStretch>();
     const int first = row / kRows * kRows;
-    const auto count = static_cast<std::size_t>(std::min(kRows, rows() - first));
+    const auto count = static_cast<std::size_t>(std::min(kRows, storedRows() - first));
     if (!block_.isDouble() && isCanonical()) {
       const float* const from = stored<float>() + static_cast<std::ptrdiff_t>(first) * width();
-      findInvariants(from, count, width(), field_.info.engineeringShear, *stretch);
+      findInvariants(from, count, width(), info_->engineeringShear, *stretch);
     } else {
       std::array<Tensor, kRows> tensors;
       for (std::size_t i = 0; i < count; ++i) tensors[i] = tensor(first + static_cast<int>(i));

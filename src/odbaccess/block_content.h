@@ -14,19 +14,26 @@
 namespace odb_detail {
 
 // All rows of a block in one frame. The numbers are read at first use.
+//
+// Rows that many places of the model share are stored once: the block's rows are those of its location, and each of
+// them is one of the stored rows. What is found of a row is found of the stored one.
 class BlockContent {
  public:
-  BlockContent(std::shared_ptr<const odbstore::StoredStep> step, const odbstore::StoredField& field,
+  BlockContent(std::shared_ptr<const odbstore::StoredStep> step, std::shared_ptr<const odbstore::FieldInfo> info,
                const odbstore::StoredBlock& block, int frame, std::shared_ptr<LocationStorage> location);
 
   const odbstore::StoredBlock& block() const { return block_; }
-  const odbstore::StoredField& field() const { return field_; }
+  // What the field says of itself in this frame.
+  const odbstore::FieldInfo& info() const { return *info_; }
   LocationStorage& location() const { return *location_; }
-  int rows() const { return static_cast<int>(block_.rows()); }
+  int rows() const { return static_cast<int>(location_->rows()); }
+  int storedRows() const { return static_cast<int>(block_.storedRows()); }
+  // Of each row the stored row that it is; null where row i is stored row i.
+  const int* rowOf() const { return rowOf_; }
   int width() const { return static_cast<int>(block_.width()); }
   bool isTensor() const { return odbstore::isTensorType(block_.type()); }
 
-  // The rows as stored, [rows, width], in the block's precision. Nobody writes to them; they are not
+  // The stored rows, [stored rows, width], in the block's precision. Nobody writes to them; they are not
   // const because the interface hands out plain pointers.
   template <class Number>
   Number* stored() const;
@@ -40,30 +47,31 @@ class BlockContent {
 
   // Whether the numbers are in memory, few, or can only be had as a whole.
   bool isAtHand() const;
-  // Reads the rows from the file, in order, a piece at a time; isAtHand() is false. `take` gets the place of the first
-  // row, the number of rows and the rows as stored.
+  // Reads the stored rows from the file, in order, a piece at a time; isAtHand() is false. `take` gets the place of the
+  // first row, the number of rows and the rows.
   template <class Number>
   void forEachPiece(const std::function<void(int first, int count, const Number* rows)>& take) const;
 
-  // The row as a tensor, 0 where no component is stored, engineering shears halved.
-  Tensor tensor(int row) const;
-  double magnitude(int row) const;
+  // A stored row as a tensor, 0 where no component is stored, engineering shears halved.
+  Tensor tensor(int storedRow) const;
+  double magnitude(int storedRow) const;
 
-  // Quantities of tensor rows, found once and kept: the equivalent stress of all rows, and the other invariants of the
-  // stretch that a row lies in.
+  // Quantities of tensor rows, found once and kept: the equivalent stress of all stored rows, and the other invariants
+  // of the stretch that a stored row lies in.
   const float* mises() const;
-  const InvariantStretch& invariantsAround(int row) const;
+  const InvariantStretch& invariantsAround(int storedRow) const;
 
  private:
   void findColumns();
   // Whether rows have the components from 11 on in their places and nothing else.
   bool isCanonical() const;
 
-  std::shared_ptr<const odbstore::StoredStep> step_;  // keeps field_ and block_ alive
-  const odbstore::StoredField& field_;
+  std::shared_ptr<const odbstore::StoredStep> step_;  // keeps block_ alive
+  std::shared_ptr<const odbstore::FieldInfo> info_;
   const odbstore::StoredBlock& block_;
   int frame_;
   std::shared_ptr<LocationStorage> location_;
+  const int* rowOf_;
   std::vector<int> columnsOfField_;
   bool inFieldOrder_ = false;
   std::array<int, 6> columnsOfTensor_{};

@@ -29,6 +29,11 @@ std::shared_ptr<const BlockStorage> BlockStorage::subset(const std::shared_ptr<S
   return std::make_shared<const BlockStorage>(content_, std::move(rows));
 }
 
+std::shared_ptr<const BlockStorage> BlockStorage::distinctOf(const std::shared_ptr<const BlockStorage>& block) {
+  if (block->content_->rowOf() == nullptr || block->rows() == 0) return block;
+  return std::make_shared<const BlockStorage>(*block, block->content_->location().distinctRowsOf(block->selection_));
+}
+
 namespace {
 
 bool isElementBased(const BlockContent& content) {
@@ -58,7 +63,7 @@ std::vector<Number> gather(const BlockStorage& block, const std::vector<int>& co
   const Number* const stored = block.content()->template stored<Number>();
   const auto width = static_cast<std::size_t>(block.content()->width());
   return gather<Number>(columns, block.rows(),
-                        [&](int row) { return stored + static_cast<std::size_t>(block.contentRow(row)) * width; });
+                        [&](int row) { return stored + static_cast<std::size_t>(block.storedRow(row)) * width; });
 }
 
 // The columns of the bulk rows: canonical places for tensors on elements, as stored for all else.
@@ -88,7 +93,8 @@ template <class Number>
 Number* BlockStorage::bulkRows() const {
   if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
   const std::vector<int> columns = bulkColumns(*content_);
-  if (!selection_ && isWholeRow(columns, content_->width())) return content_->stored<Number>();
+  const bool isAsStored = !selection_ && content_->rowOf() == nullptr;
+  if (isAsStored && isWholeRow(columns, content_->width())) return content_->stored<Number>();
   Kept<Number>& kept = std::get<Kept<Number>>(bulk_);
   if (!kept) kept = gather<Number>(*this, columns);
   return kept->data();
@@ -113,7 +119,7 @@ const Number* BlockStorage::fieldRow(int row) const {
     return inFieldOrder<Number>().data() + static_cast<std::size_t>(row) * content_->columnsOfField().size();
   }
   return content_->stored<Number>() +
-         static_cast<std::size_t>(contentRow(row)) * static_cast<std::size_t>(content_->width());
+         static_cast<std::size_t>(storedRow(row)) * static_cast<std::size_t>(content_->width());
 }
 
 template const float* BlockStorage::fieldRow(int) const;
@@ -124,7 +130,7 @@ const Number* BlockStorage::fieldRows(int from, int count, std::vector<Number>& 
   if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
   const auto storedWidth = static_cast<std::size_t>(content_->width());
   const Number* const stored = content_->stored<Number>();
-  const auto rowAt = [&](int i) { return stored + static_cast<std::size_t>(contentRow(from + i)) * storedWidth; };
+  const auto rowAt = [&](int i) { return stored + static_cast<std::size_t>(storedRow(from + i)) * storedWidth; };
   if (isOneStretch(from, count) && content_->isInFieldOrder() && content_->columnsOfField().size() == storedWidth)
     return rowAt(0);
   const std::vector<int>& columns = content_->columnsOfField();
@@ -172,35 +178,70 @@ float* BlockStorage::mises() const {
   if (!content_->isTensor()) return nullptr;
   const float* const all = content_->mises();
   // Nobody writes to them; the interface hands out plain pointers.
-  if (!selection_) return const_cast<float*>(all);
+  if (!selection_ && content_->rowOf() == nullptr) return const_cast<float*>(all);
   if (!mises_) {
     mises_.emplace();
     mises_->reserve(static_cast<std::size_t>(rows()));
-    for (int row = 0; row < rows(); ++row) mises_->push_back(all[contentRow(row)]);
+    for (int row = 0; row < rows(); ++row) mises_->push_back(all[storedRow(row)]);
   }
   return mises_->data();
 }
 
+namespace {
+
+// So many rows of those that are stored once are put side by side at a time.
+constexpr int kRowsOfTile = 4096;
+
+}  // namespace
+
 template <class Number>
 void BlockStorage::forEachTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const {
-  const auto hand = [&](int first, int count, const Number* rows) {
-    if constexpr (std::is_same_v<Number, float>) {
-      take(odb_FieldBulkTile(*this, first, count, rows, nullptr));
-    } else {
-      take(odb_FieldBulkTile(*this, first, count, nullptr, rows));
-    }
-  };
-  if (rows() == 0) return;
-  if (selection_ || content_->isAtHand()) return hand(0, rows(), bulkRows<Number>());
+  if (content_->rowOf() == nullptr) return forEachStoredTileOf<Number>(take);
   const std::vector<int> columns = bulkColumns(*content_);
-  if (isWholeRow(columns, content_->width())) return content_->forEachPiece<Number>(hand);
-  content_->forEachPiece<Number>([&](int first, int count, const Number* rows) {
+  const Number* const stored = content_->stored<Number>();
+  const auto width = static_cast<std::size_t>(content_->width());
+  for (int first = 0; first < rows(); first += kRowsOfTile) {
+    const int count = std::min(kRowsOfTile, rows() - first);
+    const std::vector<Number> tile = gather<Number>(
+        columns, count, [&](int i) { return stored + static_cast<std::size_t>(storedRow(first + i)) * width; });
+    take(tileOf(first, count, tile.data()));
+  }
+}
+
+template <class Number>
+odb_FieldBulkTile BlockStorage::tileOf(int first, int count, const Number* rows) const {
+  if constexpr (std::is_same_v<Number, float>) {
+    return odb_FieldBulkTile(*this, first, count, rows, nullptr);
+  } else {
+    return odb_FieldBulkTile(*this, first, count, nullptr, rows);
+  }
+}
+
+template <class Number>
+void BlockStorage::forEachStoredTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+  const auto hand = [&](int first, int count, const Number* rows) { take(tileOf(first, count, rows)); };
+  if (rows() == 0) return;
+  const std::vector<int> columns = bulkColumns(*content_);
+  const bool isWhole = isWholeRow(columns, content_->width());
+  if (selection_) return hand(0, rows(), bulkRows<Number>());
+  const auto handGathered = [&](int first, int count, const Number* rows) {
     hand(first, count, gather<Number>(columns, count, [&](int i) { return rows + i * content_->width(); }).data());
-  });
+  };
+  if (!content_->isAtHand()) {
+    return isWhole ? content_->forEachPiece<Number>(hand) : content_->forEachPiece<Number>(handGathered);
+  }
+  if (isWhole) return hand(0, content_->storedRows(), content_->stored<Number>());
+  if (content_->rowOf() == nullptr) return hand(0, rows(), bulkRows<Number>());
+  handGathered(0, content_->storedRows(), content_->stored<Number>());
 }
 
 void BlockStorage::forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
   return content_->block().isDouble() ? forEachTileOf<double>(take) : forEachTileOf<float>(take);
+}
+
+void BlockStorage::forEachStoredTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+  if (selection_) return forEachTile(take);
+  return content_->block().isDouble() ? forEachStoredTileOf<double>(take) : forEachStoredTileOf<float>(take);
 }
 
 }  // namespace odb_detail

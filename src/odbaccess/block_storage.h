@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "odbaccess/block_content.h"
+#include "odbaccess/distinct_rows.h"
 #include "odbaccess/location_storage.h"
 #include "odbaccess/odb_FieldBulkTile.h"
 #include "odbaccess/set_storage.h"
@@ -22,12 +23,32 @@ class BlockStorage {
   BlockStorage(std::shared_ptr<const BlockContent> content, SharedRows selection)
       : content_(std::move(content)), selection_(std::move(selection)) {}
 
+  // The rows of `block`, of which each stored row counts once (distinct_rows.h).
+  BlockStorage(const BlockStorage& block, std::shared_ptr<const DistinctRows> distinct)
+      : content_(block.content_), distinct_(std::move(distinct)) {}
+
   const std::shared_ptr<const BlockContent>& content() const { return content_; }
-  int rows() const { return selection_ ? selection_->size() : content_->rows(); }
-  // The place of row `row` in the content.
+  int rows() const {
+    if (distinct_) return distinct_->size();
+    return selection_ ? selection_->size() : content_->rows();
+  }
+  // The place of row `row` in the content; not of distinct rows, which have none.
   int contentRow(int row) const { return selection_ ? (*selection_)[row] : row; }
-  // Whether `count` rows, at least one, from `from` on lie one after the other in the content.
-  bool isOneStretch(int from, int count) const { return contentRow(from + count - 1) - contentRow(from) == count - 1; }
+  // And among the stored rows of that.
+  int storedRow(int row) const {
+    if (distinct_) return (*distinct_)[row];
+    const int* const rowOf = content_->rowOf();
+    return rowOf == nullptr ? contentRow(row) : rowOf[contentRow(row)];
+  }
+  // Whether `count` rows, at least one, from `from` on are stored one after the other.
+  bool isOneStretch(int from, int count) const {
+    if (distinct_) return distinct_->isOneStretch(from, count);
+    return content_->rowOf() == nullptr && contentRow(from + count - 1) - contentRow(from) == count - 1;
+  }
+
+  // A block of the same values, each stored row once, for what depends on neither order nor count of rows; this one
+  // itself where none is stored for several.
+  static std::shared_ptr<const BlockStorage> distinctOf(const std::shared_ptr<const BlockStorage>& block);
 
   // Null when no row is in the set.
   std::shared_ptr<const BlockStorage> subset(const std::shared_ptr<SetStorage>& set) const;
@@ -42,6 +63,11 @@ class BlockStorage {
   int numberOfElements() const;
   float* mises() const;
   void forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const;
+  // The same of stored rows, each once; of a selection of rows all of them, as above.
+  void forEachStoredTile(const std::function<void(const odb_FieldBulkTile&)>& take) const;
+  int storedCount() const { return selection_ ? rows() : content_->storedRows(); }
+  // Of each row the stored row that it is; null where row i is row i of forEachStoredTile().
+  const int* rowOf() const { return selection_ ? nullptr : content_->rowOf(); }
 
   // The numbers of row `row` by component of the field, in the block's precision.
   template <class Number>
@@ -55,11 +81,16 @@ class BlockStorage {
   template <class Number>
   const std::vector<Number>& inFieldOrder() const;
   template <class Number>
+  odb_FieldBulkTile tileOf(int first, int count, const Number* rows) const;
+  template <class Number>
   void forEachTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const;
+  template <class Number>
+  void forEachStoredTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const;
   int* labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const;
 
   std::shared_ptr<const BlockContent> content_;
-  SharedRows selection_;  // rows of the content, ascending; null for all
+  SharedRows selection_;                          // rows of the content, ascending; null for all
+  std::shared_ptr<const DistinctRows> distinct_;  // stored rows of the content; null where not asked for
   // Rearranged rows in the block's precision, where the stored ones do not serve.
   template <class Number>
   using Kept = std::optional<std::vector<Number>>;

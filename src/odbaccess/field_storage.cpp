@@ -12,7 +12,7 @@ Blocks FieldStorage::blocks() const {
   for (const odbstore::StoredBlock& block : field_.blocks) {
     if (!block.existsIn(frame_)) continue;
     auto content =
-        std::make_shared<const BlockContent>(stored_, field_, block, frame_, step_->locations().of(block.location()));
+        std::make_shared<const BlockContent>(stored_, info_, block, frame_, step_->locations().of(block.location()));
     blocks.push_back(std::make_shared<const BlockStorage>(std::move(content)));
   }
   return blocks;

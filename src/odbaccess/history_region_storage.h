@@ -6,7 +6,6 @@
 #include <string>
 #include <utility>
 
-#include "odbaccess/guard.h"
 #include "odbstore/reader.h"
 
 namespace odb_detail {
@@ -19,9 +18,9 @@ class HistoryRegionStorage {
   const std::string& name() const { return name_; }
   const std::shared_ptr<const odbstore::StoredStep>& step() const { return step_; }
 
-  // What the file says of the region, read at first use.
+  // What the file says of the region, put together at first use.
   const odbstore::StoredHistoryRegion& stored() const {
-    if (!stored_) stored_ = guarded([&] { return step_->historyRegion(name_); });
+    if (!stored_) stored_ = step_->historyRegion(name_);
     return *stored_;
   }
 

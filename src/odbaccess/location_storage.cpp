@@ -18,6 +18,11 @@ const std::vector<int>& LocationStorage::integrationPoints() const {
   return guarded([&]() -> const std::vector<int>& { return stored_->integrationPoints(); });
 }
 
+const int* LocationStorage::rowOf() const {
+  if (!stored_->isIndexed()) return nullptr;
+  return guarded([&] { return stored_->rowOf().data(); });
+}
+
 int LocationStorage::numberOfElements() {
   if (!numberOfElements_) numberOfElements_ = countDifferent(elementLabels());
   return *numberOfElements_;
@@ -47,6 +52,21 @@ SharedRows LocationStorage::rowsIn(const std::shared_ptr<SetStorage>& set) {
     rowsOfSets_.emplace(set, rows);
   }
   return rows;
+}
+
+std::shared_ptr<const DistinctRows> LocationStorage::distinctRowsOf(const SharedRows& selection) {
+  const auto known = distinctRows_.find(selection);
+  if (known != distinctRows_.end()) return known->second;
+  const int* const rowOf = this->rowOf();
+  const auto stored = static_cast<int>(stored_->storedRows());
+  auto distinct = selection ? std::make_shared<const DistinctRows>(selection->size(), stored,
+                                                                   [&](int i) { return rowOf[(*selection)[i]]; })
+                            : std::make_shared<const DistinctRows>(stored, rowOf[stored_->rows() - 1]);
+  if (keptRows_ + distinct->kept() <= kMostKeptRows) {
+    keptRows_ += distinct->kept();
+    distinctRows_.emplace(selection, distinct);
+  }
+  return distinct;
 }
 
 }  // namespace odb_detail

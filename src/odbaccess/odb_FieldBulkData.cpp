@@ -26,6 +26,14 @@ int* odb_FieldBulkData::nodeLabels() const { return storage_->nodeLabels(); }
 int* odb_FieldBulkData::integrationPoints() const { return storage_->integrationPoints(); }
 float* odb_FieldBulkData::mises() const { return storage_->mises(); }
 
+void odb_FieldBulkData::forEachStoredTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
+  storage_->forEachStoredTile(take);
+}
+
+int odb_FieldBulkData::storedCount() const { return storage_->storedCount(); }
+
+const int* odb_FieldBulkData::rowOf() const { return storage_->rowOf(); }
+
 void odb_FieldBulkData::forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const {
   storage_->forEachTile(take);
 }

@@ -54,6 +54,14 @@ class odb_FieldBulkData {
   // large block in memory. Nothing that data() would keep is kept. What `take` throws passes through.
   void forEachTile(const std::function<void(const odb_FieldBulkTile&)>& take) const;
 
+  // Rows that many places of the model share (the tensor at a node, of all elements around it) are often stored once.
+  // As forEachTile(), with every stored row once, in the order of first use: what does not depend on how often a row
+  // occurs is the same, and mostly much sooner done. first() counts stored rows, of which there are storedCount(). Of
+  // each row the stored row that it is; null where row i is stored row i.
+  void forEachStoredTile(const std::function<void(const odb_FieldBulkTile&)>& take) const;
+  int storedCount() const;
+  const int* rowOf() const;
+
  private:
   std::shared_ptr<const odb_detail::BlockStorage> storage_;
 };

@@ -24,7 +24,7 @@ void forEachMises(const double* rows, int count, int width, bool halvedShear, Ta
 }  // namespace
 
 void odb_FieldBulkTile::mises(float* out) const {
-  const bool halved = block_.content()->field().info.engineeringShear;
+  const bool halved = block_.content()->info().engineeringShear;
   const int width = block_.bulkWidth();
   if (floats_ != nullptr) {
     kernels::best().equivalents(floats_, static_cast<std::size_t>(count_), width, halved, out);
@@ -38,7 +38,7 @@ void odb_FieldBulkTile::takeMises(float& max, float& min) const {
     if (high > max) max = high;
     if (low < min) min = low;
   };
-  const bool halved = block_.content()->field().info.engineeringShear;
+  const bool halved = block_.content()->info().engineeringShear;
   const int width = block_.bulkWidth();
   if (floats_ != nullptr) {
     kernels::EquivalentRange squares;

@@ -57,13 +57,13 @@ odb_SequenceFieldLocation locationsOf(const Blocks& blocks) {
 
 }  // namespace odb_detail
 
-odb_String odb_FieldOutput::name() const { return odb_String(storage_->field().name); }
-odb_String odb_FieldOutput::description() const { return odb_String(storage_->field().info.description); }
-int odb_FieldOutput::type() const { return storage_->field().info.type; }
-bool odb_FieldOutput::hasEngineeringShear() const { return storage_->field().info.engineeringShear; }
+odb_String odb_FieldOutput::name() const { return odb_String(storage_->name()); }
+odb_String odb_FieldOutput::description() const { return odb_String(storage_->info().description); }
+int odb_FieldOutput::type() const { return storage_->info().type; }
+bool odb_FieldOutput::hasEngineeringShear() const { return storage_->info().engineeringShear; }
 
 odb_Sequence<odb_String> odb_FieldOutput::componentLabels() const {
-  const std::vector<std::string>& stored = storage_->field().info.componentLabels;
+  const std::vector<std::string>& stored = storage_->info().componentLabels;
   std::vector<odb_String> labels;
   labels.reserve(stored.size());
   for (const std::string& label : stored) labels.emplace_back(label);
@@ -71,7 +71,7 @@ odb_Sequence<odb_String> odb_FieldOutput::componentLabels() const {
 }
 
 odb_Sequence<odb_InvariantEnum> odb_FieldOutput::validInvariants() const {
-  const std::vector<int>& stored = storage_->field().info.validInvariants;
+  const std::vector<int>& stored = storage_->info().validInvariants;
   std::vector<odb_InvariantEnum> invariants;
   invariants.reserve(stored.size());
   for (const int code : stored) {

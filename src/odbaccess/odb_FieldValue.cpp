@@ -9,9 +9,9 @@ using odb_detail::BlockStorage;
 // An invariant of a row; 0 for anything but a tensor.
 float ofTensor(const BlockStorage* block, int row, odb_InvariantEnum code) {
   if (block == nullptr || !block->content()->isTensor()) return 0.0F;
-  const int contentRow = block->contentRow(row);
-  const odb_detail::InvariantStretch& found = block->content()->invariantsAround(contentRow);
-  return found.numbers[odb_detail::invariantPlace(code)][contentRow % odb_detail::InvariantStretch::kRows];
+  const int stored = block->storedRow(row);
+  const odb_detail::InvariantStretch& found = block->content()->invariantsAround(stored);
+  return found.numbers[odb_detail::invariantPlace(code)][stored % odb_detail::InvariantStretch::kRows];
 }
 
 }  // namespace
@@ -30,12 +30,12 @@ int odb_FieldValue::dataCount() const { return block_ ? block_->fieldRowLength()
 
 float odb_FieldValue::magnitude() const {
   if (type() != odb_Enum::vector) return 0.0F;
-  return static_cast<float>(block_->content()->magnitude(block_->contentRow(row_)));
+  return static_cast<float>(block_->content()->magnitude(block_->storedRow(row_)));
 }
 
 float odb_FieldValue::mises() const {
   if (!block_ || !block_->content()->isTensor()) return 0.0F;
-  return odb_detail::misesOf(block_->content()->tensor(block_->contentRow(row_)));
+  return odb_detail::misesOf(block_->content()->tensor(block_->storedRow(row_)));
 }
 
 float odb_FieldValue::tresca() const { return ofTensor(block_.get(), row_, odb_Enum::tresca); }

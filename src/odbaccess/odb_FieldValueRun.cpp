@@ -3,9 +3,10 @@
 #include <algorithm>
 
 #include "odbaccess/block_storage.h"
-#include "odbaccess/odb_FieldValue.h"
 
 int odb_FieldValueRun::count() const { return block_->rows(); }
+
+odb_FieldValue odb_FieldValueRun::value(int i) const { return odb_FieldValue(block_, i); }
 
 int odb_FieldValueRun::type() const { return odb_FieldValue(block_, 0).type(); }
 
@@ -28,10 +29,10 @@ void odb_FieldValueRun::mises(int from, int count, float* out) const {
   }
   const float* const all = block_->content()->mises();
   if (block_->isOneStretch(from, count)) {
-    std::copy_n(all + block_->contentRow(from), count, out);
+    std::copy_n(all + block_->storedRow(from), count, out);
     return;
   }
-  for (int i = 0; i < count; ++i) out[i] = all[block_->contentRow(from + i)];
+  for (int i = 0; i < count; ++i) out[i] = all[block_->storedRow(from + i)];
 }
 
 void odb_FieldValueRun::invariant(odb_InvariantEnum code, int from, int count, float* out) const {
@@ -43,18 +44,18 @@ void odb_FieldValueRun::invariant(odb_InvariantEnum code, int from, int count, f
   const bool isOneStretch = block_->isOneStretch(from, count);
   for (int i = 0; i < count;) {
     constexpr int kRows = odb_detail::InvariantStretch::kRows;
-    const int stretch = block_->contentRow(from + i) / kRows;
+    const int stretch = block_->storedRow(from + i) / kRows;
     const float* const numbers = block_->content()->invariantsAround(stretch * kRows).numbers[place];
     if (isOneStretch) {
-      const int first = block_->contentRow(from + i) - stretch * kRows;
+      const int first = block_->storedRow(from + i) - stretch * kRows;
       const int together = std::min(count - i, kRows - first);
       std::copy_n(numbers + first, together, out + i);
       i += together;
       continue;
     }
     for (; i < count; ++i) {
-      const int row = block_->contentRow(from + i) - stretch * kRows;
-      if (row >= kRows) break;
+      const int row = block_->storedRow(from + i) - stretch * kRows;
+      if (row < 0 || row >= kRows) break;
       out[i] = numbers[row];
     }
   }

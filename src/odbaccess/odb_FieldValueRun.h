@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "odbaccess/odb_Enum.h"
+#include "odbaccess/odb_FieldValue.h"
 
 namespace odb_detail {
 class BlockStorage;
@@ -27,6 +28,8 @@ class odb_FieldValueRun {
   int first() const { return first_; }
   // Number of values.
   int count() const;
+  // One of them, 0 <= i < count().
+  odb_FieldValue value(int i) const;
   // See odb_DataTypeEnum and odb_PrecisionEnum.
   int type() const;
   int precision() const;

@@ -21,6 +21,13 @@ odb_FieldValue odb_SequenceFieldValue::constGet(unsigned index) const {
   return odb_FieldValue(blocks_[block], row - firstRow_[block]);
 }
 
+void odb_SequenceFieldValue::forEachDistinctRun(const std::function<void(odb_FieldValueRun&)>& take) const {
+  for (const auto& block : blocks_) {
+    odb_FieldValueRun run(odb_detail::BlockStorage::distinctOf(block), 0);
+    take(run);
+  }
+}
+
 void odb_SequenceFieldValue::forEachRun(const std::function<void(odb_FieldValueRun&)>& take) const {
   for (std::size_t i = 0; i < blocks_.size(); ++i) {
     odb_FieldValueRun run(blocks_[i], firstRow_[i]);

@@ -29,6 +29,10 @@ class odb_SequenceFieldValue {
 
   // Hands out the values in order, those of one block at a time.
   void forEachRun(const std::function<void(odb_FieldValueRun&)>& take) const;
+  // The same for what does not depend on how often a value occurs: of values that are stored once for several places
+  // each comes once, in the order of their first places, and at the end of a run the last one once more. first() of a
+  // run is 0, for the values have no places in the sequence.
+  void forEachDistinctRun(const std::function<void(odb_FieldValueRun&)>& take) const;
 
  private:
   std::vector<std::shared_ptr<const odb_detail::BlockStorage>> blocks_;

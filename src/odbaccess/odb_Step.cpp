@@ -1,10 +1,8 @@
 #include "odbaccess/odb_Step.h"
 
-#include <cstddef>
 #include <span>
 #include <vector>
 
-#include "odbaccess/guard.h"
 #include "odbaccess/step_storage.h"
 
 namespace {
@@ -31,8 +29,8 @@ odb_HistoryRegionRepository& odb_Step::historyRegions() const { return storage_-
 odb_SequenceFrame& odb_Step::frames() const {
   if (!frames_) {
     std::vector<odb_Frame> frames;
-    const std::size_t count = odb_detail::guarded([&] { return storage_->stored()->frames().size(); });
-    for (std::size_t i = 0; i < count; ++i) frames.emplace_back(storage_, static_cast<int>(i));
+    const int count = storage_->stored()->frameCount();
+    for (int i = 0; i < count; ++i) frames.emplace_back(storage_, i);
     frames_ = std::make_shared<odb_SequenceFrame>(std::move(frames));
   }
   return *frames_;

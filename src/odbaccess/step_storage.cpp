@@ -1,6 +1,7 @@
 #include "odbaccess/step_storage.h"
 
 #include <map>
+#include <string>
 
 #include "odbaccess/guard.h"
 #include "odbaccess/history_region_storage.h"
@@ -15,7 +16,7 @@ const std::shared_ptr<const odbstore::StoredStep>& StepStorage::stored() {
 odb_HistoryRegionRepository& StepStorage::historyRegions() {
   if (!historyRegions_) {
     std::map<odb_String, odb_HistoryRegion> regions;
-    for (const std::string& name : guarded([&] { return stored()->historyRegions(); })) {
+    for (const std::string& name : stored()->historyRegions()) {
       regions.emplace(odb_String(name),
                       odb_HistoryRegion(std::make_shared<const HistoryRegionStorage>(stored(), name)));
     }

@@ -10,12 +10,13 @@
 
 namespace odbstore {
 
-inline constexpr int kNewestLayout = 2;
+inline constexpr int kNewestLayout = 3;
 
 // Links. Where a name chosen by a user stands in a path, names.h makes a link of it.
 namespace links {
 inline constexpr const char* kAssembly = "assembly";
 inline constexpr const char* kBlocks = "blocks";
+inline constexpr const char* kCatalog = "catalog";
 inline constexpr const char* kChecksums = "checksums";
 inline constexpr const char* kConnectivity = "connectivity";
 inline constexpr const char* kCoordinates = "coordinates";
@@ -25,6 +26,7 @@ inline constexpr const char* kElementLabels = "elementLabels";
 inline constexpr const char* kElements = "elements";
 inline constexpr const char* kElementSets = "elementSets";
 inline constexpr const char* kFields = "fields";
+inline constexpr const char* kFirst = "first";
 inline constexpr const char* kForms = "forms";
 inline constexpr const char* kFrames = "frames";
 inline constexpr const char* kHistory = "history";
@@ -34,16 +36,24 @@ inline constexpr const char* kIntegrationPoints = "integrationPoints";
 inline constexpr const char* kLabels = "labels";
 inline constexpr const char* kLocations = "locations";
 inline constexpr const char* kMesh = "mesh";
+inline constexpr const char* kNames = "names";
 inline constexpr const char* kNodeLabels = "nodeLabels";
 inline constexpr const char* kNodes = "nodes";
 inline constexpr const char* kNodeSets = "nodeSets";
 inline constexpr const char* kOutputs = "outputs";
+inline constexpr const char* kPackedElementSets = "packedElementSets";
+inline constexpr const char* kPackedHistory = "packedHistory";
+inline constexpr const char* kPackedNodeSets = "packedNodeSets";
 inline constexpr const char* kParts = "parts";
+inline constexpr const char* kRegion = "region";
+inline constexpr const char* kRegions = "regions";
 inline constexpr const char* kRowOf = "rowOf";
+inline constexpr const char* kSamples = "samples";
 inline constexpr const char* kSector = "sector";
 inline constexpr const char* kSteps = "steps";
 inline constexpr const char* kSymmetryAxis = "symmetryAxis";
 inline constexpr const char* kValue = "value";
+inline constexpr const char* kWidth = "width";
 }  // namespace links
 
 namespace attributes {
@@ -71,6 +81,7 @@ inline constexpr const char* kProducer = "producer";
 inline constexpr const char* kSectionPoint = "sectionPoint";
 inline constexpr const char* kSectionPointDescription = "sectionPointDescription";
 inline constexpr const char* kSet = "set";
+inline constexpr const char* kStoredRows = "storedRows";
 inline constexpr const char* kTitle = "title";
 inline constexpr const char* kType = "type";
 inline constexpr const char* kValidInvariants = "validInvariants";
@@ -131,6 +142,10 @@ enum class OwnerKind { assembly, instance, part };
 // The link under which an owner keeps its sets of a kind.
 constexpr const char* setsLink(SetKind kind) {
   return kind == SetKind::element ? links::kElementSets : links::kNodeSets;
+}
+
+constexpr const char* packedSetsLink(SetKind kind) {
+  return kind == SetKind::element ? links::kPackedElementSets : links::kPackedNodeSets;
 }
 
 // The components of a tensor in their canonical places.

@@ -7,8 +7,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <span>
+#include <utility>
 
-#include "base/descriptor.h"
 #include "odbstore/store_error.h"
 
 namespace odbstore {
@@ -23,13 +24,6 @@ constexpr std::size_t kFlags = 11;
 constexpr std::size_t kEndOfFile = 28;
 constexpr unsigned char kCheckedVersion = 3;
 constexpr unsigned char kOpenForWriting = 1;
-
-// Without waiting: opening a pipe would wait for somebody to write into it.
-base::Descriptor openFile(const std::string& path) {
-  base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  if (!file) throw base::NoFileError(path, std::strerror(errno));
-  return file;
-}
 
 std::uint64_t littleEndian(const unsigned char* bytes) {
   std::uint64_t number = 0;
@@ -49,27 +43,40 @@ void checkSuperblock(const std::string& path, const std::array<unsigned char, kS
   }
 }
 
-}  // namespace
-
-std::size_t readStart(int file, const std::string& path, std::span<char> bytes) {
-  const std::optional<std::size_t> got = base::readAt(file, 0, std::as_writable_bytes(bytes));
-  if (!got) throw StoreError(path, "", fmt::format("cannot be read ({})", std::strerror(errno)));
-  return *got;
+// HDF5 looks for its signature at the first byte, at byte 512 and at every double of that (HDF5 File Format,
+// version 3.0, section II.A): a file may begin with something else.
+bool isHdf5(int file, std::int64_t bytes) {
+  for (std::int64_t offset = 0; offset < bytes; offset = offset == 0 ? 512 : 2 * offset) {
+    std::array<unsigned char, kSignature.size()> found{};
+    const bool isThere = base::readAt(file, offset, std::as_writable_bytes(std::span(found))) == found.size();
+    if (isThere && found == kSignature) return true;
+  }
+  return false;
 }
 
-Preflight checkBeforeOpening(const std::string& path) {
-  const base::Descriptor file = openFile(path);
+}  // namespace
+
+OpenedFile openForReading(const std::string& path, const std::string& name) {
+  // Without waiting: opening a pipe would wait for somebody to write into it.
+  base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  if (!file) throw base::NoFileError(name, std::strerror(errno));
+  const FileStart start = examine(file.get(), name);
+  return {std::move(file), start};
+}
+
+FileStart examine(int file, const std::string& name) {
   struct stat status {};
-  if (::fstat(file.get(), &status) != 0) throw StoreError(path, "", std::strerror(errno));
-  if (S_ISDIR(status.st_mode)) throw base::NoFileError(path, "is a directory, not a database");
-  if (!S_ISREG(status.st_mode)) throw base::NoFileError(path, "is not a regular file");
-  if (status.st_size == 0) throw StoreError(path, "", "the file is empty");
+  if (::fstat(file, &status) != 0) throw StoreError(name, "", std::strerror(errno));
+  if (S_ISDIR(status.st_mode)) throw base::NoFileError(name, "is a directory, not a database");
+  if (!S_ISREG(status.st_mode)) throw base::NoFileError(name, "is not a regular file");
+  if (status.st_size == 0) throw StoreError(name, "", "the file is empty");
   std::array<unsigned char, kSuperblockBytes> bytes{};
-  const std::span start(reinterpret_cast<char*>(bytes.data()), bytes.size());
-  const bool isWhole = readStart(file.get(), path, start) == start.size();
-  const bool isHdf5 = isWhole && std::memcmp(bytes.data(), kSignature.data(), kSignature.size()) == 0;
-  const bool isChecked = isHdf5 && bytes[kVersion] == kCheckedVersion && bytes[kOffsetSize] == sizeof(std::uint64_t);
-  if (isChecked) checkSuperblock(path, bytes, static_cast<std::uint64_t>(status.st_size));
+  const std::optional<std::size_t> got = base::readAt(file, 0, std::as_writable_bytes(std::span(bytes)));
+  if (!got) throw StoreError(name, "", fmt::format("cannot be read ({})", std::strerror(errno)));
+  if (!isHdf5(file, status.st_size)) throw StoreError(name, "", "is not a database: it is not an HDF5 file");
+  const bool isAtStart = *got == bytes.size() && std::memcmp(bytes.data(), kSignature.data(), kSignature.size()) == 0;
+  const bool isChecked = isAtStart && bytes[kVersion] == kCheckedVersion && bytes[kOffsetSize] == sizeof(std::uint64_t);
+  if (isChecked) checkSuperblock(name, bytes, static_cast<std::uint64_t>(status.st_size));
   return {status.st_size, isChecked};
 }
 

@@ -3,159 +3,175 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <tuple>
 
-#include "base/output_file.h"
-#include "odbstore/names.h"
-#include "odbstore/open_database.h"
-#include "odbstore/reader_internal.h"
-#include "odbstore/upgrade.h"
+#include "odbstore/catalog_paths.h"
+#include "odbstore/database_file.h"
+#include "odbstore/location_table.h"
 
 namespace odbstore {
 
 namespace {
 
-// The file and its layout; no file access for an older one.
-std::pair<std::shared_ptr<FileAccess>, int> openAccess(const std::string& path) {
-  if (isForeign(path)) return {nullptr, foreignLayout(path)};
-  int layout = 0;
-  h5::Group root = openDatabase(path, layout);
-  if (layout != kNewestLayout) return {nullptr, layout};
-  return {std::make_shared<FileAccess>(path, std::move(root)), layout};
+flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
+
+std::shared_ptr<const DatabaseFile> openNewest(const std::string& path) {
+  std::shared_ptr<const DatabaseFile> file = DatabaseFile::open(path, path);
+  if (file) return file;
+  throw StoreError(path, "", fmt::format("has layout 1 and must be upgraded to layout {} first", kNewestLayout));
 }
 
-[[noreturn]] void refuseLayout(const std::string& path, int layout) {
-  throw StoreError(path, "",
-                   fmt::format("has layout {} and must be upgraded to layout {} first", layout, kNewestLayout));
-}
-
-std::shared_ptr<FileAccess> openNewest(const std::string& path) {
-  auto [file, layout] = openAccess(path);
-  if (!file) refuseLayout(path, layout);
-  return file;
-}
-
-}  // namespace
-
-std::vector<std::string> memberNames(const std::optional<h5::Group>& group) {
-  if (!group) return {};
-  std::vector<std::string> names = group->links();
-  for (std::string& name : names) name = nameFromLink(name);
-  std::sort(names.begin(), names.end());
+std::vector<std::string> namesIn(const Catalog& catalog, const flatbuffers::Vector<std::int32_t>* column) {
+  std::vector<std::string> names;
+  names.reserve(column->size());
+  for (const std::int32_t text : *column) names.emplace_back(catalog.text(text));
   return names;
 }
 
-std::optional<h5::Group> setsGroup(const h5::Group& root, const Owner& owner, SetKind kind) {
-  std::optional<h5::Group> group = root.findGroup(owner.kind == OwnerKind::part ? links::kParts : links::kAssembly);
-  if (group && owner.kind == OwnerKind::instance) group = group->findGroup(links::kInstances);
-  if (group && owner.kind != OwnerKind::assembly) group = group->findGroup(linkFromName(owner.name));
-  if (!group) return std::nullopt;
-  return group->findGroup(setsLink(kind));
-}
-
-const std::optional<h5::Group>& FileAccess::sets(const Owner& owner, SetKind kind) {
-  const auto key = std::make_tuple(owner.kind, owner.name, kind);
-  const auto found = sets_.find(key);
-  return found != sets_.end() ? found->second : sets_.emplace(key, setsGroup(root_, owner, kind)).first->second;
-}
-
-namespace {
-
-std::vector<int> readLabels(const h5::Dataset& dataset) {
-  if (dataset.dims().size() != 1) dataset.fail("labels must have one dimension");
-  return dataset.readInts();
-}
-
 }  // namespace
 
-std::vector<SetMembers> readSetMembers(const h5::Group& sets, const Owner& owner, const std::string& set) {
-  const std::string link = linkFromName(set);
-  if (owner.kind != OwnerKind::assembly) return {{"", readLabels(sets.dataset(link))}};
-  const h5::Group group = sets.group(link);
-  std::vector<SetMembers> members;
-  for (const std::string& instance : group.links()) {
-    members.push_back({nameFromLink(instance), readLabels(group.dataset(instance))});
+Reader::Reader(const std::string& path) : Reader(openNewest(path)) {}
+
+Reader::Reader(std::shared_ptr<const DatabaseFile> file)
+    : file_(std::move(file)), locations_(std::make_shared<LocationTable>(file_)) {
+  const Catalog& catalog = file_->catalog();
+  const columns::Instances& all = *catalog.columns().instances();
+  for (flatbuffers::uoffset_t i = 0; i < all.name()->size(); ++i) {
+    instances_.push_back(
+        {std::string(catalog.text(all.name()->Get(i))), std::string(catalog.text(all.part()->Get(i)))});
   }
-  return members;
 }
-
-std::vector<InstanceInfo> readInstances(const h5::Group& root) {
-  std::vector<InstanceInfo> instances;
-  const std::optional<h5::Group> assembly = root.findGroup(links::kAssembly);
-  const std::optional<h5::Group> group = assembly ? assembly->findGroup(links::kInstances) : std::nullopt;
-  for (const std::string& name : memberNames(group)) {
-    instances.push_back({name, group->group(linkFromName(name)).stringAttribute(attributes::kPart, "")});
-  }
-  return instances;
-}
-
-std::optional<std::array<float, 6>> readSymmetryAxis(const h5::Group& root) {
-  const std::optional<h5::Group> assembly = root.findGroup(links::kAssembly);
-  const std::optional<h5::Group> sector = assembly ? assembly->findGroup(links::kSector) : std::nullopt;
-  if (!sector) return std::nullopt;
-  const h5::Dataset dataset = sector->dataset(links::kSymmetryAxis);
-  if (dataset.dims() != h5::Dims{2, 3}) dataset.fail("the axis must be two points of three coordinates");
-  const std::vector<float> numbers = dataset.readFloats();
-  std::array<float, 6> axis{};
-  std::copy(numbers.begin(), numbers.end(), axis.begin());
-  return axis;
-}
-
-Reader::Reader(const std::string& path) : file_(openNewest(path)) {}
-
-Reader::Reader(std::shared_ptr<FileAccess> file) : file_(std::move(file)) {}
 
 std::shared_ptr<const Reader> Reader::openIfNewest(const std::string& path) {
-  std::shared_ptr<FileAccess> file = openAccess(path).first;
-  return file ? std::shared_ptr<const Reader>(new Reader(std::move(file))) : nullptr;
-}
-
-std::shared_ptr<const Reader> Reader::openUnpublished(const base::OutputFile& file) {
-  int layout = 0;
-  h5::Group root = openDatabase(file.temporaryPath(), file.finalPath(), layout);
-  if (layout != kNewestLayout) refuseLayout(file.finalPath(), layout);
-  return std::shared_ptr<const Reader>(new Reader(std::make_shared<FileAccess>(file.finalPath(), std::move(root))));
+  std::shared_ptr<const DatabaseFile> file = DatabaseFile::open(path, path);
+  return file ? std::make_shared<const Reader>(std::move(file)) : nullptr;
 }
 
 Reader::~Reader() = default;
 
-std::string Reader::name() const { return file_->root().stringAttribute(attributes::kName, file_->path()); }
-
-std::string Reader::title() const { return file_->root().stringAttribute(attributes::kTitle, ""); }
-
-std::string Reader::producer() const { return file_->root().stringAttribute(attributes::kProducer, ""); }
-
-std::string Reader::assemblyName() const {
-  const std::optional<h5::Group> assembly = file_->root().findGroup(links::kAssembly);
-  return assembly ? assembly->stringAttribute(attributes::kName, "") : "";
+std::string Reader::name() const {
+  const std::int32_t name = file_->catalog().columns().name();
+  return name == kNone ? file_->name() : std::string(file_->catalog().text(name));
 }
 
-std::vector<std::string> Reader::parts() const { return memberNames(file_->root().findGroup(links::kParts)); }
+std::string Reader::title() const { return std::string(file_->catalog().text(file_->catalog().columns().title())); }
 
-const std::vector<InstanceInfo>& Reader::instances() const {
-  if (!instances_) instances_ = readInstances(file_->root());
-  return *instances_;
+std::string Reader::producer() const {
+  return std::string(file_->catalog().text(file_->catalog().columns().producer()));
+}
+
+std::string Reader::assemblyName() const {
+  return std::string(file_->catalog().text(file_->catalog().columns().assemblyName()));
+}
+
+std::vector<std::string> Reader::parts() const {
+  return namesIn(file_->catalog(), file_->catalog().columns().parts()->name());
+}
+
+std::pair<std::size_t, std::size_t> Reader::setPlaces(const Owner& owner, SetKind kind) const {
+  const columns::Catalog& columns = file_->catalog().columns();
+  std::int32_t ownerPlace = kNone;
+  if (owner.kind != OwnerKind::assembly) {
+    const auto* const owners = owner.kind == OwnerKind::part ? columns.parts()->name() : columns.instances()->name();
+    const std::optional<std::size_t> place = file_->catalog().find(owners, {0, owners->size()}, owner.name);
+    if (!place) return {0, 0};
+    ownerPlace = static_cast<std::int32_t>(*place);
+  }
+  const columns::Sets& sets = *columns.sets();
+  const auto wanted = std::tuple(static_cast<int>(owner.kind), ownerPlace, static_cast<int>(kind));
+  const auto keyOf = [&](std::size_t i) {
+    return std::tuple(static_cast<int>(sets.ownerKind()->Get(at(i))), sets.owner()->Get(at(i)),
+                      static_cast<int>(sets.kind()->Get(at(i))));
+  };
+  // The first place whose key is not before the wanted one, or not at or before it.
+  const auto boundOf = [&](bool isUpper) {
+    std::size_t low = 0;
+    std::size_t high = sets.name()->size();
+    while (low < high) {
+      const std::size_t middle = low + (high - low) / 2;
+      const bool isBefore = isUpper ? keyOf(middle) <= wanted : keyOf(middle) < wanted;
+      if (isBefore) {
+        low = middle + 1;
+      } else {
+        high = middle;
+      }
+    }
+    return low;
+  };
+  return {boundOf(false), boundOf(true)};
 }
 
 std::vector<std::string> Reader::sets(const Owner& owner, SetKind kind) const {
-  return memberNames(file_->sets(owner, kind));
-}
-
-std::vector<SetMembers> Reader::setMembers(const Owner& owner, SetKind kind, const std::string& set) const {
-  const std::optional<h5::Group>& group = file_->sets(owner, kind);
-  if (!group) file_->root().fail(fmt::format("there is no set \"{}\"", set));
-  return readSetMembers(*group, owner, set);
-}
-
-std::optional<std::array<float, 6>> Reader::symmetryAxis() const { return readSymmetryAxis(file_->root()); }
-
-std::vector<std::string> Reader::steps() const {
-  const std::optional<h5::Group> group = file_->root().findGroup(links::kSteps);
-  if (!group) return {};
-  std::vector<std::string> names = group->links(h5::LinkOrder::byCreation);
-  for (std::string& name : names) name = nameFromLink(name);
+  const auto [first, end] = setPlaces(owner, kind);
+  std::vector<std::string> names;
+  names.reserve(end - first);
+  for (std::size_t i = first; i < end; ++i) {
+    names.emplace_back(file_->catalog().text(file_->catalog().columns().sets()->name()->Get(at(i))));
+  }
   return names;
 }
 
-std::shared_ptr<const StoredStep> Reader::step(const std::string& name) const { return openStep(file_, name); }
+std::vector<SetMembers> Reader::setMembers(const Owner& owner, SetKind kind, const std::string& set) const {
+  const Catalog& catalog = file_->catalog();
+  const columns::Sets& sets = *catalog.columns().sets();
+  const auto [first, end] = setPlaces(owner, kind);
+  const std::optional<std::size_t> found = catalog.find(sets.name(), {first, end}, set);
+  if (!found) file_->fail("/", fmt::format("there is no set \"{}\"", set));
+  const std::size_t place = *found;
+  std::vector<SetMembers> members;
+  const Places places = Catalog::placesOf(sets.memberEnd(), place);
+  for (std::size_t i = places.first; i < places.end; ++i) {
+    members.push_back({std::string(catalog.text(sets.memberInstance()->Get(at(i)))),
+                       file_->readInts(sets.memberLabels()->Get(at(i)), sets.memberFirst()->Get(at(i)),
+                                       sets.memberCount()->Get(at(i)), [&] { return memberPath(catalog, place, i); })});
+  }
+  return members;
+}
+
+std::optional<std::array<float, 6>> Reader::symmetryAxis() const {
+  const flatbuffers::Vector<float>* const numbers = file_->catalog().columns().symmetryAxis();
+  if (numbers->size() == 0) return std::nullopt;
+  std::array<float, 6> axis{};
+  std::copy_n(numbers->data(), axis.size(), axis.begin());
+  return axis;
+}
+
+std::optional<Mesh> Reader::mesh(const std::string& instance) const {
+  const Catalog& catalog = file_->catalog();
+  const columns::Instances& instances = *catalog.columns().instances();
+  const std::optional<std::size_t> place = catalog.find(instances.name(), {0, instances.name()->size()}, instance);
+  if (!place || instances.nodeLabels()->Get(at(*place)) == kNone) return std::nullopt;
+  const std::string path = instancePath(catalog, *place) + "/" + links::kMesh + "/" + links::kNodes + "/";
+  const auto whole = [&](std::int32_t array) { return catalog.array(array).numbers(); };
+  const std::int32_t labels = instances.nodeLabels()->Get(at(*place));
+  const std::int32_t coordinates = instances.coordinates()->Get(at(*place));
+  Mesh mesh;
+  mesh.nodes = file_->readInts(labels, 0, whole(labels), [&] { return path + links::kLabels; });
+  mesh.coordinates = file_->readDoubles(coordinates, 0, whole(coordinates), [&] { return path + links::kCoordinates; });
+  const columns::Elements& elements = *catalog.columns().elements();
+  for (flatbuffers::uoffset_t i = 0; i < elements.labels()->size(); ++i) {
+    if (static_cast<std::size_t>(elements.instance()->Get(i)) != *place) continue;
+    const std::string of = elementsPath(catalog, i) + "/";
+    const std::int32_t connectivity = elements.connectivity()->Get(i);
+    mesh.elements.push_back(
+        {std::string(catalog.text(elements.type()->Get(i))),
+         file_->readInts(elements.labels()->Get(i), 0, whole(elements.labels()->Get(i)),
+                         [&] { return of + links::kLabels; }),
+         file_->readInts(connectivity, 0, whole(connectivity), [&] { return of + links::kConnectivity; })});
+  }
+  return mesh;
+}
+
+std::vector<std::string> Reader::steps() const {
+  return namesIn(file_->catalog(), file_->catalog().columns().steps()->name());
+}
+
+std::shared_ptr<const StoredStep> Reader::step(const std::string& name) const {
+  const flatbuffers::Vector<std::int32_t>& names = *file_->catalog().columns().steps()->name();
+  for (flatbuffers::uoffset_t i = 0; i < names.size(); ++i) {
+    if (file_->catalog().text(names.Get(i)) == name) return std::make_shared<const StoredStep>(locations_, i);
+  }
+  file_->fail("/", fmt::format("there is no step \"{}\"", name));
+}
 
 }  // namespace odbstore

@@ -88,6 +88,17 @@ void readTensors(odb_FieldValueRun& run, ValueReduction& reduction) {
   });
 }
 
+// Calls take(run). Where no selection will ask for the values at their places, those that are stored once for several
+// places come once.
+template <class Take>
+void forEachRun(const odb_SequenceFieldValue& values, Take&& take) {
+  if (extractionSwitches().wantsEngineering()) {
+    values.forEachRun(take);
+  } else {
+    values.forEachDistinctRun(take);
+  }
+}
+
 // Whether the values of a run may be taken many at a time. Vectors and tensors in double precision are read one by one:
 // what their components and accessors do is decided value by value.
 bool isReadTogether(const odb_FieldValueRun& run) {
@@ -118,8 +129,9 @@ void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
                 ValueReduction& reduction) {
   const bool components = extractionSwitches().fieldComponents;
   const ComponentSlots& slots = componentSlots();
-  const auto readOne = [&](int place) {
-    const odb_FieldValue value = values.constGet(static_cast<unsigned>(place));
+  const auto readOne = [&](const odb_FieldValueRun& run, int i) {
+    const odb_FieldValue value = run.value(i);
+    const int place = run.first() + i;
     reduction.main.take(place, readFieldValue(value, out, invariants, reduction.present, valueName, flag));
     if (!components) return;
     for (std::size_t c = 0; c < slots.vector.size(); ++c) reduction.vector[c].take(place, slots.vector[c]);
@@ -128,7 +140,7 @@ void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
       if (reduction.present[c]) reduction.tensor[c].take(place, *slots.tensor[c]);
     }
   };
-  values.forEachRun([&](odb_FieldValueRun& run) {
+  forEachRun(values, [&](odb_FieldValueRun& run) {
     if (run.count() == 0) return;
     reduction.type = run.type();
     if (!odb_isTensor(run.type())) {
@@ -137,19 +149,19 @@ void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
     if (isReadTogether(run)) {
       readTogether(run, reduction);
     } else {
-      for (int i = 0; i < run.count(); ++i) readOne(run.first() + i);
+      for (int i = 0; i < run.count(); ++i) readOne(run, i);
     }
   });
 }
 
 void readInvariants(const odb_SequenceFieldValue& values, std::span<InvariantReduction> invariants) {
   Numbers numbers;
-  values.forEachRun([&](odb_FieldValueRun& run) {
+  forEachRun(values, [&](odb_FieldValueRun& run) {
     if (!isReadTogether(run)) {
-      for (int place = run.first(); place < run.first() + run.count(); ++place) {
-        const odb_FieldValue value = values.constGet(static_cast<unsigned>(place));
+      for (int i = 0; i < run.count(); ++i) {
+        const odb_FieldValue value = run.value(i);
         for (InvariantReduction& invariant : invariants) {
-          invariant.quantity.take(place, selectInvariant(value, invariant.slot));
+          invariant.quantity.take(run.first() + i, selectInvariant(value, invariant.slot));
         }
       }
       return;

@@ -32,17 +32,23 @@ struct Rows {
   int width;
   int type;
 
-  // Calls take(place of the first row, number of rows, rows, tile) for tile after tile.
+  // Calls take(place of the first row, number of rows, rows, tile) for tile after tile. Where no selection will ask for
+  // the rows at their places, those that are stored once for several places come once.
   template <class Take>
   void forEachTile(Take&& take) const {
-    block.forEachTile([&](const odb_FieldBulkTile& tile) {
+    const auto hand = [&](const odb_FieldBulkTile& tile) {
       const auto count = static_cast<std::size_t>(tile.count());
       if constexpr (std::is_same_v<Number, float>) {
         take(static_cast<std::size_t>(tile.first()), count, tile.data(), tile);
       } else {
         take(static_cast<std::size_t>(tile.first()), count, tile.dataDouble(), tile);
       }
-    });
+    };
+    if (extractionSwitches().wantsEngineering()) {
+      block.forEachTile(hand);
+    } else {
+      block.forEachStoredTile(hand);
+    }
   }
 };
 

@@ -89,13 +89,13 @@ std::string describeHit(const std::string& path, const std::vector<std::int64_t>
 }  // namespace
 
 std::vector<std::string> describeDamage(const std::vector<std::int64_t>& blocks, const odbstore::ChecksumPlace& place,
-                                        std::int64_t fileBytes, const odbstore::Inventory& inventory,
+                                        std::int64_t fileBytes, const std::vector<DataExtent>& extents,
                                         const FramesOf& framesOf) {
   constexpr std::size_t kMost = 12;
   const Bytes sums{place.offset, place.offset + (place.blocks + 1) * 4};
   std::vector<std::string> texts;
   for (const Bytes& run : runsOf(blocks, place.blockSize, fileBytes)) {
-    const Hits hits(run, inventory.extents, sums);
+    const Hits hits(run, extents, sums);
     std::vector<std::string> hit;
     for (const std::string& path : hits.paths()) {
       if (hit.size() == kMost) {

@@ -1,4 +1,4 @@
-// Finds out to what damaged bytes of a file belong.
+// Finds out to what damaged bytes of a file with /checksums belong.
 #pragma once
 
 #include <functional>
@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "odbstore/checksums.h"
-#include "odbstore/reader.h"
+#include "odbstore/inspection.h"
 #include "verify/place_names.h"
 
 namespace verify {
@@ -18,7 +18,7 @@ using FramesOf = std::function<std::vector<int>(const BlockPlace&)>;
 // `bytes 4096..12287 are damaged: step "Step-1", field "S", block 0, frames 3..5`. Bytes that are no data set's belong
 // to the structure, as do those of data sets that cannot be opened any more.
 std::vector<std::string> describeDamage(const std::vector<std::int64_t>& blocks, const odbstore::ChecksumPlace& place,
-                                        std::int64_t fileBytes, const odbstore::Inventory& inventory,
+                                        std::int64_t fileBytes, const std::vector<odbstore::DataExtent>& extents,
                                         const FramesOf& framesOf);
 
 }  // namespace verify

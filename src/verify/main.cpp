@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "process/prepare_process.h"
-#include "verify/verify_confined.h"
+#include "verify/verify_file.h"
 #include "verify/verify_options.h"
 
 namespace {
@@ -51,7 +51,7 @@ int main(int argc, char** argv) {
     if (outcome.isDone) return outcome.finish();
     State worst = State::sound;
     for (const std::string& file : options.files) {
-      const verify::Verdict verdict = verify::verifyConfined(file);
+      const verify::Verdict verdict = verify::verifyFile(file);
       report(verdict, options.isQuiet);
       worst = std::max(worst, verdict.state);
     }

@@ -21,10 +21,14 @@ struct Verdict {
   std::vector<std::string> findings;  // why it is not sound, each with the file and the place in it
 };
 
-// Checks the file's first bytes and size, every block against its checksum, every object against the layout's profile,
-// and shapes and references as the extraction needs them. A file of layout 1 has none of that to be checked, and is
-// read from begin to end. Never throws for what is wrong with the file; std::bad_alloc where it asks for more memory
-// than there is.
+// Checks the file's first bytes and size; all its bytes against their sums, those of a catalog or of /checksums; every
+// object against the layout's profile, whether a program would read it or not; the catalog against the structure;
+// shapes and references as the extraction needs them; every label, index and packed row. A file of layout 1 has none of
+// that to be checked, and is read from begin to end.
+//
+// HDF5's structure is read by a program of its own with limits (odbstore/scan_program.h): what makes the HDF5 library
+// crash, take all memory or go on for ever is a finding like any other. Of very many findings the first are told, and
+// that there are more. Never throws for what is wrong with the file.
 Verdict verifyFile(const std::string& path);
 
 }  // namespace verify

@@ -6,6 +6,8 @@ import subprocess
 
 from support import BIN, ROOT, ProgramTest, installed_prefix, small_database
 
+PROGRAMS = ("import", "odbscan", "quarnish", "quarnish-completion", "verify")
+
 
 class InstallTest(ProgramTest):
     def setUp(self):
@@ -25,9 +27,8 @@ class InstallTest(ProgramTest):
 
     def test_only_the_launcher_is_on_the_path(self):
         self.assertEqual([f for f in self.files(self.prefix) if f.startswith("bin/")], ["bin/kolvex"])
-        self.assertIn("libexec/kolvex/quarnish", self.files(self.prefix))
-        self.assertIn("libexec/kolvex/import", self.files(self.prefix))
-        self.assertIn("libexec/kolvex/verify", self.files(self.prefix))
+        for program in PROGRAMS:
+            self.assertIn("libexec/kolvex/" + program, self.files(self.prefix))
 
     def test_the_launcher_finds_its_programs(self):
         self.extract(str(self.prefix / "bin/kolvex"))
@@ -50,11 +51,11 @@ class InstallTest(ProgramTest):
                 subprocess.run([os.environ["KOLVEX_CMAKE"], "--build", build, "--target", "kolvex"], check=True,
                                stdout=subprocess.DEVNULL, timeout=240)
                 # The other programs are those of this build: what they are made of is the same.
-                for program in ("import", "quarnish", "quarnish-completion", "verify"):
+                for program in PROGRAMS:
                     shutil.copy(BIN / program, build / "bin")
                 subprocess.run([os.environ["KOLVEX_CMAKE"], "--install", build, "--prefix", prefix, "--component", "programs"],
                                check=True, stdout=subprocess.DEVNULL, timeout=120)
-                for program in (f"{bindir}/kolvex", f"{libexecdir}/kolvex/import", f"{libexecdir}/kolvex/quarnish"):
+                for program in (f"{bindir}/kolvex", *(f"{libexecdir}/kolvex/{program}" for program in PROGRAMS)):
                     self.assertIn(program, self.files(prefix))
                 self.extract(str(prefix / bindir / "kolvex"))
 

@@ -16,19 +16,25 @@ class ResultsTest(ProgramTest):
         return self.run_program("-odb", "model", "-config", "config.txt", **options)
 
     def broken_database(self):
-        """Two steps, the second with a block that holds a row too few."""
+        """Two steps, the second with rows that are damaged."""
         with Database(self.path("model.odb")) as odb:
             odb.location("nodes", "nodal", nodeLabels=[1, 2, 3])
-            for name, rows in (("Good", 3), ("Bad", 2)):
-                odb.field(odb.step(name), "NT", 2, [("nodes", np.ones((1, rows), "f4"))])
+            for name in ("Good", "Bad"):
+                block = odb.field(odb.step(name), "NT", 2, [("nodes", np.ones((1, 3), "f4"))])["blocks/0"]
+                del block["data"]
+                block.create_dataset("data", data=np.ones((1, 3), "f4"), chunks=(1, 3), fletcher32=True)
+                offset = block["data"].id.get_chunk_info(0).byte_offset
+        with open(self.path("model.odb"), "r+b") as raw:
+            raw.seek(offset)
+            raw.write(b"\xff")
 
     def test_an_exception_during_the_walk_leaves_a_partial_file_without_marker_and_status_0(self):
         self.broken_database()
         self.write("paramsdone.txt", "Done\n")
         run = self.extract()
         self.assertEqual(run.status, 0)
-        self.assertEqual(run.err, b"model.odb: /steps/Bad/fields/NT/blocks/0/data: holds 2 rows, its location has 3\n" +
-                         FAILED)
+        self.assertEqual(run.err, b"model.odb: /steps/Bad/fields/NT/blocks/0/data: slab 0 cannot be read (the packed "
+                         b"numbers do not agree with their checksum)\n" + FAILED)
         self.assertEqual(run.text("params.txt"), b"Good__Frame_1__NT__max\t1\nGood__Frame_1__NT__min\t1\n")
         self.assertIsNone(run.text("paramsdone.txt"))
 

@@ -11,12 +11,14 @@ import shutil
 import subprocess
 import sys
 
-import h5py
 import numpy as np
 
 import check_example
 
 HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent / "endtoend"))
+from expanded import expanded  # noqa: E402
+
 LUG = HERE.parents[1] / "examples" / "lug"
 # Block names of the file, the field that each becomes, and the column of each component.
 FIELDS = {"DISP": ("U", ["D1", "D2", "D3"]), "FORC": ("RF", ["F1", "F2", "F3"]), "PE": ("PEEQ", ["PE"]),
@@ -59,7 +61,7 @@ def rows_of(odb, step, field, frame):
 def check_database(path, frd):
     """Every number of the result file is in the database, at its node, in its frame; tensors at every element's nodes."""
     numbers = 0
-    with h5py.File(path) as odb:
+    with expanded(path) as odb:
         mesh = odb["assembly/instances/PART-1-1/mesh"]
         corners = sum(group["connectivity"].size for group in mesh["elements"].values())
         for step_number, increment, name, rows in check_example.read_frd(frd):

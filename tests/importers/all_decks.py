@@ -21,11 +21,11 @@ import subprocess
 import sys
 import tempfile
 
-import h5py
 import numpy as np
 
 import dat_check
 import frd_check
+from expanded import expanded
 
 CONFIG = """ODB EXTRACTIONS
 EXTRACT_MASS EXTRACT_HISTORY MINMAX_HISTORY EXTRACT_ALL EXTRACT_FIELD EXTRACT_FIELD_SETS EXTRACT_FIELD_COMPONENTS
@@ -135,7 +135,7 @@ def steps_of(deck):
 
 def check_steps_and_names(deck, database, records):
     """The steps are those of the deck, and no two histories have a record of the same name."""
-    with h5py.File(database) as odb:
+    with expanded(database) as odb:
         numbers = [int(name.removeprefix("Step-")) for name in odb["steps"]]
     count = steps_of(deck)
     if count is not None and not set(numbers) <= set(range(1, count + 1)):
@@ -203,7 +203,7 @@ class DeckRun:
             return "nothing to import", 0
         known = section_forces_from(self.deck), elements_without_tensors(self.deck)
         frd_check.compare(self.directory / "job.frd", self.directory / "job.odb", *known)
-        with h5py.File(self.directory / "job.odb") as odb:
+        with expanded(self.directory / "job.odb") as odb:
             results = frd_check.ResultFile(self.directory / "job.frd", *known)
             self.check_steps(odb)
             compared = compare_extremes(results, odb, records)
@@ -240,7 +240,7 @@ class DeckRun:
         if not printed.exists() or printed.stat().st_size == 0:
             return 0
         records = self.import_and_extract("printed.odb")
-        with h5py.File(self.directory / "printed.odb") as odb, h5py.File(self.directory / "job.odb") as plain:
+        with expanded(self.directory / "printed.odb") as odb, expanded(self.directory / "job.odb") as plain:
             for name, step in plain["steps"].items():
                 for field, group in step["fields"].items():
                     for block, data in group["blocks"].items():

@@ -5,10 +5,13 @@ A reading of its own of the result file, by columns and with numpy, that shares 
 Usage: frd_check.py job.frd job.odb. Prints what it compared and fails at the first difference.
 """
 import collections
+import pathlib
 import sys
 
-import h5py
 import numpy as np
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "endtoend"))
+from expanded import expanded  # noqa: E402
 
 # Field, columns of the block. Tensors come as XX YY ZZ XY YZ ZX and are kept as 11 22 33 12 13 23.
 VECTORS = {"DISP": "U", "VELO": "V", "FORC": "RF", "FLUX": "HFL", "DISPI": "U_IM", "FORCI": "RF_IM", "CURR": "CURR",
@@ -240,7 +243,7 @@ def expect(found, expected, what):
 
 def compare(frd, odb, section_forces_from=None, without_tensors=()):
     """Compares everything; returns the counts of frames, fields and numbers."""
-    with h5py.File(odb) as database:
+    with expanded(odb) as database:
         comparison = Comparison(ResultFile(frd, section_forces_from, without_tensors), database)
         comparison.mesh()
         comparison.steps()

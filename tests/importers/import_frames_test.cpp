@@ -25,7 +25,7 @@ TEST_F(ImportTest, FieldsOfOneCounterMakeOneFrame) {
   EXPECT_THAT(descriptions("Step-1"),
               ElementsAre("Increment 1: Step Time = 0.5000", "Increment 3: Step Time = 1.0000"));
   const auto step = Reader(output_).step("Step-1");
-  EXPECT_THAT(fieldOf(*step, "U").inFrame, ElementsAre(1, 0));
+  EXPECT_THAT(fieldOf(*step, "U").frames(), ElementsAre(0));
 }
 
 TEST_F(ImportTest, StepsAreNamedByTheirNumberAndDescribedByTheDeck) {

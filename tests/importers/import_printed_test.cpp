@@ -74,7 +74,7 @@ TEST_F(PrintedTest, NodesBecomeHistoriesAndAFieldOfTheirOwn) {
   EXPECT_THAT(history("Step-1", "Node 3 of Top", "U1"), ElementsAre(0.5F, 2.0F, 1.0F, 4.0F));
   const odbstore::StoredField& field = fieldOf(*step, "U_PRINT");
   EXPECT_EQ(field.info.type, 3);
-  EXPECT_THAT(field.inFrame, ElementsAre(1, 1));
+  EXPECT_THAT(field.frames(), ElementsAre(0, 1));
   EXPECT_THAT(rowsOf(field.blocks.at(0), 1), ElementsAre(4, 0, -1));
   EXPECT_THAT(warnings_, IsEmpty());
 }
@@ -136,8 +136,8 @@ TEST_F(PrintedTest, FramesThatTheResultsLackAreMadeAtTheirPlaces) {
   EXPECT_THAT(increments("Step-1"), ElementsAre(1, 2, 3));
   EXPECT_THAT(frameValues("Step-1"), ElementsAre(0.25, 0.5, 1));
   const auto step = Reader(output_).step("Step-1");
-  EXPECT_THAT(fieldOf(*step, "NT").inFrame, ElementsAre(0, 1, 0));
-  EXPECT_THAT(fieldOf(*step, "S_IP").inFrame, ElementsAre(1, 1, 1));
+  EXPECT_THAT(fieldOf(*step, "NT").frames(), ElementsAre(1));
+  EXPECT_THAT(fieldOf(*step, "S_IP").frames(), ElementsAre(0, 1, 2));
   EXPECT_THAT(rowsOf(fieldOf(*step, "S_IP").blocks[0], 1), testing::Contains(2));
 }
 
@@ -309,7 +309,7 @@ TEST_F(PrintedTest, ATableThatIsCutOffIsLeftOut) {
       importPrinted(text.substr(0, text.size() - 30), kStatic,
                     temperature({.value = 0.5}) + temperature({.increment = 2, .counter = 2, .value = 1}));
   EXPECT_EQ(summary.cutOffBehind, "step 1, time 1");
-  EXPECT_THAT(fieldOf(*Reader(output_).step("Step-1"), "S_IP").inFrame, ElementsAre(1, 0));
+  EXPECT_THAT(fieldOf(*Reader(output_).step("Step-1"), "S_IP").frames(), ElementsAre(0));
   EXPECT_THAT(warnings_, ElementsAre(HasSubstr("job.dat:")));
   run_.printed = writeText(directory_, "job.dat", text.substr(0, text.size() - 30));
   std::filesystem::remove(output_);

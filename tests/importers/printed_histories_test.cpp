@@ -47,10 +47,12 @@ class HistoriesTest : public testing::Test {
     outline.steps.emplace_back().number = 1;
     outline.steps.back().name = "Step-1";
     const Choice choice = choose(outline, {}, "job.dat");
-    odbstore::Writer writer(path_, {});
+    odbstore::DatabaseWriter writer(path_, {});
+    const std::set<FieldId> none;
     const WarningSink warn = [](const base::Diagnostic&) {};
-    Sink sink(outline, choice, "job.dat", writer, warn);
+    Sink sink(outline, choice, none, "job.dat", writer, warn);
     histories.deliver({{1, 0}}, sink);
+    sink.finish();
     writer.finish();
     const auto step = odbstore::Reader(path_).step("Step-1");
     std::vector<std::string> found;

@@ -3,10 +3,10 @@ import os
 import re
 import subprocess
 
-import h5py
 import numpy as np
 
 from decks import BRICK_EDGES, CORNERS, Mesh
+from expanded import expanded
 from support import ProgramTest
 
 SQUARE, TRIANGLE, LINE = CORNERS[:4], CORNERS[:3], CORNERS[:2]
@@ -57,7 +57,7 @@ class ExpansionTest(ProgramTest):
                        stdout=subprocess.DEVNULL, timeout=60, check=False, env={**os.environ, "OMP_NUM_THREADS": "1"})
         run = self.run_program("import", "job", program="kolvex")
         self.assertEqual((run.status, run.err), (0, warnings))
-        odb = h5py.File(self.path("job.odb"))
+        odb = expanded(self.path("job.odb"))
         self.addCleanup(odb.close)
         return odb["assembly"], odb
 

@@ -2,10 +2,10 @@
 import os
 import subprocess
 
-import h5py
 import numpy as np
 
 from decks import BRICK_EDGES, CORNERS, TETRAHEDRON, TETRAHEDRON_EDGES, WEDGE, WEDGE_EDGES, Mesh
+from expanded import expanded
 from support import ProgramTest
 
 SQUARE, TRIANGLE, LINE = CORNERS[:4], CORNERS[:3], CORNERS[:2]
@@ -55,7 +55,7 @@ class MeshTest(ProgramTest):
                                env={**os.environ, "OMP_NUM_THREADS": "1"})
                 run = self.run_program("import", "job", program="kolvex")
                 self.assertEqual((run.status, run.err), (0, b""))
-                with h5py.File(self.path("job.odb")) as odb:
+                with expanded(self.path("job.odb")) as odb:
                     stored = odb["assembly/instances/PART-1-1/mesh"]
                     self.assertEqual(list(stored["elements"]), [kind])
                     group = stored["elements"][kind]

@@ -2,11 +2,11 @@
 import re
 import unittest
 
-import h5py
 import numpy
 
 import dat_check
 from decks import BRICK_EDGES, CORNERS, Mesh, deck, solids, step
+from expanded import expanded
 from test_real_solver import PULL, SolverTest
 
 PRINTS = "*NODE PRINT, NSET=TOP\nU, RF\n*EL PRINT, ELSET=EC3D8\nS, E, ENER, ELSE, EVOL\n"
@@ -164,7 +164,7 @@ class OptionsTest(PrintedTest):
         self.assertEqual(self.import_job().status, 0)
         self.assertNotIn("S_IP", self.fields(self.open_database()))
         self.assertEqual(self.import_job("--dat", "other", "-o", "other.odb").status, 0)
-        with h5py.File(self.path("other.odb")) as odb:
+        with expanded(self.path("other.odb")) as odb:
             self.assertIn("S_IP", self.fields(odb))
         run = self.import_job("--dat", "nowhere")
         self.assertEqual((run.status, run.err), (1, b"nowhere: error: the file does not exist\n"))

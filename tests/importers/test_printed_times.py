@@ -7,8 +7,7 @@ import random
 import re
 import unittest
 
-import h5py
-
+from expanded import expanded
 from test_real_solver import SolverTest
 
 CUBE = """*NODE, NSET=NALL
@@ -59,7 +58,7 @@ class TimesTest(SolverTest):
 
     def frames(self, database="job.odb"):
         """Of every frame with a printed displacement: step, number, time, and the displacement of node 5."""
-        with h5py.File(self.path(database)) as odb:
+        with expanded(self.path(database)) as odb:
             found = []
             for name, group in odb["steps"].items():
                 field = group["fields/U_PRINT"]
@@ -178,7 +177,7 @@ class StepsTest(TimesTest):
         prints = PRINT + "*NODE PRINT, NSET=TOP, GLOBAL=YES\nU\n*NODE PRINT, NSET=NALL\nU\n"
         self.solve(CUBE + local + step(".5", "1.", 10, prints) + step(".5", "1.", 20))
         self.assertEqual(self.import_all(), "")
-        with h5py.File(self.path("job.odb")) as odb:
+        with expanded(self.path("job.odb")) as odb:
             self.assertEqual(list(odb["steps"]), ["Step-1", "Step-2"])
             for group in odb["steps"].values():
                 self.assertEqual(group["frames/value"][()].tolist(), [0.5, 1.0])
@@ -206,7 +205,7 @@ class StepsTest(TimesTest):
         self.solve_steps(steps)
         self.path("job.dat").write_bytes(other)
         self.assertIn("job.dat:2: warning: the tables are not of this run, and are left out: ", self.import_all())
-        with h5py.File(self.path("job.odb")) as odb:
+        with expanded(self.path("job.odb")) as odb:
             self.assertEqual([(name, sorted(group["fields"])) for name, group in odb["steps"].items()],
                              [("Step-1", []), ("Step-2", ["U"])])
         run = self.import_job("--strict")
@@ -225,7 +224,7 @@ class StepsTest(TimesTest):
             if left > 8:  # only the title and the blank lines around it are left, or less
                 continue
             self.assertRegex(run.err.decode(), r"^job\.dat:\d+: warning: the file is cut off here")
-            with h5py.File(self.path("job.odb")) as odb:
+            with expanded(self.path("job.odb")) as odb:
                 self.assertEqual([len(g["frames/value"]) for g in odb["steps"].values()], [2])
         # In the first tables of all, which have none before them: the deck knows the nodes, and the points of an element.
         first = next(i for i, line in enumerate(lines) if i > 2 and line.startswith(" displacements"))

@@ -3,10 +3,10 @@ import os
 import re
 import subprocess
 
-import h5py
 import numpy as np
 
 from decks import BRICK_EDGES, CORNERS, TETRAHEDRON, TETRAHEDRON_EDGES, WEDGE, WEDGE_EDGES, Mesh
+from expanded import expanded
 from support import ProgramTest
 
 SHAPES = {"C3D8": (CORNERS, (), 6), "C3D20": (CORNERS, BRICK_EDGES, 6), "C3D6": (WEDGE, (), 5),
@@ -23,7 +23,7 @@ class SurfaceTest(ProgramTest):
                        stdout=subprocess.DEVNULL, timeout=60, check=False, env={**os.environ, "OMP_NUM_THREADS": "1"})
         run = self.run_program("import", "job", program="kolvex")
         self.assertEqual((run.status, run.err), (0, notes))
-        odb = h5py.File(self.path("job.odb"))
+        odb = expanded(self.path("job.odb"))
         self.addCleanup(odb.close)
         return odb["assembly"]
 

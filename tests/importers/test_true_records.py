@@ -5,10 +5,10 @@ import pathlib
 import shutil
 import subprocess
 
-import h5py
 import numpy as np
 
 import frd_check
+from expanded import expanded
 from support import ProgramTest
 
 RUNS = pathlib.Path(__file__).parent / "runs"
@@ -55,7 +55,7 @@ class TrueRecordsTest(ProgramTest):
         stress = self.block(results, "STRESS")
         rows = np.array(stress.rows)[[any(label in nodes for nodes in results.elements.values())
                                       for label in stress.labels]]
-        with h5py.File(self.path("job.odb")) as odb:
+        with expanded(self.path("job.odb")) as odb:
             self.assertGreater(len(odb["assembly/instances/PART-1-1/mesh/elements"]), 1, "there are several types")
         for component, column in COMPONENTS.items():
             self.assert_close(records[f"Step_1__Frame_1__S__{component}__max"], rows[:, column].max())
@@ -86,7 +86,7 @@ class TrueRecordsTest(ProgramTest):
         results = self.solve("local")
         records = self.records_of(b"job.frd: warning: in Step-1 the components of S are in local axes for the elements of "
                                   b"EALL (GLOBAL=NO), and mixed with others at nodes that they share\n")
-        with h5py.File(self.path("job.odb")) as odb:
+        with expanded(self.path("job.odb")) as odb:
             local = set(odb["assembly/nodeSets/RIGHT/PART-1-1"][()].tolist())
         block = self.block(results, "DISP")
         for name, labels in (("U_LOCAL", local), ("U", set(block.labels) - local)):
@@ -134,7 +134,7 @@ class TrueRecordsTest(ProgramTest):
             run = self.run_program("import", "job", program="kolvex")
             self.assertEqual(run.status, 0, run.err)
             self.assertRegex(run.err, rb"warning: the result file holds no model; the mesh is that of the deck\n")
-            with h5py.File(self.path("job.odb")) as odb:
+            with expanded(self.path("job.odb")) as odb:
                 mesh = odb["assembly/instances/PART-1-1/mesh"]
                 self.assertEqual(mesh["elements/C3D8/connectivity"].shape, (12, 8))
                 self.assertEqual(len(mesh["nodes/labels"]), 36)

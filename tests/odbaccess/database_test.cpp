@@ -5,9 +5,9 @@
 
 #include "odbaccess/odb_api.h"
 #include "odbstore/upgrade.h"
-#include "odbstore/writer.h"
 #include "support/old_database.h"
 #include "support/temporary_directory.h"
+#include "support/writer.h"
 
 namespace {
 

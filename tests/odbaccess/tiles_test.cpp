@@ -7,8 +7,8 @@
 #include <random>
 
 #include "odbaccess/odb_api.h"
-#include "odbstore/writer.h"
 #include "support/temporary_directory.h"
+#include "support/writer.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 
 #include <filesystem>
 
-#include "odbstore/writer.h"
 #include "support/temporary_directory.h"
+#include "support/writer.h"
 
 namespace odbstore {
 namespace {
@@ -77,23 +77,6 @@ TEST_F(ReaderTest, AFileThatIsCutOffWhileItIsOpenIsAnError) {
   std::vector<float> rows(20000);
   EXPECT_THAT(failureOf([&] { block.read(2, rows.data()); }),
               HasSubstr("/steps/Step-1/fields/NT/blocks/1/data: the file ends inside this data set"));
-}
-
-TEST_F(ReaderTest, TheInventoryHasEveryDataSetInTheOrderOfTheFile) {
-  const Inventory inventory = Reader(path_).inventory();
-  EXPECT_TRUE(inventory.problems.empty());
-  std::int64_t end = 0;
-  std::int64_t rows = 0;
-  for (const DataExtent& extent : inventory.extents) {
-    EXPECT_GE(extent.begin, end) << extent.path;
-    end = extent.end;
-    if (extent.path == "/steps/Step-1/fields/NT/blocks/1/data") {
-      EXPECT_EQ(extent.slabBytes, 80000);
-      EXPECT_EQ(extent.firstSlab, 0);
-      rows = extent.end - extent.begin;
-    }
-  }
-  EXPECT_EQ(rows, 160000);
 }
 
 }  // namespace

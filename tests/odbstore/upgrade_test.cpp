@@ -9,10 +9,9 @@
 #include <iterator>
 
 #include "base/output_file.h"
-#include "odbstore/layout_1.h"
 #include "odbstore/reader.h"
 #include "odbstore/store_error.h"
-#include "odbstore/writer.h"
+#include "odbwriter/database_writer.h"
 #include "support/old_database.h"
 #include "support/temporary_directory.h"
 
@@ -25,10 +24,10 @@ constexpr int kNodeLabel = 0x45444f4e;
 class RequireCompleteTest : public testing::Test {
  protected:
   void writeDatabase() {
-    Writer writer(file_);
+    DatabaseWriter writer(file_.temporaryPath(), path_, {});
     writer.addPart("PLATE");
     writer.addInstance("PLATE-1", "PLATE");
-    writer.addNodes("PLATE-1", std::vector{1, kNodeLabel}, std::vector{0.0, 0.0, 0.0, 1.0, 0.0, 0.0});
+    writer.addNodes("PLATE-1", {1, kNodeLabel}, {0.0, 0.0, 0.0, 1.0, 0.0, 0.0});
     writer.finish();
   }
 
@@ -58,8 +57,9 @@ TEST_F(RequireCompleteTest, EmptyFileIsNot) { EXPECT_EQ(failure(), incomplete_);
 
 TEST_F(RequireCompleteTest, FileOfAWriterThatDidNotFinishIsNot) {
   {
-    Writer writer(file_);
+    DatabaseWriter writer(file_.temporaryPath(), path_, {});
     writer.addPart("PLATE");
+    writer.layOut();
   }
   EXPECT_EQ(failure(), incomplete_);
   EXPECT_TRUE(std::filesystem::exists(file_.temporaryPath())) << "it belongs to whoever made it";
@@ -96,10 +96,10 @@ TEST_F(RequireCompleteTest, FileOfAnotherLayoutIsNot) {
   EXPECT_EQ(failure(), incomplete_);
 }
 
-TEST_F(RequireCompleteTest, FileWithoutChecksumsIsNot) {
+TEST_F(RequireCompleteTest, FileWithoutACatalogIsNot) {
   writeDatabase();
   const hid_t file = H5Fopen(file_.temporaryPath().c_str(), H5F_ACC_RDWR, H5P_DEFAULT);
-  EXPECT_GE(H5Ldelete(file, "checksums", H5P_DEFAULT), 0);
+  EXPECT_GE(H5Ldelete(file, "catalog", H5P_DEFAULT), 0);
   H5Fclose(file);
   EXPECT_EQ(failure(), incomplete_);
 }
@@ -114,21 +114,6 @@ TEST(Upgrade, HandsOutWhatItHasWrittenWhateverTakesTheNameMeanwhile) {
   EXPECT_EQ(first->name(), "first");
   EXPECT_EQ(second->name(), "second");
   EXPECT_EQ(Reader(copy).name(), "second");
-}
-
-TEST(ReadLayout1, WritesNothing) {
-  const TemporaryDirectory directory;
-  writeOldDatabase(directory.file("old.odb"), "old");
-  readLayout1(directory.file("old.odb"));
-  EXPECT_EQ(directory.entries(), 1U);
-}
-
-TEST(ReadLayout1, RefusesOtherLayouts) {
-  const TemporaryDirectory directory;
-  const std::string path = directory.file("new.odb");
-  writeOldDatabase(directory.file("old.odb"), "old");
-  upgrade(directory.file("old.odb"), path);
-  EXPECT_THROW(readLayout1(path), StoreError);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "odbstore/writer.h"
+#include "support/writer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -90,7 +90,7 @@ TEST_F(WriterTest, StepsKeepTheirOrderAndMassMayBeAbsent) {
   EXPECT_THAT(reader.step("Step-2")->info().massCenter, ElementsAre(0, 1.5, 3));
   EXPECT_THAT(reader.step("Step-2")->info().inertiaAboutOrigin, IsEmpty());
   EXPECT_EQ(reader.step("Step-1")->info().mass, -1.0);
-  EXPECT_THAT(reader.step("Step-1")->frames(), IsEmpty());
+  EXPECT_EQ(reader.step("Step-1")->frameCount(), 0);
 }
 
 TEST_F(WriterTest, ManyStepsKeepTheirOrderToo) {
@@ -133,10 +133,10 @@ TEST_F(WriterTest, FramesMissFieldsAndBlocksAndComeBackEachWithItsOwn) {
 
   const Reader reader(path_);
   const auto stored = reader.step("Step-1");
-  ASSERT_EQ(stored->frames().size(), 3U);
-  EXPECT_EQ(stored->frames()[1].description, "Increment 1");
+  ASSERT_EQ(stored->frameCount(), 3);
+  EXPECT_EQ(stored->frame(1).description, "Increment 1");
   const StoredField& field = stored->fields().at(0);
-  EXPECT_THAT(field.inFrame, ElementsAre(1, 0, 1));
+  EXPECT_THAT(field.frames(), ElementsAre(0, 2));
   std::vector<std::vector<float>> inFirst;
   std::vector<std::vector<float>> inThird;
   for (const StoredBlock& block : field.blocks) {
@@ -164,7 +164,7 @@ TEST_F(WriterTest, BlocksOfAFieldShareOneDataSetOverTheFrames) {
   const auto stored = reader.step("Step-1");
   const StoredField& field = stored->fields().at(0);
   ASSERT_EQ(field.blocks.size(), 1U);
-  EXPECT_EQ(field.info, kStress);
+  EXPECT_EQ(*field.infoIn(1), kStress);
   EXPECT_EQ(field.blocks[0].width(), 6);
   EXPECT_EQ(field.blocks[0].location()->info().elementType, "C3D4");
   EXPECT_THAT(field.blocks[0].location()->elementLabels(), ElementsAre(5, 5));
@@ -306,7 +306,7 @@ TEST_F(WriterTest, AMissingDirectoryIsNamed) {
 TEST_F(WriterTest, ANameUsedTwiceIsRefused) {
   Writer writer(path_);
   writer.addPart("P");
-  EXPECT_THAT(failureOf([&] { writer.addPart("P"); }), HasSubstr("job.odb: /parts/P: cannot be created"));
+  EXPECT_THAT(failureOf([&] { writer.addPart("P"); }), HasSubstr("job.odb: /parts/P: is there already"));
 }
 
 TEST_F(WriterTest, RowsThatDoNotFillTheirLocationAreRefused) {
@@ -319,12 +319,27 @@ TEST_F(WriterTest, RowsThatDoNotFillTheirLocationAreRefused) {
               HasSubstr("rows of 4 numbers do not fit 6 component labels"));
 }
 
-TEST_F(WriterTest, AFieldDescribedDifferentlyInALaterFrameIsRefused) {
+TEST_F(WriterTest, AFieldMayBeDescribedDifferentlyInALaterFrame) {
   Writer writer(path_);
+  const LocationId location = writer.addLocation({"I", Position::nodal, "", 0, ""}, {{1, 2}, {}, {}});
   const StepId step = writer.addStep("Step-1", {});
-  writer.addField(writer.addFrame(step, {}), "S", kStress);
-  EXPECT_THAT(failureOf([&] { writer.addField(writer.addFrame(step, {}), "S", kTemperature); }),
-              HasSubstr("field \"S\": frame 1 describes it differently"));
+  FieldInfo renamed = kTemperature;
+  renamed.description = "Temperature at nodes";
+  writer.addBlock(writer.addField(writer.addFrame(step, {}), "NT", kTemperature), location, std::vector<float>{1, 2});
+  writer.addBlock(writer.addField(writer.addFrame(step, {}), "NT", kStress), location, std::vector<float>(12, 3));
+  writer.addBlock(writer.addField(writer.addFrame(step, {}), "NT", renamed), location, std::vector<float>{5, 6});
+  writer.finish();
+  const auto stored = Reader(path_).step("Step-1");
+  const StoredField& field = stored->fields().at(0);
+  EXPECT_EQ(*field.infoIn(0), kTemperature);
+  EXPECT_EQ(*field.infoIn(1), kStress);
+  EXPECT_EQ(*field.infoIn(2), renamed);
+  ASSERT_EQ(field.blocks.size(), 2U);
+  EXPECT_THAT(field.blocks[0].frames(), ElementsAre(0, 2));
+  EXPECT_EQ(field.blocks[0].type(), 2);
+  EXPECT_EQ(field.blocks[1].type(), 5);
+  EXPECT_THAT(field.blocks[1].componentLabels(), ElementsAre("11", "22", "33", "12", "13", "23"));
+  EXPECT_THAT(rowsOf(field.blocks[0], 2), ElementsAre(5, 6));
 }
 
 TEST_F(WriterTest, LabelsThatDoNotFitThePositionAreRefused) {

@@ -25,10 +25,11 @@ def without_streams(*numbers):
 
 @contextlib.contextmanager
 def runnable_by_nobody(program):
-    """A copy of a program where every user can start it, and the options with which `subprocess` takes all rights from
-    it. Root may write where nobody may; others need not be anybody else."""
+    """A copy of a program where every user can start it, beside what it starts itself, and the options with which
+    `subprocess` takes all rights from it. Root may write where nobody may; others need not be anybody else."""
     with tempfile.TemporaryDirectory() as programs:
         os.chmod(programs, 0o755)
+        shutil.copy(BIN / "odbscan", programs)
         yield shutil.copy(BIN / program, programs), {"user": NOBODY} if os.geteuid() == 0 else {}
 
 

@@ -25,7 +25,7 @@ from test_results import ResultsTest
 RUNS = 300
 FIRST = 100
 
-SUFFIXES = {"allocations": "_failing_new", "hdf5": "_failing_hdf5", "system": "_failing_system"}
+WHAT = ("allocations", "hdf5", "system")
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 
 
@@ -118,19 +118,16 @@ def unlisted():
     return sorted(name for name in called - listed if not closing.match(name))
 
 
-def run(suffix, case, directory, **environment):
+def run(what, case, directory, **environment):
+    """A run of the programs whose calls fail, and how many calls it has made, those of the programs that it starts too."""
     case.fill(directory)
-    program = BIN / (pathlib.Path(case.command[0]).name + suffix)
-    return subprocess.run([program, *case.command[1:]], cwd=directory, env={**os.environ, **environment},
-                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=60,
-                          check=False)
-
-
-def calls(suffix, case, directory):
-    """How many a run makes that is left alone."""
     count = directory.with_suffix(".count")
-    run(suffix, case, directory, KOLVEX_COUNT=str(count))
-    return int(count.read_text(encoding="ascii"))
+    count.write_bytes(bytes(8))
+    program = BIN / f"failing_{what}" / pathlib.Path(case.command[0]).name
+    process = subprocess.run([program, *case.command[1:]], cwd=directory,
+                             env={**os.environ, **environment, "KOLVEX_COUNT": str(count)}, stdin=subprocess.DEVNULL,
+                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=60, check=False)
+    return process, int.from_bytes(count.read_bytes(), "little")
 
 
 def chosen(number, is_all):
@@ -141,14 +138,14 @@ def chosen(number, is_all):
     return [*range(1, FIRST + 1), *range(FIRST + 1, number + 1, stride)]
 
 
-def try_all(suffix, case, scratch, orders, jobs, number):
+def try_all(what, case, scratch, orders, jobs, number):
     local = threading.local()
 
     def one(order):
         if not hasattr(local, "directory"):
             local.directory = pathlib.Path(tempfile.mkdtemp(dir=scratch))
         try:
-            process = run(suffix, case, local.directory, KOLVEX_FAIL=order, KOLVEX_ERRNO=str(number))
+            process, _ = run(what, case, local.directory, KOLVEX_FAIL=order, KOLVEX_ERRNO=str(number))
         except subprocess.TimeoutExpired:
             return order, ["it hangs"]
         # Which calls come behind the renaming is not known, so a new database is accepted.
@@ -167,10 +164,9 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--all", action="store_true", help="every call")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
-    parser.add_argument("what", choices=SUFFIXES)
+    parser.add_argument("what", choices=WHAT)
     parser.add_argument("cases", nargs="*")
     options = parser.parse_args()
-    suffix = SUFFIXES[options.what]
     kinds = [*CASES, BrokenExtraction]
     failures = 0
     if options.what != "allocations":
@@ -184,13 +180,13 @@ def main():
             if kind.most_points or (options.cases and kind.name not in options.cases):
                 continue
             case = kind(scratch)
-            number = calls(suffix, case, pathlib.Path(scratch) / "counted")
+            _, number = run(options.what, case, pathlib.Path(scratch) / "counted")
             orders = [f"{n}{further}" for n in chosen(number, options.all) for further in ("", "+")]
             reasons = [errno.EIO, errno.EINTR] if options.what == "system" else [errno.ENOMEM]
             for reason in reasons:
                 # Who is interrupted for ever tries for ever.
                 tried = orders if reason != errno.EINTR else [order for order in orders if "+" not in order]
-                wrong = try_all(suffix, case, scratch, tried, options.jobs, reason)
+                wrong = try_all(options.what, case, scratch, tried, options.jobs, reason)
                 print(f"{case.name}: {number} calls, {errno.errorcode[reason]}, {len(tried)} runs, {wrong} wrong")
                 failures += wrong
     return 1 if failures else 0

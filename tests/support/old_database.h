@@ -6,17 +6,14 @@
 
 #include <string>
 
-#include "base/output_file.h"
-#include "odbstore/writer.h"
+#include "odbwriter/database_writer.h"
 
 // Writes one that holds nothing but its own name.
 inline void writeOldDatabase(const std::string& path, const std::string& name) {
   {
-    base::OutputFile file(path);
-    odbstore::Writer writer(file);
+    odbstore::DatabaseWriter writer(path);
     writer.setName(name);
     writer.finish();
-    file.publish();
   }
   // As empty as it is, the number of the layout is all that tells one from the other.
   const hid_t file = H5Fopen(path.c_str(), H5F_ACC_RDWR, H5P_DEFAULT);

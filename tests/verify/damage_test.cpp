@@ -13,16 +13,16 @@ using testing::ElementsAre;
 class DamageTest : public testing::Test {
  protected:
   DamageTest() {
-    inventory_.extents = {{1000, 1044, "/checksums", 0, 4},
-                          {4096, 8192, "/locations/0/nodeLabels", 0, 4},
-                          {8192, 32768, "/steps/S/fields/U/blocks/0/data", 0, 8192}};
+    extents_ = {{1000, 1044, "/checksums", 0, 4},
+                {4096, 8192, "/locations/0/nodeLabels", 0, 4},
+                {8192, 32768, "/steps/S/fields/U/blocks/0/data", 0, 8192}};
   }
 
   std::vector<std::string> damage(const std::vector<std::int64_t>& blocks) const {
-    return describeDamage(blocks, {1000, 10, 4096}, 40000, inventory_, [this](const BlockPlace&) { return frames_; });
+    return describeDamage(blocks, {1000, 10, 4096}, 40000, extents_, [this](const BlockPlace&) { return frames_; });
   }
 
-  odbstore::Inventory inventory_;
+  std::vector<odbstore::DataExtent> extents_;
   std::vector<int> frames_ = {5, 3, 8};
 };
 
@@ -49,9 +49,9 @@ TEST_F(DamageTest, EndsWithTheFile) {
 }
 
 TEST_F(DamageTest, DoesNotCountTheSumsAsAGap) {
-  inventory_.extents[0] = {0, 4044, "/checksums", 0, 4};
-  inventory_.extents.insert(inventory_.extents.begin() + 1, {4044, 4096, "/parts/P/nodeSets/N", 0, 4});
-  EXPECT_THAT(describeDamage({0}, {0, 1010, 4096}, 40000, inventory_, {}),
+  extents_[0] = {0, 4044, "/checksums", 0, 4};
+  extents_.insert(extents_.begin() + 1, {4044, 4096, "/parts/P/nodeSets/N", 0, 4});
+  EXPECT_THAT(describeDamage({0}, {0, 1010, 4096}, 40000, extents_, {}),
               ElementsAre("bytes 0..4095 are damaged: part \"P\", node set \"N\""));
 }
 
@@ -61,9 +61,9 @@ TEST_F(DamageTest, LeavesFramesOutThatAreNotKnown) {
 }
 
 TEST_F(DamageTest, CountsWhatWouldBeTooLongAList) {
-  inventory_.extents.clear();
+  extents_.clear();
   for (int i = 0; i < 20; ++i) {
-    inventory_.extents.push_back({i * 100, i * 100 + 100, "/locations/" + std::to_string(i) + "/nodeLabels", 0, 4});
+    extents_.push_back({i * 100, i * 100 + 100, "/locations/" + std::to_string(i) + "/nodeLabels", 0, 4});
   }
   const std::vector<std::string> texts = damage({0});
   ASSERT_EQ(texts.size(), 1U);

@@ -7,7 +7,7 @@ import subprocess
 import h5py
 import numpy as np
 
-from checksummed import add_checksums, crc32c, place_of_sums, sums_of
+from checksummed import add_checksums, crc32c, place_of_sums
 from conditions import runnable_by_nobody
 from support import ROOT, Database, ProgramTest, set_attributes
 from test_upgrade import old_database
@@ -280,29 +280,6 @@ class VerifyTest(ProgramTest):
         with open("/dev/full", "w") as full:
             self.assertEqual(self.verify("job.odb", stdout=full).status, 1)
 
-
-
-class ImportedTest(ProgramTest):
-    RESULTS = ("    1C\n"
-               "    2C                             2                                     1\n"
-               " -1         1 0.00000E+00 0.00000E+00 0.00000E+00\n"
-               " -1         2 1.00000E+00 0.00000E+00 0.00000E+00\n -3\n"
-               "    1PSTEP                         1           1           1          \n"
-               "  100CL  101 1.000000000           2                     0    1           1\n"
-               " -4  NDTEMP      1    1\n -5  T           1    1    0    0\n"
-               " -1         1 2.00000E+01\n -1         2-3.00000E+01\n -3\n 9999\n")
-
-    def test_an_import_keeps_the_checksums_that_the_format_page_describes(self):
-        self.write("job.frd", self.RESULTS)
-        for options in ((), ("--compress",), ("--checksum",)):
-            with self.subTest(options):
-                self.assertEqual(self.run_program("job", "--no-deck", *options, program="import").status, 0)
-                offset, count, block = place_of_sums(self.path("job.odb"))
-                content = self.path("job.odb").read_bytes()
-                self.assertGreaterEqual((count - 1) * block, len(content))
-                self.assertEqual(content[offset:offset + 4 * count], sums_of(content, offset, count, block))
-                run = self.run_program("job.odb", program="verify")
-                self.assertEqual((run.status, run.out, run.err), (0, b"job.odb: sound\n", b""))
 
     def test_the_sums_of_this_test_are_the_published_ones(self):
         self.assertEqual(crc32c(b"123456789"), 0xE3069283)

@@ -25,7 +25,7 @@ namespace {
 
 class CalculixSource : public Source {
  public:
-  CalculixSource(const CalculixRun& run, const WarningSink& warn) : run_(run), warn_(warn) {
+  CalculixSource(const CalculixRun& run, const WarningSink& warn) : run_(run), warn_(onceOnly(warn)) {
     if (isMissing(run_.results) && !run_.printed.empty() && !run_.deck.empty()) return;
     const FrdReader reader(run_.results);  // refuses what is no such file before anything else is read
     title_ = reader.header().title;
@@ -50,12 +50,12 @@ class CalculixSource : public Source {
     }
     contents_->nodes = {};
     contents_->mesh = {};
+    sets_->deliver(sink);
     if (hasMeshOfDeck_) {
       deliverDeckMesh(deck_.mesh, run_.deck, sink);
     } else {
       ResultDelivery(run_.results, deck_, plan_, leftOut_, sink).run(progress);
     }
-    sets_->deliver(sink);
     if (contents_->printed.tables.empty()) return;
     PrintedHistories histories(run_.printed, contents_->printed, run_.historyLimit, deck_, warn_);
     PrintedImport(run_.printed, *contents_, plan_, sink).run(histories, progress);
@@ -161,7 +161,7 @@ class CalculixSource : public Source {
   }
 
   CalculixRun run_;
-  const WarningSink& warn_;
+  const WarningSink warn_;
   std::string title_;
   std::string producer_;
   bool hasResultFile_ = false;

@@ -1,6 +1,8 @@
 #include "importers/input/diagnostics.h"
 
 #include <algorithm>
+#include <memory>
+#include <set>
 #include <utility>
 
 namespace importers {
@@ -17,6 +19,13 @@ std::string listed(const std::vector<std::string>& names) {
   for (std::size_t i = 0; i < shown; ++i) text += (i > 0 ? ", " : "") + names[i];
   if (shown < names.size()) text += " and " + std::to_string(names.size() - shown) + " more";
   return text;
+}
+
+WarningSink onceOnly(const WarningSink& warn) {
+  const auto said = std::make_shared<std::set<std::string>>();
+  return [said, &warn](const base::Diagnostic& diagnostic) {
+    if (said->insert(base::textOf(diagnostic)).second) warn(diagnostic);
+  };
 }
 
 ImportError::ImportError(SourcePlace place, std::string reason)

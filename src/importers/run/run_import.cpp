@@ -36,23 +36,30 @@ ImportSummary summaryOf(const Outline& outline, const Choice& choice, int histor
 ImportSummary write(Source& source, const Outline& outline, const ImportRequest& request, const WarningSink& warn,
                     const ProgressSink& progress) {
   const Choice choice = choose(outline, request.selection, request.results);
-  odbstore::Writer writer(request.output, request.storage);
-  Sink sink(outline, choice, request.results, writer, warn);
-  std::uint64_t bytes = 1;
-  source.deliver(choice, sink, [&](std::uint64_t done, std::uint64_t all) {
-    bytes = all;
-    if (progress) progress(done, all);
-  });
-  sink.finish();
-  if (progress) progress(bytes, bytes);
-  writer.finish();
-  return summaryOf(outline, choice, sink.histories());
+  std::set<FieldId> irregular;
+  for (;;) {
+    odbstore::DatabaseWriter writer(request.output, request.storage);
+    Sink sink(outline, choice, irregular, request.results, writer, warn);
+    std::uint64_t bytes = 1;
+    source.deliver(choice, sink, [&](std::uint64_t done, std::uint64_t all) {
+      bytes = all;
+      if (progress) progress(done, all);
+    });
+    sink.finish();
+    if (sink.newlyIrregular().empty()) {
+      if (progress) progress(bytes, bytes);
+      writer.finish();
+      return summaryOf(outline, choice, sink.histories());
+    }
+    irregular.insert(sink.newlyIrregular().begin(), sink.newlyIrregular().end());
+  }
 }
 
 }  // namespace
 
-ImportSummary runImport(Source& source, const ImportRequest& request, const WarningSink& warn,
+ImportSummary runImport(Source& source, const ImportRequest& request, const WarningSink& warnOfAll,
                         const ProgressSink& progress) {
+  const WarningSink warn = onceOnly(warnOfAll);
   Outline outline = source.outline();
   keepNamesApart(outline, request.results, warn);
   try {

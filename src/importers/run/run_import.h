@@ -6,7 +6,7 @@
 #include "importers/input/diagnostics.h"
 #include "importers/run/choice.h"
 #include "importers/run/source.h"
-#include "odbstore/writer.h"
+#include "odbwriter/database_writer.h"
 
 namespace importers {
 

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "importers/run/record_names.h"
+#include "odbwriter/row_index.h"
 
 namespace importers {
 
@@ -39,9 +40,15 @@ std::string recordLabel(const odbstore::HistoryRegionInfo& info) {
 
 }  // namespace
 
-Sink::Sink(const Outline& outline, const Choice& choice, const std::string& file, odbstore::Writer& writer,
-           const WarningSink& warn)
-    : outline_(outline), choice_(choice), file_(file), writer_(writer), warn_(warn), steps_(outline.steps.size()) {
+Sink::Sink(const Outline& outline, const Choice& choice, const std::set<FieldId>& irregular, const std::string& file,
+           odbstore::DatabaseWriter& writer, const WarningSink& warn)
+    : outline_(outline),
+      choice_(choice),
+      file_(file),
+      irregular_(irregular),
+      writer_(writer),
+      warn_(warn),
+      steps_(outline.steps.size()) {
   writer_.setTitle(outline.title);
   writer_.setProducer(outline.producer);
   writer_.setAssemblyName("ASSEMBLY");
@@ -76,7 +83,7 @@ void Sink::nodes(std::span<const int> labels, std::span<const double> coordinate
   if (const auto twice = nodes_.repeated()) {
     throw ImportError(place, fmt::format("the node {} is there twice", *twice));
   }
-  writer_.addNodes(kInstance, labels, coordinates);
+  writer_.addNodes(kInstance, {labels.begin(), labels.end()}, {coordinates.begin(), coordinates.end()});
 }
 
 void Sink::elements(const ElementGroup& group, const SourcePlace& place) {
@@ -92,8 +99,8 @@ void Sink::elements(const ElementGroup& group, const SourcePlace& place) {
   to.connectivity.insert(to.connectivity.end(), group.connectivity.begin(), group.connectivity.end());
 }
 
-void Sink::writeMesh() {
-  if (std::exchange(isMeshWritten_, true)) return;
+void Sink::writeModel() {
+  if (std::exchange(isModelWritten_, true)) return;
   groups_.index();
   if (const auto twice = groups_.repeated()) {
     throw ImportError(elementsPlace_, fmt::format("the element {} is there twice", *twice));
@@ -101,13 +108,14 @@ void Sink::writeMesh() {
   for (const auto& group : groups_.all()) {
     writer_.addElements(kInstance, group->type, group->labels, group->connectivity);
   }
+  writer_.layOut();
 }
 
 void Sink::set(std::size_t set, std::span<const int> labels) {
   if (!choice_.takesSet(set)) return;
   std::vector<odbstore::SetMembers> members;
   if (!labels.empty()) members.push_back({kInstance, {labels.begin(), labels.end()}});
-  writer_.addSet({}, outline_.sets[set].kind, outline_.sets[set].name, members);
+  writer_.addSet({}, outline_.sets[set].kind, outline_.sets[set].name, std::move(members));
 }
 
 std::size_t Sink::piecesOf(const RowsId& id) const {
@@ -120,7 +128,7 @@ std::size_t Sink::piecesOf(const RowsId& id) const {
 template <typename Number>
 void Sink::takeRows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
                     std::span<const Number> values, const SourcePlace& place) {
-  writeMesh();
+  writeModel();
   const std::size_t pieces = piecesOf(id);
   if (pieces == 1) {
     writeRows(id, position, labels, values, place);
@@ -160,34 +168,33 @@ void Sink::writeRows(const RowsId& id, odbstore::Position position, const odbsto
   const OutlineField& field = fieldOf(id);
   count(id, values);
   const bool isNodal = position == odbstore::Position::nodal;
-  const odbstore::FieldId to = writer_.addField(*steps_[id.step]->frames[id.frame], field.name, field.info);
   if (isNodal && (field.isSpread || odbstore::isTensorType(field.info.type))) {
-    spread(id, to, nodeRows(id, labels.nodes, place), converted<float>(values, floats_), place);
+    spread(id, nodeRows(id, labels.nodes, place), converted<float>(values, floats_), place);
     return;
   }
   if (isNodal) {
     NodeRows& at = nodeRows(id, labels.nodes, place);
     if (!at.nodal) at.nodal = writer_.addLocation({kInstance, position, "", 0, ""}, labels);
+    const std::size_t width = values.size() / at.labels.size();
     if (field.info.type == kScalar) {
-      writer_.addBlock(to, *at.nodal, converted<double>(values, doubles_));
+      put(id, *at.nodal, converted<double>(values, doubles_), width);
     } else {
-      writer_.addBlock(to, *at.nodal, converted<float>(values, floats_));
+      put(id, *at.nodal, converted<float>(values, floats_), width);
     }
     return;
   }
-  const odbstore::LocationId at =
-      writer_.addLocation({kInstance, position, groups_.commonType(labels.elements), 0, ""}, labels);
-  writer_.addBlock(to, at, converted<float>(values, floats_));
+  const auto at = writer_.addLocation({kInstance, position, groups_.commonType(labels.elements), 0, ""}, labels);
+  put(id, at, converted<float>(values, floats_), values.size() / labels.elements.size());
 }
 
-void Sink::spread(const RowsId& id, odbstore::FieldId field, NodeRows& at, std::span<const float> values,
-                  const SourcePlace& place) {
+void Sink::spread(const RowsId& id, NodeRows& at, std::span<const float> values, const SourcePlace& place) {
   if (!at.spread) {
     const SpreadRows spread = spreadOverElements(groups_.all(), at.labels);
+    odbstore::RowIndex index = odbstore::makeRowIndex(spread.rowOf, static_cast<std::int64_t>(at.labels.size()));
     at.looseRows = spread.looseRows;
-    at.places = writer_.keepPlaces(spread.rowOf);
+    at.source = std::move(index.source);
     at.spread = writer_.addLocation({kInstance, odbstore::Position::elementNodal, spread.type, 0, ""},
-                                    {spread.nodes, spread.elements, {}});
+                                    {spread.nodes, spread.elements, {}}, std::move(index.rowOf));
   }
   const std::string& name = fieldOf(id).name;
   if (at.looseRows > 0 && looseOf_.insert(name).second) {
@@ -195,13 +202,64 @@ void Sink::spread(const RowsId& id, odbstore::FieldId field, NodeRows& at, std::
         place, fmt::format("{} has values at {} nodes that belong to no element with such values; they are left out",
                            name, at.looseRows)));
   }
-  if (at.places.count == 0) {
-    writer_.addBlock(field, *at.spread, std::span<const float>{}, {},
-                     static_cast<int>(values.size() / at.labels.size()));
+  const std::size_t width = values.size() / at.labels.size();
+  stored_.resize(at.source.size() * width);
+  float* to = stored_.data();
+  for (const int row : at.source) to = std::copy_n(values.data() + static_cast<std::size_t>(row) * width, width, to);
+  put(id, *at.spread, std::span<const float>(stored_), width);
+}
+
+template <typename Number>
+void Sink::put(const RowsId& id, odbstore::DatabaseWriter::Location location, std::span<const Number> rows,
+               std::size_t width) {
+  constexpr bool isDouble = std::is_same_v<Number, double>;
+  Block& block = blockFor(id, location, isDouble, width);
+  --block.left;
+  if (block.location != location.index || block.width != width) {
+    newlyIrregular_.emplace(id.step, id.field);
     return;
   }
-  const odbstore::KeptRows rows = writer_.keepRows(values, static_cast<int>(values.size() / at.labels.size()));
-  writer_.addBlock(field, *at.spread, rows, at.places);
+  writer_.writeRows(block.id, *steps_[id.step]->frames[id.frame], rows);
+}
+
+// Frames without a block whose rows will be like those of this one, as far as the outline tells.
+std::vector<std::size_t> Sink::framesLike(const RowsId& id, const Field& field) const {
+  if (irregular_.contains({id.step, id.field})) return {id.frame};
+  const std::vector<OutlineRows>& all = fieldOf(id).frames;
+  const OutlineRows& own =
+      *std::find_if(all.begin(), all.end(), [&](const auto& rows) { return rows.frame == id.frame; });
+  std::vector<std::size_t> frames;
+  for (const OutlineRows& rows : all) {
+    const bool isLike = rows.rows == own.rows && rows.pieces == own.pieces;
+    if (isLike && takes({id.step, id.field, rows.frame}) && !field.blockOfFrame.contains(rows.frame)) {
+      frames.push_back(rows.frame);
+    }
+  }
+  return frames;
+}
+
+Sink::Block& Sink::blockFor(const RowsId& id, odbstore::DatabaseWriter::Location location, bool isDouble,
+                            std::size_t width) {
+  auto known = fields_.find({id.step, id.field});
+  if (known == fields_.end()) {
+    const OutlineField& field = fieldOf(id);
+    const auto added = writer_.addField(steps_[id.step]->id, field.name, field.info);
+    known = fields_.emplace(FieldId{id.step, id.field}, Field{added, {}, {}}).first;
+  }
+  Field& field = known->second;
+  const auto planned = field.blockOfFrame.find(id.frame);
+  if (planned != field.blockOfFrame.end()) return field.blocks[planned->second];
+  const std::vector<std::size_t> frames = framesLike(id, field);
+  odbstore::DatabaseWriter::BlockForm form;
+  form.width = static_cast<int>(width);
+  form.isDouble = isDouble;
+  form.frames.emplace();
+  for (const std::size_t frame : frames) {
+    form.frames->push_back(*steps_[id.step]->frames[frame]);
+    field.blockOfFrame.emplace(frame, field.blocks.size());
+  }
+  field.blocks.push_back({writer_.addBlock(field.id, location, std::move(form)), location.index, width, frames.size()});
+  return field.blocks.back();
 }
 
 Sink::NodeRows& Sink::nodeRows(const RowsId& id, std::span<const int> labels, const SourcePlace& place) {
@@ -236,17 +294,37 @@ std::string Sink::uniqueOutput(Step& step, const std::string& label, const std::
 void Sink::history(std::size_t step, const std::string& region, const odbstore::HistoryRegionInfo& info,
                    const std::string& output, const odbstore::HistorySamples& samples) {
   Step& to = *steps_[step];
-  auto known = to.regions.find(region);
-  if (known == to.regions.end()) {
-    known = to.regions.emplace(region, writer_.addHistoryRegion(to.id, region, info)).first;
-    to.labels.emplace(region, recordLabel(info));
-  }
-  writer_.addHistoryOutput(known->second, uniqueOutput(to, to.labels.at(region), output), samples);
+  const auto [known, isNew] = to.regions.emplace(region, Region{info, recordLabel(info)});
+  to.histories.push_back({region, uniqueOutput(to, known->second.label, output), samples});
   ++histories_;
 }
 
+void Sink::writeHistories() {
+  std::vector<std::pair<odbstore::DatabaseWriter::History, const odbstore::HistorySamples*>> added;
+  for (const std::optional<Step>& step : steps_) {
+    if (!step) continue;
+    std::map<std::string, odbstore::DatabaseWriter::Region> regions;
+    for (const auto& [name, region] : step->regions) {
+      regions.emplace(name, writer_.addHistoryRegion(step->id, name, region.info));
+    }
+    for (const History& history : step->histories) {
+      added.emplace_back(writer_.addHistory(regions.at(history.region), history.output, history.samples.samples,
+                                            history.samples.width),
+                         &history.samples);
+    }
+  }
+  writer_.layOut();
+  for (const auto& [id, samples] : added) writer_.writeSamples(id, samples->numbers);
+}
+
 void Sink::finish() {
-  writeMesh();
+  writeModel();
+  for (const auto& [id, field] : fields_) {
+    const bool isWhole =
+        std::all_of(field.blocks.begin(), field.blocks.end(), [](const Block& b) { return b.left == 0; });
+    if (!isWhole) newlyIrregular_.insert(id);
+  }
+  if (newlyIrregular_.empty()) writeHistories();
   for (const auto& [name, strange] : strange_) {
     const OutlineStep& step = outline_.steps[strange.step];
     warn_(base::warning(

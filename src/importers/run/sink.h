@@ -3,7 +3,7 @@
 // - one block for each field and frame, whatever the types of elements and however many deliveries its rows come in:
 //   of several blocks the extraction keeps the components of the last one alone;
 // - tensors at nodes become element-nodal rows, one for every node of every element, so that sets of elements have
-// them;
+//   them; they are stored once for each node;
 // - scalars at nodes are stored in double precision, because in single precision the engineering maximum is taken
 //   from the small values; vectors and tensors in single precision, because sets of double ones cannot be extracted;
 // - no record of a history has the name of another one.
@@ -24,7 +24,7 @@
 #include "importers/run/element_groups.h"
 #include "importers/run/merged_rows.h"
 #include "importers/run/outline.h"
-#include "odbstore/writer.h"
+#include "odbwriter/database_writer.h"
 
 namespace importers {
 
@@ -32,11 +32,19 @@ namespace importers {
 inline constexpr const char* kInstance = "PART-1-1";
 inline constexpr const char* kPart = "PART-1";
 
+// A field of a step, by their places in the outline.
+using FieldId = std::pair<std::size_t, std::size_t>;
+
+// Rows go to the file as they come. A block needs to know its frames before: the Sink takes it that frames of a field
+// with as many rows have rows at the same places, and keeps those in one block. Where that turns out to be wrong the
+// field is irregular, its rows are left out, and the run has to be delivered once more to a Sink that knows: there such
+// a field has a block of its own for each frame.
 class Sink {
  public:
-  // All must live as long. `file` is named where no other place is known.
-  Sink(const Outline& outline, const Choice& choice, const std::string& file, odbstore::Writer& writer,
-       const WarningSink& warn);
+  // All must live as long. `file` is named where no other place is known. `irregular` are the fields that earlier Sinks
+  // have found.
+  Sink(const Outline& outline, const Choice& choice, const std::set<FieldId>& irregular, const std::string& file,
+       odbstore::DatabaseWriter& writer, const WarningSink& warn);
 
   bool takes(const RowsId& rows) const { return choice_.takes(rows); }
   bool takesStep(std::size_t step) const { return choice_.takesStep(step); }
@@ -47,7 +55,7 @@ class Sink {
   void nodes(std::span<const int> labels, std::span<const double> coordinates, const SourcePlace& place);
   void elements(const ElementGroup& group, const SourcePlace& place);
 
-  // The members of a set of the outline; of one that is not chosen nothing is kept.
+  // The members of a set of the outline, before any rows; of one that is not chosen nothing is kept.
   void set(std::size_t set, std::span<const int> labels);
 
   // Rows of a chosen field and frame, as often as the outline has pieces of them. `values` are [rows, width]; `labels`
@@ -62,27 +70,51 @@ class Sink {
   void history(std::size_t step, const std::string& region, const odbstore::HistoryRegionInfo& info,
                const std::string& output, const odbstore::HistorySamples& samples);
 
-  // After everything has been delivered: says what is left to say of it.
+  // After everything has been delivered: writes the histories, and says what is left to say.
   void finish();
+
+  // Fields whose rows could not be written, once finish() has been called.
+  const std::set<FieldId>& newlyIrregular() const { return newlyIrregular_; }
 
   bool hasNodes() const { return hasNodes_; }
   bool hasElements() const { return !groups_.all().empty(); }
   int histories() const { return histories_; }
 
  private:
+  struct History {
+    std::string region;
+    std::string output;
+    odbstore::HistorySamples samples;
+  };
+  struct Region {
+    odbstore::HistoryRegionInfo info;
+    std::string label;  // in records
+  };
   struct Step {
-    odbstore::StepId id;
-    std::vector<std::optional<odbstore::FrameId>> frames;  // those with chosen rows
-    std::map<std::string, odbstore::HistoryRegionId> regions;
-    std::map<std::string, std::string> labels;  // of regions in records
-    std::set<std::string> records;              // of histories
+    odbstore::DatabaseWriter::Step id;
+    std::vector<std::optional<int>> frames;  // in the database; those with chosen rows
+    std::map<std::string, Region> regions;
+    std::vector<History> histories;
+    std::set<std::string> records;  // of histories
+  };
+  // Rows of a field in frames that are alike.
+  struct Block {
+    odbstore::DatabaseWriter::Block id;
+    int location = -1;
+    std::size_t width = 0;
+    std::size_t left = 0;  // frames whose rows have not come
+  };
+  struct Field {
+    odbstore::DatabaseWriter::Field id;
+    std::vector<Block> blocks;
+    std::map<std::size_t, std::size_t> blockOfFrame;  // frame of the outline to place in `blocks`
   };
   // Where the rows of nodes with certain labels lie.
   struct NodeRows {
     std::vector<int> labels;
-    std::optional<odbstore::LocationId> nodal;
-    std::optional<odbstore::LocationId> spread;
-    odbstore::KeptPlaces places;
+    std::optional<odbstore::DatabaseWriter::Location> nodal;
+    std::optional<odbstore::DatabaseWriter::Location> spread;
+    std::vector<int> source;  // of each row that is stored of those spread the node's place in `labels`
     std::size_t looseRows = 0;
   };
   struct Pieces {
@@ -97,7 +129,7 @@ class Sink {
   };
 
   void addSteps();
-  void writeMesh();
+  void writeModel();
   const OutlineField& fieldOf(const RowsId& id) const { return outline_.steps[id.step].fields[id.field]; }
   std::size_t piecesOf(const RowsId& id) const;
   template <typename Number>
@@ -108,15 +140,21 @@ class Sink {
                  std::span<const Number> values, const SourcePlace& place);
   template <typename Number>
   void count(const RowsId& id, std::span<const Number> values);
-  void spread(const RowsId& id, odbstore::FieldId field, NodeRows& at, std::span<const float> values,
-              const SourcePlace& place);
+  template <typename Number>
+  void put(const RowsId& id, odbstore::DatabaseWriter::Location location, std::span<const Number> rows,
+           std::size_t width);
+  Block& blockFor(const RowsId& id, odbstore::DatabaseWriter::Location location, bool isDouble, std::size_t width);
+  std::vector<std::size_t> framesLike(const RowsId& id, const Field& field) const;
+  void spread(const RowsId& id, NodeRows& at, std::span<const float> values, const SourcePlace& place);
   NodeRows& nodeRows(const RowsId& id, std::span<const int> labels, const SourcePlace& place);
+  void writeHistories();
   std::string uniqueOutput(Step& step, const std::string& label, const std::string& output);
 
   const Outline& outline_;
   const Choice& choice_;
   std::string file_;
-  odbstore::Writer& writer_;
+  const std::set<FieldId>& irregular_;
+  odbstore::DatabaseWriter& writer_;
   const WarningSink& warn_;
 
   std::vector<std::optional<Step>> steps_;
@@ -124,12 +162,15 @@ class Sink {
   bool hasNodes_ = false;
   ElementGroups groups_;
   SourcePlace elementsPlace_;
-  bool isMeshWritten_ = false;
+  bool isModelWritten_ = false;
   std::vector<std::unique_ptr<NodeRows>> nodeRows_;  // the ones used last, the latest first
   std::map<RowsId, Pieces> pieces_;                  // of rows that are not complete
   std::map<std::string, Strange> strange_;           // by field
   std::set<std::string> looseOf_;                    // fields
+  std::map<FieldId, Field> fields_;
+  std::set<FieldId> newlyIrregular_;
   std::vector<float> floats_;
+  std::vector<float> stored_;
   std::vector<double> doubles_;
   int histories_ = 0;
 };

@@ -26,7 +26,8 @@ class Source {
   virtual Outline outline() = 0;
 
   // Hands over the mesh and the sets, then the chosen rows in any order of frames, then the histories; one block of
-  // rows in memory at a time. The sink copies what it keeps. An ImportError for rows that cannot be read.
+  // rows in memory at a time. The sink copies what it keeps. May be called again, and then does the same, without
+  // repeating its warnings. An ImportError for rows that cannot be read.
   virtual void deliver(const Choice& choice, Sink& sink, const ProgressSink& progress) = 0;
 
   // After deliver() has failed: reads all rows, leaves those out from now on that cannot be read, each with a warning,

@@ -121,6 +121,7 @@ class odb_FieldValueRun {
       : v(values), first_(first), count_(count) {}
   int first() const { return first_; }
   int count() const { return count_; }
+  odb_FieldValue value(int i) const { return at(i); }
   int type() const { return at(0).type; }
   int precision() const { return at(0).precision; }
   int dataCount() const { return odb_FieldValue(at(0)).dataCount(); }
@@ -184,6 +185,8 @@ class odb_SequenceFieldValue {
       take(run);
     }
   }
+  // No value stands for several places.
+  void forEachDistinctRun(const std::function<void(odb_FieldValueRun&)>& take) const { forEachRun(take); }
 
  private:
   std::vector<memory::Value> v;
@@ -235,6 +238,7 @@ class odb_FieldBulkData {
       take(odb_FieldBulkTile(b, first, std::min(kTileRows, b.rows() - first)));
     }
   }
+  void forEachStoredTile(const std::function<void(const odb_FieldBulkTile&)>& take) const { forEachTile(take); }
 
  private:
   memory::Block b;

@@ -1,0 +1,21 @@
+// What limited_program.h and limited_work.h agree on.
+#pragma once
+
+#include <cstddef>
+
+namespace base {
+
+// Numbers of the open files that a limited program has.
+inline constexpr int kLimitedPipe = 3;
+inline constexpr int kLimitedFile = 4;
+
+// Its arguments: these, as numbers, before those that are its own.
+enum LimitedArgument : int { kParentArgument = 1, kMemoryArgument, kSecondsArgument, kFirstOwnArgument };
+
+// The first byte of an answer says how the work ended. An error of a file is its object, a NUL and the reason.
+enum class Ending : char { value = 'V', fileError = 'F', otherError = 'E', memory = 'M' };
+
+// In the middle of a crash more may be sent than meant; the last byte says that all was.
+inline constexpr char kEndMark = '.';
+
+}  // namespace base

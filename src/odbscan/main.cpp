@@ -1,0 +1,46 @@
+// Reads a file of HDF5 that nobody vouches for, and answers with what is in it. It is started by others of kolvex, with
+// limits, and ends when that is done or the file makes it crash (base/limited_work.h).
+//
+//   odbscan catalog                    the catalog of the database (odbstore/scan_program.h)
+//   odbscan inspect                    all that there is to say of it (odbstore/inspection.h)
+//   odbscan upgrade PATH NAME          writes it in today's layout to PATH, called NAME in messages
+
+#include <stdexcept>
+#include <string_view>
+
+#include "base/limited_protocol.h"
+#include "base/limited_work.h"
+#include "odbscan/scan.h"
+#include "odbscan/upgrade.h"
+#include "odbstore/scan_program.h"
+
+namespace {
+
+std::string catalog() {
+  int layout = 0;
+  const h5::Group root = odbscan::openDatabase(base::kLimitedFile, layout);
+  if (layout < 2) return std::string(1, odbstore::kOlderLayout);
+  const std::vector<std::byte> bytes = odbscan::scan(root, layout);
+  return odbstore::kScanned + std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+std::string inspection() {
+  int layout = 0;
+  const h5::Group root = odbscan::openDatabase(base::kLimitedFile, layout);
+  return odbscan::inspect(root, layout);
+}
+
+std::string work(std::span<char*> arguments) {
+  const std::string_view task = arguments.empty() ? "" : arguments.front();
+  if (task == "catalog") return catalog();
+  if (task == "inspect") return inspection();
+  if (task == "upgrade" && arguments.size() == 3) {
+    odbscan::upgrade(base::kLimitedFile, arguments[1], arguments[2]);
+    return {};
+  }
+  throw std::runtime_error("the program that reads it was asked for something that it does not do");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) { return base::serveLimited(argc, argv, work); }

@@ -1,0 +1,35 @@
+// Objects of a file, each of which may be met under one name only.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "hdf5/dataset.h"
+#include "hdf5/group.h"
+
+namespace odbscan {
+
+// An object under a second name would be there twice, and a small file could hold any number of them by links.
+class MetObjects {
+ public:
+  // The object, unless it has been met: then it fails.
+  template <class Object>
+  Object once(Object object) {
+    const auto [known, isNew] = met_.emplace(object.address(), object.path());
+    if (!isNew) object.fail("is the same object as " + known->second);
+    return object;
+  }
+  template <class Object>
+  std::optional<Object> once(std::optional<Object> object) {
+    if (!object) return std::nullopt;
+    return once(std::move(*object));
+  }
+
+ private:
+  std::unordered_map<std::uint64_t, std::string> met_;
+};
+
+}  // namespace odbscan

@@ -1,0 +1,61 @@
+// A step of the analysis.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "odbstore/schema.h"
+#include "odbstore/stored_field.h"
+
+namespace odbstore {
+
+class FrameSlabs;
+class LocationTable;
+
+struct StoredHistoryRegion {
+  std::string name;
+  HistoryRegionInfo info;
+  std::vector<std::string> outputs;  // names, bytes ascending
+};
+
+// Good independently of the reader that it comes from. One thread at a time.
+class StoredStep {
+ public:
+  // Step `index` of the catalog.
+  StoredStep(std::shared_ptr<LocationTable> locations, std::size_t index);
+
+  const std::string& name() const { return name_; }
+  StepInfo info() const;
+
+  int frameCount() const;
+  // Frame 0 <= frame < frameCount().
+  FrameInfo frame(int frame) const;
+  std::vector<FrameInfo> frames() const;
+
+  // By name, bytes ascending. Put together at the first call.
+  const std::vector<StoredField>& fields() const;
+  // Null when there is none of the name.
+  const StoredField* findField(const std::string& name) const;
+
+  // Names, bytes ascending.
+  std::vector<std::string> historyRegions() const;
+  // An error when there is none of the name.
+  StoredHistoryRegion historyRegion(const std::string& region) const;
+  HistorySamples historySamples(const std::string& region, const std::string& output) const;
+
+ private:
+  std::vector<StoredField> makeFields() const;
+  std::vector<StoredBlock> makeBlocks(std::size_t field, const std::shared_ptr<const FrameSlabs>& frames) const;
+  // The region's place in the catalog.
+  std::size_t findRegion(const std::string& region) const;
+
+  std::shared_ptr<LocationTable> locations_;
+  std::size_t index_;
+  std::string name_;
+  mutable std::optional<std::vector<StoredField>> fields_;
+};
+
+}  // namespace odbstore

@@ -1,0 +1,17 @@
+// Finds out to what damaged arrays of a catalogued file belong.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "odbstore/catalog.h"
+#include "odbstore/sum_check.h"
+
+namespace verify {
+
+// For each run of damaged pieces of one array its bytes and what they hold, in the order of the file, for example
+// `bytes 4096..12287 are damaged: step "Step-1", field "S", block 0, frames 3..5`.
+std::vector<std::string> describeDamage(const odbstore::Catalog& catalog,
+                                        const std::vector<odbstore::DamagedPiece>& pieces);
+
+}  // namespace verify
