@@ -53,8 +53,8 @@ class InstallTest(ProgramTest):
                 # The other programs are those of this build: what they are made of is the same.
                 for program in PROGRAMS:
                     shutil.copy(BIN / program, build / "bin")
-                subprocess.run([os.environ["KOLVEX_CMAKE"], "--install", build, "--prefix", prefix], check=True,
-                               stdout=subprocess.DEVNULL, timeout=120)
+                subprocess.run([os.environ["KOLVEX_CMAKE"], "--install", build, "--prefix", prefix, "--component", "programs"],
+                               check=True, stdout=subprocess.DEVNULL, timeout=120)
                 for program in (f"{bindir}/kolvex", *(f"{libexecdir}/kolvex/{program}" for program in PROGRAMS)):
                     self.assertIn(program, self.files(prefix))
                 self.extract(str(prefix / bindir / "kolvex"))
