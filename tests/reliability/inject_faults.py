@@ -83,7 +83,10 @@ def record(case, directory, calls):
         thread, call, rest = match.groups()
         seen[thread, call] += 1
         key = (call, seen[thread, call])
-        points.setdefault(key, Point(*key, f"{call}({rest}", is_renamed))
+        point = points.setdefault(key, Point(*key, f"{call}({rest}", is_renamed))
+        # The same occurrence in a program that the first one has started.
+        if "<pipe:" in rest and "<pipe:" not in point.text:
+            point.text += f" and {call}({rest}"
         is_renamed = is_renamed or (call.startswith("rename") and '"job.odb")' in rest)
     return list(points.values())
 

@@ -1,0 +1,154 @@
+#!/usr/bin/python3
+"""Measures what a user pays from a solver's results to params.txt: import and extraction, against a copy of the results
+that goes to the disk and against numpy; many sets, many histories, small runs; rows stored once against rows for each place.
+
+Usage: results_to_records.py [--bin DIRECTORY] [--size MEGABYTES] [--runs 5] [--directory DIR]
+
+Programs run in turn, several times; tables show medians of processor time (user and system) and ratios of one run.
+"""
+import argparse
+import os
+import pathlib
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+import h5py
+import numpy as np
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+import databases  # noqa: E402
+import import_speed  # noqa: E402
+
+HERE = pathlib.Path(__file__).resolve().parent
+COMPONENTS = "ODB EXTRACTIONS\nEXTRACT_ALL EXTRACT_FIELD EXTRACT_FIELD_COMPONENTS\n"
+
+
+def run(command, directory):
+    """Processor seconds, seconds on the clock, megabytes of memory and of writes."""
+    before = time.perf_counter()
+    process = subprocess.Popen([str(c) for c in command], cwd=directory, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    errors = process.stderr.read()
+    _, status, usage = os.wait4(process.pid, 0)
+    if status != 0 or b"**ERROR**" in errors or b"exited with error" in errors:
+        sys.exit(f"{command}: {errors.decode()}")
+    return usage.ru_utime + usage.ru_stime, time.perf_counter() - before, usage.ru_maxrss / 1024, usage.ru_oublock * 512 / 1e6
+
+
+class Bench:
+    def __init__(self, options, directory):
+        self.directory, self.runs, self.bin = directory, options.runs, options.bin.resolve()
+        self.size = options.size * 1_000_000
+
+    def extraction(self, database, configuration):
+        (self.directory / "config.txt").write_text(configuration)
+        return [self.bin / "quarnish", "-odb", database, "-config", "config.txt"]
+
+    def medians(self, **commands):
+        """{name: (processor seconds, seconds, megabytes, megabytes written)} of commands that take turns."""
+        taken = {name: [] for name in commands}
+        for _ in range(self.runs):
+            for name, command in commands.items():
+                taken[name].append(run(command, self.directory))
+        return {name: [statistics.median(column) for column in zip(*all_of_it)] for name, all_of_it in taken.items()}
+
+
+def results(bench):
+    frd = bench.directory / "job.frd"
+    for binary in (True, False):
+        import_speed.write_results(frd, bench.size, ["U", "RF", "NT", "S"], binary)
+        size = frd.stat().st_size / 1e6
+        subprocess.run(["cat", frd], stdout=subprocess.DEVNULL, check=True)
+        kinds = {"copy": ["dd", f"if={frd}", "of=copy", "bs=1M", "conv=fsync", "status=none"],
+                 "import_": [bench.bin / "import", "job.frd", "--no-deck", "-o", "job.odb"],
+                 "extraction": bench.extraction("job", COMPONENTS)}
+        if binary:
+            kinds["numpy"] = ["/usr/bin/python3", HERE / "by_numpy.py", "job.frd"]
+        found = bench.medians(**kinds)
+        database = (bench.directory / "job.odb").stat().st_size / 1e6
+        print(f"\n{'binary' if binary else 'ASCII'} .frd of {size:.0f} MB, database {database:.0f} MB ({database / size:.2f})")
+        for name, (cpu, clock, memory, written) in found.items():
+            print(f"  {name:12} {cpu:7.3f} s processor, {clock:7.3f} s, {memory:6.1f} MB memory, {written:7.1f} MB written")
+        print(f"  import / copy, processor time: {found['import_'][0] / found['copy'][0]:.2f}; "
+              f"import: {size / found['import_'][0]:.0f} MB/s of one core")
+        if binary:
+            both = found["import_"][0] + found["extraction"][0]
+            print(f"  import and extraction / numpy, processor time: {both / found['numpy'][0]:.2f}")
+            unindexed(bench)
+
+
+def unindexed(bench):
+    """The stresses of job.odb again, a row for each place."""
+    with h5py.File(bench.directory / "job.odb") as odb, \
+            h5py.File(bench.directory / "plain.odb", "w", libver=("v110", "v110")) as plain:
+        plain.attrs["layout"] = 3
+        for name in ("assembly", "parts"):
+            odb.copy(name, plain)
+        steps = plain.create_group("steps", track_order=True)
+        step = next(step for step in odb["steps"].values() if "S" in step["fields"])
+        location = odb["locations"][step["fields/S/blocks/0"].attrs["location"].decode()]
+        to = plain.create_group("locations/0")
+        to.attrs.update({name: value for name, value in location.attrs.items() if name != "storedRows"})
+        for name in ("nodeLabels", "elementLabels"):
+            to[name] = location[name][()]
+        copied = steps.create_group("Step-1")
+        odb.copy(step["frames"], copied)
+        field = copied.create_group("fields/S")
+        field.attrs.update(step["fields/S"].attrs)
+        block = field.create_group("blocks/0")
+        block.attrs["location"] = np.array(b"0", h5py.string_dtype("utf-8", 1))
+        stored, rows = step["fields/S/blocks/0/data"], location["rowOf"][()].astype("i8")
+        data = block.create_dataset("data", (stored.shape[0], len(rows), 6), "f4")
+        for frame in range(stored.shape[0]):
+            data[frame] = stored[frame][rows]
+    run([bench.bin / "import", "job.frd", "--no-deck", "--field", "S", "-o", "stored.odb"], bench.directory)
+    # One frame's sets and invariants are like those of all.
+    found = bench.medians(indexed=bench.extraction("stored", COMPONENTS), plain=bench.extraction("plain", COMPONENTS))
+    print(f"  S over the model with components, indexed / a row for each place: {found['indexed'][0] / found['plain'][0]:.2f}")
+    (bench.directory / "plain.odb").unlink()
+
+
+def many_sets(bench):
+    databases.stress(bench.directory / "sets.odb", 1, 1_000_000, sets=20_000, size=50)
+    lines = ["*NSET,NSET=N\n1\n"] + [f"*ELSET,ELSET=SET{i}\n{i % 216_000 + 1},{(7 * i) % 216_000 + 1}\n" for i in range(20_000)]
+    (bench.directory / "small.inp").write_text("".join(lines))
+    import_speed.write_results(bench.directory / "small.frd", 1, ["NT"], True)
+    subprocess.run([bench.bin / "import", "small", "--no-mass", "-o", "small.odb"], cwd=bench.directory, check=True, capture_output=True)
+    found = bench.medians(catalog=bench.extraction("small", "ODB EXTRACTIONS\nEXTRACT_MASS\n"),
+                          scan=bench.extraction("sets", "ODB EXTRACTIONS\nEXTRACT_MASS\n"), true=["/bin/true"])
+    print("\nopening a database of 20,000 sets, start to exit")
+    for name, (cpu, clock, memory, _) in found.items():
+        print(f"  {name:12} {1e3 * cpu:7.1f} ms processor, {1e3 * clock:7.1f} ms, {memory:6.1f} MB memory")
+
+
+def small(bench):
+    import_speed.write_results(bench.directory / "tiny.frd", 1, ["NT"], True, side=3)
+    subprocess.run([bench.bin / "import", "tiny", "--no-deck", "-o", "tiny.odb"], cwd=bench.directory, check=True, capture_output=True)
+    command, runs = bench.extraction("tiny", COMPONENTS), 200
+    taken = {"quarnish": [], "/bin/true": []}
+    for _ in range(runs):
+        taken["quarnish"].append(run(command, bench.directory)[0])
+        taken["/bin/true"].append(run(["/bin/true"], bench.directory)[0])
+    ours, true = statistics.mean(taken["quarnish"]), statistics.mean(taken["/bin/true"])
+    size = (bench.directory / "tiny.odb").stat().st_size
+    print(f"\na database of {size} bytes: {1e3 * ours:.2f} ms of processor time, /bin/true {1e3 * true:.2f}: {ours / true:.1f}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--bin", type=pathlib.Path, default=pathlib.Path("build/release/bin"))
+    parser.add_argument("--size", type=int, default=1000)
+    parser.add_argument("--runs", type=int, default=5)
+    parser.add_argument("--directory", type=pathlib.Path)
+    options = parser.parse_args()
+    with tempfile.TemporaryDirectory(prefix="kolvex-bench.", dir=options.directory) as directory:
+        bench = Bench(options, pathlib.Path(directory))
+        small(bench)
+        many_sets(bench)
+        results(bench)
+
+
+if __name__ == "__main__":
+    main()
