@@ -18,7 +18,7 @@ with h5py.File(sys.argv[1]) as odb:
         field = step.get(f"fields/{name}")
         if field is None:
             continue
-        labels = [label.decode() for label in field.attrs["componentLabels"]]
+        labels = [label.decode() for label in field.attrs.get("componentLabels", [])]
         print(step_name, *labels, sep="\t")
         for block in field["blocks"].values():
             location = odb["locations"][block.attrs["location"].decode()]
@@ -31,4 +31,4 @@ with h5py.File(sys.argv[1]) as odb:
             for slab, frame in enumerate(frames):
                 for row in rows:
                     numbers = np.atleast_1d(block["data"][slab, row])
-                    print(step["frames/value"][frame], *(f"{number:.6g}" for number in numbers), sep="\t")
+                    print(f"{step['frames/value'][frame]:g}", *(f"{number:.6g}" for number in numbers), sep="\t")

@@ -21,7 +21,7 @@ if len(sys.argv) != 2 or sys.argv[1].startswith("-"):
     sys.exit(__doc__.strip())
 
 with h5py.File(sys.argv[1], "w", libver=("v110", "v110")) as odb:
-    odb.attrs["layout"] = 2
+    odb.attrs["layout"] = 3
     odb.attrs["title"] = text("Two trusses")
 
     odb.create_group("parts/BAR")
@@ -36,6 +36,12 @@ with h5py.File(sys.argv[1], "w", libver=("v110", "v110")) as odb:
     elements = odb.create_group("locations/elements")
     elements.attrs.update(instance=text("BAR-1"), position=text("centroid"), elementType=text("T3D2"))
     elements["elementLabels"] = np.array([1, 2], "i4")
+    # The ends of both elements: four places, but the node between them has one row for both.
+    ends = odb.create_group("locations/ends")
+    ends.attrs.update(instance=text("BAR-1"), position=text("elementNodal"), elementType=text("T3D2"), storedRows=3)
+    ends["elementLabels"] = np.array([1, 1, 2, 2], "i4")
+    ends["nodeLabels"] = np.array([1, 2, 2, 3], "i4")
+    ends["rowOf"] = np.array([0, 1, 1, 2], "i4")
 
     steps = odb.create_group("steps", track_order=True)
     step = steps.create_group("Pull-1")
@@ -56,6 +62,12 @@ with h5py.File(sys.argv[1], "w", libver=("v110", "v110")) as odb:
     block = s.create_group("blocks/0")
     block.attrs["location"] = text("elements")
     block["data"] = np.array([[[0] * 6] * 2, [[100, 0, 0, 0, 0, 0], [80, 0, 0, 0, 0, 0]]], "f4")
+
+    t = step.create_group("fields/NT")
+    t.attrs.update(type=2, description=text("Temperature"))
+    block = t.create_group("blocks/0")
+    block.attrs["location"] = text("ends")
+    block["data"] = np.array([[20, 20, 20], [50, 30, 25]], "f4")
 
     tip = step.create_group("history/Node BAR-1.3")
     tip.attrs.update(node=3, description=text("Output at the tip"))

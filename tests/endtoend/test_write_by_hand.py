@@ -23,6 +23,20 @@ class WriteByHandTest(ProgramTest):
         self.assertEqual(records["Pull_1__Frame_1__U__mag__max"], "1")
         self.assertEqual(records["Pull_1__Frame_1__TIP__U__mag__min"], "1")
         self.assertEqual(records["Pull_1__Frame_0__U__mag__max"], "0")
+        self.assertEqual(records["Pull_1__Frame_1__NT__max"], "50")
+        self.assertEqual(records["Pull_1__Frame_1__ROOT__NT__min"], "30")
+        self.assertEqual(records["Pull_1__Frame_1__TIP__NT__max"], "25")
+
+    def test_the_other_example_finds_the_rows_of_a_node(self):
+        subprocess.run([sys.executable, str(ROOT / "examples/write_by_hand.py"), str(self.path("bar.odb"))], check=True)
+        for node, rows in (("2", "0\t20\n1\t30\n"), ("3", "0\t20\n1\t25\n")):
+            run = subprocess.run([sys.executable, str(ROOT / "examples/stress_of_a_node.py"), "bar.odb", node, "NT"], cwd=self.directory,
+                                 capture_output=True, text=True, check=True)
+            self.assertEqual(run.stdout, "Pull-1\n" + rows)
+
+    def test_the_format_page_has_the_schema_of_the_catalog(self):
+        schema = (ROOT / "src/odbstore/catalog.fbs").read_text().strip()
+        self.assertIn(f"```\n{schema}\n```\n", (ROOT / "docs/database-format.md").read_text())
 
     def test_without_a_name_it_says_how_it_is_used(self):
         for arguments in ((), ("--help",), ("a.odb", "b.odb")):
@@ -34,4 +48,4 @@ class WriteByHandTest(ProgramTest):
 
     def test_it_stays_short(self):
         source = (ROOT / "examples/write_by_hand.py").read_text()
-        self.assertLess(len(source.splitlines()), 64)
+        self.assertLess(len(source.splitlines()), 76)
