@@ -1,8 +1,11 @@
-// What went wrong with a file, in its parts.
+// What went wrong with a file.
 #pragma once
 
 #include <stdexcept>
 #include <string>
+#include <utility>
+
+#include "base/diagnostic.h"
 
 namespace base {
 
@@ -11,20 +14,19 @@ namespace base {
 class FileError : public std::runtime_error {
  public:
   FileError(std::string file, std::string object, std::string reason)
-      : std::runtime_error(file + (object.empty() ? "" : ": " + object) + ": " + reason),
-        file_(std::move(file)),
-        object_(std::move(object)),
-        reason_(std::move(reason)) {}
+      : FileError(Place{std::move(file), 0, {}, std::move(object)}, std::move(reason)) {}
 
   // The file as its user named it.
-  const std::string& file() const { return file_; }
+  const std::string& file() const { return place_.file; }
   // The path of the object in the file; empty for the file as a whole.
-  const std::string& object() const { return object_; }
+  const std::string& object() const { return place_.object; }
   const std::string& reason() const { return reason_; }
 
  private:
-  std::string file_;
-  std::string object_;
+  FileError(Place place, std::string reason)
+      : std::runtime_error(textOf(place, reason)), place_(std::move(place)), reason_(std::move(reason)) {}
+
+  Place place_;
   std::string reason_;
 };
 

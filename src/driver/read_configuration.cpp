@@ -3,11 +3,15 @@
 #include <locale.h>
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <string_view>
+#include <system_error>
+#include <vector>
 
 namespace {
 
@@ -51,6 +55,28 @@ double percentageOf(const std::string& line) {
   return leadingNumber(line.substr(equals + 1));
 }
 
+// A longer line is no text that anybody wrote.
+constexpr std::size_t kLongestLine = std::size_t{1} << 20;
+
+enum class LineOutcome { read, end, tooLong };
+
+// The next line without its end.
+LineOutcome nextLine(std::istream& file, std::vector<char>& room, std::string& line) {
+  file.getline(room.data(), static_cast<std::streamsize>(room.size()));
+  const auto count = static_cast<std::size_t>(file.gcount());
+  if (file.bad() || (count == 0 && file.eof())) return LineOutcome::end;
+  if (file.fail()) return LineOutcome::tooLong;
+  // The end of the line counts, but is not stored; a last line may have none.
+  line.assign(room.data(), file.eof() ? count : count - 1);
+  return LineOutcome::read;
+}
+
+[[noreturn]] void refuseLine(const std::string& path, std::int64_t number) {
+  std::fprintf(stderr, "**ERROR** line %lld of the configuration file %s is longer than 1 MiB\n",
+               static_cast<long long>(number), path.c_str());
+  std::exit(1);
+}
+
 }  // namespace
 
 double leadingNumber(const std::string& text) {
@@ -89,15 +115,21 @@ void applyConfigurationLine(const std::string& line, ExtractionSwitches& switche
 }
 
 void readConfiguration(const std::string& path, ExtractionSwitches& switches) {
+  // Reading from a pipe would wait for its other end, and from some devices never end.
   std::ifstream file;
-  if (!std::filesystem::is_directory(path)) file.open(path);
+  std::error_code ignored;
+  if (std::filesystem::is_regular_file(path, ignored)) file.open(path);
   if (!file.is_open()) {
     std::cout << "Unable to open file";
     return;
   }
   bool active = false;
+  std::vector<char> room(kLongestLine + 1);  // a NUL stands behind the line
   std::string line;
-  while (std::getline(file, line)) {
+  for (std::int64_t number = 1;; ++number) {
+    const LineOutcome outcome = nextLine(file, room, line);
+    if (outcome == LineOutcome::end) break;
+    if (outcome == LineOutcome::tooLong) refuseLine(path, number);
     active = active || contains(line, kStartMark);
     if (active) applyConfigurationLine(line, switches);
   }

@@ -1,5 +1,6 @@
 """The command line of the extraction: what it takes, what it refuses, byte for byte."""
 import os
+import resource
 
 from support import FAILED, ProgramTest, small_database
 
@@ -77,6 +78,30 @@ class CommandLineTest(ProgramTest):
         run = self.run_program("-odb", "model", "-config", "folder")
         self.assert_outcome(run, 0, b"Unable to open fileProcessing Step: Step-1\n", b"")
         self.assertEqual((run.text("params.txt"), run.text("paramsdone.txt")), (b"", b"Done\n"))
+
+    def test_configuration_from_a_pipe_or_a_device_is_not_read(self):
+        os.mkfifo(self.path("pipe"))
+        for configuration in ("pipe", "/dev/zero"):
+            run = self.run_program("-odb", "model", "-config", configuration)
+            self.assert_outcome(run, 0, b"Unable to open fileProcessing Step: Step-1\n", b"")
+
+    def test_a_line_that_nobody_wrote_is_refused_before_anything_is_written(self):
+        longest = 1 << 20
+        start = b"ODB EXTRACTIONS\nEXTRACT_MASS\n"
+        for size, ends in ((longest, (b"", b"\n", b"\nPERCENTAGE=1")), (longest + 1, (b"", b"\n")), (1 << 30, (b"",))):
+            for end in ends:
+                with open(self.path("config.txt"), "wb") as file:
+                    file.write(start)
+                    file.truncate(len(start) + size)
+                    file.seek(len(start) + size)
+                    file.write(end)
+                limits = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_AS, (1 << 29, 1 << 29))}
+                run = self.run_program("-odb", "model", "-config", "config.txt", **limits)
+                if size == longest:
+                    self.assertEqual(run.status, 0, run.err)
+                    continue
+                self.assert_outcome(run, 1, b"", b"**ERROR** line 3 of the configuration file config.txt is longer than 1 MiB\n")
+                self.assertFalse(self.path("paramsdone.txt").exists())
 
     def test_model_and_model_odb_name_the_same_database(self):
         self.assert_complete(self.run_program("-odb", "model", "-config", "config.txt"))

@@ -35,7 +35,7 @@ Deck deckOf(std::initializer_list<Procedure> procedures) {
 }
 
 void placeAll(const std::string& path, const Deck& deck) {
-  const importers::WarningSink ignore = [](const std::string&) {};
+  const importers::WarningSink ignore = [](const base::Diagnostic&) {};
   Frames frames("", ignore);
   const PrintedTables printed = placePrintedTables(path, deck, true, frames, ignore);
   for (const PrintedTable& table : printed.tables) {

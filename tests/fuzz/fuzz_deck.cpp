@@ -12,7 +12,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace importers::calculix;
   const InputFile file(data, size);
-  const importers::WarningSink ignore = [](const std::string&) {};
+  const importers::WarningSink ignore = [](const base::Diagnostic&) {};
   try {
     const Deck deck = readDeck(file.path(), ignore, {DeckDetail::mass});
     require(deck.steps.steps.size() == deck.stepTitles.size());

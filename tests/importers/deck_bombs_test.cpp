@@ -21,7 +21,7 @@ using testing::IsEmpty;
 class DeckBombsTest : public testing::Test {
  protected:
   Deck read(const std::string& text) {
-    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    const WarningSink warn = [this](const base::Diagnostic& said) { warnings_.push_back(base::textOf(said)); };
     return readDeck(writeText(directory_, "job.inp", text), warn);
   }
 

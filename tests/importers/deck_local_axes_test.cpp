@@ -19,7 +19,7 @@ using Fields = std::set<std::string>;
 class DeckLocalAxesTest : public testing::Test {
  protected:
   Deck read(const std::string& text) {
-    return readDeck(writeText(directory_, "job.inp", text), [](const std::string&) {});
+    return readDeck(writeText(directory_, "job.inp", text), [](const base::Diagnostic&) {});
   }
 
   // Of a deck with a step for each text.

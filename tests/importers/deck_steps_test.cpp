@@ -15,7 +15,7 @@ using testing::Optional;
 
 DeckSteps stepsOf(const std::string& text) {
   const TemporaryDirectory directory;
-  return readDeck(writeText(directory, "job.inp", text), [](const std::string&) {}).steps;
+  return readDeck(writeText(directory, "job.inp", text), [](const base::Diagnostic&) {}).steps;
 }
 
 std::string step(const std::string& lines) { return "*STEP\n" + lines + "*END STEP\n"; }

@@ -26,7 +26,7 @@ const std::string kTetrahedron10 = "*ELEMENT,TYPE=C3D10,ELSET=E\n1,1,2,3,4,5,6,7
 class DeckSurfacesTest : public testing::Test {
  protected:
   Deck read(const std::string& text) {
-    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    const WarningSink warn = [this](const base::Diagnostic& said) { warnings_.push_back(base::textOf(said)); };
     return readDeck(writeText(directory_, "job.inp", text), warn);
   }
 
@@ -51,7 +51,7 @@ TEST_F(DeckSurfacesTest, ASurfaceOfElementsIsASetOfThemAndOneOfItsNodes) {
   EXPECT_THAT(deck.nodeSets.at("TOPFACE").labels, ElementsAre(5, 6, 7, 8, 9, 10, 11, 12));
   EXPECT_THAT(namesOf(deck.nodeSets), ElementsAre("Top face"));
   EXPECT_THAT(namesOf(deck.elementSets), ElementsAre("E", "Top face"));
-  EXPECT_THAT(deck.nodeSets.at("TOPFACE").place, EndsWith("job.inp:4"));
+  EXPECT_THAT(base::textOf(deck.nodeSets.at("TOPFACE").place), EndsWith("job.inp:4"));
   EXPECT_THAT(warnings_, IsEmpty());
 }
 
@@ -162,7 +162,7 @@ TEST_F(DeckSurfacesTest, WhatIsNotThereIsNamed) {
   EXPECT_THAT(deck.nodeSets.at("S").labels, IsEmpty());
   EXPECT_THAT(warnings_,
               ElementsAre(EndsWith("job.inp:4: warning: the surface S has faces \"S7\" of elements without such faces"),
-                          EndsWith("job.inp:5: warning: a surface takes in NOTHING, which is no set"),
+                          EndsWith("job.inp:5: warning: a surface takes in NOTHING, which is not a set"),
                           EndsWith("job.inp:6: warning: the surface S has faces \"\" of elements without such faces")));
   EXPECT_THAT(failureOf([&] { read("*SURFACE,TYPE=NODE\n1\n"); }), EndsWith("job.inp:1: error: *SURFACE has no name"));
 }

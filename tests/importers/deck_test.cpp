@@ -21,7 +21,7 @@ using testing::IsEmpty;
 class DeckTest : public testing::Test {
  protected:
   Deck read(const std::string& text, bool isStrict = false) {
-    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    const WarningSink warn = [this](const base::Diagnostic& said) { warnings_.push_back(base::textOf(said)); };
     return readDeck(writeText(directory_, "job.inp", text), warn, {DeckDetail::sets, isStrict});
   }
 
@@ -135,7 +135,7 @@ TEST_F(DeckTest, SetsHaveTheOrderOfTheirFirstMention) {
   std::vector<std::string> sets;
   for (const DeckSet* set : deck.setsInOrder()) {
     sets.push_back((set->kind == odbstore::SetKind::node ? "nodes " : "elements ") + set->names.front() +
-                   (set->isOfSurface() ? " of surface" : "") + set->place.substr(set->place.rfind(':')));
+                   (set->isOfSurface() ? " of surface" : "") + ":" + std::to_string(set->place.line));
   }
   EXPECT_THAT(sets, ElementsAre("nodes Z:1", "elements S of surface:5", "nodes S of surface:5", "elements B:7",
                                 "nodes a:9", "elements A:11", "nodes N of surface:15"));
@@ -233,11 +233,12 @@ TEST_F(DeckTest, AnEmptySetIsASet) {
 TEST_F(DeckTest, ASetThatTakesInAnUnknownOneIsNamed) {
   const Deck deck = read("*ELSET,ELSET=E\n1\n*NSET,NSET=A\n1,E\n2\n");
   EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(1, 2));
-  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:4: warning: the set A takes in E, which is no set yet")));
+  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:4: warning: the set A takes in E, which is not a set yet")));
 }
 
 TEST_F(DeckTest, ASetRemembersWhereItWasNamedFirst) {
-  EXPECT_THAT(read("*HEADING\n\n*NSET,NSET=A\n1\n*NSET,NSET=A\n2\n").nodeSets.at("A").place, EndsWith("job.inp:3"));
+  EXPECT_THAT(base::textOf(read("*HEADING\n\n*NSET,NSET=A\n1\n*NSET,NSET=A\n2\n").nodeSets.at("A").place),
+              EndsWith("job.inp:3"));
 }
 
 TEST_F(DeckTest, DamagedNumbersAreNamedWithTheirLine) {
@@ -292,7 +293,8 @@ TEST_F(DeckTest, IncludesMayBeRelativeToADirectoryAboveTheDeck) {
   writeText(directory_, "run/sub/mesh.inc", "*NSET,NSET=A\n5\n*INCLUDE,INPUT=sub/more.inc\n");
   writeText(directory_, "run/sub/more.inc", "*NSET,NSET=B\n6\n");
   writeText(directory_, "run/sub/job.inp", "*INCLUDE,INPUT=sub/mesh.inc\n");
-  const Deck deck = readDeck(directory_.file("run/sub/job.inp"), [](const std::string&) {}, {DeckDetail::sets, true});
+  const Deck deck =
+      readDeck(directory_.file("run/sub/job.inp"), [](const base::Diagnostic&) {}, {DeckDetail::sets, true});
   EXPECT_THAT(nodesOf(deck, "A"), ElementsAre(5));
   EXPECT_THAT(nodesOf(deck, "B"), ElementsAre(6));
 }
@@ -325,7 +327,7 @@ TEST_F(DeckTest, SectionForcesAreWrittenFromTheStepOnThatAsksForThem) {
 }
 
 TEST_F(DeckTest, AFileThatIsNoTextIsRefused) {
-  EXPECT_THAT(failure(std::string("*HEADING\n\x89HDF\r\n\0\0\0\n", 18)), EndsWith("job.inp:3: error: this is no text"));
+  EXPECT_THAT(failure(std::string("*HEADING\n\x89HDF\r\n\0\0\0\n", 18)), EndsWith("job.inp:3: error: not a text file"));
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ const std::string kLayered = kShells +
 class ExpansionTest : public testing::Test {
  protected:
   Deck read(const std::string& text) {
-    return readDeck(writeText(directory_, "job.inp", text), [](const std::string&) {});
+    return readDeck(writeText(directory_, "job.inp", text), [](const base::Diagnostic&) {});
   }
 
   TemporaryDirectory directory_;
@@ -113,7 +113,7 @@ TEST_F(SectorTest, WhatIsNoCopyIsNoSector) {
   EXPECT_FALSE(sectorsOf(deck, lines({10, 20, 30, 40}, {1, 2, 2, 3, 8, 9, 10, 11}))) << "nodes of two offsets";
   EXPECT_FALSE(sectorsOf(deck, lines({10, 20, 70}, {1, 2, 2, 3, 8, 9}))) << "a fourth sector";
   EXPECT_FALSE(sectorsOf(deck, lines({-10}, {1, 2})));
-  const auto warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+  const auto warn = [this](const base::Diagnostic& said) { warnings_.push_back(base::textOf(said)); };
   EXPECT_THAT(setsOfSectors(deck, std::nullopt, warn), IsEmpty());
   EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:9: warning: the copies of the sector (NGRAPH) cannot be told "
                                               "apart in the results")));

@@ -72,7 +72,7 @@ class FramesTest : public testing::Test {
   std::string status_;
   std::vector<std::string> said_;
   int counter_ = 0;
-  const WarningSink warn_ = [this](const std::string& text) { said_.push_back(text); };
+  const WarningSink warn_ = [this](const base::Diagnostic& said) { said_.push_back(base::textOf(said)); };
 };
 
 TEST_F(FramesTest, TimesAreThoseOfTheStep) {
@@ -144,7 +144,7 @@ TEST_F(FramesTest, EqualNumbersOfAStepAreNumberedFromOne) {
   EXPECT_THAT(frames({{1, 1, 1.0}, {1, 2, 1.5}, {1, 1, 2.0}}, 1),
               ElementsAre("1 1 Increment 1: Step Time = 1.0000", "2 1.5 Increment 2: Step Time = 1.5000",
                           "3 2 Increment 3: Step Time = 2.0000"));
-  EXPECT_THAT(said_, ElementsAre("step 1 has frames with equal numbers; they are numbered from 1"));
+  EXPECT_THAT(said_, ElementsAre("note: step 1 has frames with equal numbers; they are numbered from 1"));
 }
 
 TEST_F(FramesTest, TimesWithinAPeriodCountFromItsStart) {

@@ -227,9 +227,9 @@ TEST_F(FrdReaderTest, ACutAnywhereGivesTheBlocksBeforeIt) {
 TEST_F(FrdReaderTest, OtherFilesAreRefused) {
   EXPECT_THAT(failure(""), EndsWith("job.frd: error: the file is empty"));
   EXPECT_THAT(failure("hello\n"),
-              EndsWith("job.frd:1: error: this is no result file of CalculiX: those start with \"    1C\""));
+              EndsWith("job.frd:1: error: not a CalculiX result file (expected \"    1C\" on line 1)"));
   EXPECT_THAT(failure(std::string("\x89HDF\r\n\x1a\n\0\0\0\0", 12)),
-              HasSubstr("job.frd:1: error: this is no result file"));
+              HasSubstr("job.frd:1: error: not a CalculiX result file (expected"));
   EXPECT_THAT(failureBehindHeading("*NODE\n"),
               EndsWith("job.frd:7: error: no block of a result file starts like this"));
 }

@@ -30,7 +30,7 @@ class ImportTest : public testing::Test {
     run.isStrict = isStrict;
     request.output = output_;
     warnings_.clear();
-    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    const WarningSink warn = [this](const base::Diagnostic& said) { warnings_.push_back(base::textOf(said)); };
     return runImport(*openCalculix(run, warn), request, warn);
   }
 

@@ -297,10 +297,10 @@ TEST_F(PrintedTest, ADamagedRowCostsItsTableAndNothingElse) {
   EXPECT_THROW(fieldOf(*step, "S_IP"), std::runtime_error);
   EXPECT_THAT(step->historyRegions(), ElementsAre("Node 3 of Top"));
   EXPECT_THAT(warnings_,
-              ElementsAre(EndsWith("job.dat:8: warning: this is no row of stresses, and the table is left out")));
+              ElementsAre(EndsWith("job.dat:8: warning: this is not a row of stresses, and the table is left out")));
   std::filesystem::remove(output_);
   EXPECT_THAT(failure(twoBars() + temperature({}) + kEnd, kSets + kStatic, true),
-              EndsWith("job.dat:8: error: this is no row of stresses, and the table is left out"));
+              EndsWith("job.dat:8: error: this is not a row of stresses, and the table is left out"));
 }
 
 TEST_F(PrintedTest, ATableThatIsCutOffIsLeftOut) {

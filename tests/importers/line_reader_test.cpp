@@ -113,5 +113,24 @@ TEST_F(LineReaderTest, ManyBytesComeWhole) {
   }
 }
 
+TEST_F(LineReaderTest, ErrorsHaveTheirLineAndBehindBytesTheirByte) {
+  const std::string path = writeText(directory_, "a.txt", "one\ntwo\n1234567");
+  LineReader lines(path);
+  const auto failure = [&]() -> SourcePlace {
+    try {
+      lines.fail("is wrong");
+    } catch (const ImportError& error) {
+      EXPECT_EQ(error.reason(), "is wrong");
+      return error.place();
+    }
+  };
+  std::string_view line;
+  ASSERT_TRUE(lines.next(line) && lines.next(line));
+  EXPECT_EQ(failure(), (SourcePlace{path, 2}));
+  char bytes[3];
+  ASSERT_TRUE(lines.readBytes(bytes, 3));
+  EXPECT_EQ(failure(), (SourcePlace{path, 2, 11}));
+}
+
 }  // namespace
 }  // namespace importers

@@ -125,7 +125,7 @@ inline void expectMass(const StepMass& found, double mass, const Point& centre, 
 class MassTest : public testing::Test {
  protected:
   std::optional<StepMass> massOfText(const std::string& text) {
-    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    const WarningSink warn = [this](const base::Diagnostic& said) { warnings_.push_back(base::textOf(said)); };
     return massOf(readDeck(writeText(directory_, "job.inp", text), warn, {DeckDetail::mass}), warn);
   }
 

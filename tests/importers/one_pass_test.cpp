@@ -32,7 +32,7 @@ class TestSource : public Source {
 
   void deliver(const Choice&, Sink& sink, const ProgressSink&) override {
     ++passes;
-    warn_("a warning of the source");
+    warn_(base::warning({"job"}, "a warning of the source"));
     sink.nodes(std::vector<int>{1, 2, 3, 4, 5}, std::vector<double>(15), {"job", 1});
     sink.elements({"C3D4", 4, true, {7, 8}, {1, 2, 3, 4, 2, 3, 4, 5}}, {"job", 2});
     for (const Delivery& rows : deliveries_) {
@@ -84,7 +84,7 @@ class OnePassTest : public testing::Test {
   TemporaryDirectory directory_;
   std::string path_ = directory_.file("job.odb");
   std::vector<std::string> said_;
-  WarningSink warn_ = [this](const std::string& text) { said_.push_back(text); };
+  WarningSink warn_ = [this](const base::Diagnostic& said) { said_.push_back(said.reason); };
   std::shared_ptr<const odbstore::StoredStep> step_;
   int passes_ = 0;
 };

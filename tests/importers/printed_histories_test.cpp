@@ -37,7 +37,7 @@ class HistoriesTest : public testing::Test {
   // Writes them, and reads the outputs of each region: "region [set]: output, output".
   std::vector<std::string> written(const Deck& deck = {}) {
     const PrintedTables printed;
-    PrintedHistories histories("job.dat", printed, 1000, deck, [](const std::string&) {});
+    PrintedHistories histories("job.dat", printed, 1000, deck, [](const base::Diagnostic&) {});
     for (const auto& [table, value, rows] : tables_) {
       EXPECT_TRUE(histories.takes(table));
       histories.start(table, value);
@@ -49,7 +49,7 @@ class HistoriesTest : public testing::Test {
     const Choice choice = choose(outline, {}, "job.dat");
     odbstore::DatabaseWriter writer(path_, {});
     const std::set<FieldId> none;
-    const WarningSink warn = [](const std::string&) {};
+    const WarningSink warn = [](const base::Diagnostic&) {};
     Sink sink(outline, choice, none, "job.dat", writer, warn);
     histories.deliver({{1, 0}}, sink);
     sink.finish();
@@ -123,7 +123,7 @@ TEST_F(HistoriesTest, LabelsOfSetsDoNotCollideWithEachOtherEither) {
 TEST_F(HistoriesTest, SetsHaveTheNamesOfTheDeck) {
   const Deck deck =
       readDeck(writeText(directory_, "job.inp", "*NODE\n1,0,0,0\n*NSET,NSET=\"a,b\"\n1\n*NSET,NSET=\"Top face\"\n1\n"),
-               [](const std::string&) {});
+               [](const base::Diagnostic&) {});
   add("total force (fx,fy,fz) for set \"A", 0, 1, {{"1.", "2.", "3."}});
   add("total force (fx,fy,fz) for set \"TOPFACE\"", 0, 1, {{"1.", "2.", "3."}});
   EXPECT_THAT(written(deck), ElementsAre("Set Top face [Top face]: RF1, RF2, RF3", "Set a,b [a,b]: RF1, RF2, RF3"));

@@ -121,8 +121,8 @@ class PlacesTest : public testing::Test {
   TemporaryDirectory directory_;
   PrintedTables tables_;
   std::vector<std::string> said_;
-  const WarningSink ignore_ = [](const std::string&) {};
-  const WarningSink warn_ = [this](const std::string& text) { said_.push_back(text); };
+  const WarningSink ignore_ = [](const base::Diagnostic&) {};
+  const WarningSink warn_ = [this](const base::Diagnostic& said) { said_.push_back(base::textOf(said)); };
 };
 
 TEST_F(PlacesTest, TheDeckHasTheStepsAndTheirEnds) {
@@ -340,8 +340,9 @@ TEST_F(PlacesTest, ADeckWithOtherStepsIsNotBelieved) {
   EXPECT_THAT(
       places(displacements(1) + displacements(2), {"*STATIC\n" + kPrints}, {block(1, 1, 1, 1), block(2, 1, 2, 2)}),
       ElementsAre("1/1 1", "2/1 1"));
-  EXPECT_THAT(said_,
-              ElementsAre("the deck has the steps 1 to 1, the results 1 to 2: the steps of the deck are not used"));
+  EXPECT_THAT(
+      said_,
+      ElementsAre("note: the deck has the steps 1 to 1, the results 1 to 2: the steps of the deck are not used"));
 }
 
 TEST_F(PlacesTest, ARestartGoesOnWhereTheEarlierRunEnded) {

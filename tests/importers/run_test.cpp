@@ -31,7 +31,7 @@ class RecordNames : public testing::Test {
   }
 
   std::vector<std::string> notes_;
-  WarningSink warn_ = [this](const std::string& note) { notes_.push_back(note); };
+  WarningSink warn_ = [this](const base::Diagnostic& said) { notes_.push_back(base::textOf(said)); };
 };
 
 TEST_F(RecordNames, NamesThatAreCleanedToTheSameGetNumbers) {

@@ -45,7 +45,7 @@ class SelectionTest : public ImportTest {
   std::string listed(const Selection& selection, const std::string& results = twoSteps()) {
     request_.selection = selection;
     run_.results = request_.results = writeText(directory_, "job.frd", results);
-    const WarningSink warn = [this](const std::string& warning) { warnings_.push_back(warning); };
+    const WarningSink warn = [this](const base::Diagnostic& said) { warnings_.push_back(base::textOf(said)); };
     const std::string table = outlineTable(listImport(*openCalculix(run_, warn), request_, warn), run_.results);
     EXPECT_FALSE(std::filesystem::exists(output_)) << "a list writes nothing";
     return table;

@@ -101,7 +101,7 @@ class TrueRecordsTest(ProgramTest):
         self.solve("nan")
         run = self.run_program("import", "job", program="kolvex")
         self.assertEqual(run.status, 0)
-        self.assertIn(b"job.frd: warning: 81 values of U are no numbers or infinite, from Step-1, frame 1 on\n", run.err)
+        self.assertIn(b"job.frd: warning: 81 values of U are not finite numbers, from Step-1, frame 1 on\n", run.err)
 
     def test_a_block_that_is_not_understood_costs_itself_only(self):
         self.solve("contactfile")

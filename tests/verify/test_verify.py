@@ -204,7 +204,7 @@ class VerifyTest(ProgramTest):
                              ("job.odb/none", "Not a directory"), ("", "No such file or directory")):
             with self.subTest(name):
                 run = self.verify(name)
-                self.assertEqual((run.status, run.out, run.err.decode()), (5, b"", f"{name}: {reason}\n"))
+                self.assertEqual((run.status, run.out, run.err.decode()), (5, b"", f"{name}: {reason}\n" if name else f"{reason}\n"))
 
     def test_what_may_not_be_read_is_not_called_damaged(self):
         os.chmod(self.path("job.odb"), 0o000)

@@ -91,6 +91,14 @@ TEST_F(ConfigurationTest, AFileThatCannotBeOpenedIsAnnouncedAndChangesNothing) {
   EXPECT_TRUE(switches.computeValues);
 }
 
+TEST_F(ConfigurationTest, LinesMayBeEmptyAndTheLastOneMayHaveNoEnd) {
+  const ExtractionSwitches s = read("\nODB EXTRACTIONS\n\n\nEXTRACT_MASS\n\nEXTRACT_ALL");
+  EXPECT_TRUE(s.mass);
+  EXPECT_TRUE(s.allFieldOutputs);
+  const std::string withNul = std::string("ODB EXTRACTIONS") + '\0' + "EXTRACT_STRESS\n";
+  EXPECT_TRUE(read(withNul).stress);
+}
+
 TEST_F(ConfigurationTest, APercentageWithoutEqualsSignEndsTheProcess) {
   EXPECT_EXIT(read("ODB EXTRACTIONS\nPERCENTAGE 5\n"), testing::ExitedWithCode(1),
               "no value for PERCENTAGE in the line: PERCENTAGE 5");

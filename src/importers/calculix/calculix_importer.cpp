@@ -74,7 +74,8 @@ class CalculixImporter : public Importer {
     run.printed = existingTables(request);
     std::unique_ptr<Source> source = openCalculix(run, warn);
     if (run.deck.empty() && !withoutDeck_) {
-      warn(fmt::format("{}: warning: there is no deck {}, so no sets are imported", request.results, deckOf(request)));
+      warn(base::warning({request.results},
+                         fmt::format("there is no deck {}, so no sets are imported", deckOf(request))));
     }
     return source;
   }

@@ -43,10 +43,10 @@ class CalculixSource : public Source {
 
   void deliver(const Choice& /*choice*/, Sink& sink, const ProgressSink& progress) override {
     for (const auto& [block, line] : contents_->emptyBlocks) {
-      warn_(fmt::format("{}: warning: {} has no rows and is left out", placeIn(run_.results, line), block));
+      warn_(base::warning({run_.results, line}, fmt::format("{} has no rows and is left out", block)));
     }
     for (const std::string& text : mixedAxes(*contents_, deck_)) {
-      warn_(fmt::format("{}: warning: {}", run_.results, text));
+      warn_(base::warning({run_.results}, text));
     }
     contents_->nodes = {};
     contents_->mesh = {};
@@ -123,7 +123,7 @@ class CalculixSource : public Source {
   bool leaveOut(std::size_t result, const ImportError& error) {
     if (run_.isStrict) return false;
     if (!leftOut_.insert(result).second) return true;
-    warn_(fmt::format("{}: warning: {}; the block is left out", placeIn(run_.results, error.line()), error.reason()));
+    warn_(base::warning(error.place(), fmt::format("{}; the block is left out", error.reason())));
     return true;
   }
 
@@ -147,7 +147,7 @@ class CalculixSource : public Source {
       complain(run_.results, contents_->lastLine,
                "the file is cut off here; what is complete in it ends after " + outline.truncatedAfter);
     } else if (!hasResults) {
-      warn_(fmt::format("{}: warning: the file holds no results", run_.results));
+      warn_(base::warning({run_.results}, "the file holds no results"));
     }
   }
 
@@ -157,7 +157,7 @@ class CalculixSource : public Source {
 
   void complain(const std::string& file, std::int64_t line, const std::string& text) const {
     if (run_.isStrict) throw ImportError(file, line, text);
-    warn_(fmt::format("{}: warning: {}", placeIn(file, line), text));
+    warn_(base::warning({file, line}, text));
   }
 
   CalculixRun run_;

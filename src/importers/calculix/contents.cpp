@@ -58,7 +58,10 @@ void readResults(const std::string& results, StressAt stressAt, const Deck& deck
 void readPrinted(const RunFiles& files, StressAt stressAt, const Deck& deck, const WarningSink& warn,
                  Contents& contents) {
   contents.frames.checkStatus();
-  const WarningSink note = [&](const std::string& text) { warn(fmt::format("{}: note: {}", files.results, text)); };
+  const WarningSink note = [&](base::Diagnostic said) {
+    said.place.file = files.results;
+    warn(said);
+  };
   contents.printed = placePrintedTables(files.printed, deck, !contents.isCutOff, contents.frames, note);
   for (const PrintedTable& table : contents.printed.tables) {
     std::vector<MappedField> fields = mapTable(table, stressAt);

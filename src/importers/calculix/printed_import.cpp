@@ -64,7 +64,7 @@ void PrintedImport::readTable(DatReader& reader, const PrintedTable& table, cons
     if (isRemark(row)) continue;
     const bool isGood = readDatRow(*table.format, row, values);
     if (!isGood || (!targets.empty() && values.numbers.size() < rows_.width)) {
-      throw ImportError(path_, reader.lineNumber(), fmt::format("this is no row of {}", table.head.title));
+      throw ImportError(path_, reader.lineNumber(), fmt::format("this is not a row of {}", table.head.title));
     }
     if (histories != nullptr) histories->add(values);
     if (targets.empty()) continue;

@@ -23,8 +23,9 @@ RunSets::RunSets(const Deck& deck, const std::vector<int>& nodes, const FrdEleme
   const Expansion expansion(deck, mesh);
   for (const DeckSet* const set : deck.setsInOrder()) add(*set, expansion.membersOf(*set));
   for (const DeckSet& set : setsOfSectors(deck, sectorsOf(deck, mesh), warn)) add(set, set.labels);
-  for (const std::string& text : warningsOfUnmatchedSets(deck, expansion, LabelIndex(nodes), elementsOf(mesh))) {
-    warn(text);
+  for (const base::Diagnostic& warning :
+       warningsOfUnmatchedSets(deck, expansion, LabelIndex(nodes), elementsOf(mesh))) {
+    warn(warning);
   }
 }
 

@@ -102,9 +102,9 @@ std::vector<DeckSet> setsOfSectors(const Deck& deck, const std::optional<std::ve
                                    const WarningSink& warn) {
   std::vector<DeckSet> sets;
   if (!deck.sectorCopies) return sets;
-  const std::string& place = deck.sectorCopies->place;
+  const SourcePlace& place = deck.sectorCopies->place;
   if (!sectors) {
-    warn(fmt::format("{}: warning: the copies of the sector (NGRAPH) cannot be told apart in the results", place));
+    warn(base::warning(place, "the copies of the sector (NGRAPH) cannot be told apart in the results"));
     return sets;
   }
   const std::string stem = freeStem(deck, "SECTOR-");

@@ -11,7 +11,7 @@ namespace {
 
 // Sets that have one thing in common, in the order of the deck.
 struct Group {
-  std::string place;
+  SourcePlace place;
   std::vector<std::string> names;
 
   void add(const DeckSet& set) {
@@ -19,8 +19,9 @@ struct Group {
     names.push_back(set.names.front());
   }
 
-  void warnInto(std::vector<std::string>& warnings, const std::string& before, const std::string& after = "") const {
-    if (!names.empty()) warnings.push_back(fmt::format("{}: warning: {} {}{}", place, before, listed(names), after));
+  void warnInto(std::vector<base::Diagnostic>& warnings, const std::string& before,
+                const std::string& after = "") const {
+    if (!names.empty()) warnings.push_back(base::warning(place, fmt::format("{} {}{}", before, listed(names), after)));
   }
 };
 
@@ -30,8 +31,8 @@ bool isIn(const std::vector<int>& members, const LabelIndex& labels) {
 
 }  // namespace
 
-std::vector<std::string> warningsOfUnmatchedSets(const Deck& deck, const Expansion& expansion, const LabelIndex& nodes,
-                                                 const LabelIndex& elements) {
+std::vector<base::Diagnostic> warningsOfUnmatchedSets(const Deck& deck, const Expansion& expansion,
+                                                      const LabelIndex& nodes, const LabelIndex& elements) {
   Group empty;
   Group loose;
   Group nodesNotWritten;
@@ -51,7 +52,7 @@ std::vector<std::string> warningsOfUnmatchedSets(const Deck& deck, const Expansi
       (isUsed ? nodesNotWritten : loose).add(*set);
     }
   }
-  std::vector<std::string> warnings;
+  std::vector<base::Diagnostic> warnings;
   empty.warnInto(warnings, "empty sets:");
   loose.warnInto(warnings, "no node of the results is in", ": their nodes belong to no element");
   nodesNotWritten.warnInto(warnings, "no node of the results is in");

@@ -6,13 +6,14 @@
 
 #include "importers/calculix/deck/deck.h"
 #include "importers/calculix/expansion.h"
+#include "importers/input/diagnostics.h"
 #include "importers/input/label_index.h"
 
 namespace importers::calculix {
 
 // One warning for each reason, with the place of the first such set. The deck's mesh must still have its nodes; `nodes`
 // and `elements` are those of the results.
-std::vector<std::string> warningsOfUnmatchedSets(const Deck& deck, const Expansion& expansion, const LabelIndex& nodes,
-                                                 const LabelIndex& elements);
+std::vector<base::Diagnostic> warningsOfUnmatchedSets(const Deck& deck, const Expansion& expansion,
+                                                      const LabelIndex& nodes, const LabelIndex& elements);
 
 }  // namespace importers::calculix

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+#include <utility>
 
 namespace importers {
 
@@ -11,10 +12,6 @@ namespace {
 constexpr std::size_t kMostListed = 20;
 
 }  // namespace
-
-std::string placeIn(const std::string& file, std::int64_t line) {
-  return line > 0 ? file + ":" + std::to_string(line) : file;
-}
 
 std::string listed(const std::vector<std::string>& names) {
   std::string text;
@@ -26,12 +23,17 @@ std::string listed(const std::vector<std::string>& names) {
 
 WarningSink onceOnly(const WarningSink& warn) {
   const auto said = std::make_shared<std::set<std::string>>();
-  return [said, &warn](const std::string& text) {
-    if (said->insert(text).second) warn(text);
+  return [said, &warn](const base::Diagnostic& diagnostic) {
+    if (said->insert(base::textOf(diagnostic)).second) warn(diagnostic);
   };
 }
 
-ImportError::ImportError(const std::string& file, std::int64_t line, const std::string& reason)
-    : std::runtime_error(placeIn(file, line) + ": error: " + reason), line_(line), reason_(reason) {}
+ImportError::ImportError(SourcePlace place, std::string reason)
+    : std::runtime_error(base::textOf(base::Diagnostic{base::Severity::error, place, reason})),
+      place_(std::move(place)),
+      reason_(std::move(reason)) {}
+
+ImportError::ImportError(std::string file, std::int64_t line, std::string reason)
+    : ImportError(SourcePlace{std::move(file), line}, std::move(reason)) {}
 
 }  // namespace importers

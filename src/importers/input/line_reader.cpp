@@ -28,8 +28,9 @@ LineReader::LineReader(const std::string& path) : path_(path), buffer_(2 * kLong
 LineReader::~LineReader() { ::close(file_); }
 
 void LineReader::fail(const std::string& reason) const {
-  throw ImportError(path_, lineNumber_,
-                    hasBytes_ ? reason + " (before byte " + std::to_string(offset()) + ")" : reason);
+  SourcePlace here = place();
+  if (hasBytes_) here.byte = offset();
+  throw ImportError(std::move(here), reason);
 }
 
 // Reads on into `to`; 0 at the end of the file.

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "importers/input/diagnostics.h"
+
 namespace importers {
 
 class LineReader {
@@ -38,6 +40,8 @@ class LineReader {
   // Whether that line had an end: only the last one of a file can lack it, where the file is cut off.
   bool isTerminated() const { return terminated_; }
   const std::string& path() const { return path_; }
+  // That line of that file.
+  SourcePlace place() const { return {path_, lineNumber_}; }
 
   // Throws ImportError at the line handed out last; the reason names the byte too once bytes have been read that are no
   // lines.

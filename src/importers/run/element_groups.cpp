@@ -15,9 +15,8 @@ ElementGroup& ElementGroups::groupOf(const std::string& type, int nodesPerElemen
     return *groups_.back();
   }
   if ((*known)->nodesPerElement != nodesPerElement) {
-    throw ImportError(place.file, place.line,
-                      fmt::format("elements of the type {} have {} nodes here and {} before", type, nodesPerElement,
-                                  (*known)->nodesPerElement));
+    throw ImportError(place, fmt::format("elements of the type {} have {} nodes here and {} before", type,
+                                         nodesPerElement, (*known)->nodesPerElement));
   }
   return **known;
 }

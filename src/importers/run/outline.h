@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "importers/input/diagnostics.h"
 #include "odbstore/schema.h"
 
 namespace importers {
@@ -52,7 +53,7 @@ struct OutlineSet {
   std::string name;  // in the database
   bool isOfSurface = false;
   std::size_t members = 0;
-  std::string place;  // "<file>:<line>" of its first mention
+  SourcePlace place;  // of its first mention
 };
 
 struct Outline {

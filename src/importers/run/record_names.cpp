@@ -94,8 +94,8 @@ void renameFields(Outline& outline, const std::string& file, const WarningSink& 
         name = fmt::format("{}_{}", field.name, number);
       names.take(nameInRecords(name));
       if (name != field.name) {
-        warn(fmt::format("{}: note: the field {} is called {}, so that no two records have one name", file, field.name,
-                         name));
+        warn(base::note(
+            {file}, fmt::format("the field {} is called {}, so that no two records have one name", field.name, name)));
       }
       final.emplace(field.name, name);
     }
@@ -114,7 +114,7 @@ void renumberFrames(Outline& outline, const std::string& file, const WarningSink
     if (isUnique) continue;
     int number = 0;
     for (odbstore::FrameInfo& frame : step.frames) frame.incrementNumber = ++number;
-    warn(fmt::format("{}: note: frames of {} have equal numbers; they are numbered from 1", file, step.name));
+    warn(base::note({file}, fmt::format("frames of {} have equal numbers; they are numbered from 1", step.name)));
   }
 }
 
@@ -125,8 +125,9 @@ void renameSets(Outline& outline, const WarningSink& warn) {
   for (std::size_t i = 0; i < names.size(); ++i) {
     OutlineSet& set = outline.sets[i];
     if (names[i].isRenamed) {
-      warn(fmt::format("{}: note: the {} set {} becomes {}, because records cannot tell it from another set", set.place,
-                       set.kind == odbstore::SetKind::node ? "node" : "element", set.name, names[i].name));
+      warn(base::note(set.place,
+                      fmt::format("the {} set {} becomes {}, because records cannot tell it from another set",
+                                  set.kind == odbstore::SetKind::node ? "node" : "element", set.name, names[i].name)));
     }
     set.name = names[i].name;
   }
@@ -134,17 +135,16 @@ void renameSets(Outline& outline, const WarningSink& warn) {
 
 void warnOfHiddenSets(const Outline& outline, const WarningSink& warn) {
   std::vector<std::string> hidden;
-  std::string place;
+  SourcePlace place;
   for (const OutlineSet& set : outline.sets) {
     if (!isLeftOutOfRecords(set.name)) continue;
     if (hidden.empty()) place = set.place;
     hidden.push_back(set.name);
   }
   if (hidden.empty()) return;
-  warn(
-      fmt::format("{}: warning: there will be no records of the sets {}: an extraction leaves out sets whose names "
-                  "contain \"Warn\" or \"Info\"",
-                  place, listed(hidden)));
+  warn(base::warning(place, fmt::format("there will be no records of the sets {}: an extraction leaves out sets whose "
+                                        "names contain \"Warn\" or \"Info\"",
+                                        listed(hidden))));
 }
 
 }  // namespace

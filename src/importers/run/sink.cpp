@@ -77,11 +77,11 @@ void Sink::addSteps() {
 }
 
 void Sink::nodes(std::span<const int> labels, std::span<const double> coordinates, const SourcePlace& place) {
-  if (hasNodes_) throw ImportError(place.file, place.line, "a second model in one file cannot be imported");
+  if (hasNodes_) throw ImportError(place, "a second model in one file cannot be imported");
   hasNodes_ = true;
   nodes_ = LabelIndex(labels);
   if (const auto twice = nodes_.repeated()) {
-    throw ImportError(place.file, place.line, fmt::format("the node {} is there twice", *twice));
+    throw ImportError(place, fmt::format("the node {} is there twice", *twice));
   }
   writer_.addNodes(kInstance, {labels.begin(), labels.end()}, {coordinates.begin(), coordinates.end()});
 }
@@ -91,8 +91,7 @@ void Sink::elements(const ElementGroup& group, const SourcePlace& place) {
     if (nodes_.contains(group.connectivity[i])) continue;
     const int element = group.labels[i / static_cast<std::size_t>(group.nodesPerElement)];
     throw ImportError(
-        place.file, place.line,
-        fmt::format("the element {} has the node {}, which is not there", element, group.connectivity[i]));
+        place, fmt::format("the element {} has the node {}, which is not there", element, group.connectivity[i]));
   }
   elementsPlace_ = place;
   ElementGroup& to = groups_.groupOf(group.type, group.nodesPerElement, group.hasTensors, place);
@@ -104,7 +103,7 @@ void Sink::writeModel() {
   if (std::exchange(isModelWritten_, true)) return;
   groups_.index();
   if (const auto twice = groups_.repeated()) {
-    throw ImportError(elementsPlace_.file, elementsPlace_.line, fmt::format("the element {} is there twice", *twice));
+    throw ImportError(elementsPlace_, fmt::format("the element {} is there twice", *twice));
   }
   for (const auto& group : groups_.all()) {
     writer_.addElements(kInstance, group->type, group->labels, group->connectivity);
@@ -199,10 +198,9 @@ void Sink::spread(const RowsId& id, NodeRows& at, std::span<const float> values,
   }
   const std::string& name = fieldOf(id).name;
   if (at.looseRows > 0 && looseOf_.insert(name).second) {
-    warn_(
-        fmt::format("{}: warning: {} has values at {} nodes that belong to no element with such values; they are "
-                    "left out",
-                    placeIn(place.file, place.line), name, at.looseRows));
+    warn_(base::warning(
+        place, fmt::format("{} has values at {} nodes that belong to no element with such values; they are left out",
+                           name, at.looseRows)));
   }
   const std::size_t width = values.size() / at.labels.size();
   stored_.resize(at.source.size() * width);
@@ -270,8 +268,7 @@ Sink::NodeRows& Sink::nodeRows(const RowsId& id, std::span<const int> labels, co
   });
   if (found == nodeRows_.end()) {
     if (const auto twice = LabelIndex(labels).repeated()) {
-      throw ImportError(place.file, place.line,
-                        fmt::format("{} has two rows for the node {}", fieldOf(id).source, *twice));
+      throw ImportError(place, fmt::format("{} has two rows for the node {}", fieldOf(id).source, *twice));
     }
     if (nodeRows_.size() == kKeptNodeRows) nodeRows_.pop_back();
     nodeRows_.push_back(std::make_unique<NodeRows>(NodeRows{{labels.begin(), labels.end()}, {}, {}, {}, 0}));
@@ -288,8 +285,8 @@ std::string Sink::uniqueOutput(Step& step, const std::string& label, const std::
     name = fmt::format("{}-{}", output, number);
   }
   if (name != output) {
-    warn_(fmt::format("{}: note: the history {} of {} is called {}, because another one has the name", file_, output,
-                      label, name));
+    warn_(base::note({file_}, fmt::format("the history {} of {} is called {}, because another one has the name", output,
+                                          label, name)));
   }
   return name;
 }
@@ -330,8 +327,9 @@ void Sink::finish() {
   if (newlyIrregular_.empty()) writeHistories();
   for (const auto& [name, strange] : strange_) {
     const OutlineStep& step = outline_.steps[strange.step];
-    warn_(fmt::format("{}: warning: {} values of {} are no numbers or infinite, from {}, frame {} on", file_,
-                      strange.values, name, step.name, step.frames[strange.frame].incrementNumber));
+    warn_(base::warning(
+        {file_}, fmt::format("{} values of {} are not finite numbers, from {}, frame {} on", strange.values, name,
+                             step.name, step.frames[strange.frame].incrementNumber)));
   }
 }
 

@@ -13,7 +13,7 @@ namespace {
 
 Outline outlineOf(const ImportOptions& options, const std::vector<KnownFormat>& formats) {
   const FoundFormat found = findFormat(formats, options.input, options.format);
-  const WarningSink silent = [](const std::string&) {};
+  const WarningSink silent = [](const base::Diagnostic&) {};
   const std::unique_ptr<Source> source =
       found.format->importer->open({found.results, options.isStrict, options.withMass, true}, silent);
   return listImport(*source, {found.results, "", {}, {}}, silent);

@@ -61,9 +61,10 @@ void import(const ImportOptions& options, const std::vector<importers::KnownForm
   const importers::ImportRequest request = {
       found.results, outputOf(options, found.results), {options.compress, options.checksum}, options.selection};
   tool::ProgressLine progress(found.results, stderr);
-  std::set<std::string> said;  // reading a file twice does not say everything twice
-  const importers::WarningSink warnOnce = [&](const std::string& text) {
-    if (!said.insert(text).second) return;
+  std::set<std::string> heard;  // reading a file twice does not say everything twice
+  const importers::WarningSink warnOnce = [&](const base::Diagnostic& said) {
+    const std::string text = base::textOf(said);
+    if (!heard.insert(text).second) return;
     progress.wipe();
     warn(text);
   };

@@ -89,7 +89,7 @@ class ListedSource : public Source {
       if (!withSets_) return;
       const auto kind = words[0] == "node-set" ? odbstore::SetKind::node : odbstore::SetKind::element;
       members_.push_back(numbers<int>(words, 2, lines));
-      outline_.sets.push_back({kind, words[1], false, words.size() - 2, placeIn(path_, lines.lineNumber())});
+      outline_.sets.push_back({kind, words[1], false, words.size() - 2, lines.place()});
     } else if (words[0] == "step") {
       OutlineStep& step = outline_.steps.emplace_back();
       step.number = integerFrom(words[1]).value_or(0);

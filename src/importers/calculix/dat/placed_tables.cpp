@@ -46,7 +46,7 @@ PrintedTables placePrintedTables(const std::string& path, const Deck& deck, bool
     for (const RunFrame& frame : places.frames) frames.add(frame);
     printed.problems.insert(printed.problems.end(), places.problems.begin(), places.problems.end());
   }
-  if (!steps.doubt.empty()) note(steps.doubt);
+  if (!steps.doubt.empty()) note(base::note({}, steps.doubt));
   frames.settle(steps.spans(), note);
   return printed;
 }

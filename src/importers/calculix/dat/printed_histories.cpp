@@ -46,9 +46,9 @@ PrintedHistories::PrintedHistories(const std::string& path, const PrintedTables&
   for (const PrintedTable& table : printed.tables) {
     if (!table.format->isOfMesh() || table.format->rows == DatRows::contactFace || table.rows <= limit) continue;
     if (!tooLarge_.emplace(table.head.title, table.head.set).second || limit == 0) continue;
-    warn(fmt::format("{}: warning: {}{} with {} rows, more than {}, become fields without histories",
-                     placeIn(path, table.head.line), table.head.title,
-                     table.head.set.empty() ? "" : " of " + setName(table), table.rows, limit));
+    warn(base::warning({path, table.head.line},
+                       fmt::format("{}{} with {} rows, more than {}, become fields without histories", table.head.title,
+                                   table.head.set.empty() ? "" : " of " + setName(table), table.rows, limit)));
   }
 }
 

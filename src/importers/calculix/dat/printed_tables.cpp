@@ -79,7 +79,7 @@ class PrintedTableReader {
     if (isRemark(row_)) return;
     ++table.rows;
     if (!readDatRow(*table.format, row_, values_)) {
-      return leaveOut(table, fmt::format("this is no row of {}", table.head.title));
+      return leaveOut(table, fmt::format("this is not a row of {}", table.head.title));
     }
     const std::size_t numbers = values_.numbers.size();
     if (table.rows == 1) {
@@ -91,7 +91,7 @@ class PrintedTableReader {
       table.columns = *columns;
       table.width = numbers;
     } else if (numbers != table.width) {
-      return leaveOut(table, fmt::format("this is no row of {}", table.head.title));
+      return leaveOut(table, fmt::format("this is not a row of {}", table.head.title));
     }
     note(table, line);
     if (keepsRows(*table.format)) {
@@ -138,7 +138,7 @@ PrintedTables readPrintedTables(const std::string& path, const Deck& deck) {
 void reportProblems(const PrintedTables& printed, const std::string& path, bool isStrict, const WarningSink& warn) {
   for (const PrintedProblem& problem : printed.problems) {
     if (isStrict && problem.isLoss) throw ImportError(path, problem.line, problem.text);
-    warn(fmt::format("{}: warning: {}", placeIn(path, problem.line), problem.text));
+    warn(base::warning({path, problem.line}, problem.text));
   }
 }
 

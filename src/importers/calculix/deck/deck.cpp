@@ -36,7 +36,7 @@ class DeckReader {
     while (lines.next(line)) {
       line = trimmed(line);
       if (line.empty() || isComment(line)) continue;
-      if (line.find('\0') != std::string_view::npos) lines.fail("this is no text");
+      if (line.find('\0') != std::string_view::npos) lines.fail("not a text file");
       if (isKeyword(line)) {
         startKeyword(joined(lines, line), lines);
       } else {
@@ -104,7 +104,7 @@ class DeckReader {
       surfaces_.start(keyword, lines);
       data_ = Data::surface;
     } else if (keyword.name == "RESTART" && keyword.has("READ")) {
-      restart_ = deck_.mesh.placeOfMissing = placeIn(lines.path(), lines.lineNumber());
+      restart_ = deck_.mesh.placeOfMissing = lines.place();
     } else if (keyword.name == "CYCLICSYMMETRYMODEL") {
       takeSectors(keyword, lines);
     } else if (sections_.start(keyword, lines)) {
@@ -116,7 +116,7 @@ class DeckReader {
   void takeSectors(const Keyword& keyword, const LineReader& lines) {
     const std::optional<int> sectors = integerFrom(keyword.value("NGRAPH").value_or("1"));
     if (!sectors || *sectors <= (deck_.sectorCopies ? deck_.sectorCopies->sectors : 1)) return;
-    deck_.sectorCopies = DeckSectorCopies{placeIn(lines.path(), lines.lineNumber()), *sectors};
+    deck_.sectorCopies = DeckSectorCopies{lines.place(), *sectors};
   }
 
   void include(const Keyword& keyword, LineReader& lines) {
@@ -126,8 +126,8 @@ class DeckReader {
     if (!path) {
       const std::string text = fmt::format("the included file {} does not exist", storableText(*name));
       if (isStrict_) lines.fail(text);
-      deck_.mesh.placeOfMissing = placeIn(lines.path(), lines.lineNumber());
-      warn_(fmt::format("{}: warning: {}", deck_.mesh.placeOfMissing, text));
+      deck_.mesh.placeOfMissing = lines.place();
+      warn_(base::warning(deck_.mesh.placeOfMissing, text));
       return;
     }
     includes_.enter(*path, *name, lines);
@@ -199,11 +199,9 @@ class DeckReader {
 
   void finishSets() {
     const DeckMesh& mesh = deck_.mesh;
-    if (!restart_.empty() && mesh.elementLabels.empty()) {
-      warn_(
-          fmt::format("{}: warning: the deck restarts an earlier run and has no mesh, so the sets of that run are not "
-                      "known",
-                      restart_));
+    if (restart_.isKnown() && mesh.elementLabels.empty()) {
+      warn_(base::warning(restart_,
+                          "the deck restarts an earlier run and has no mesh, so the sets of that run are not known"));
     }
     LabelBudget budget(bytesOfDeck_ + includes_.bytes());
     const auto labelsOf = [&](const std::vector<int>& all) { return MeshLabels(all, mesh.isWhole() && !all.empty()); };
@@ -224,7 +222,7 @@ class DeckReader {
   DeckSections sections_;
   DeckSurfaces surfaces_{setCount_};
   DeckLocalAxesReader localAxes_;
-  std::string restart_;  // where the deck reads the state of an earlier run
+  SourcePlace restart_;  // where the deck reads the state of an earlier run
   DeckStepReader steps_;
   Data data_ = Data::none;
   DeckSet* set_ = nullptr;  // the set that the data lines belong to

@@ -28,9 +28,9 @@ struct DeckMesh {
   std::vector<int> nodeLabels;
   std::vector<elements::Vector3> coordinates;  // only with DeckDetail::mass
   // "<file>:<line>" of what the deck does not show: an included file that is missing, the run that it restarts.
-  std::string placeOfMissing;
+  SourcePlace placeOfMissing;
 
-  bool isWhole() const { return placeOfMissing.empty(); }
+  bool isWhole() const { return !placeOfMissing.isKnown(); }
   std::span<const int> nodesOf(std::size_t element) const;
   // Gives back what mass alone needs.
   void dropCoordinates();
@@ -40,8 +40,8 @@ struct DeckMesh {
 
 // *CYCLIC SYMMETRY MODEL with NGRAPH: the result file holds copies of the sector beside it.
 struct DeckSectorCopies {
-  std::string place;  // "<file>:<line>"
-  int sectors = 1;    // of the whole circle that the file holds, the deck's own one among them
+  SourcePlace place;
+  int sectors = 1;  // of the whole circle that the file holds, the deck's own one among them
 };
 
 struct Deck {

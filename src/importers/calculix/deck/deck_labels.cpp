@@ -22,9 +22,9 @@ std::uint64_t countOf(std::int64_t first, std::int64_t last, std::int64_t increm
 
 LabelBudget::LabelBudget(std::uint64_t bytesOfDeck) : limit_(kAlways + kPerByte * bytesOfDeck), left_(limit_) {}
 
-void LabelBudget::take(std::uint64_t labels, const std::string& place) {
+void LabelBudget::take(std::uint64_t labels, const SourcePlace& place) {
   if (labels > left_) {
-    throw ImportError(place, 0, fmt::format("the sets of the deck list more than {} labels in all", limit_));
+    throw ImportError(place, fmt::format("the sets of the deck list more than {} labels in all", limit_));
   }
   left_ -= labels;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "importers/input/diagnostics.h"
 #include "importers/input/label_index.h"
 
 namespace importers::calculix {
@@ -16,8 +17,8 @@ class LabelBudget {
  public:
   explicit LabelBudget(std::uint64_t bytesOfDeck);
 
-  // Counts labels that a set at a place ("<file>:<line>") takes in. An ImportError once there are too many in all.
-  void take(std::uint64_t labels, const std::string& place);
+  // Counts labels that a set at a place takes in. An ImportError once there are too many in all.
+  void take(std::uint64_t labels, const SourcePlace& place);
 
  private:
   std::uint64_t limit_;

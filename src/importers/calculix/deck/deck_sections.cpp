@@ -63,7 +63,7 @@ bool DeckSections::startSection(const Keyword& keyword, SectionKind kind, const 
   if (!set) return true;
   DeckSection section;
   section.kind = kind;
-  section.place = placeIn(lines.path(), lines.lineNumber());
+  section.place = lines.place();
   section.elementSet = canonicalName(*set);
   section.setName = storableText(withoutQuotes(*set));
   section.hasOrientation = keyword.value("ORIENTATION").has_value();
@@ -121,7 +121,7 @@ void DeckSections::takeDensity(std::string_view line, const LineReader& lines) {
   if (lineOfData_ == 1) {
     material_->density = numberAt(line, 0, lines);
   } else if (lineOfData_ == 2) {
-    material_->placeOfSecondDensity = placeIn(lines.path(), lines.lineNumber());
+    material_->placeOfSecondDensity = lines.place();
   }
 }
 

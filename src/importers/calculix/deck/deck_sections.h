@@ -10,6 +10,7 @@
 
 #include "elements/vector3.h"
 #include "importers/calculix/deck/deck_keyword.h"
+#include "importers/input/diagnostics.h"
 #include "importers/input/line_reader.h"
 
 namespace importers::calculix {
@@ -18,7 +19,7 @@ struct DeckMaterial {
   std::string name;               // as the deck spells it
   std::optional<double> density;  // the first one
   // Where the second one stands, of a density that depends on temperature.
-  std::string placeOfSecondDensity;
+  SourcePlace placeOfSecondDensity;
 };
 
 struct DeckLayer {
@@ -31,7 +32,7 @@ enum class SectionKind { solid, shell, beam, pointMass };
 // *SOLID SECTION, *SHELL SECTION and *MEMBRANE SECTION, *BEAM SECTION, *MASS.
 struct DeckSection {
   SectionKind kind = SectionKind::solid;
-  std::string place;       // "<file>:<line>"
+  SourcePlace place;
   std::string elementSet;  // canonical name
   std::string setName;     // as the deck spells it
   std::string material;    // canonical name; empty for layers and point masses

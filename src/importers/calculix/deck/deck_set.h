@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "importers/input/diagnostics.h"
 #include "odbstore/schema.h"
 
 namespace importers::calculix {
@@ -23,7 +24,7 @@ struct DeckSet {
   odbstore::SetKind kind = odbstore::SetKind::node;
   DeckSetOrigin origin = DeckSetOrigin::lists;
   std::vector<std::string> names;  // every spelling with which the deck opens it, in that order, without quotes
-  std::string place;               // "<file>:<line>" of its first mention
+  SourcePlace place;               // of its first mention
   int order = 0;                   // of its first mention among all sets of the deck
   std::vector<int> labels;         // ascending, each once
   // Of the nodes of faces: those faces that belong to elements that the solver may write as solids.

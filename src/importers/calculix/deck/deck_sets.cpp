@@ -61,7 +61,7 @@ DeckSet& DeckSets::open(const std::string& name, const LineReader& lines) {
   DeckSet& set = known->second;
   if (isNew) {
     set.kind = kind_;
-    set.place = placeIn(lines.path(), lines.lineNumber());
+    set.place = lines.place();
     set.order = order_++;
   }
   set.addName(shown);
@@ -88,8 +88,8 @@ void DeckSets::addMembers(DeckSet& set, std::string_view line, const LineReader&
       continue;
     }
     if (looksLikeNumber(item)) lines.fail(fmt::format("\"{}\" is neither a label nor a set", storableText(item)));
-    warn(fmt::format("{}: warning: the set {} takes in {}, which is no set yet",
-                     placeIn(lines.path(), lines.lineNumber()), set.names.front(), storableText(item)));
+    warn(base::warning(lines.place(), fmt::format("the set {} takes in {}, which is not a set yet", set.names.front(),
+                                                  storableText(item))));
   }
 }
 
@@ -139,8 +139,9 @@ void DeckSets::warnOf(const Strangers& strangers, const WarningSink& warn) const
   std::vector<std::string> names;
   for (const DeckSet* set : sets) names.push_back(set->names.front());
   const char* const member = kind_ == odbstore::SetKind::node ? "node" : "element";
-  warn(fmt::format("{}: warning: labels that no {} of the deck has are left out of the sets {} ({} in all)",
-                   strangers.place, member, listed(names), strangers.count));
+  warn(base::warning(strangers.place,
+                     fmt::format("labels that no {} of the deck has are left out of the sets {} ({} in all)", member,
+                                 listed(names), strangers.count)));
 }
 
 std::map<std::string, DeckSet> DeckSets::finish(const MeshLabels& mesh, LabelBudget& budget, const WarningSink& warn) {

@@ -51,7 +51,7 @@ class DeckSets {
   struct Strangers {
     std::uint64_t count = 0;
     std::set<const DeckSet*> sets;
-    std::string place;  // of the first of them
+    SourcePlace place;  // of the first of them
   };
 
   void addPiece(const Piece& piece, const MeshLabels& mesh, LabelBudget& budget, Strangers& strangers);

@@ -99,7 +99,7 @@ class FaceNodes {
 struct SetOfSurface {
   DeckSetOrigin origin;
   std::string name;
-  std::string place;
+  SourcePlace place;
 };
 
 // Says what a set is; its first mention counts for all but the name.
@@ -120,19 +120,16 @@ void append(std::vector<int>& to, const std::vector<int>& labels) { to.insert(to
 void DeckSurfaces::start(const Keyword& keyword, const LineReader& lines) {
   const std::optional<std::string> name = keyword.value("NAME");
   if (!name || trimmed(*name).empty()) lines.fail("*SURFACE has no name");
-  surfaces_.push_back({*keyword.spelled("NAME"),
-                       placeIn(lines.path(), lines.lineNumber()),
-                       order_,
-                       upperCased(keyword.value("TYPE").value_or("")) == "NODE",
-                       {}});
+  surfaces_.push_back(
+      {*keyword.spelled("NAME"), lines.place(), order_, upperCased(keyword.value("TYPE").value_or("")) == "NODE", {}});
   order_ += 2;  // it may make two sets
 }
 
 void DeckSurfaces::takeData(std::string_view line, const LineReader& lines) {
   const std::vector<std::string_view> items = dataItems(line);
   if (items.front().empty()) return;
-  surfaces_.back().parts.push_back({placeIn(lines.path(), lines.lineNumber()), std::string(items[0]),
-                                    items.size() > 1 ? canonicalName(items[1]) : std::string()});
+  surfaces_.back().parts.push_back(
+      {lines.place(), std::string(items[0]), items.size() > 1 ? canonicalName(items[1]) : std::string()});
 }
 
 std::vector<int> DeckSurfaces::membersOf(const Part& part, const Sets& sets, LabelBudget& budget,
@@ -140,7 +137,8 @@ std::vector<int> DeckSurfaces::membersOf(const Part& part, const Sets& sets, Lab
   if (const std::optional<int> label = integerFrom(part.member)) return {*label};
   const auto set = sets.find(canonicalName(part.member));
   if (set == sets.end()) {
-    warn(fmt::format("{}: warning: a surface takes in {}, which is no set", part.place, storableText(part.member)));
+    warn(
+        base::warning(part.place, fmt::format("a surface takes in {}, which is not a set", storableText(part.member))));
     return {};
   }
   budget.take(set->second.labels.size() * kLabelsOfFace, part.place);
@@ -168,8 +166,8 @@ void DeckSurfaces::addSets(Deck& deck, LabelBudget& budget, const WarningSink& w
       const std::vector<int> members = membersOf(part, deck.elementSets, budget, warn);
       append(elements.labels, members);
       if (faces.collect(members, part.face, nodes)) continue;
-      warn(fmt::format("{}: warning: the surface {} has faces \"{}\" of elements without such faces", part.place,
-                       storableText(withoutQuotes(surface.name)), storableText(part.face)));
+      warn(base::warning(part.place, fmt::format("the surface {} has faces \"{}\" of elements without such faces",
+                                                 storableText(withoutQuotes(surface.name)), storableText(part.face))));
     }
   }
   made.moveInto(deck);

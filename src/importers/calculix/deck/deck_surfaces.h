@@ -31,13 +31,13 @@ class DeckSurfaces {
 
  private:
   struct Part {
-    std::string place;
+    SourcePlace place;
     std::string member;  // a label or the name of a set
     std::string face;    // in capitals
   };
   struct Surface {
     std::string name;  // as spelled, with quotes
-    std::string place;
+    SourcePlace place;
     int order = 0;
     bool isOfNodes = false;
     std::vector<Part> parts;

@@ -72,17 +72,17 @@ class MassOfDeck {
         throw UnknownMass{set.place, fmt::format("elements of {} ({} {}) {}", set.names.front(), type, label, what)};
       }
     }
-    throw UnknownMass{"", fmt::format("elements in no set ({} {}) {}", type, label, what)};
+    throw UnknownMass{{}, fmt::format("elements in no set ({} {}) {}", type, label, what)};
   }
 
   std::span<const Vector3> nodesOf(std::size_t element) {
     const std::span<const int> labels = deck_.mesh.nodesOf(element);
     const auto count = static_cast<std::size_t>(kindOf(element).nodes);
     const int label = deck_.mesh.elementLabels[element];
-    if (labels.size() < count) throw UnknownMass{"", fmt::format("the element {} has too few nodes", label)};
+    if (labels.size() < count) throw UnknownMass{{}, fmt::format("the element {} has too few nodes", label)};
     for (std::size_t k = 0; k < count; ++k) {
       const int place = nodes_.placeOf(labels[k]);
-      if (place < 0) throw UnknownMass{"", fmt::format("the node {} of the element {} is not there", labels[k], label)};
+      if (place < 0) throw UnknownMass{{}, fmt::format("the node {} of the element {} is not there", labels[k], label)};
       corners_[k] = deck_.mesh.coordinates[static_cast<std::size_t>(place)];
     }
     return std::span(corners_).first(count);
@@ -154,8 +154,7 @@ std::optional<StepMass> massOf(const Deck& deck, const WarningSink& warn) {
   try {
     return MassOfDeck(deck, warn).run();
   } catch (const UnknownMass& unknown) {
-    const std::string place = unknown.place.empty() ? std::string() : unknown.place + ": ";
-    warn(fmt::format("{}warning: {}, so the steps have no mass", place, unknown.reason));
+    warn(base::warning(unknown.place, unknown.reason + ", so the steps have no mass"));
     return std::nullopt;
   }
 }

@@ -62,10 +62,11 @@ double SectionMasses::densityOf(const std::string& material, const DeckSection& 
     failFor(section, fmt::format("has the material \"{}\", which is not known", material));
   if (!known->second.density)
     failFor(section, fmt::format("has the material {} without a density", known->second.name));
-  const std::string& second = known->second.placeOfSecondDensity;
-  if (!second.empty() && warnedOf_.insert(material).second) {
-    warn_(fmt::format("{}: warning: the density of {} depends on temperature; masses are made with the first one",
-                      second, known->second.name));
+  const SourcePlace& second = known->second.placeOfSecondDensity;
+  if (second.isKnown() && warnedOf_.insert(material).second) {
+    warn_(base::warning(second,
+                        fmt::format("the density of {} depends on temperature; masses are made with the first one",
+                                    known->second.name)));
   }
   return *known->second.density;
 }

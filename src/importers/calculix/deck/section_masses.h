@@ -14,9 +14,9 @@
 
 namespace importers::calculix {
 
-// Why the mass of a deck cannot be told, and where in the deck that is to be seen; the place may be empty.
+// Why the mass of a deck cannot be told, and where in the deck that is to be seen; the place need not be known.
 struct UnknownMass {
-  std::string place;
+  SourcePlace place;
   std::string reason;
 };
 

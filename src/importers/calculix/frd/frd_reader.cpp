@@ -25,7 +25,7 @@ bool isRunRecord(std::string_view text) {
 FrdReader::FrdReader(const std::string& path) : lines_(path) {
   std::string_view line;
   if (!lines_.reader().next(line)) lines_.fail("the file is empty");
-  if (!line.starts_with("    1C")) lines_.fail("this is no result file of CalculiX: those start with \"    1C\"");
+  if (!line.starts_with("    1C")) lines_.fail("not a CalculiX result file (expected \"    1C\" on line 1)");
   while (lines_.reader().next(line)) {
     if (!line.starts_with("    1U") && !line.starts_with("    1C")) {
       pending_ = line;

@@ -125,7 +125,7 @@ FrameNumber Frames::add(const RunFrame& frame) {
 }
 
 void Frames::dropStatus() {
-  (*warn_)(statusPath_ + ": warning: its times are not those of the results, and are not used");
+  (*warn_)(base::warning({statusPath_}, "its times are not those of the results, and are not used"));
   times_.clear();
 }
 
@@ -192,7 +192,8 @@ void Frames::numberStep(const std::vector<FrameNumber>& frames, const WarningSin
   }
   if (numbers.size() == frames.size()) return;
   for (std::size_t i = 0; i < frames.size(); ++i) frames_[frames[i]].info.incrementNumber = static_cast<int>(i) + 1;
-  note(fmt::format("step {} has frames with equal numbers; they are numbered from 1", frames_[frames.front()].step));
+  note(base::note({}, fmt::format("step {} has frames with equal numbers; they are numbered from 1",
+                                  frames_[frames.front()].step)));
 }
 
 void Frames::setTimes(const std::vector<FrameNumber>& frames, const StepSpans& spans) {
