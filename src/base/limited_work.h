@@ -10,7 +10,8 @@ namespace base {
 // What main() of such a program does: takes the limits that it was started with upon itself, gives away what rights it
 // can, does `work` with the arguments that are the program's own, and answers through the pipe with what that returns
 // or throws (FileError, std::bad_alloc or anything else). `work` finds the file at the descriptor kLimitedFile
-// (limited_protocol.h). Returns the exit status, not 0 where the program was not started by runLimited().
+// (limited_protocol.h). Ends the process, but where it was not started by runLimited(): then it does nothing and
+// returns an exit status that is not 0.
 int serveLimited(int argc, char** argv, const std::function<std::string(std::span<char*> arguments)>& work);
 
 }  // namespace base

@@ -33,7 +33,7 @@ class ImportError : public std::runtime_error {
 // "A, B, C" for a message; of many names the first ones and how many there are more.
 std::string listed(const std::vector<std::string>& names);
 
-// Passes each warning on to `warn` once, for files that are read several times. `warn` must live as long.
+// Passes each of them on to `warn` once, for files that are read several times. `warn` must live as long.
 WarningSink onceOnly(const WarningSink& warn);
 
 }  // namespace importers
