@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "odbstore/reader.h"
-#include "odbstore/store_error.h"
+#include "odbstore/results_for_writers.h"
 #include "support/temporary_directory.h"
 
 namespace odbstore {
@@ -17,22 +17,8 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-const FieldInfo kStress{"Stress components", 5, {"11", "22", "33", "12", "13", "23"}, {4, 1}, false};
-const FieldInfo kTemperature{"Nodal temperature", 2, {}, {}, false};
-
 class WriterTest : public testing::Test {
  protected:
-  // The message of the StoreError that `action` ends with.
-  template <class Action>
-  std::string failureOf(Action&& action) {
-    try {
-      action();
-    } catch (const StoreError& error) {
-      return error.what();
-    }
-    return "no failure";
-  }
-
   std::vector<float> rowsOf(const StoredBlock& block, int frame) {
     std::vector<float> rows(static_cast<std::size_t>(block.rows() * block.width()));
     block.read(frame, rows.data());

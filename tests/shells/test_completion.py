@@ -19,17 +19,17 @@ class CompletionTest(ProgramTest):
         self.prefix = installed_prefix(self)
         self.environment = {"PATH": f"{self.prefix}/bin:/usr/bin:/bin", "HOME": str(self.directory), "LC_ALL": "C.UTF-8",
                             "ASAN_OPTIONS": "detect_leaks=0"}
-        work = self.path("work")
-        work.mkdir()
-        self.write("work/job.frd", WHOLE)
-        self.write("work/job.inp", DECK)
-        self.write("work/two words.frd", WHOLE)
-        self.write("work/torn.frd", WHOLE[:-300])
-        self.write("work/nonsense", "no results")
-        small_database(self.path("work/model.odb"))
-        with h5py.File(self.path("work/model.odb"), "a") as odb:
+        runs = self.path("runs")
+        runs.mkdir()
+        self.write("runs/job.frd", WHOLE)
+        self.write("runs/job.inp", DECK)
+        self.write("runs/two words.frd", WHOLE)
+        self.write("runs/torn.frd", WHOLE[:-300])
+        self.write("runs/nonsense", "no results")
+        small_database(self.path("runs/model.odb"))
+        with h5py.File(self.path("runs/model.odb"), "a") as odb:
             odb["assembly/elementSets/SIDE:LEFT/I-1"] = np.array([1], "i4")
-        self.shell = self.start(work)
+        self.shell = self.start(runs)
         self.addCleanup(self.shell.close)
 
     def start(self, work):
@@ -68,8 +68,8 @@ class CompletionTest(ProgramTest):
         self.assertEqual(self.shell.completed("kolvex import 'two words.frd' --field N"),
                          "kolvex import 'two words.frd' --field NT")
         self.assertEqual(self.shell.completed("kolvex import two\\ words --step "), "kolvex import two\\ words --step 1")
-        self.assertEqual(self.shell.completed("kolvex import ~/work/job.frd --field N"),
-                         "kolvex import ~/work/job.frd --field NT")
+        self.assertEqual(self.shell.completed("kolvex import ~/runs/job.frd --field N"),
+                         "kolvex import ~/runs/job.frd --field NT")
         self.assert_silent()
 
     def test_results_that_cannot_be_read_complete_nothing_and_say_nothing(self):
@@ -78,7 +78,7 @@ class CompletionTest(ProgramTest):
                 line = f"kolvex import {results} --field "
                 self.assertEqual(self.shell.completed(line), line.rstrip(" "))
                 self.assert_silent()
-        self.assertFalse(self.path("work/made").exists(), "a line that is still being typed was run")
+        self.assertFalse(self.path("runs/made").exists(), "a line that is still being typed was run")
 
     def test_results_that_are_cut_off_complete_what_is_left(self):
         self.assertEqual(self.shell.completed("kolvex import torn --field N"), "kolvex import torn --field NT")
