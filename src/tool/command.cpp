@@ -155,8 +155,15 @@ Command& Command::optionalArgument(std::string name, std::string& to, std::strin
 }
 
 Command& Command::arguments(std::string name, std::vector<std::string>& to, std::string help, Completes completes) {
+  optionalArguments(std::move(name), to, std::move(help), completes);
+  options_.back().isRequired = true;
+  return *this;
+}
+
+Command& Command::optionalArguments(std::string name, std::vector<std::string>& to, std::string help,
+                                    Completes completes) {
   Option& option = add(name, name, std::move(help), completes, [&to](const std::string& text) { to.push_back(text); });
-  option.isArgument = option.isRepeated = option.isRequired = true;
+  option.isArgument = option.isRepeated = true;
   return *this;
 }
 

@@ -95,6 +95,8 @@ class Command {
   Command& optionalArgument(std::string name, std::string& to, std::string help, Completes completes = Completes::file);
   Command& arguments(std::string name, std::vector<std::string>& to, std::string help,
                      Completes completes = Completes::file);
+  Command& optionalArguments(std::string name, std::vector<std::string>& to, std::string help,
+                             Completes completes = Completes::file);
   // The option added last may be given again.
   Command& repeated();
   // Options that cannot be given together, by one of their names.

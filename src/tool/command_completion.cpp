@@ -109,7 +109,9 @@ Completion Command::complete(const CompletionRequest& request) const {
   if (before.arguments == 0 && !subcommands_.empty()) {
     Words names;
     for (const auto& [name, summary] : subcommands_) names.push_back(name);
-    return {beginningWith(start, std::move(names)), Completes::nothing};
+    names = beginningWith(start, std::move(names));
+    // An argument may stand there as well: of that what no command begins like.
+    if (!names.empty() || argumentBehind(options_, 0) == nullptr) return {names, Completes::nothing};
   }
   const Option* const argument = argumentBehind(options_, before.arguments);
   return argument == nullptr ? Completion{} : completeValue(*argument, start, others(request, 0));

@@ -1,7 +1,6 @@
 #include "tool/progress_line.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <utility>
 
@@ -9,7 +8,6 @@ namespace tool {
 
 namespace {
 
-constexpr std::chrono::milliseconds kPause(200);
 constexpr double kMegabyte = 1e6;
 
 }  // namespace
@@ -24,25 +22,13 @@ std::string progressText(const std::string& name, std::uint64_t done, std::uint6
   return text;
 }
 
-ProgressLine::ProgressLine(std::string name, std::FILE* stream)
-    : name_(std::move(name)), stream_(stream), isTerminal_(::isatty(::fileno(stream)) == 1) {}
+ProgressLine::ProgressLine(std::string name, std::FILE* stream) : name_(std::move(name)), line_(stream) {}
 
 void ProgressLine::show(std::uint64_t done, std::uint64_t all) {
-  const Clock::time_point now = Clock::now();
   // The last state stays on the screen longest, and nothing draws over it.
-  if (!isTerminal_ || (now - drawn_ < kPause && done < all)) return;
-  const std::chrono::duration<double> seconds = now - begin_;
-  std::fputs(("\r" + progressText(name_, done, all, seconds.count()) + "\033[K").c_str(), stream_);
-  std::fflush(stream_);
-  isDrawn_ = true;
-  drawn_ = now;
-}
-
-void ProgressLine::wipe() {
-  if (!isDrawn_) return;
-  std::fputs("\r\033[K", stream_);
-  std::fflush(stream_);
-  isDrawn_ = false;
+  if (!line_.isDue() && done < all) return;
+  const std::chrono::duration<double> seconds = Clock::now() - begin_;
+  line_.draw(progressText(name_, done, all, seconds.count()));
 }
 
 }  // namespace tool

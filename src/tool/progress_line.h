@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <string>
 
+#include "tool/terminal_line.h"
+
 namespace tool {
 
 // "job.frd: 45 %, 210 MB/s, 12 s left". `seconds` have gone by; when all is read, "job.frd: writing the database".
@@ -15,23 +17,17 @@ std::string progressText(const std::string& name, std::uint64_t done, std::uint6
 class ProgressLine {
  public:
   ProgressLine(std::string name, std::FILE* stream);
-  ~ProgressLine() { wipe(); }
-  ProgressLine(const ProgressLine&) = delete;
-  ProgressLine& operator=(const ProgressLine&) = delete;
 
   void show(std::uint64_t done, std::uint64_t all);
   // Makes room for other text; the line comes back when it is shown next.
-  void wipe();
+  void wipe() { line_.wipe(); }
 
  private:
   using Clock = std::chrono::steady_clock;
 
   std::string name_;
-  std::FILE* stream_;
-  bool isTerminal_;
-  bool isDrawn_ = false;
+  TerminalLine line_;
   Clock::time_point begin_ = Clock::now();
-  Clock::time_point drawn_ = begin_;
 };
 
 }  // namespace tool

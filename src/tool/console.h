@@ -1,0 +1,15 @@
+// The streams of a command that speaks a line at a time.
+#pragma once
+
+#include <string>
+
+namespace tool {
+
+// Adds to standard output; what cannot be written shows in finishOutput().
+void print(const std::string& text);
+// A line on standard error. Nobody can be told that it takes nothing.
+void complain(const std::string& line);
+// Sends what is printed to its reader. Throws std::system_error where not all of it gets there.
+void finishOutput();
+
+}  // namespace tool

@@ -1,0 +1,35 @@
+// A line at the bottom of a terminal that is drawn over itself.
+#pragma once
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+
+namespace tool {
+
+// Does nothing where `stream` is not a terminal. Wipes the line at the end.
+class TerminalLine {
+ public:
+  explicit TerminalLine(std::FILE* stream);
+  ~TerminalLine() { wipe(); }
+  TerminalLine(const TerminalLine&) = delete;
+  TerminalLine& operator=(const TerminalLine&) = delete;
+
+  // Whether a line that is drawn now would be seen: the stream is a terminal, and the last one has stood for a while.
+  bool isDue() const;
+  // Draws the text, due or not.
+  void draw(const std::string& text);
+  // Makes room for other text.
+  void wipe();
+  bool isTerminal() const { return isTerminal_; }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  std::FILE* stream_;
+  bool isTerminal_;
+  bool isDrawn_ = false;
+  Clock::time_point drawn_ = Clock::now();
+};
+
+}  // namespace tool
