@@ -9,6 +9,7 @@ namespace kolvex {
 namespace {
 
 constexpr std::array kSubcommands = {
+    Subcommand{"batch", "extract from many databases or results"},
     Subcommand{"import", "bring the results of a solver into an output database"},
     Subcommand{"quarnish", "extract named scalars from an output database"},
     Subcommand{"verify", "check an output database for damage"},

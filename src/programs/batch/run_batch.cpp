@@ -1,0 +1,158 @@
+#include "run_batch.h"
+
+#include <sched.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <limits>
+#include <memory>
+
+#include "base/file_error.h"
+#include "batch/run/input_list.h"
+#include "batch/run/runner.h"
+#include "batch/state/small_files.h"
+#include "recognise.h"
+#include "run_report.h"
+#include "tool/console.h"
+#include "tool/terminal_line.h"
+
+namespace batch {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point begin) { return std::chrono::duration<double>(Clock::now() - begin).count(); }
+
+std::string textOfFile(const std::string& path) {
+  const auto text = readSmallFile(path, std::numeric_limits<std::size_t>::max());
+  if (text) return *text;
+  throw base::NoFileError(path, std::filesystem::exists(path) ? "cannot be read" : "does not exist");
+}
+
+// A list may come through a pipe.
+std::string textOfList(const std::string& path) {
+  std::ifstream file;
+  if (path != "-") file.open(path, std::ios::binary);
+  std::istream& list = path == "-" ? std::cin : file;
+  if (path != "-" && (!file || std::filesystem::is_directory(path))) throw base::NoFileError(path, "cannot be read");
+  return {std::istreambuf_iterator<char>(list), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> namesOf(const RunOptions& options) {
+  std::vector<std::string> names;
+  const auto addList = [&names](const std::string& path) {
+    const std::vector<std::string> listed = namesIn(textOfList(path));
+    names.insert(names.end(), listed.begin(), listed.end());
+  };
+  if (!options.list.empty()) addList(options.list);
+  for (const std::string& path : options.paths) {
+    if (path == "-") {
+      addList(path);
+    } else {
+      names.push_back(path);
+    }
+  }
+  return names;
+}
+
+std::size_t processors() {
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  if (::sched_getaffinity(0, sizeof set, &set) != 0) return 1;
+  return static_cast<std::size_t>(std::max(CPU_COUNT(&set), 1));
+}
+
+// The programs stand beside this one.
+std::string siblingProgram(const char* name) {
+  return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
+}
+
+RunPlan planOf(const RunOptions& options, const BatchDirectory& directory, const InputFormats& formats) {
+  RunPlan plan;
+  plan.settings = {textOfFile(options.configuration), options.importOptions};
+  plan.configuration = directory.configurationPath(plan.settings);
+  plan.version = KOLVEX_VERSION;
+  plan.extraction = siblingProgram("quarnish");
+  plan.import = siblingProgram("import");
+  plan.recognise = [&formats](const std::string& path) { return formats.recognise(path); };
+  plan.jobs = options.jobs > 0 ? options.jobs : processors();
+  plan.timeout = options.timeout;
+  plan.memory = options.memory;
+  plan.retries = options.retries;
+  plan.keepsGoing = options.keepsGoing;
+  plan.keepsDatabases = options.keepsDatabases;
+  plan.skipsFailed = options.skipsFailed;
+  plan.isSynced = options.isSynced;
+  plan.grace = options.grace;
+  return plan;
+}
+
+// Tells of a run while it goes on.
+class Reporter {
+ public:
+  Reporter(const BatchDirectory& directory, bool isJson) : directory_(directory), isJson_(isJson) {}
+
+  void begin(std::size_t inputs) {
+    if (isJson_) printLine(jsonOfStart(directory_.path(), inputs));
+  }
+
+  void tell(const Event* event, const Progress& progress) {
+    if (event != nullptr && isJson_) printLine(jsonOf(*event));
+    const std::string line = event == nullptr ? "" : lineOf(*event, directory_.directoryOf(*event->input));
+    if (!line.empty() && !isJson_) {
+      line_.wipe();
+      tool::complain(line);
+    }
+    if (line_.isDue()) line_.draw(progressText(progress, secondsSince(begin_)));
+  }
+
+  void end(const Progress& progress, bool isInterrupted) {
+    line_.wipe();
+    const double seconds = secondsSince(begin_);
+    if (isJson_) printLine(jsonOfEnd(progress, seconds, isInterrupted));
+    if (!isJson_) tool::print(summaryText(progress, seconds, isInterrupted));
+    tool::finishOutput();
+  }
+
+ private:
+  // Whoever reads events wants them when they happen.
+  static void printLine(const std::string& line) {
+    tool::print(line + "\n");
+    tool::finishOutput();
+  }
+
+  const BatchDirectory& directory_;
+  bool isJson_;
+  tool::TerminalLine line_{stderr};
+  Clock::time_point begin_ = Clock::now();
+};
+
+}  // namespace
+
+int runBatch(const RunOptions& options) {
+  const BatchDirectory directory(options.directory);
+  const InputFormats formats;
+  const RunPlan plan = planOf(options, directory, formats);
+  const std::vector<BatchInput> all = inputsNamed(namesOf(options));
+  if (all.empty()) throw InputListError("the list of inputs is empty");
+  const base::Descriptor membership = directory.join(plan.settings);
+  directory.addInputs(all);
+  const std::vector<BatchInput> inputs = sliceOf(all, options.index, options.size);
+  Reporter reporter(directory, options.isJson);
+  Signals signals;
+  Runner runner(directory, plan, signals,
+                [&reporter](const Event* event, const Progress& progress) { reporter.tell(event, progress); });
+  reporter.begin(inputs.size());
+  const Progress progress = runner.run(inputs);
+  reporter.end(progress, runner.isInterrupted());
+  if (progress.finished() < progress.inputs && runner.isInterrupted()) return kInterrupted;
+  return progress.failed > 0 ? tool::kFailed : 0;
+}
+
+}  // namespace batch

@@ -1,0 +1,91 @@
+#include "run_options.h"
+
+#include "tool/quantities.h"
+
+namespace batch {
+
+namespace {
+
+void addPage(tool::Command& command) {
+  command.synopsis("PATH... --config FILE --out DIR [options]")
+      .synopsis("--from LIST --config FILE --out DIR [options]")
+      .synopsis("collect DIR [options]")
+      .synopsis("status DIR [options]")
+      .describe(
+          "Extracts from each input in a process of its own, several side by side. An input is an output database, or "
+          "the results of a solver, which are imported first. What comes of it stands in DIR/<id>: params.txt and "
+          "paramsdone.txt of the extraction, status, log.")
+      .describe(
+          "The same command again does what is missing and no more: after a crash, a kill, a full disk, and with "
+          "inputs "
+          "that have changed. Inputs that have failed are tried again. Two at once share the work.")
+      .subcommand("collect", "print one table of all records of a batch")
+      .subcommand("status", "show how far a batch has got")
+      .exitStatus(0, "all inputs are done")
+      .exitStatus(1, "an input has failed, or the batch cannot go on")
+      .exitStatus(2, "wrong usage")
+      .exitStatus(3, "interrupted; the same command goes on from there")
+      .example("kolvex batch 'runs/*/job.odb' --config extract.cfg --out results --keep-going")
+      .example("kolvex batch --from list.txt --config extract.cfg --out results -j 8 --timeout 10m --memory 4G")
+      .example("kolvex batch collect results --to csv -o results.csv")
+      .seeAlso("kolvex-batch-collect(1)")
+      .seeAlso("kolvex-batch-status(1)")
+      .seeAlso("kolvex-quarnish(1)")
+      .seeAlso("kolvex-import(1)");
+}
+
+void addLimits(tool::Command& command, RunOptions& options) {
+  command
+      .option(
+          "--timeout", "TIME", [&options](const std::string& text) { options.timeout = tool::durationFrom(text); },
+          "end an input that takes longer than this: seconds, or 5m, 2h")
+      .option(
+          "--memory", "SIZE", [&options](const std::string& text) { options.memory = tool::bytesFrom(text); },
+          "end an input whose programs take more memory than this: bytes, or 500M, 4G")
+      .number("--retries", "N", options.retries, 0, 1000, "try an input that fails N times more (default: 0)")
+      .flag("-k,--keep-going", options.keepsGoing, "go on after a failure; without it no more inputs are started")
+      .flag("--skip-failed", options.skipsFailed, "leave inputs that have failed before as they are")
+      .option(
+          "--grace", "TIME", [&options](const std::string& text) { options.grace = tool::durationFrom(text); },
+          "when interrupted, let what runs finish for that long (default: end it)");
+}
+
+}  // namespace
+
+tool::Command runCommand(RunOptions& options) {
+  tool::Command command("kolvex batch", "extract from many databases or results");
+  addPage(command);
+  command
+      .optionalArguments("PATH", options.paths,
+                         "a database, a file of results, or a pattern of such; - reads a list from standard input")
+      .option("--from", "LIST", options.list, "read names of inputs from a file, one a line; - is standard input",
+              tool::Completes::file)
+      .option("--config", "FILE", options.configuration, "the configuration file, which says what is extracted",
+              tool::Completes::file)
+      .option("--out", "DIR", options.directory, "the directory of the batch; made where there is none",
+              tool::Completes::directory)
+      .number("-j,--jobs", "N", options.jobs, 1, 4096, "run N inputs side by side (default: one for each processor)");
+  addLimits(command, options);
+  command
+      .option(
+          "--import-option", "OPTION",
+          [&options](const std::string& option) { options.importOptions.push_back(option); },
+          "hand this to `kolvex import`, as --import-option=--no-mass")
+      .repeated()
+      .flag("--keep-databases", options.keepsDatabases, "keep databases that are imported, as DIR/<id>/database.odb")
+      .flag("--sync", options.isSynced, "bring each result to the disk before the next is counted")
+      .flag("--json", options.isJson, "print every event as a JSON object, one a line")
+      .number("--index", "I", options.index, 0, 1'000'000'000, "with --size: run slice I, from 0")
+      .number("--size", "N", options.size, 1, 1'000'000'000, "cut the inputs into N slices");
+  return command;
+}
+
+std::string refusalOf(const RunOptions& options) {
+  if (options.configuration.empty()) return "--config is missing";
+  if (options.directory.empty()) return "--out is missing";
+  if (options.paths.empty() && options.list.empty()) return "no input is named";
+  if (options.index >= options.size) return "--index must be below --size";
+  return "";
+}
+
+}  // namespace batch
