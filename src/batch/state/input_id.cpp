@@ -29,7 +29,9 @@ std::string charactersOf(std::uint64_t sum) {
   return text;
 }
 
+// Neither hidden nor like an option.
 std::string clean(std::string name) {
+  name.erase(0, std::min(name.find_first_not_of(".-"), name.size()));
   name.resize(std::min(name.size(), kMostOfName));
   for (char& c : name) {
     const bool isPlain = std::isalnum(static_cast<unsigned char>(c)) != 0 && static_cast<unsigned char>(c) < 128;
@@ -42,11 +44,10 @@ std::string clean(std::string name) {
 
 std::string inputId(const std::string& absolutePath) {
   const std::filesystem::path path(absolutePath);
-  std::string id = clean(path.parent_path().filename().string());
-  // A name that begins with a dot would be hidden.
-  id.erase(0, std::min(id.find_first_not_of('.'), id.size()));
-  if (!id.empty()) id += '.';
-  return id + clean(path.stem().string()) + '-' + charactersOf(sumOf(absolutePath));
+  const std::string folder = clean(path.parent_path().filename().string());
+  std::string name = clean(path.stem().string());
+  if (name.empty()) name = "input";
+  return (folder.empty() ? name : folder + "." + name) + "-" + charactersOf(sumOf(absolutePath));
 }
 
 }  // namespace batch
