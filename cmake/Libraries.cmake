@@ -1,5 +1,5 @@
 # The libraries that are linked in instead of loaded, where that is possible: loading shared libraries takes most of the
-# time of a small extraction. Targets: kolvex_hdf5, kolvex_fmt.
+# time of a small extraction. Targets: kolvex_hdf5, kolvex_zlib, kolvex_sqlite, kolvex_fmt.
 option(KOLVEX_STATIC_LIBRARIES "Link HDF5, fmt and the C++ library into the programs where there are archives" ON)
 
 pkg_check_modules(HDF5 REQUIRED IMPORTED_TARGET hdf5-serial)
@@ -26,6 +26,16 @@ if(KOLVEX_STATIC_LIBRARIES AND KOLVEX_ARCHIVE_z)
   target_link_libraries(kolvex_zlib INTERFACE ${KOLVEX_ARCHIVE_z})
 else()
   target_link_libraries(kolvex_zlib INTERFACE ZLIB::ZLIB)
+endif()
+
+find_package(SQLite3 REQUIRED)
+find_library(KOLVEX_ARCHIVE_sqlite3 libsqlite3.a)
+add_library(kolvex_sqlite INTERFACE)
+if(KOLVEX_STATIC_LIBRARIES AND KOLVEX_ARCHIVE_sqlite3)
+  target_include_directories(kolvex_sqlite SYSTEM INTERFACE ${SQLite3_INCLUDE_DIRS})
+  target_link_libraries(kolvex_sqlite INTERFACE ${KOLVEX_ARCHIVE_sqlite3} ${CMAKE_DL_LIBS} m Threads::Threads)
+else()
+  target_link_libraries(kolvex_sqlite INTERFACE SQLite::SQLite3)
 endif()
 
 if(KOLVEX_STATIC_LIBRARIES)

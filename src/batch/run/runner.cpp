@@ -103,7 +103,7 @@ void Runner::lookAtOthers() {
   const Clock::time_point now = Clock::now();
   if (now < nextLookAtOthers_) return;
   nextLookAtOthers_ = now + kPause;
-  for (auto input = elsewhere_.begin(); input != elsewhere_.end() && running_.size() < plan_.jobs && !isStopping_;) {
+  for (auto input = elsewhere_.begin(); input != elsewhere_.end() && isFree();) {
     endLeftBehind(directory_.directoryOf(**input) + "/" + kLogName);
     const BatchInput& waiting = **input;
     const auto here = input++;
@@ -144,16 +144,17 @@ Progress Runner::run(const std::vector<BatchInput>& inputs) {
   began_ =
       std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
   std::size_t next = 0;
+  const auto hasMore = [&] { return isFree() && next < inputs.size(); };
   while (!isOver(inputs.size() - next)) {
-    const bool isFree = running_.size() < plan_.jobs && !isStopping_;
-    const bool hasMore = isFree && next < inputs.size();
-    if (hasMore) {
+    if (hasMore()) {
       if (take(inputs[next]) == Taken::elsewhere) elsewhere_.push_back(&inputs[next]);
       ++next;
-    } else if (isFree && !elsewhere_.empty()) {
+    } else if (isFree()) {
       lookAtOthers();
     }
-    wait(!(running_.size() < plan_.jobs && !isStopping_ && next < inputs.size()));
+    const bool isIdle = !hasMore();
+    if (isIdle && isOver(inputs.size() - next)) break;
+    wait(isIdle);
     lookAfterAll();
   }
   running_.clear();

@@ -68,6 +68,8 @@ class Runner {
   void conclude(InputRun& run, const Record& record);
   void wait(bool isIdle);
   bool isOver(std::size_t left) const;
+  // Whether one more may be started.
+  bool isFree() const { return running_.size() < plan_.jobs && !isStopping_; }
   void tell(EventKind kind, const BatchInput& input, const Record* record);
 
   const BatchDirectory& directory_;
