@@ -2,11 +2,10 @@
 import json
 import os
 import shutil
-import signal
 import subprocess
 import time
 
-from support import BIN, ProgramTest, small_database
+from support import BIN, ProgramTest
 
 # Does as the text of the "database" says, and leaves a line in `ran` for each run.
 STAND_IN = r"""#!/bin/sh
@@ -110,5 +109,3 @@ class BatchTest(ProgramTest):
 def events(process):
     return [json.loads(line) for line in process.stdout.splitlines()]
 
-
-__all__ = ["BIN", "BatchTest", "STAND_IN", "events", "shutil", "signal", "small_database", "subprocess", "time"]

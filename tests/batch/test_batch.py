@@ -1,8 +1,10 @@
 """Batches as their users run them: which inputs there are, where their results stand, what is said and returned."""
 import os
+import subprocess
 import unittest
 
-from batch_support import BatchTest, events, small_database, subprocess
+from batch_support import BatchTest, events
+from support import small_database
 from test_import_program import DECK, WHOLE
 
 RECORDS = b"Step_1__Frame_1__NT__max\t1.23457e+006\nStep_1__Frame_1__NT__min\t20\n"

@@ -1,9 +1,12 @@
 """Limits of time and memory, and interruptions: whole process groups end, everything else is done."""
 import os
 import pty
+import signal
+import subprocess
+import time
 import unittest
 
-from batch_support import BatchTest, signal, subprocess, time
+from batch_support import BatchTest
 
 
 class Limits(BatchTest):

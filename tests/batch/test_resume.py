@@ -2,10 +2,14 @@
 import os
 import random
 import resource
+import signal
+import subprocess
+import time
 import unittest
 
-from batch_support import BatchTest, signal, small_database, subprocess, time
+from batch_support import BatchTest
 from conditions import NOBODY, fill_up, small_disk
+from support import small_database
 
 KILLS = int(os.environ.get("KOLVEX_KILLS", "8"))
 

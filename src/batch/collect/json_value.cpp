@@ -50,11 +50,11 @@ std::string jsonOfTuple(std::string_view text) {
       if (depth < 0 || (depth == 0 && text.size() > 1)) return {};
       json += c == '(' ? '[' : ']';
       text.remove_prefix(1);
-    } else if (c == ',' || c == ' ') {
-      if (c == ',') json += ',';
-      text.remove_prefix(1);
+    } else if (c == ',') {
+      json += ',';
+      text.remove_prefix(text.starts_with(", ") ? 2 : 1);
     } else {
-      const std::string_view word = text.substr(0, text.find_first_of("(), "));
+      const std::string_view word = text.substr(0, text.find_first_of("(),"));
       json += jsonOfWord(word);
       text.remove_prefix(word.size());
     }
