@@ -18,8 +18,9 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-int runInputs(const Arguments& arguments) {
+int runInputs(Arguments arguments) {
   batch::RunOptions options;
+  options.slurmOptions = batch::takeSlurmOptions(arguments);
   const tool::Command command = batch::runCommand(options);
   const tool::Outcome outcome = command.parse(arguments);
   if (outcome.isDone) return outcome.finish();

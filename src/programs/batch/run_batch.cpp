@@ -1,5 +1,6 @@
 #include "run_batch.h"
 
+#include <fmt/format.h>
 #include <sched.h>
 
 #include <algorithm>
@@ -10,14 +11,16 @@
 #include <iostream>
 #include <iterator>
 #include <limits>
-#include <memory>
+#include <thread>
 
 #include "base/file_error.h"
 #include "batch/run/input_list.h"
 #include "batch/run/runner.h"
+#include "batch/slurm/array_job.h"
 #include "batch/state/small_files.h"
 #include "recognise.h"
 #include "run_report.h"
+#include "show_status.h"
 #include "tool/console.h"
 #include "tool/terminal_line.h"
 
@@ -133,6 +136,43 @@ class Reporter {
   Clock::time_point begin_ = Clock::now();
 };
 
+// The tasks find their inputs in a list of their own: a pattern might match something else by then.
+ArrayRequest requestOf(const RunOptions& options, const BatchDirectory& directory, const RunPlan& plan,
+                       const std::vector<BatchInput>& inputs) {
+  std::string list;
+  for (const BatchInput& input : inputs) list += input.path + "\n";
+  const std::string path = directory.ownPath("slurm-inputs");
+  writeSmallFile(path, list, true);
+  ArrayRequest request;
+  request.program = siblingProgram("batch");
+  request.arguments = {"--from", path, "--config", plan.configuration, "--out", directory.path()};
+  const std::vector<std::string> forwarded = forwardedArguments(options);
+  request.arguments.insert(request.arguments.end(), forwarded.begin(), forwarded.end());
+  request.tasks = std::min(options.tasks, inputs.size());
+  request.options = options.slurmOptions;
+  return request;
+}
+
+int waitForJobs(const SubmittedJobs& jobs, const BatchDirectory& directory) {
+  constexpr std::chrono::seconds kPause{2};
+  while (isInQueue(jobs.array) || isInQueue(jobs.collector)) std::this_thread::sleep_for(kPause);
+  const BatchCounts counts = countInputs(directory);
+  tool::print(statusText(counts));
+  tool::finishOutput();
+  return exitStatusOf(counts);
+}
+
+int runOnSlurm(const RunOptions& options, const BatchDirectory& directory, const RunPlan& plan,
+               const std::vector<BatchInput>& inputs) {
+  const ArrayRequest request = requestOf(options, directory, plan, inputs);
+  const SubmittedJobs jobs = submit(directory, request);
+  tool::print(options.isJson ? jsonOfJobs(jobs.array, jobs.collector, request.tasks) + "\n"
+                             : fmt::format("job array {} with {} tasks, collecting job {}\n", jobs.array, request.tasks,
+                                           jobs.collector));
+  tool::finishOutput();
+  return options.isWaiting ? waitForJobs(jobs, directory) : 0;
+}
+
 }  // namespace
 
 int runBatch(const RunOptions& options) {
@@ -143,6 +183,7 @@ int runBatch(const RunOptions& options) {
   if (all.empty()) throw InputListError("the list of inputs is empty");
   const base::Descriptor membership = directory.join(plan.settings);
   directory.addInputs(all);
+  if (options.isSlurm) return runOnSlurm(options, directory, plan, all);
   const std::vector<BatchInput> inputs = sliceOf(all, options.index, options.size);
   Reporter reporter(directory, options.isJson);
   Signals signals;

@@ -1,5 +1,9 @@
 #include "run_options.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
+
 #include "tool/quantities.h"
 
 namespace batch {
@@ -9,6 +13,7 @@ namespace {
 void addPage(tool::Command& command) {
   command.synopsis("PATH... --config FILE --out DIR [options]")
       .synopsis("--from LIST --config FILE --out DIR [options]")
+      .synopsis("PATH... --config FILE --out DIR --slurm [options] [-- SBATCH-OPTION...]")
       .synopsis("collect DIR [options]")
       .synopsis("status DIR [options]")
       .describe(
@@ -50,6 +55,15 @@ void addLimits(tool::Command& command, RunOptions& options) {
           "when interrupted, let what runs finish for that long (default: end it)");
 }
 
+void addSlurm(tool::Command& command, RunOptions& options) {
+  command.group("Slurm")
+      .flag("--slurm", options.isSlurm,
+            "submit a job array that runs the inputs in slices, and a job behind it that collects into DIR/table.csv; "
+            "what stands behind -- goes to sbatch")
+      .number("--tasks", "N", options.tasks, 1, 100'000, "with --slurm: tasks of the array (default: 10)")
+      .flag("--wait", options.isWaiting, "with --slurm: wait until both jobs have ended, and say what came of them");
+}
+
 }  // namespace
 
 tool::Command runCommand(RunOptions& options) {
@@ -77,6 +91,7 @@ tool::Command runCommand(RunOptions& options) {
       .flag("--json", options.isJson, "print every event as a JSON object, one a line")
       .number("--index", "I", options.index, 0, 1'000'000'000, "with --size: run slice I, from 0")
       .number("--size", "N", options.size, 1, 1'000'000'000, "cut the inputs into N slices");
+  addSlurm(command, options);
   return command;
 }
 
@@ -85,7 +100,34 @@ std::string refusalOf(const RunOptions& options) {
   if (options.directory.empty()) return "--out is missing";
   if (options.paths.empty() && options.list.empty()) return "no input is named";
   if (options.index >= options.size) return "--index must be below --size";
+  if (options.isSlurm && options.size > 1) return "--slurm makes the slices itself";
+  if (options.isWaiting && !options.isSlurm) return "--wait goes with --slurm";
   return "";
+}
+
+std::vector<std::string> takeSlurmOptions(std::vector<std::string>& arguments) {
+  const auto end = std::find(arguments.begin(), arguments.end(), "--");
+  if (end == arguments.end() || std::find(arguments.begin(), end, "--slurm") == end) return {};
+  std::vector<std::string> options(end + 1, arguments.end());
+  arguments.erase(end, arguments.end());
+  return options;
+}
+
+std::vector<std::string> forwardedArguments(const RunOptions& options) {
+  // An array is not stopped by a failure: its other tasks would not hear of it.
+  std::vector<std::string> arguments = {"--keep-going"};
+  const auto seconds = [](std::chrono::milliseconds time) {
+    return fmt::format("{:.3f}", static_cast<double>(time.count()) / 1e3);
+  };
+  if (options.timeout.count() > 0) arguments.push_back("--timeout=" + seconds(options.timeout));
+  if (options.memory > 0) arguments.push_back(fmt::format("--memory={}", options.memory));
+  if (options.retries > 0) arguments.push_back(fmt::format("--retries={}", options.retries));
+  if (options.skipsFailed) arguments.emplace_back("--skip-failed");
+  if (options.keepsDatabases) arguments.emplace_back("--keep-databases");
+  if (options.isSynced) arguments.emplace_back("--sync");
+  if (options.grace.count() > 0) arguments.push_back("--grace=" + seconds(options.grace));
+  for (const std::string& option : options.importOptions) arguments.push_back("--import-option=" + option);
+  return arguments;
 }
 
 }  // namespace batch

@@ -28,10 +28,22 @@ struct RunOptions {
   bool isJson = false;
   std::size_t index = 0;
   std::size_t size = 1;
+  bool isSlurm = false;
+  std::size_t tasks = 10;
+  bool isWaiting = false;                 // for the jobs on Slurm
+  std::vector<std::string> slurmOptions;  // for sbatch
 };
 
 // Fills `options` when it parses; they must live as long.
 tool::Command runCommand(RunOptions& options);
+
+// Takes what stands behind "--" out of the arguments, where "--slurm" stands before it: options for sbatch. Without
+// that
+// "--" has its usual meaning, that no option follows.
+std::vector<std::string> takeSlurmOptions(std::vector<std::string>& arguments);
+
+// How a task on Slurm is told what it is told here, but for its inputs, directory, slice and jobs.
+std::vector<std::string> forwardedArguments(const RunOptions& options);
 
 // What parsing cannot see: what is missing or does not go together; empty where all is well.
 std::string refusalOf(const RunOptions& options);

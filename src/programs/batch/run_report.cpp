@@ -84,6 +84,10 @@ std::string jsonOfStart(const std::string& directory, std::size_t inputs) {
   return lineOf(Json{{"event", "begin"}, {"directory", directory}, {"inputs", inputs}});
 }
 
+std::string jsonOfJobs(const std::string& array, const std::string& collector, std::size_t tasks) {
+  return lineOf(Json{{"event", "submitted"}, {"array", array}, {"tasks", tasks}, {"collector", collector}});
+}
+
 std::string jsonOfEnd(const Progress& progress, double seconds, bool isInterrupted) {
   Json why = Json::object();
   for (const auto& [reason, count] : progress.why) why[reason] = count;

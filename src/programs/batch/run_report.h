@@ -19,6 +19,7 @@ std::string summaryText(const Progress& progress, double seconds, bool isInterru
 // One object, without the line's end. Bytes of names that are not UTF-8 become U+FFFD.
 std::string jsonOf(const Event& event);
 std::string jsonOfStart(const std::string& directory, std::size_t inputs);
+std::string jsonOfJobs(const std::string& array, const std::string& collector, std::size_t tasks);
 std::string jsonOfEnd(const Progress& progress, double seconds, bool isInterrupted);
 
 }  // namespace batch

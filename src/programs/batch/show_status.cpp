@@ -18,12 +18,12 @@ std::string headText(const BatchCounts& counts) {
                      counts.running, counts.missing);
 }
 
+}  // namespace
+
 int exitStatusOf(const BatchCounts& counts) {
   if (counts.running + counts.missing > 0) return kUnfinished;
   return counts.failed > 0 ? tool::kFailed : 0;
 }
-
-}  // namespace
 
 std::string statusText(const BatchCounts& counts) {
   std::string text = headText(counts) + "\n";
