@@ -2,6 +2,7 @@
 import json
 import os
 import shutil
+import signal
 import subprocess
 import time
 
@@ -29,6 +30,12 @@ echo Done > paramsdone.txt
 """
 
 
+def hear_signals():
+    """For `preexec_fn`: whoever runs tests in the background may have these ignored, and children inherit that."""
+    for number in (signal.SIGINT, signal.SIGHUP, signal.SIGTERM):
+        signal.signal(number, signal.SIG_DFL)
+
+
 class BatchTest(ProgramTest):
     def setUp(self):
         super().setUp()
@@ -49,7 +56,7 @@ class BatchTest(ProgramTest):
             self.write(f"{number}.odb", content + "\n")
 
     def command(self, *words, out="out", config="config.txt"):
-        return [str(self.program), *map(str, words), "--config", config, "--out", str(out)]
+        return [str(self.program), "--config", config, "--out", str(out), *map(str, words)]
 
     def environment(self):
         return {**os.environ, "RAN": str(self.path("ran"))}
@@ -65,7 +72,7 @@ class BatchTest(ProgramTest):
     def start(self, *words, **options):
         """A run that goes on; ended with the test."""
         process = subprocess.Popen(self.command(*words, **options), cwd=self.directory, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=self.environment())
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=self.environment(), preexec_fn=hear_signals)
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
         return process

@@ -111,7 +111,7 @@ class Inputs(BatchTest):
         with open(name, "wb") as file:
             file.write(b"good\n")
         for _ in range(2):
-            process = subprocess.run([*self.command()[:1], name, *self.command("--json")[1:]], cwd=self.directory,
+            process = subprocess.run([*self.command("--json"), name], cwd=self.directory,
                                      capture_output=True, env=self.environment(), check=False)
             self.assertEqual(process.returncode, 0, process.stderr)
         self.assertEqual(self.path("ran").read_bytes().count(b"\n"), 1)

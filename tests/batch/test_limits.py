@@ -6,7 +6,7 @@ import subprocess
 import time
 import unittest
 
-from batch_support import BatchTest
+from batch_support import BatchTest, hear_signals
 
 
 class Limits(BatchTest):
@@ -109,7 +109,7 @@ class Interruptions(BatchTest):
         self.inputs("hang")
         master, slave = pty.openpty()
         process = subprocess.Popen(["setsid", "-cw", *self.command("0.odb")], cwd=self.directory, stdin=slave, stdout=slave, stderr=slave,
-                                   env=self.environment())
+                                   env=self.environment(), preexec_fn=hear_signals)
         os.close(slave)
         self.wait_until(lambda: self.ran() == ["0.odb"])
         os.write(master, b"\x03")

@@ -112,7 +112,7 @@ void InputRun::planNextLook(Clock::time_point now) {
 
 void InputRun::fail(std::string reason, std::string detail) {
   hasFailed_ = true;
-  nextLook_ = Clock::time_point::min();
+  nextLook_ = Clock::time_point();  // long ago, and not so long that the time since then overflows
   record_.reason = std::move(reason);
   record_.detail = std::move(detail);
 }
