@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kolvex/pages.h"
@@ -65,12 +66,14 @@ int unknown(std::string_view command) {
   return 1;
 }
 
-// `kolvex --man [COMMAND]`. The extraction's is here, for whatever is behind its name is its own.
+// `kolvex --man [COMMAND [COMMAND-OF-IT]]`. The extraction's is here, for whatever is behind its name is its own.
 int sayManPage(const std::vector<std::string>& arguments) {
   if (arguments.empty()) return say(stdout, kolvex::launcherCommand().manPage());
   if (!kolvex::findSubcommand(arguments.front())) return unknown(arguments.front());
   if (arguments.front() == kExtraction) return say(stdout, kolvex::extractionCommand().manPage());
-  return runSubcommand(arguments.front(), {"--man"});
+  std::vector<std::string> forwarded(arguments.begin() + 1, arguments.end());
+  forwarded.emplace_back("--man");
+  return runSubcommand(arguments.front(), std::move(forwarded));
 }
 
 // `kolvex --complete INDEX WORD...`: behind a command its program knows what there is.

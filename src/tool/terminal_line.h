@@ -11,6 +11,8 @@ namespace tool {
 class TerminalLine {
  public:
   explicit TerminalLine(std::FILE* stream);
+  static TerminalLine onOutput() { return TerminalLine(stdout); }
+  static TerminalLine onErrors() { return TerminalLine(stderr); }
   ~TerminalLine() { wipe(); }
   TerminalLine(const TerminalLine&) = delete;
   TerminalLine& operator=(const TerminalLine&) = delete;

@@ -28,6 +28,7 @@ class LauncherTest(ProgramTest):
     def test_help_lists_the_commands(self):
         run = self.run_program("--help", program="kolvex")
         self.assertEqual((run.status, run.err), (0, b""))
+        self.assertIn(b"\n  batch       extract from many databases or results\n", run.out)
         self.assertIn(b"\n  import      bring the results of a solver into an output database\n", run.out)
         self.assertIn(b"\n  quarnish    extract named scalars from an output database\n", run.out)
         self.assertIn(b"\n  verify      check an output database for damage\n", run.out)

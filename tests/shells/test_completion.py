@@ -41,7 +41,7 @@ class CompletionTest(ProgramTest):
 
     def test_commands(self):
         self.assertEqual(self.shell.completed("kolvex imp"), "kolvex import")
-        self.assertEqual(self.shell.candidates("kolvex "), ["import", "quarnish", "verify"])
+        self.assertEqual(self.shell.candidates("kolvex "), ["batch", "import", "quarnish", "verify"])
         self.assertEqual(self.shell.completed("kolvex --vers"), "kolvex --version")
 
     def test_options(self):
@@ -49,6 +49,14 @@ class CompletionTest(ProgramTest):
         self.assertEqual(self.shell.candidates("kolvex import --no-"), ["--no-dat", "--no-deck", "--no-mass"])
         self.assertEqual(self.shell.completed("kolvex verify --qu"), "kolvex verify --quiet")
         self.assertEqual(self.shell.completed("kolvex quarnish -con"), "kolvex quarnish -config")
+
+    def test_commands_of_a_command(self):
+        self.assertEqual(self.shell.completed("kolvex batch col"), "kolvex batch collect")
+        self.assertEqual(self.shell.completed("kolvex batch job.f"), "kolvex batch job.frd")
+        self.assertEqual(self.shell.completed("kolvex batch collect --rec"), "kolvex batch collect --records")
+        self.assertEqual(self.shell.candidates("kolvex batch collect --to "), ["csv", "json", "sqlite"])
+        self.assertEqual(self.shell.completed("kolvex batch status --wa"), "kolvex batch status --watch")
+        self.assertEqual(self.shell.completed("kolvex batch job.frd --conf"), "kolvex batch job.frd --config")
 
     def test_values(self):
         self.assertEqual(self.shell.completed("kolvex import --stress-at int"), "kolvex import --stress-at integration-points")

@@ -8,7 +8,8 @@ import unittest
 from support import ROOT, ProgramTest, installed_prefix
 
 MAN = shutil.which("man")
-PAGES = {"kolvex": "kolvex.md", "kolvex-import": "import.md", "kolvex-quarnish": "extraction.md", "kolvex-verify": "verify.md"}
+PAGES = {"kolvex": "kolvex.md", "kolvex-batch": "batch.md", "kolvex-batch-collect": "batch-collect.md",
+         "kolvex-batch-status": "batch-status.md", "kolvex-import": "import.md", "kolvex-quarnish": "extraction.md", "kolvex-verify": "verify.md"}
 
 
 def section(text, title):
@@ -58,8 +59,10 @@ class PagesTest(ProgramTest):
         return self.output(self.prefix / "bin/kolvex", *page.split("-")[1:], "--help")
 
     def test_there_is_a_page_for_each_command(self):
-        commands = rows(section(self.help("kolvex"), "Commands"))
-        self.assertEqual(sorted(PAGES), ["kolvex"] + [f"kolvex-{command}" for command in commands])
+        pages = ["kolvex"]
+        for page in pages:
+            pages += [f"{page}-{command}" for command in rows(section(self.help(page), "Commands"))]
+        self.assertEqual(sorted(PAGES), sorted(pages))
         self.assertEqual(sorted(p.name for p in (self.prefix / "share/man/man1").iterdir()), sorted(f"{p}.1" for p in PAGES))
 
     @unittest.skipUnless(MAN, "there is no man command")

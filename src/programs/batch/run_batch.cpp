@@ -132,7 +132,7 @@ class Reporter {
 
   const BatchDirectory& directory_;
   bool isJson_;
-  tool::TerminalLine line_{stderr};
+  tool::TerminalLine line_ = tool::TerminalLine::onErrors();
   Clock::time_point begin_ = Clock::now();
 };
 

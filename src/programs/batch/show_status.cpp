@@ -39,7 +39,7 @@ std::string statusJson(const BatchCounts& counts) {
 
 int showStatus(const StatusOptions& options) {
   const BatchDirectory directory(options.directory);
-  tool::TerminalLine line(stdout);
+  tool::TerminalLine line = tool::TerminalLine::onOutput();
   BatchCounts counts = countInputs(directory);
   while (options.isWatched && exitStatusOf(counts) == kUnfinished) {
     // A terminal shows the last look, a file gets all of them.
