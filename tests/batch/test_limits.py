@@ -45,6 +45,14 @@ class Limits(BatchTest):
         self.batch("0.odb")
         self.wait_until(self.no_process_left)
 
+    def test_what_an_ended_import_has_begun_is_removed(self):
+        importing = self.path("bin/import")
+        importing.write_text("#!/bin/sh\ntouch database.odb database.odb.tmp.abc123\nsleep 1000\n")
+        importing.chmod(0o755)
+        self.write("job.txt", "results")
+        self.batch("job.txt", "--timeout", "0.5", status=1)
+        self.assertEqual(sorted(p.name for p in self.place("job").iterdir()), ["log", "status"])
+
     def test_as_many_run_at_once_as_are_asked_for(self):
         self.inputs(*["slow 0.2"] * 6)
         process = self.start("*.odb", "-j", 3)

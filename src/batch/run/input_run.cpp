@@ -156,7 +156,8 @@ void InputRun::judgeExtraction() {
 void InputRun::removeDatabase() {
   if (plan_.keepsDatabases) return;
   ::unlink(inDirectory(kDatabaseName).c_str());
-  base::clearStaleFiles(inDirectory(kDatabaseName));
+  // Only an import that was ended leaves such.
+  if (!recognised_.isDatabase) base::clearStaleFiles(inDirectory(kDatabaseName));
   ::unlink(inDirectory(kUpgradedName).c_str());
 }
 
