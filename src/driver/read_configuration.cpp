@@ -9,9 +9,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
+#include <span>
 #include <string_view>
 #include <system_error>
-#include <vector>
 
 namespace {
 
@@ -61,7 +62,7 @@ constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 enum class LineOutcome { read, end, tooLong };
 
 // The next line without its end.
-LineOutcome nextLine(std::istream& file, std::vector<char>& room, std::string& line) {
+LineOutcome nextLine(std::istream& file, std::span<char> room, std::string& line) {
   file.getline(room.data(), static_cast<std::streamsize>(room.size()));
   const auto count = static_cast<std::size_t>(file.gcount());
   if (file.bad() || (count == 0 && file.eof())) return LineOutcome::end;
@@ -124,10 +125,12 @@ void readConfiguration(const std::string& path, ExtractionSwitches& switches) {
     return;
   }
   bool active = false;
-  std::vector<char> room(kLongestLine + 1);  // a NUL stands behind the line
+  constexpr std::size_t roomBytes = kLongestLine + 1;  // a NUL stands behind the line
+  // Not filled: of what a small run does, filling it would take a third.
+  const auto room = std::make_unique_for_overwrite<char[]>(roomBytes);
   std::string line;
   for (std::int64_t number = 1;; ++number) {
-    const LineOutcome outcome = nextLine(file, room, line);
+    const LineOutcome outcome = nextLine(file, {room.get(), roomBytes}, line);
     if (outcome == LineOutcome::end) break;
     if (outcome == LineOutcome::tooLong) refuseLine(path, number);
     active = active || contains(line, kStartMark);
