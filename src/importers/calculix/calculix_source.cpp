@@ -7,6 +7,7 @@
 #include <set>
 #include <variant>
 
+#include "base/give_back.h"
 #include "importers/calculix/contents.h"
 #include "importers/calculix/dat/printed_histories.h"
 #include "importers/calculix/deck/deck.h"
@@ -48,7 +49,7 @@ class CalculixSource : public Source {
     for (const std::string& text : mixedAxes(*contents_, deck_)) {
       warn_(base::warning({run_.results}, text));
     }
-    contents_->nodes = {};
+    base::giveBack(contents_->nodes);
     contents_->mesh = {};
     sets_->deliver(sink);
     if (hasMeshOfDeck_) {

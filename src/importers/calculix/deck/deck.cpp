@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 
+#include "base/give_back.h"
 #include "importers/calculix/deck/deck_includes.h"
 #include "importers/calculix/deck/deck_keyword.h"
 #include "importers/calculix/deck/deck_labels.h"
@@ -237,13 +238,13 @@ std::span<const int> DeckMesh::nodesOf(std::size_t element) const {
   return std::span(elementNodes).subspan(firstNode[element], end - firstNode[element]);
 }
 
-void DeckMesh::dropCoordinates() { coordinates = {}; }
+void DeckMesh::dropCoordinates() { base::giveBack(coordinates); }
 
 void DeckMesh::dropNodes() {
   dropCoordinates();
-  elementNodes = {};
-  firstNode = {};
-  nodeLabels = {};
+  base::giveBack(elementNodes);
+  base::giveBack(firstNode);
+  base::giveBack(nodeLabels);
 }
 
 std::vector<const DeckSet*> Deck::setsInOrder() const {

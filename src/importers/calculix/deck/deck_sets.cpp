@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/give_back.h"
 #include "importers/calculix/deck/deck_keyword.h"
 #include "importers/input/text_fields.h"
 
@@ -147,8 +148,8 @@ void DeckSets::warnOf(const Strangers& strangers, const WarningSink& warn) const
 std::map<std::string, DeckSet> DeckSets::finish(const MeshLabels& mesh, LabelBudget& budget, const WarningSink& warn) {
   Strangers strangers;
   for (const Piece& piece : pieces_) addPiece(piece, mesh, budget, strangers);
-  pieces_ = {};
-  labels_ = {};
+  base::giveBack(pieces_);
+  base::giveBack(labels_);
   warnOf(strangers, warn);
   for (auto& [name, set] : sets_) set.finish();
   return std::move(sets_);
