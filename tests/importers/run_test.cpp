@@ -70,8 +70,10 @@ TEST_F(RecordNames, FramesOfEqualNumbersAreNumberedAnew) {
 
 TEST(MergedRows, ARowThatTwoSetsShareIsThereOnce) {
   MergedRows rows;
-  rows.add(Position::integrationPoint, {{}, {7, 7, 8}, {1, 2, 1}}, std::vector<double>{1, 2, 3, 4, 5, 6});
-  rows.add(Position::integrationPoint, {{}, {8, 9, 7}, {1, 1, 3}}, std::vector<double>{50, 60, 7, 8, 9, 10});
+  rows.add(Position::integrationPoint, odbstore::LocationLabels{{}, {7, 7, 8}, {1, 2, 1}},
+           std::vector<double>{1, 2, 3, 4, 5, 6});
+  rows.add(Position::integrationPoint, odbstore::LocationLabels{{}, {8, 9, 7}, {1, 1, 3}},
+           std::vector<double>{50, 60, 7, 8, 9, 10});
   EXPECT_THAT(rows.labels().elements, ElementsAre(7, 7, 8, 9, 7));
   EXPECT_THAT(rows.labels().integrationPoints, ElementsAre(1, 2, 1, 1, 3));
   EXPECT_THAT(rows.values(), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10));

@@ -1,11 +1,8 @@
 #include "importers/input/text_fields.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cctype>
 #include <charconv>
-#include <cstdint>
 #include <limits>
 
 namespace importers {
@@ -76,32 +73,6 @@ std::optional<int> integerFrom(std::string_view text) {
 std::optional<double> numberFrom(std::string_view text) { return realFrom<double>(text); }
 
 std::optional<float> floatFrom(std::string_view text) { return realFrom<float>(text); }
-
-bool readScientific(const char* text, float& number) {
-  // Powers that a double holds exactly; a mantissa of six digits times or by one of them is rounded once.
-  static constexpr std::array<double, 23> powers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                    1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                    1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  const auto digit = [&](int place) { return static_cast<unsigned>(static_cast<unsigned char>(text[place])) - '0'; };
-  const unsigned d0 = digit(1), d1 = digit(3), d2 = digit(4), d3 = digit(5), d4 = digit(6), d5 = digit(7);
-  const unsigned e0 = digit(10), e1 = digit(11);
-  const bool hasDigits = (d0 <= 9) & (d1 <= 9) & (d2 <= 9) & (d3 <= 9) & (d4 <= 9) & (d5 <= 9) & (e0 <= 9) & (e1 <= 9);
-  const bool hasMarks = (text[2] == '.') & (text[8] == 'E') & ((text[0] == ' ') | (text[0] == '-')) &
-                        ((text[9] == '+') | (text[9] == '-'));
-  if (!hasDigits || !hasMarks) return false;
-  const double mantissa = d0 * 100000 + d1 * 10000 + d2 * 1000 + d3 * 100 + d4 * 10 + d5;
-  const int written = static_cast<int>(e0 * 10 + e1);
-  const int exponent = (text[9] == '-' ? -written : written) - 5;
-  if (exponent < -22 || exponent > 22) return false;
-  const double size = exponent < 0 ? mantissa / powers[static_cast<std::size_t>(-exponent)]
-                                   : mantissa * powers[static_cast<std::size_t>(exponent)];
-  // A double in the very middle between two floats may have got there by rounding, on either side of it.
-  constexpr std::uint64_t below = (std::uint64_t{1} << 29) - 1;
-  constexpr std::uint64_t middle = std::uint64_t{1} << 28;
-  if ((std::bit_cast<std::uint64_t>(size) & below) == middle) return false;
-  number = static_cast<float>(text[0] == '-' ? -size : size);
-  return true;
-}
 
 std::string upperCased(std::string_view text) {
   std::string upper(text);

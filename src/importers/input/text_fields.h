@@ -25,10 +25,6 @@ std::optional<double> numberFrom(std::string_view text);
 // The float nearest to that number; 0 and infinite beyond the range of floats.
 std::optional<float> floatFrom(std::string_view text);
 
-// The same as floatFrom() for the twelve characters at `text`, at several times the speed for numbers printed as
-// "-1.23456E+07". False for any other text, be it a number or none.
-bool readScientific(const char* text, float& number);
-
 std::string upperCased(std::string_view text);
 
 // Text of unknown origin as the database can keep it: UTF-8 as it is, any other byte above 127 taken for Latin-1,
