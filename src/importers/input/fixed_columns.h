@@ -82,6 +82,8 @@ inline bool readScientific(const char* text, float& number) {
   return true;
 }
 
+inline constexpr std::size_t kLabelColumns = 10;
+
 // The same as integerFrom() for the ten characters at `text` where they are blanks and up to eight digits behind them.
 // False for any other text.
 inline bool readLabel(const char* text, int& label) {
