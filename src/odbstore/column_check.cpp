@@ -38,6 +38,7 @@ class ColumnCheck {
     checkSteps();
     checkFields();
     checkHistories();
+    checkUses();
     checkExtents();
     return std::move(checked_);
   }
@@ -208,6 +209,60 @@ class ColumnCheck {
     }
   }
 
+  // Every array belongs to one object, or in parts to sets or histories: what there is to read is never more than what
+  // the file holds.
+  void checkUses() {
+    for (const auto* column :
+         {columns_.instances()->nodeLabels(), columns_.instances()->coordinates(), columns_.elements()->labels(),
+          columns_.elements()->connectivity(), columns_.locations()->nodeLabels(),
+          columns_.locations()->elementLabels(), columns_.locations()->integrationPoints(),
+          columns_.locations()->rowOf(), columns_.blocks()->data()}) {
+      for (const std::int32_t array : *column) {
+        if (array != kNone) useWhole(array);
+      }
+    }
+    const columns::Sets& sets = *columns_.sets();
+    std::vector<Part> parts;
+    for (flatbuffers::uoffset_t i = 0; i < sets.memberLabels()->size(); ++i) {
+      parts.push_back({sets.memberLabels()->Get(i), sets.memberFirst()->Get(i), sets.memberCount()->Get(i)});
+    }
+    useParts(std::move(parts));
+    const columns::HistoryOutputs& outputs = *columns_.outputs();
+    parts.clear();
+    for (flatbuffers::uoffset_t i = 0; i < outputs.data()->size(); ++i) {
+      parts.push_back(
+          {outputs.data()->Get(i), outputs.first()->Get(i), outputs.samples()->Get(i) * outputs.width()->Get(i)});
+    }
+    useParts(std::move(parts));
+  }
+
+  // Numbers `first` to `first + count - 1` of an array.
+  struct Part {
+    std::int32_t array;
+    std::int64_t first;
+    std::int64_t count;
+
+    auto operator<=>(const Part&) const = default;
+  };
+
+  void useWhole(std::int32_t array) {
+    isUsed_.resize(columns_.arrays()->format()->size());
+    if (isUsed_[static_cast<std::size_t>(array)]) fail("an array belongs to two objects");
+    isUsed_[static_cast<std::size_t>(array)] = true;
+  }
+
+  void useParts(std::vector<Part> parts) {
+    // As our own writer has them, but in files that were written in another order.
+    if (!std::is_sorted(parts.begin(), parts.end())) std::sort(parts.begin(), parts.end());
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+      if (i == 0 || parts[i].array != parts[i - 1].array) {
+        useWhole(parts[i].array);
+      } else if (parts[i].first < parts[i - 1].first + parts[i - 1].count) {
+        fail("parts of an array lie over each other");
+      }
+    }
+  }
+
   void checkModel() const {
     const std::size_t axis = columns_.symmetryAxis()->size();
     if (axis != 0 && axis != kNumbersOfAxis) fail("the axis has not two points");
@@ -354,6 +409,7 @@ class ColumnCheck {
   const std::string& file_;
   std::int64_t arraysEnd_;
   CheckedColumns checked_;
+  std::vector<bool> isUsed_;  // of each array, whether an object has it
   mutable std::size_t work_ = 0;
 };
 
