@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 #include "odbstore/catalog_check.h"
@@ -29,6 +30,7 @@ class ColumnCheck {
       : columns_(columns), file_(file), arraysEnd_(arraysEnd) {}
 
   CheckedColumns run() {
+    checkAlignment();
     checkTexts();
     checkLists();
     checkArrays();
@@ -45,6 +47,27 @@ class ColumnCheck {
 
  private:
   [[noreturn]] void fail(const std::string& what) const { throw StoreError(file_, "/catalog", "is damaged: " + what); }
+
+  // What FlatBuffers does not check: that numbers of eight bytes stand where loops over them may expect them. Columns
+  // without numbers stand anywhere.
+  template <class... Columns>
+  void requireAligned(const Columns*... columns) const {
+    constexpr std::uintptr_t kAlignment = 8;
+    const auto isAligned = [](const auto* column) {
+      return column->size() == 0 || reinterpret_cast<std::uintptr_t>(column->Data()) % kAlignment == 0;
+    };
+    if (!(isAligned(columns) && ...)) fail("a column is not aligned");
+  }
+
+  void checkAlignment() const {
+    const columns::Arrays& arrays = *columns_.arrays();
+    requireAligned(arrays.slabs(), arrays.slabNumbers(), arrays.place(), arrays.chunkOffset(), arrays.chunkBytes());
+    requireAligned(columns_.sets()->memberFirst(), columns_.sets()->memberCount());
+    requireAligned(columns_.locations()->rows(), columns_.locations()->storedRows());
+    requireAligned(columns_.steps()->mass(), columns_.steps()->moments(), columns_.frames()->value());
+    requireAligned(columns_.blocks()->rows(), columns_.blocks()->width());
+    requireAligned(columns_.outputs()->first(), columns_.outputs()->samples(), columns_.outputs()->width());
+  }
 
   template <class... Columns>
   void requireLength(const char* table, std::size_t length, const Columns*... columns) const {

@@ -212,6 +212,17 @@ TEST(CatalogTest, ColumnsThatDoNotFitAreRefused) {
   }
 }
 
+TEST(CatalogTest, ColumnsThatAreNotAlignedAreRefused) {
+  std::vector<std::byte> bytes = wholeCatalog();
+  const auto* const locations =
+      reinterpret_cast<const flatbuffers::Table*>(columns::GetCatalog(bytes.data())->locations());
+  // The column of rows begins in the middle of its first number, which is taken for its length.
+  const std::uint8_t* const offset = locations->GetAddressOf(columns::Locations::VT_ROWS);
+  const auto place = static_cast<std::size_t>(offset - reinterpret_cast<const std::uint8_t*>(bytes.data()));
+  bytes[place] = std::byte{static_cast<unsigned char>(std::to_integer<unsigned>(bytes[place]) + 4)};
+  EXPECT_THAT(failureOf(bytes), HasSubstr("job.odb: /catalog: is damaged: a column is not aligned"));
+}
+
 TEST(CatalogTest, ContentThatDoesNotFitIsNamed) {
   using columns::CatalogT;
   const std::string block = "job.odb: /steps/Step-1/fields/S/blocks/0";
@@ -223,7 +234,8 @@ TEST(CatalogTest, ContentThatDoesNotFitIsNamed) {
       {[](CatalogT& c) { c.arrays->slabNumbers[3] = 3; }, "connectivity: must be the node labels of each element"},
       {[](CatalogT& c) { c.arrays->format[4] = 9; }, "/assembly/nodeSets/TOP/I-1: must hold integers"},
       {[](CatalogT& c) { c.locations->elementLabels[0] = kNone; }, "/locations/0/elementLabels: is missing"},
-      {[](CatalogT& c) { c.locations->position[0] = 0; }, "/locations/0/elementLabels: does not belong to its position"},
+      {[](CatalogT& c) { c.locations->position[0] = 0; },
+       "/locations/0/elementLabels: does not belong to its position"},
       {[](CatalogT& c) { c.locations->rows[0] = 5; }, "/locations/0: the label data sets differ in length"},
       {[](CatalogT& c) { c.locations->storedRows[1] = 2; }, "/locations/1/rowOf: is missing"},
       {[](CatalogT& c) { c.locations->storedRows[0] = 5; }, "/locations/0: stores 5 rows, more than the 4 it has"},
