@@ -185,6 +185,7 @@ class ContentCheck {
 
   void checkLabels(const std::string& location, const char* link, std::int32_t array, bool isNeeded,
                    std::int64_t rows) {
+    if (!isNeeded && array != kNone) complain_(member(location, link), "does not belong to its position");
     if (!isNeeded) return;
     if (array == kNone) return complain_(member(location, link), "is missing");
     requireInts(array, member(location, link));
@@ -389,11 +390,21 @@ class ContentCheck {
       if (!base::isFloatingPoint(catalog_.array(outputs.data()->Get(at(i))).format)) {
         complain_(outputPath(catalog_, step, region, i), "must hold floating-point numbers");
       }
+      // Samples without numbers take no room in the file, but as much work as others.
+      if (outputs.width()->Get(at(i)) == 0 &&
+          outputs.samples()->Get(at(i)) > std::max(kEmptySamples, catalog_.arraysEnd() / 4)) {
+        complain_(outputPath(catalog_, step, region, i),
+                  fmt::format("has {} samples without numbers, more than a file of its size can need",
+                              outputs.samples()->Get(at(i))));
+      }
       if (catalog_.array(outputs.data()->Get(at(i))).packing != Packing::contiguous) {
         checkProportion(outputs.data()->Get(at(i)), outputPath(catalog_, step, region, i));
       }
     }
   }
+
+  // So many are allowed in the smallest file.
+  static constexpr std::int64_t kEmptySamples = 1024;
 
   const Catalog& catalog_;
   const columns::Catalog& columns_;

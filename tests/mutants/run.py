@@ -3,12 +3,13 @@
 
 Usage: run.py KIND [--count 1000] [--first 0] [--jobs 2] [--keep DIRECTORY]
 
-KIND is one of layout2, forged, layout1, frd, binary, dat, inp. KOLVEX_BIN names the directory of the programs. No mutant may crash a
+KIND is one of layout2, forged, catalog, layout1, frd, binary, dat, inp. KOLVEX_BIN names the directory of the programs. No mutant may crash a
 program, take longer than 5 s or more than 300 MB. The extraction of a damaged database either says what is wrong and leaves no
 marker, or gives the records of the whole one; other records are allowed where no checksum protects the bytes, and where
 `kolvex verify` finds the damage. The import either says what is wrong and leaves no database, or leaves one that is
 sound and can be extracted from. Mutants are numbered; --first and --count choose. "forged" mutants have checksums made
 again, as only an enemy does: what they do to the extraction is counted and no failure; `kolvex verify` stands them.
+"catalog" mutants have a changed catalog and sums that agree with it, and are held to all that is promised.
 
 Prints what became of them, and the failures; the status is 1 when there is one.
 """
@@ -23,6 +24,7 @@ import signal
 import sys
 import tempfile
 
+import catalogs
 import mutate
 import seeds
 
@@ -116,6 +118,17 @@ def check_forged(data, is_protected, expected):
     return outcome + (", verify's child crashed" if b"reading it crashed" in messages else "")
 
 
+def check_catalog(data, is_protected, expected):
+    """What became of a database whose catalog was changed and sealed again; verify stays whole, whatever it says."""
+    outcome = check_database(data, is_protected, expected)
+    status, messages = run("verify", "m.odb")
+    if status not in (0, 1) or (status == 1 and not messages.startswith(b"m.odb: ")):
+        raise Broken(f"verify ends with {status}: {messages!r}")
+    if b"changed after its catalog was made" in messages:
+        raise Broken("the sums do not agree, so that nothing but them was tried")
+    return outcome + (", verify tells" if status == 1 and outcome == "same records" else "")
+
+
 def check_import(files, kind, data):
     """What became of a damaged file of a run."""
     for name, content in files.items():
@@ -154,19 +167,29 @@ class Worker:
             self.whole = [(self.files[kind], True)]
             self.files.pop("binary")
         else:
-            made = seeds.layout1(self.directory) if kind == "layout1" else seeds.layout2(self.directory)
-            self.whole = made if kind != "forged" else made[:1]
+            self.whole = self.databases(kind)
         self.expected = []
         for data, _ in self.whole if kind not in IMPORTS else ():
             pathlib.Path("m.odb").write_bytes(data)
             self.expected.append(extracted("m.odb")[0])
             clear()
 
+    def databases(self, kind):
+        """Pairs of bytes and whether sums protect them."""
+        if kind == "catalog":
+            return [(data, True) for data in seeds.catalogued(self.directory)]
+        if kind == "layout1":
+            return seeds.layout1(self.directory)
+        made = seeds.layout2(self.directory)
+        return made if kind != "forged" else made[:1]
+
     def made(self, number):
         which = number % len(self.whole)
         data, is_protected = self.whole[which]
         if self.kind == "forged":
             return which, is_protected, mutate.forged(data, number)
+        if self.kind == "catalog":
+            return which, is_protected, catalogs.forged(data, number)
         kinds = mutate.TEXT if self.kind in ("frd", "dat", "inp") else mutate.BINARY
         return which, is_protected, mutate.mutant(data, number, kinds)
 
@@ -175,7 +198,7 @@ class Worker:
         try:
             if self.kind in IMPORTS:
                 return check_import(self.files, self.kind, data), None
-            check = check_forged if self.kind == "forged" else check_database
+            check = {"forged": check_forged, "catalog": check_catalog}.get(self.kind, check_database)
             return check(data, is_protected, self.expected[which]), None
         except Broken as broken:
             if self.keep:
@@ -203,7 +226,7 @@ def check_range(job):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("kind", choices=["layout2", "forged", "layout1", *IMPORTS])
+    parser.add_argument("kind", choices=["layout2", "forged", "catalog", "layout1", *IMPORTS])
     parser.add_argument("--count", type=int, default=1000)
     parser.add_argument("--first", type=int, default=0)
     parser.add_argument("--jobs", type=int, default=2)

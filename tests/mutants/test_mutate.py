@@ -6,7 +6,9 @@ import unittest
 
 import h5py
 
+import catalogs
 import mutate
+import seeds
 
 
 class MutateTest(unittest.TestCase):
@@ -35,6 +37,29 @@ class MutateTest(unittest.TestCase):
         for begin, end in headers:
             self.assertEqual(mutate.lookup3(data[begin:end]).to_bytes(4, "little"), data[end:end + 4])
         self.assertNotEqual(mutate.forged(data, 1), data)
+
+    def test_catalogs_are_read_as_the_schema_says_and_sealed_again(self):
+        with tempfile.TemporaryDirectory() as directory:
+            for whole in seeds.catalogued(pathlib.Path(directory)):
+                before, catalog, trailer = catalogs.split(whole)
+                parsed = catalogs.CatalogBytes(bytearray(catalog))
+                self.assertEqual(len(parsed.columns), sum(kind.startswith("[") for table, fields in parsed.tables.items()
+                                                          for _, kind in fields))
+                self.assertEqual(parsed.columns["Steps", "frame_end"][len(parsed.columns["Steps", "frame_end"]) - 1],
+                                 len(parsed.columns["Frames", "value"]))
+                # Its own sums come again, so that a forged file fails by what was changed and not by them.
+                broken = before + catalog + trailer[:16] + bytes(8) + trailer[24:]
+                self.assertEqual(catalogs.sealed(broken, parsed.extents(len(before))), whole)
+
+    def test_forged_catalogs_differ_in_the_catalog_alone_and_come_again(self):
+        with tempfile.TemporaryDirectory() as directory:
+            whole = seeds.catalogued(pathlib.Path(directory))[0]
+        before, catalog, _ = catalogs.split(whole)
+        for seed in range(100):
+            mutant = catalogs.forged(whole, seed)
+            self.assertEqual(mutant, catalogs.forged(whole, seed))
+            self.assertEqual((len(mutant), mutant[:len(before)]), (len(whole), before))
+            self.assertNotEqual(mutant[len(before):len(before) + len(catalog)], catalog)
 
     def test_numbers_can_keep_their_columns(self):
         chance = random.Random(1)
