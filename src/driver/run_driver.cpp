@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "base/control_characters.h"
 #include "driver/command_line.h"
 #include "driver/read_configuration.h"
 #include "odbaccess/odb_api.h"
@@ -33,8 +34,8 @@ odb_String upgradedIfNeeded(const odb_String& name) {
 // The set only has to exist: the extraction covers the whole model with it as without it.
 void requireElementSet(odb_Odb& odb, const odb_String& name) {
   if (odb.rootAssembly().elementSets(false).ConstFind(name) != nullptr) return;
-  std::cerr << "An assembly level elset " << name.cStr()
-            << " does not exist in the output database :" << odb.name().cStr() << std::endl;
+  std::cerr << "An assembly level elset " << base::escaped(name.cStr())
+            << " does not exist in the output database :" << base::escaped(odb.name().cStr()) << std::endl;
   odb.close();
   std::exit(0);
 }

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "base/control_characters.h"
+
 namespace verify {
 
 namespace {
@@ -21,7 +23,9 @@ void Findings::addText(const std::string& text) {
 }
 
 void Findings::close() {
-  if (more_ > 0) verdict_.findings.push_back(fmt::format("{}: findings that are not shown: {}", verdict_.path, more_));
+  if (more_ > 0)
+    verdict_.findings.push_back(
+        fmt::format("{}: findings that are not shown: {}", base::escaped(verdict_.path), more_));
 }
 
 }  // namespace verify

@@ -8,6 +8,7 @@
 #include <exception>
 #include <system_error>
 
+#include "base/control_characters.h"
 #include "process/prepare_process.h"
 #include "verify/verify_file.h"
 #include "verify/verify_options.h"
@@ -37,8 +38,8 @@ void complain(const std::string& text) { std::fputs((text + '\n').c_str(), stder
 void report(const verify::Verdict& verdict, bool isQuiet) {
   for (const std::string& finding : verdict.findings) complain(finding);
   if (isQuiet) return;
-  if (verdict.state == State::damaged) fmt::print("{}: damaged\n", verdict.path);
-  if (verdict.state == State::sound) fmt::print("{}: sound\n", verdict.path);
+  if (verdict.state == State::damaged) fmt::print("{}: damaged\n", base::escaped(verdict.path));
+  if (verdict.state == State::sound) fmt::print("{}: sound\n", base::escaped(verdict.path));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <new>
 #include <set>
 
+#include "base/control_characters.h"
 #include "import_options.h"
 #include "importers/formats/table.h"
 #include "importers/input/diagnostics.h"
@@ -48,9 +49,9 @@ void checkOutput(const std::vector<std::string>& inputs, const std::string& outp
 }
 
 void printSummary(const std::string& output, const importers::ImportSummary& summary, double seconds) {
-  print(fmt::format("{}: {} steps, {} frames, {} fields, {} histories, {} sets, {} bytes, {:.2f} s\n", output,
-                    summary.steps, summary.frames, summary.fields, summary.histories, summary.sets,
-                    std::filesystem::file_size(output), seconds));
+  print(fmt::format("{}: {} steps, {} frames, {} fields, {} histories, {} sets, {} bytes, {:.2f} s\n",
+                    base::escaped(output), summary.steps, summary.frames, summary.fields, summary.histories,
+                    summary.sets, std::filesystem::file_size(output), seconds));
   if (!summary.cutOffBehind.empty()) print(fmt::format("incomplete: the results end after {}\n", summary.cutOffBehind));
 }
 
