@@ -11,6 +11,7 @@
 #include "driver/command_line.h"
 #include "driver/read_configuration.h"
 #include "odbaccess/odb_api.h"
+#include "process/confinement.h"
 #include "result/completion.h"
 #include "result/extraction_switches.h"
 #include "result/result_file.h"
@@ -45,7 +46,7 @@ void requireElementSet(odb_Odb& odb, const odb_String& name) {
   std::exit(1);
 }
 
-[[noreturn]] void giveUpIncomplete() { giveUp("params.txt could not be written completely"); }
+constexpr const char* kIncomplete = "params.txt could not be written completely";
 
 std::string systemReason() { return std::strerror(errno); }
 
@@ -55,14 +56,19 @@ void takeDirectory(const DirectoryLock& lock) {
   if (!removeMarker(kMarkerName)) giveUp("paramsdone.txt of an earlier run cannot be removed: " + systemReason());
 }
 
-void extract(odb_Odb& odb) {
+// Returns what went wrong; nothing when the results are complete under their marker.
+std::string extract(odb_Odb& odb) {
   const ResultPlace place(kResultName);
-  if (!place.isOpen()) giveUpIncomplete();
+  if (!place.isOpen()) return kIncomplete;
   ResultFile result(kResultName);
+  Marker marker(kMarkerName);
+  // All files are open, and what stands in the database comes from anywhere.
+  confineToOpenFiles();
   traverseSteps(odb, nullptr, result);
   odb.close();
-  if (!result.close() || !place.isInPlace()) giveUpIncomplete();
-  if (!writeMarker(kMarkerName)) giveUp("paramsdone.txt could not be written: " + systemReason());
+  if (!result.close() || !place.isInPlace()) return kIncomplete;
+  if (!marker.publish()) return "paramsdone.txt could not be written: " + systemReason();
+  return {};
 }
 
 }  // namespace
@@ -76,6 +82,7 @@ int runDriver(int argc, char** argv) {
   readConfiguration(commandLine.configuration.cStr(), extractionSwitches());
   odb_Odb& odb = openOdb(upgradedIfNeeded(commandLine.database), true, false);
   if (commandLine.elementSetGiven) requireElementSet(odb, commandLine.elementSet);
-  extract(odb);
+  const std::string failure = extract(odb);
+  if (!failure.empty()) giveUp(failure);
   return 0;
 }
