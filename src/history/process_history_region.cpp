@@ -1,5 +1,7 @@
 #include "history/process_history_region.h"
 
+#include <iostream>
+
 #include "history/write_history_output.h"
 #include "result/progress.h"
 
@@ -22,7 +24,7 @@ odb_String labelOf(const odb_HistoryRegion& region) {
 
 void processHistoryRegion(const odb_HistoryRegion& region, std::ostream& out, odb_String stepName, odb_String indent,
                           int depth) {
-  sayProgress("Processing History Region: ", region.description());
+  std::cout << "Processing History Region: " << shownInProgress(region.description()) << std::endl;
   if (depth < 1) return;
   const odb_String label = labelOf(region);
   indent.append("    ");

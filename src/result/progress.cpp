@@ -2,25 +2,9 @@
 
 #include <unistd.h>
 
-#include <iostream>
-
 #include "base/control_characters.h"
 
-namespace {
-
-bool isOnTerminal() {
+std::string shownInProgress(const odb_String& text) {
   static const bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
-  return isTerminal;
-}
-
-}  // namespace
-
-void sayProgress(const char* what, const odb_String& name) {
-  std::cout << what;
-  if (isOnTerminal()) {
-    std::cout << base::escaped(name.cStr());
-  } else {
-    std::cout << name.cStr();
-  }
-  std::cout << std::endl;
+  return isTerminal ? base::escaped(text.cStr()) : text.cStr();
 }

@@ -1,8 +1,10 @@
 // What the extraction says of its progress.
 #pragma once
 
+#include <string>
+
 #include "odbaccess/odb_api.h"
 
-// Writes `what`, the name and a line end to standard output, as they are: programs read these lines. On a terminal
-// control characters in the name are escaped, as it would obey them.
-void sayProgress(const char* what, const odb_String& name);
+// A text of the database as lines of progress on standard output show it: as it is, because programs read them. On a
+// terminal control characters are escaped, as it would obey them.
+std::string shownInProgress(const odb_String& text);

@@ -60,7 +60,7 @@ void writeMass(const odb_Step& step, std::ostream& out) {
 void processStep(const odb_Odb& odb, const odb_Step& step, std::ostream& out, const odb_String& indent, int depth) {
   const ExtractionSwitches& switches = extractionSwitches();
   const odb_String name = step.name();
-  sayProgress("Processing Step: ", name);
+  std::cout << "Processing Step: " << shownInProgress(name) << std::endl;
   if (switches.mass) writeMass(step, out);
   if (depth < 1) return;
   odb_String deeper = indent;
