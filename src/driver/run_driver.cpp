@@ -12,6 +12,7 @@
 #include "driver/read_configuration.h"
 #include "odbaccess/odb_api.h"
 #include "process/confinement.h"
+#include "process/stack_room.h"
 #include "result/completion.h"
 #include "result/extraction_switches.h"
 #include "result/result_file.h"
@@ -54,6 +55,7 @@ std::string systemReason() { return std::strerror(errno); }
 void takeDirectory(const DirectoryLock& lock) {
   if (lock.isElsewhere()) giveUp("another run is at work in this directory");
   if (!removeMarker(kMarkerName)) giveUp("paramsdone.txt of an earlier run cannot be removed: " + systemReason());
+  if (!makeRoomOnStack()) giveUp(kNoRoomOnStack);
 }
 
 // Returns what went wrong; nothing when the results are complete under their marker.

@@ -46,6 +46,7 @@ void report(const verify::Verdict& verdict, bool isQuiet) {
 
 int main(int argc, char** argv) {
   prepareProcess();
+  requireRoomOnStack();
   try {
     verify::VerifyOptions options;
     const tool::Outcome outcome = verify::verifyCommand(options).parse({argv + 1, argv + argc});

@@ -4,6 +4,7 @@ import fcntl
 import os
 import pathlib
 import random
+import resource
 import signal
 import subprocess
 import threading
@@ -154,6 +155,28 @@ class Places(ResultConditions):
         self.assertEqual(self.path("paramsdone.txt.tmp").read_bytes(), b"of another user")
         self.assertEqual(sorted(os.listdir(self.directory)),
                          ["config.txt", "model.odb", "params.txt", "paramsdone.txt", "paramsdone.txt.tmp"])
+
+
+class Stacks(ResultConditions):
+    """Callers that leave little room for the stack."""
+    LITTLE = b"**ERROR** the stack may have less than 256 KiB (ulimit -s), which is too little to work\n"
+
+    def test_a_limit_that_may_be_raised_is_raised(self):
+        for size in (16 << 10, 64 << 10, 200 << 10):
+            with self.subTest(size):
+                self.assert_complete(self.extract(preexec_fn=lambda size=size: resource.setrlimit(resource.RLIMIT_STACK, (size, 8 << 20))))
+
+    def test_too_low_a_limit_is_told_and_leaves_no_marker(self):
+        os.chmod(self.directory, 0o777)
+        for size in (16 << 10, 64 << 10, 200 << 10):
+            with self.subTest(size), runnable_by_nobody("quarnish") as (program, options):
+                if not options and os.geteuid() == 0:
+                    self.skipTest("root may raise every limit")
+                self.write("paramsdone.txt", DONE)
+                run = subprocess.run([program, *self.arguments], cwd=self.directory, capture_output=True, timeout=60, check=False,
+                                     preexec_fn=lambda size=size: resource.setrlimit(resource.RLIMIT_STACK, (size, size)), **options)
+                self.assertEqual((run.returncode, run.stderr), (1, self.LITTLE))
+                self.assertFalse(self.path("paramsdone.txt").exists())
 
 
 class FullDisks(ResultConditions):

@@ -131,8 +131,18 @@ class DeckReader {
       return;
     }
     includes_.enter(*path, *name, lines);
-    readFile(*path);
+    readIncluded(*path, *name, lines);
     includes_.leave(*path);
+  }
+
+  // A file that cannot be read is an error of the line that asks for it.
+  void readIncluded(const std::string& path, const std::string& name, const LineReader& from) {
+    try {
+      readFile(path);
+    } catch (const ImportError& error) {
+      if (error.place().file != path || error.place().line > 0) throw;
+      from.fail(fmt::format("the included file {}: {}", storableText(name), error.reason()));
+    }
   }
 
   void startSet(const Keyword& keyword, DeckSets& sets, Data data, LineReader& lines) {
