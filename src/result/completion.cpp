@@ -90,8 +90,15 @@ Marker::Marker(std::string path)
       descriptor_(makeTemporary(temporary_)),
       reason_(errno),
       file_(descriptor_) {
+  if (descriptor_ < 0) return;
   struct stat made {};
-  if (descriptor_ < 0 || ::fstat(descriptor_, &made) != 0) return;
+  if (::fstat(descriptor_, &made) != 0) {
+    // What cannot be told from another file is none.
+    reason_ = errno;
+    descriptor_ = -1;
+    ::unlink(temporary_.c_str());
+    return;
+  }
   device_ = made.st_dev;
   number_ = made.st_ino;
 }
