@@ -14,6 +14,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/control_characters.h"
+
 namespace {
 
 constexpr const char* kStartMark = "ODB EXTRACTIONS";
@@ -50,7 +52,7 @@ bool contains(const std::string& line, const char* text) { return line.find(text
 double percentageOf(const std::string& line) {
   const std::size_t equals = line.find('=');
   if (equals == std::string::npos) {
-    std::fprintf(stderr, "**ERROR** no value for PERCENTAGE in the line: %s\n", line.c_str());
+    std::fprintf(stderr, "**ERROR** no value for PERCENTAGE in the line: %s\n", base::escaped(line).c_str());
     std::exit(1);
   }
   return leadingNumber(line.substr(equals + 1));
@@ -74,7 +76,7 @@ LineOutcome nextLine(std::istream& file, std::span<char> room, std::string& line
 
 [[noreturn]] void refuseLine(const std::string& path, std::int64_t number) {
   std::fprintf(stderr, "**ERROR** line %lld of the configuration file %s is longer than 1 MiB\n",
-               static_cast<long long>(number), path.c_str());
+               static_cast<long long>(number), base::escaped(path).c_str());
   std::exit(1);
 }
 
@@ -137,7 +139,7 @@ void readConfiguration(const std::string& path, ExtractionSwitches& switches) {
     if (active) applyConfigurationLine(line, switches);
   }
   if (file.bad()) {
-    std::fprintf(stderr, "**ERROR** configuration file %s cannot be read completely\n", path.c_str());
+    std::fprintf(stderr, "**ERROR** configuration file %s cannot be read completely\n", base::escaped(path).c_str());
     std::exit(1);
   }
 }

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/control_characters.h"
 #include "kolvex/pages.h"
 #include "kolvex/subcommands.h"
 
@@ -61,7 +62,7 @@ int runSubcommand(const std::string& name, std::vector<std::string> arguments) {
 }
 
 int unknown(std::string_view command) {
-  say(stderr, fmt::format("kolvex: '{}' is not a kolvex command. See 'kolvex --help'.\n", command));
+  say(stderr, fmt::format("kolvex: '{}' is not a kolvex command. See 'kolvex --help'.\n", base::escaped(command)));
   return 1;
 }
 

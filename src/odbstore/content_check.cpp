@@ -5,6 +5,7 @@
 #include <limits>
 #include <tuple>
 
+#include "base/control_characters.h"
 #include "odbstore/catalog_check.h"
 #include "odbstore/catalog_paths.h"
 #include "odbstore/layout.h"
@@ -61,7 +62,7 @@ class ContentCheck {
   template <class Path>
   void checkName(std::string_view name, Path&& path) {
     spend(name.size());
-    if (hasControlCharacter(name)) complain_(path(), "the name has a control character");
+    if (base::hasControlCharacter(name)) complain_(path(), "the name has a control character");
   }
 
   // Names of a table are ascending, so that they can be found.

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <utility>
+#include "base/control_characters.h"
 
 namespace tool {
 
@@ -24,8 +24,8 @@ std::string progressText(const std::string& name, std::uint64_t done, std::uint6
   return text;
 }
 
-ProgressLine::ProgressLine(std::string name, std::FILE* stream)
-    : name_(std::move(name)), stream_(stream), isTerminal_(::isatty(::fileno(stream)) == 1) {}
+ProgressLine::ProgressLine(const std::string& name, std::FILE* stream)
+    : name_(base::escaped(name)), stream_(stream), isTerminal_(::isatty(::fileno(stream)) == 1) {}
 
 void ProgressLine::show(std::uint64_t done, std::uint64_t all) {
   const Clock::time_point now = Clock::now();

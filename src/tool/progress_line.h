@@ -14,7 +14,7 @@ std::string progressText(const std::string& name, std::uint64_t done, std::uint6
 // Draws over its own line a few times a second, and only where `stream` is a terminal. Wipes the line at the end.
 class ProgressLine {
  public:
-  ProgressLine(std::string name, std::FILE* stream);
+  ProgressLine(const std::string& name, std::FILE* stream);
   ~ProgressLine() { wipe(); }
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;

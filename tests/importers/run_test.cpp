@@ -39,6 +39,16 @@ TEST_F(RecordNames, NamesThatAreCleanedToTheSameGetNumbers) {
   EXPECT_THAT(notes_, ElementsAre(HasSubstr("job.frd: note: the field A-B is called A-B_2"), HasSubstr("A_B_3")));
 }
 
+TEST_F(RecordNames, ControlCharactersBecomeBlanksAndFieldsStayApart) {
+  EXPECT_THAT(named({"A\nB",
+                     "A\x1b"
+                     "B",
+                     "C"}),
+              ElementsAre("A B", "A B_2", "C"));
+  EXPECT_THAT(notes_,
+              ElementsAre(HasSubstr("warning: the name \"A\\x0aB\" has control characters"), HasSubstr("A\\x1bB")));
+}
+
 TEST_F(RecordNames, ANameThatIsFreeStays) {
   EXPECT_THAT(named({"S", "S_IM", "S__X", "U__mag"}, {"TOP"}), ElementsAre("S", "S_IM", "S__X", "U__mag"));
   EXPECT_THAT(notes_, IsEmpty());

@@ -74,9 +74,14 @@ TEST(StorableText, KeepsUtf8AndMendsTheRest) {
   EXPECT_EQ(storableText("plain"), "plain");
   EXPECT_EQ(storableText("Tr\xC3\xA4ger \xE2\x82\xAC \xF0\x9F\x94\xA9"), "Tr\xC3\xA4ger \xE2\x82\xAC \xF0\x9F\x94\xA9");
   EXPECT_EQ(storableText("Tr\xE4ger"), "Tr\xC3\xA4ger");
-  EXPECT_EQ(storableText("cut \xE2\x82"), "cut \xC3\xA2\xC2\x82");
-  EXPECT_EQ(storableText(std::string_view("a\tb\0c", 5)), "a b c");
-  EXPECT_EQ(storableText("\xC0\x80 \xED\xA0\x80"), "\xC3\x80\xC2\x80 \xC3\xAD\xC2\xA0\xC2\x80");
+  EXPECT_EQ(storableText("cut \xE2\x82"), "cut \xC3\xA2 ");
+  EXPECT_EQ(storableText(std::string_view("a\tb\0c\x7F", 6)), "a b c ");
+  EXPECT_EQ(storableText("\xC2\x9B[2J \x85."), " [2J  .");
+  EXPECT_EQ(storableText("\xC0\x80 \xED\xA0\x80"), "\xC3\x80  \xC3\xAD\xC2\xA0 ");
+}
+
+TEST(Utf8Text, KeepsControlCharacters) {
+  EXPECT_EQ(utf8Text("a\x1b\xE4\x85\xE2\x82\xAC"), "a\x1b\xC3\xA4\xC2\x85\xE2\x82\xAC");
 }
 
 }  // namespace

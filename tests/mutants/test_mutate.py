@@ -7,8 +7,10 @@ import unittest
 import h5py
 
 import catalogs
+import grammar
 import mutate
 import seeds
+import structure
 
 
 class MutateTest(unittest.TestCase):
@@ -60,6 +62,29 @@ class MutateTest(unittest.TestCase):
             self.assertEqual(mutant, catalogs.forged(whole, seed))
             self.assertEqual((len(mutant), mutant[:len(before)]), (len(whole), before))
             self.assertNotEqual(mutant[len(before):len(before) + len(catalog)], catalog)
+    def test_changes_of_words_differ_and_come_again(self):
+        texts = {"inp": b"*NSET,NSET=Ends\n1,3\n*ELEMENT,TYPE=T3D2,ELSET=Bars\n1,1,2\n",
+                 "frd": b"    1C\n    2C                             3\n -1         1 0.00000E+00\n -3\n  100CL  101 1.0000000000           3\n -4  DISP        4    1\n",
+                 "dat": b" displacements (vx,vy,vz) for set TOP and time  0.1\n\n         3  1.0  2.0  3.0\n"}
+        for kind, text in texts.items():
+            for seed in range(200):
+                self.assertNotEqual(grammar.changed(text, seed, kind), text)
+                self.assertEqual(grammar.changed(text, seed, kind), grammar.changed(text, seed, kind))
+            self.assertGreater(len({grammar.changed(text, seed, kind) for seed in range(200)}), 50)
+
+    def test_changes_of_structure_open_and_come_again(self):
+        with tempfile.TemporaryDirectory() as directory:
+            path = pathlib.Path(directory) / "file.h5"
+            with h5py.File(path, "w", libver=("v110", "v110")) as file:
+                for i in range(5):
+                    file.create_group(f"group{i}").attrs["number"] = i
+                    file[f"group{i}/data"] = [[1.0, 2.0], [3.0, 4.0]]
+            whole = path.read_bytes()
+            for seed in range(60):
+                changed = structure.changed(whole, seed, path)
+                self.assertNotEqual(changed, whole)
+                with h5py.File(path) as file:
+                    self.assertGreater(len(file) + len(file.attrs), 0)
 
     def test_numbers_can_keep_their_columns(self):
         chance = random.Random(1)

@@ -264,11 +264,12 @@ TEST(CatalogTest, ContentThatDoesNotFitIsNamed) {
 TEST(CatalogTest, NamesWithControlCharactersAreRefused) {
   const std::vector<std::string> names = {"P", "I-1", "TOP", "ALL", "Step-1", "S", "Node I-1.3", "U1", "TIP"};
   for (const std::string& name : names) {
+    const char character = name.size() > 1 ? '\x9b' : '\n';
     const std::string failure = failureWith([&](columns::CatalogT& c) {
       std::string bytes(c.texts->bytes.begin(), c.texts->bytes.end());
       std::size_t begin = 0;
       for (const std::uint32_t end : c.texts->end) {
-        if (bytes.substr(begin, end - begin) == name) c.texts->bytes[begin] = '\n';
+        if (bytes.substr(begin, end - begin) == name) c.texts->bytes[begin] = character;
         begin = end;
       }
     });

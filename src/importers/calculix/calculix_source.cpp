@@ -83,8 +83,9 @@ class CalculixSource : public Source {
     outline.title = deck_.heading.empty() ? title_ : deck_.heading;
     outline.producer = producer_;
     if (!hasResultFile_ && contents_->printed.tables.empty()) {
+      std::error_code ignored;
       fail(0, fmt::format("the run left no results: this file {}{}",
-                          std::filesystem::exists(run_.results) ? "is empty" : "does not exist",
+                          std::filesystem::exists(run_.results, ignored) ? "is empty" : "does not exist",
                           run_.printed.empty() ? "" : fmt::format(", and {} holds no tables", run_.printed)));
     }
     if (contents_->nodes.empty() && !contents_->printed.tables.empty()) takeMeshOfDeck(outline);
@@ -101,7 +102,7 @@ class CalculixSource : public Source {
   static bool isMissing(const std::string& path) {
     std::error_code failed;
     const auto size = std::filesystem::file_size(path, failed);
-    return failed ? !std::filesystem::exists(path) : size == 0;
+    return failed ? failed == std::errc::no_such_file_or_directory : size == 0;
   }
 
   void readDeckFor(DeckDetail detail) {

@@ -5,6 +5,8 @@
 #include <charconv>
 #include <limits>
 
+#include "base/control_characters.h"
+
 namespace importers {
 
 std::string_view trimmed(std::string_view text) {
@@ -80,39 +82,29 @@ std::string upperCased(std::string_view text) {
   return upper;
 }
 
-namespace {
-
-// How many bytes at the start of `text` are one character in UTF-8; 0 when they are none.
-std::size_t utf8Length(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
-  const unsigned first = byte(0);
-  const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-  if (length == 0 || first > 0xF4) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0U) != 0x80U) return 0;
-  }
-  // Overlong forms, surrogates and what lies beyond the last character.
-  if ((first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F)) return 0;
-  if ((first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F)) return 0;
-  return length;
-}
-
-}  // namespace
-
-std::string storableText(std::string_view text) {
-  std::string storable;
+std::string utf8Text(std::string_view text) {
+  std::string good;
   while (!text.empty()) {
-    const std::size_t length = utf8Length(text);
+    const std::size_t length = base::utf8Length(text);
     const auto first = static_cast<unsigned char>(text.front());
     if (length == 0) {
-      storable += static_cast<char>(0xC0U | (first >> 6U));
-      storable += static_cast<char>(0x80U | (first & 0x3FU));
-    } else if (first < 0x20 || first == 0x7F) {
-      storable += ' ';
+      good += static_cast<char>(0xC0U | (first >> 6U));
+      good += static_cast<char>(0x80U | (first & 0x3FU));
     } else {
-      storable += text.substr(0, length);
+      good += text.substr(0, length);
     }
     text.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return good;
+}
+
+std::string storableText(std::string_view text) {
+  const std::string good = utf8Text(text);
+  std::string storable;
+  for (std::string_view rest = good; !rest.empty();) {
+    const std::string_view character = rest.substr(0, base::utf8Length(rest));
+    storable += base::hasControlCharacter(character) ? " " : character;
+    rest.remove_prefix(character.size());
   }
   return storable;
 }

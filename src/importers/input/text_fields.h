@@ -27,8 +27,10 @@ std::optional<float> floatFrom(std::string_view text);
 
 std::string upperCased(std::string_view text);
 
-// Text of unknown origin as the database can keep it: UTF-8 as it is, any other byte above 127 taken for Latin-1,
-// control characters as blanks.
+// Text of unknown origin in UTF-8: what is UTF-8 as it is, any other byte above 127 taken for Latin-1.
+std::string utf8Text(std::string_view text);
+
+// The same as the database can keep it: control characters are blanks.
 std::string storableText(std::string_view text);
 
 }  // namespace importers

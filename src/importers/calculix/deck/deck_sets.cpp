@@ -55,9 +55,10 @@ double realFrom(std::string_view item, const LineReader& lines) {
   return *value;
 }
 
-DeckSet& DeckSets::open(const std::string& name, const LineReader& lines) {
+DeckSet& DeckSets::open(const std::string& name, const LineReader& lines, const WarningSink& warn) {
   const std::string shown = storableText(withoutQuotes(name));
   if (trimmed(shown).empty()) lines.fail("the set has no name");
+  warnOfControlCharacters(name, lines.place(), warn);
   const auto [known, isNew] = sets_.try_emplace(canonicalName(name));
   DeckSet& set = known->second;
   if (isNew) {
