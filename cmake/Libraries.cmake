@@ -1,6 +1,6 @@
 # The libraries that are linked in instead of loaded, where that is possible: loading shared libraries takes most of the
 # time of a small extraction. Targets: kolvex_hdf5, kolvex_zlib, kolvex_sqlite, kolvex_fmt.
-option(KOLVEX_STATIC_LIBRARIES "Link HDF5, fmt and the C++ library into the programs where there are archives" ON)
+option(KOLVEX_STATIC_LIBRARIES "Link HDF5, fmt and the C++ library into the programs, and the C library into quarnish, where there are archives" ON)
 
 pkg_check_modules(HDF5 REQUIRED IMPORTED_TARGET hdf5-serial)
 find_package(fmt REQUIRED)
@@ -18,6 +18,15 @@ if(KOLVEX_STATIC_LIBRARIES AND NOT "${archives}" MATCHES "NOTFOUND")
 else()
   target_link_libraries(kolvex_hdf5 INTERFACE PkgConfig::HDF5)
 endif()
+
+# Whether a program can have the C library in it and still lie anywhere in memory: there is an archive, and the compiler
+# makes such code by itself.
+include(CheckCXXSourceCompiles)
+set(CMAKE_REQUIRED_LINK_OPTIONS -static-pie)
+check_cxx_source_compiles("#include <cmath>
+                           int data; int* volatile place = &data;
+                           int main(int count, char**) { return place == nullptr || std::sin(count) > 1; }" KOLVEX_HAS_STATIC_PIE)
+unset(CMAKE_REQUIRED_LINK_OPTIONS)
 
 find_package(ZLIB REQUIRED)
 add_library(kolvex_zlib INTERFACE)

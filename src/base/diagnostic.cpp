@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "base/control_characters.h"
+
 namespace base {
 
 namespace {
@@ -20,16 +22,16 @@ const char* wordOf(Severity severity) {
 }  // namespace
 
 std::string textOf(const Place& place) {
-  std::string text = place.file;
+  std::string text = escaped(place.file);
   if (place.line > 0) text += fmt::format(":{}", place.line);
-  if (!place.object.empty()) text += fmt::format(": {}", place.object);
+  if (!place.object.empty()) text += fmt::format(": {}", escaped(place.object));
   return text;
 }
 
 std::string textOf(const Place& place, const std::string& reason) {
   std::string text = textOf(place);
   if (!text.empty()) text += ": ";
-  text += reason;
+  text += escaped(reason);
   if (place.byte) text += fmt::format(" (before byte {})", *place.byte);
   return text;
 }

@@ -38,6 +38,8 @@ inline Diagnostic warning(Place place, std::string reason) {
 // Receives what users should know although the work goes on.
 using DiagnosticSink = std::function<void(const Diagnostic&)>;
 
+// What files hold and are called may show up here: control characters are escaped (base/control_characters.h).
+//
 // "job.frd:12", "job.odb: /steps/Step-1", or nothing.
 std::string textOf(const Place& place);
 // "job.frd:12: the node 3 is there twice (before byte 400)": the place, as far as it is known, and the reason.

@@ -9,8 +9,8 @@
 namespace base {
 
 struct ProgramLimits {
-  // Bytes of address space beyond those that the program has when it starts. Not kept under the address sanitizer,
-  // which needs terabytes of it.
+  // Bytes of address space beyond those that the program has when it starts. Not kept under sanitizers that
+  // need terabytes of it.
   std::uint64_t memory = 0;
   std::chrono::seconds processorTime{0};
   std::chrono::milliseconds time{0};

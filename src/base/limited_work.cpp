@@ -19,7 +19,7 @@ namespace base {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kCanLimitMemory = false;
 #else
 constexpr bool kCanLimitMemory = true;

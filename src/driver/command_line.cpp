@@ -6,6 +6,8 @@
 #include <cstring>
 #include <iostream>
 
+#include "base/control_characters.h"
+
 namespace {
 
 constexpr const char* kUsage =
@@ -60,18 +62,18 @@ void forEachOption(int argc, char** argv, Take&& take) {
 
 void requireDatabase(const odb_String& name) {
   if (exists(name)) return;
-  std::cerr << "**ERROR** output database  " << name.cStr() << " does not exist\n" << std::endl;
+  std::cerr << "**ERROR** output database  " << base::escaped(name.cStr()) << " does not exist\n" << std::endl;
   std::exit(1);
 }
 
 void requireConfiguration(const odb_String& name) {
   if (exists(name)) return;
-  std::cerr << "**ERROR** configuration file " << name.cStr() << " does not exist\n" << std::endl;
+  std::cerr << "**ERROR** configuration file " << base::escaped(name.cStr()) << " does not exist\n" << std::endl;
   std::exit(1);
 }
 
 [[noreturn]] void exitWithoutValue(const char* option) {
-  std::cerr << "**ERROR** option " << option << " needs a value\n";
+  std::cerr << "**ERROR** option " << base::escaped(option) << " needs a value\n";
   exitWithUsage(1);
 }
 

@@ -9,9 +9,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
+#include <span>
 #include <string_view>
 #include <system_error>
-#include <vector>
+
+#include "base/control_characters.h"
 
 namespace {
 
@@ -49,7 +52,7 @@ bool contains(const std::string& line, const char* text) { return line.find(text
 double percentageOf(const std::string& line) {
   const std::size_t equals = line.find('=');
   if (equals == std::string::npos) {
-    std::fprintf(stderr, "**ERROR** no value for PERCENTAGE in the line: %s\n", line.c_str());
+    std::fprintf(stderr, "**ERROR** no value for PERCENTAGE in the line: %s\n", base::escaped(line).c_str());
     std::exit(1);
   }
   return leadingNumber(line.substr(equals + 1));
@@ -61,7 +64,7 @@ constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 enum class LineOutcome { read, end, tooLong };
 
 // The next line without its end.
-LineOutcome nextLine(std::istream& file, std::vector<char>& room, std::string& line) {
+LineOutcome nextLine(std::istream& file, std::span<char> room, std::string& line) {
   file.getline(room.data(), static_cast<std::streamsize>(room.size()));
   const auto count = static_cast<std::size_t>(file.gcount());
   if (file.bad() || (count == 0 && file.eof())) return LineOutcome::end;
@@ -73,7 +76,7 @@ LineOutcome nextLine(std::istream& file, std::vector<char>& room, std::string& l
 
 [[noreturn]] void refuseLine(const std::string& path, std::int64_t number) {
   std::fprintf(stderr, "**ERROR** line %lld of the configuration file %s is longer than 1 MiB\n",
-               static_cast<long long>(number), path.c_str());
+               static_cast<long long>(number), base::escaped(path).c_str());
   std::exit(1);
 }
 
@@ -124,17 +127,19 @@ void readConfiguration(const std::string& path, ExtractionSwitches& switches) {
     return;
   }
   bool active = false;
-  std::vector<char> room(kLongestLine + 1);  // a NUL stands behind the line
+  constexpr std::size_t roomBytes = kLongestLine + 1;  // a NUL stands behind the line
+  // Not filled: of what a small run does, filling it would take a third.
+  const auto room = std::make_unique_for_overwrite<char[]>(roomBytes);
   std::string line;
   for (std::int64_t number = 1;; ++number) {
-    const LineOutcome outcome = nextLine(file, room, line);
+    const LineOutcome outcome = nextLine(file, {room.get(), roomBytes}, line);
     if (outcome == LineOutcome::end) break;
     if (outcome == LineOutcome::tooLong) refuseLine(path, number);
     active = active || contains(line, kStartMark);
     if (active) applyConfigurationLine(line, switches);
   }
   if (file.bad()) {
-    std::fprintf(stderr, "**ERROR** configuration file %s cannot be read completely\n", path.c_str());
+    std::fprintf(stderr, "**ERROR** configuration file %s cannot be read completely\n", base::escaped(path).c_str());
     std::exit(1);
   }
 }

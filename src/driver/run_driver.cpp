@@ -7,9 +7,12 @@
 #include <optional>
 #include <string>
 
+#include "base/control_characters.h"
 #include "driver/command_line.h"
 #include "driver/read_configuration.h"
 #include "odbaccess/odb_api.h"
+#include "process/confinement.h"
+#include "process/stack_room.h"
 #include "result/completion.h"
 #include "result/extraction_switches.h"
 #include "result/result_file.h"
@@ -33,8 +36,8 @@ odb_String upgradedIfNeeded(const odb_String& name) {
 // The set only has to exist: the extraction covers the whole model with it as without it.
 void requireElementSet(odb_Odb& odb, const odb_String& name) {
   if (odb.rootAssembly().elementSets(false).ConstFind(name) != nullptr) return;
-  std::cerr << "An assembly level elset " << name.cStr()
-            << " does not exist in the output database :" << odb.name().cStr() << std::endl;
+  std::cerr << "An assembly level elset " << base::escaped(name.cStr())
+            << " does not exist in the output database :" << base::escaped(odb.name().cStr()) << std::endl;
   odb.close();
   std::exit(0);
 }
@@ -44,7 +47,7 @@ void requireElementSet(odb_Odb& odb, const odb_String& name) {
   std::exit(1);
 }
 
-[[noreturn]] void giveUpIncomplete() { giveUp("params.txt could not be written completely"); }
+constexpr const char* kIncomplete = "params.txt could not be written completely";
 
 std::string systemReason() { return std::strerror(errno); }
 
@@ -52,16 +55,22 @@ std::string systemReason() { return std::strerror(errno); }
 void takeDirectory(const DirectoryLock& lock) {
   if (lock.isElsewhere()) giveUp("another run is at work in this directory");
   if (!removeMarker(kMarkerName)) giveUp("paramsdone.txt of an earlier run cannot be removed: " + systemReason());
+  if (!makeRoomOnStack()) giveUp(kNoRoomOnStack);
 }
 
-void extract(odb_Odb& odb) {
+// Returns what went wrong; nothing when the results are complete under their marker.
+std::string extract(odb_Odb& odb) {
   const ResultPlace place(kResultName);
-  if (!place.isOpen()) giveUpIncomplete();
+  if (!place.isOpen()) return kIncomplete;
   ResultFile result(kResultName);
+  Marker marker(kMarkerName);
+  // All files are open, and what stands in the database comes from anywhere.
+  confineToOpenFiles();
   traverseSteps(odb, nullptr, result);
   odb.close();
-  if (!result.close() || !place.isInPlace()) giveUpIncomplete();
-  if (!writeMarker(kMarkerName)) giveUp("paramsdone.txt could not be written: " + systemReason());
+  if (!result.close() || !place.isInPlace()) return kIncomplete;
+  if (!marker.publish()) return "paramsdone.txt could not be written: " + systemReason();
+  return {};
 }
 
 }  // namespace
@@ -75,6 +84,7 @@ int runDriver(int argc, char** argv) {
   readConfiguration(commandLine.configuration.cStr(), extractionSwitches());
   odb_Odb& odb = openOdb(upgradedIfNeeded(commandLine.database), true, false);
   if (commandLine.elementSetGiven) requireElementSet(odb, commandLine.elementSet);
-  extract(odb);
+  const std::string failure = extract(odb);
+  if (!failure.empty()) giveUp(failure);
   return 0;
 }

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "history/write_history_output.h"
+#include "result/progress.h"
 
 namespace {
 
@@ -23,7 +24,7 @@ odb_String labelOf(const odb_HistoryRegion& region) {
 
 void processHistoryRegion(const odb_HistoryRegion& region, std::ostream& out, odb_String stepName, odb_String indent,
                           int depth) {
-  std::cout << "Processing History Region: " << region.description().cStr() << std::endl;
+  std::cout << "Processing History Region: " << shownInProgress(region.description()) << std::endl;
   if (depth < 1) return;
   const odb_String label = labelOf(region);
   indent.append("    ");

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/control_characters.h"
 #include "kolvex/pages.h"
 #include "kolvex/subcommands.h"
 
@@ -62,7 +63,7 @@ int runSubcommand(const std::string& name, std::vector<std::string> arguments) {
 }
 
 int unknown(std::string_view command) {
-  say(stderr, fmt::format("kolvex: '{}' is not a kolvex command. See 'kolvex --help'.\n", command));
+  say(stderr, fmt::format("kolvex: '{}' is not a kolvex command. See 'kolvex --help'.\n", base::escaped(command)));
   return 1;
 }
 

@@ -166,24 +166,21 @@ const float* BlockContent::mises() const {
   return mises_.get();
 }
 
-const InvariantStretch& BlockContent::invariantsAround(int row) const {
+const InvariantStretch& BlockContent::findInvariantsAround(int row) const {
   constexpr int kRows = InvariantStretch::kRows;
   if (invariants_.empty()) invariants_.resize(static_cast<std::size_t>((storedRows() + kRows - 1) / kRows));
-  std::unique_ptr<InvariantStretch>& stretch = invariants_[static_cast<std::size_t>(row / kRows)];
-  if (!stretch) {
-    stretch = std::make_unique_for_overwrite<InvariantStretch>();
-    const int first = row / kRows * kRows;
-    const auto count = static_cast<std::size_t>(std::min(kRows, storedRows() - first));
-    if (!block_.isDouble() && isCanonical()) {
-      const float* const from = stored<float>() + static_cast<std::ptrdiff_t>(first) * width();
-      findInvariants(from, count, width(), info_->engineeringShear, *stretch);
-    } else {
-      std::array<Tensor, kRows> tensors;
-      for (std::size_t i = 0; i < count; ++i) tensors[i] = tensor(first + static_cast<int>(i));
-      findInvariants(tensors.data(), count, *stretch);
-    }
+  auto stretch = std::make_unique_for_overwrite<InvariantStretch>();
+  const int first = row / kRows * kRows;
+  const auto count = static_cast<std::size_t>(std::min(kRows, storedRows() - first));
+  if (!block_.isDouble() && isCanonical()) {
+    const float* const from = stored<float>() + static_cast<std::ptrdiff_t>(first) * width();
+    findInvariants(from, count, width(), info_->engineeringShear, *stretch);
+  } else {
+    std::array<Tensor, kRows> tensors;
+    for (std::size_t i = 0; i < count; ++i) tensors[i] = tensor(first + static_cast<int>(i));
+    findInvariants(tensors.data(), count, *stretch);
   }
-  return *stretch;
+  return *(invariants_[static_cast<std::size_t>(row / kRows)] = std::move(stretch));
 }
 
 }  // namespace odb_detail

@@ -59,9 +59,14 @@ class BlockContent {
   // Quantities of tensor rows, found once and kept: the equivalent stress of all stored rows, and the other invariants
   // of the stretch that a stored row lies in.
   const float* mises() const;
-  const InvariantStretch& invariantsAround(int storedRow) const;
+  const InvariantStretch& invariantsAround(int storedRow) const {
+    const auto stretch = static_cast<std::size_t>(storedRow / InvariantStretch::kRows);
+    const bool isKnown = stretch < invariants_.size() && invariants_[stretch] != nullptr;
+    return isKnown ? *invariants_[stretch] : findInvariantsAround(storedRow);
+  }
 
  private:
+  const InvariantStretch& findInvariantsAround(int storedRow) const;
   void findColumns();
   // Whether rows have the components from 11 on in their places and nothing else.
   bool isCanonical() const;

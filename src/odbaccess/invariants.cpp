@@ -41,21 +41,24 @@ int invariantPlace(odb_InvariantEnum code) {
 
 namespace {
 
-kernels::InvariantColumns columnsOf(InvariantStretch& stretch) {
-  auto& n = stretch.numbers;
-  return {n[0], n[1], n[2], n[3], n[4], n[5], n[6], n[7], n[8]};
+template <class Number>
+void findByColumns(const Number* rows, std::size_t count, int width, bool engineeringShear, InvariantStretch& out) {
+  float n[kInvariants][InvariantStretch::kRows];
+  kernels::InvariantColumns columns = {n[0], n[1], n[2], n[3], n[4], n[5], n[6], n[7], n[8]};
+  kernels::invariants(rows, count, width, engineeringShear, &columns);
+  for (std::size_t row = 0; row < count; ++row) {
+    for (std::size_t place = 0; place < kInvariants; ++place) out.numbers[row][place] = n[place][row];
+  }
 }
 
 }  // namespace
 
 void findInvariants(const Tensor* tensors, std::size_t count, InvariantStretch& out) {
-  kernels::InvariantColumns columns = columnsOf(out);
-  kernels::invariants(tensors->data(), count, static_cast<int>(tensors->size()), false, &columns);
+  findByColumns(tensors->data(), count, static_cast<int>(tensors->size()), false, out);
 }
 
 void findInvariants(const float* rows, std::size_t count, int width, bool engineeringShear, InvariantStretch& out) {
-  kernels::InvariantColumns columns = columnsOf(out);
-  kernels::invariants(rows, count, width, engineeringShear, &columns);
+  findByColumns(rows, count, width, engineeringShear, out);
 }
 
 }  // namespace odb_detail

@@ -21,10 +21,10 @@ float misesOf(const Tensor& s);
 inline constexpr std::size_t kInvariants = 9;
 int invariantPlace(odb_InvariantEnum code);
 
-// Those of some rows, one row of numbers for each invariant.
+// Those of some rows. All of a row lie together, because who reads rows in any order wants several of each.
 struct InvariantStretch {
   static constexpr int kRows = 256;
-  float numbers[kInvariants][kRows];
+  float numbers[kRows][kInvariants];
 };
 
 // Those of up to kRows tensors.

@@ -11,7 +11,7 @@ float ofTensor(const BlockStorage* block, int row, odb_InvariantEnum code) {
   if (block == nullptr || !block->content()->isTensor()) return 0.0F;
   const int stored = block->storedRow(row);
   const odb_detail::InvariantStretch& found = block->content()->invariantsAround(stored);
-  return found.numbers[odb_detail::invariantPlace(code)][stored % odb_detail::InvariantStretch::kRows];
+  return found.numbers[stored % odb_detail::InvariantStretch::kRows][odb_detail::invariantPlace(code)];
 }
 
 }  // namespace

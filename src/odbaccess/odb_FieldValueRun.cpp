@@ -1,6 +1,7 @@
 #include "odbaccess/odb_FieldValueRun.h"
 
 #include <algorithm>
+#include <array>
 
 #include "odbaccess/block_storage.h"
 
@@ -35,28 +36,26 @@ void odb_FieldValueRun::mises(int from, int count, float* out) const {
   for (int i = 0; i < count; ++i) out[i] = all[block_->storedRow(from + i)];
 }
 
-void odb_FieldValueRun::invariant(odb_InvariantEnum code, int from, int count, float* out) const {
+void odb_FieldValueRun::invariants(std::span<const odb_InvariantEnum> codes, int from, int count, float* out) const {
+  using odb_detail::InvariantStretch;
   if (!block_->content()->isTensor()) {
-    std::fill_n(out, count, 0.0F);
+    std::fill_n(out, codes.size() * static_cast<std::size_t>(count), 0.0F);
     return;
   }
-  const int place = odb_detail::invariantPlace(code);
-  const bool isOneStretch = block_->isOneStretch(from, count);
-  for (int i = 0; i < count;) {
-    constexpr int kRows = odb_detail::InvariantStretch::kRows;
-    const int stretch = block_->storedRow(from + i) / kRows;
-    const float* const numbers = block_->content()->invariantsAround(stretch * kRows).numbers[place];
-    if (isOneStretch) {
-      const int first = block_->storedRow(from + i) - stretch * kRows;
-      const int together = std::min(count - i, kRows - first);
-      std::copy_n(numbers + first, together, out + i);
-      i += together;
-      continue;
+  std::array<const float*, InvariantStretch::kRows> numbers;
+  for (int done = 0; done < count;) {
+    const int together = std::min(count - done, InvariantStretch::kRows);
+    for (int i = 0; i < together; ++i) {
+      const int row = block_->storedRow(from + done + i);
+      numbers[static_cast<std::size_t>(i)] =
+          block_->content()->invariantsAround(row).numbers[row % InvariantStretch::kRows];
     }
-    for (; i < count; ++i) {
-      const int row = block_->storedRow(from + i) - stretch * kRows;
-      if (row < 0 || row >= kRows) break;
-      out[i] = numbers[row];
+    float* to = out + done;
+    for (const odb_InvariantEnum code : codes) {
+      const int place = odb_detail::invariantPlace(code);
+      for (int i = 0; i < together; ++i) to[i] = numbers[static_cast<std::size_t>(i)][place];
+      to += count;
     }
+    done += together;
   }
 }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "odbaccess/odb_Enum.h"
@@ -43,9 +44,9 @@ class odb_FieldValueRun {
   // Each [count], at least one.
   void magnitude(int from, int count, float* out) const;
   void mises(int from, int count, float* out) const;
-  // One of the codes 1 to 7 and 9 to 11 but 4. All of them are found together, once for each row of the block, whatever
-  // number of sets the row is in.
-  void invariant(odb_InvariantEnum code, int from, int count, float* out) const;
+  // [codes, count] of some of the codes 1 to 7 and 9 to 11 but 4. All of them are found together, once for each row of
+  // the block, whatever number of sets the row is in.
+  void invariants(std::span<const odb_InvariantEnum> codes, int from, int count, float* out) const;
 
  private:
   std::shared_ptr<const odb_detail::BlockStorage> block_;

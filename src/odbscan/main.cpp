@@ -14,10 +14,12 @@
 #include "odbscan/scan.h"
 #include "odbscan/upgrade.h"
 #include "odbstore/scan_program.h"
+#include "process/confinement.h"
 
 namespace {
 
 std::string catalog() {
+  confineToOneFile();
   int layout = 0;
   const h5::Group root = odbscan::openDatabase(base::kLimitedFile, layout);
   if (layout < 2) return std::string(1, odbstore::kOlderLayout);
@@ -26,6 +28,7 @@ std::string catalog() {
 }
 
 std::string inspection() {
+  confineToOneFile();
   int layout = 0;
   const h5::Group root = odbscan::openDatabase(base::kLimitedFile, layout);
   return odbscan::inspect(root, layout);
@@ -36,6 +39,7 @@ std::string work(std::span<char*> arguments) {
   if (task == "catalog") return catalog();
   if (task == "inspect") return inspection();
   if (task == "upgrade" && arguments.size() == 3) {
+    confineToWriting(arguments[1]);
     odbscan::upgrade(base::kLimitedFile, arguments[1], arguments[2]);
     return {};
   }

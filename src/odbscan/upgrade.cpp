@@ -93,6 +93,9 @@ class Upgrade {
   }
 
  private:
+  // Data sets are copied, so one under many names would make a large file of a small one.
+  h5::Dataset datasetOf(const h5::Group& group, const std::string& link) { return met_.once(group.dataset(link)); }
+
   void declareModel() {
     if (root_.hasAttribute(attributes::kName)) writer_.setName(root_.stringAttribute(attributes::kName, ""));
     if (root_.hasAttribute(attributes::kTitle)) writer_.setTitle(root_.stringAttribute(attributes::kTitle, ""));
@@ -123,7 +126,7 @@ class Upgrade {
   void declareAxis(const h5::Group& assembly) {
     const std::optional<h5::Group> sector = met_.once(assembly.findGroup(links::kSector));
     if (!sector) return;
-    const h5::Dataset dataset = sector->dataset(links::kSymmetryAxis);
+    const h5::Dataset dataset = datasetOf(*sector, links::kSymmetryAxis);
     if (dataset.dims() != h5::Dims{2, 3}) dataset.fail("the axis must be two points of three coordinates");
     const std::vector<float> numbers = dataset.readFloats();
     std::array<float, 6> axis{};
@@ -135,14 +138,14 @@ class Upgrade {
     const std::optional<h5::Group> mesh = met_.once(instance.findGroup(links::kMesh));
     if (!mesh) return;
     if (const std::optional<h5::Group> nodes = met_.once(mesh->findGroup(links::kNodes))) {
-      writer_.addNodes(name, readLabels(nodes->dataset(links::kLabels)),
-                       nodes->dataset(links::kCoordinates).readDoubles());
+      writer_.addNodes(name, readLabels(datasetOf(*nodes, links::kLabels)),
+                       datasetOf(*nodes, links::kCoordinates).readDoubles());
     }
     const std::optional<h5::Group> elements = met_.once(mesh->findGroup(links::kElements));
     for (const std::string& type : memberNames(elements)) {
       const h5::Group group = met_.once(elements->group(linkFromName(type)));
-      writer_.addElements(name, type, readLabels(group.dataset(links::kLabels)),
-                          group.dataset(links::kConnectivity).readInts());
+      writer_.addElements(name, type, readLabels(datasetOf(group, links::kLabels)),
+                          datasetOf(group, links::kConnectivity).readInts());
     }
   }
 
@@ -156,11 +159,11 @@ class Upgrade {
   }
 
   std::vector<SetMembers> membersOf(const h5::Group& sets, const Owner& owner, const std::string& link) {
-    if (owner.kind != OwnerKind::assembly) return {{"", readLabels(sets.dataset(link))}};
+    if (owner.kind != OwnerKind::assembly) return {{"", readLabels(datasetOf(sets, link))}};
     std::vector<SetMembers> members;
     const h5::Group set = met_.once(sets.group(link));
     for (const std::string& instance : memberNames(set)) {
-      members.push_back({instance, readLabels(set.dataset(linkFromName(instance)))});
+      members.push_back({instance, readLabels(datasetOf(set, linkFromName(instance)))});
     }
     return members;
   }
@@ -206,7 +209,7 @@ class Upgrade {
   }
 
   void takeBlock(const h5::Group& block, const FieldInfo& info, int frame, FieldSource& field) {
-    const h5::Dataset data = block.dataset(links::kData);
+    const h5::Dataset data = datasetOf(block, links::kData);
     if (data.dims().empty() || data.dims().size() > 2) data.fail("must have the shape [rows, components]");
     if (!data.isFloat()) data.fail("must hold floating-point numbers");
     const DatabaseWriter::Location location = takeLocation(block);
@@ -225,10 +228,10 @@ class Upgrade {
   DatabaseWriter::Location takeLocation(const h5::Group& block) {
     const odbstore::LocationInfo info = readLocationInfo(block);
     odbstore::LocationLabels labels;
-    if (hasNodeLabels(info.position)) labels.nodes = readLabels(block.dataset(links::kNodeLabels));
-    if (hasElementLabels(info.position)) labels.elements = readLabels(block.dataset(links::kElementLabels));
+    if (hasNodeLabels(info.position)) labels.nodes = readLabels(datasetOf(block, links::kNodeLabels));
+    if (hasElementLabels(info.position)) labels.elements = readLabels(datasetOf(block, links::kElementLabels));
     if (hasIntegrationPoints(info.position)) {
-      labels.integrationPoints = readLabels(block.dataset(links::kIntegrationPoints));
+      labels.integrationPoints = readLabels(datasetOf(block, links::kIntegrationPoints));
     }
     return writer_.addLocation(info, std::move(labels));
   }
@@ -251,7 +254,7 @@ class Upgrade {
       const DatabaseWriter::Region region = writer_.addHistoryRegion(step, name, readHistoryRegionInfo(source));
       const std::optional<h5::Group> outputs = met_.once(source.findGroup(links::kOutputs));
       for (const std::string& output : memberNames(outputs)) {
-        const h5::Dataset samples = outputs->dataset(linkFromName(output));
+        const h5::Dataset samples = datasetOf(*outputs, linkFromName(output));
         if (samples.dims().size() != 2) samples.fail("a history must have the shape [samples, numbers of a sample]");
         histories_.push_back({writer_.addHistory(region, output, static_cast<std::int64_t>(samples.dims()[0]),
                                                  static_cast<std::int64_t>(samples.dims()[1])),

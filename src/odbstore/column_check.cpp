@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 #include "odbstore/catalog_check.h"
@@ -29,6 +30,7 @@ class ColumnCheck {
       : columns_(columns), file_(file), arraysEnd_(arraysEnd) {}
 
   CheckedColumns run() {
+    checkAlignment();
     checkTexts();
     checkLists();
     checkArrays();
@@ -38,12 +40,34 @@ class ColumnCheck {
     checkSteps();
     checkFields();
     checkHistories();
+    checkUses();
     checkExtents();
     return std::move(checked_);
   }
 
  private:
   [[noreturn]] void fail(const std::string& what) const { throw StoreError(file_, "/catalog", "is damaged: " + what); }
+
+  // What FlatBuffers does not check: that numbers of eight bytes stand where loops over them may expect them. Columns
+  // without numbers stand anywhere.
+  template <class... Columns>
+  void requireAligned(const Columns*... columns) const {
+    constexpr std::uintptr_t kAlignment = 8;
+    const auto isAligned = [](const auto* column) {
+      return column->size() == 0 || reinterpret_cast<std::uintptr_t>(column->Data()) % kAlignment == 0;
+    };
+    if (!(isAligned(columns) && ...)) fail("a column is not aligned");
+  }
+
+  void checkAlignment() const {
+    const columns::Arrays& arrays = *columns_.arrays();
+    requireAligned(arrays.slabs(), arrays.slabNumbers(), arrays.place(), arrays.chunkOffset(), arrays.chunkBytes());
+    requireAligned(columns_.sets()->memberFirst(), columns_.sets()->memberCount());
+    requireAligned(columns_.locations()->rows(), columns_.locations()->storedRows());
+    requireAligned(columns_.steps()->mass(), columns_.steps()->moments(), columns_.frames()->value());
+    requireAligned(columns_.blocks()->rows(), columns_.blocks()->width());
+    requireAligned(columns_.outputs()->first(), columns_.outputs()->samples(), columns_.outputs()->width());
+  }
 
   template <class... Columns>
   void requireLength(const char* table, std::size_t length, const Columns*... columns) const {
@@ -208,6 +232,60 @@ class ColumnCheck {
     }
   }
 
+  // Every array belongs to one object, or in parts to sets or histories: what there is to read is never more than what
+  // the file holds.
+  void checkUses() {
+    for (const auto* column :
+         {columns_.instances()->nodeLabels(), columns_.instances()->coordinates(), columns_.elements()->labels(),
+          columns_.elements()->connectivity(), columns_.locations()->nodeLabels(),
+          columns_.locations()->elementLabels(), columns_.locations()->integrationPoints(),
+          columns_.locations()->rowOf(), columns_.blocks()->data()}) {
+      for (const std::int32_t array : *column) {
+        if (array != kNone) useWhole(array);
+      }
+    }
+    const columns::Sets& sets = *columns_.sets();
+    std::vector<Part> parts;
+    for (flatbuffers::uoffset_t i = 0; i < sets.memberLabels()->size(); ++i) {
+      parts.push_back({sets.memberLabels()->Get(i), sets.memberFirst()->Get(i), sets.memberCount()->Get(i)});
+    }
+    useParts(std::move(parts));
+    const columns::HistoryOutputs& outputs = *columns_.outputs();
+    parts.clear();
+    for (flatbuffers::uoffset_t i = 0; i < outputs.data()->size(); ++i) {
+      parts.push_back(
+          {outputs.data()->Get(i), outputs.first()->Get(i), outputs.samples()->Get(i) * outputs.width()->Get(i)});
+    }
+    useParts(std::move(parts));
+  }
+
+  // Numbers `first` to `first + count - 1` of an array.
+  struct Part {
+    std::int32_t array;
+    std::int64_t first;
+    std::int64_t count;
+
+    auto operator<=>(const Part&) const = default;
+  };
+
+  void useWhole(std::int32_t array) {
+    isUsed_.resize(columns_.arrays()->format()->size());
+    if (isUsed_[static_cast<std::size_t>(array)]) fail("an array belongs to two objects");
+    isUsed_[static_cast<std::size_t>(array)] = true;
+  }
+
+  void useParts(std::vector<Part> parts) {
+    // As our own writer has them, but in files that were written in another order.
+    if (!std::is_sorted(parts.begin(), parts.end())) std::sort(parts.begin(), parts.end());
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+      if (i == 0 || parts[i].array != parts[i - 1].array) {
+        useWhole(parts[i].array);
+      } else if (parts[i].first < parts[i - 1].first + parts[i - 1].count) {
+        fail("parts of an array lie over each other");
+      }
+    }
+  }
+
   void checkModel() const {
     const std::size_t axis = columns_.symmetryAxis()->size();
     if (axis != 0 && axis != kNumbersOfAxis) fail("the axis has not two points");
@@ -354,6 +432,7 @@ class ColumnCheck {
   const std::string& file_;
   std::int64_t arraysEnd_;
   CheckedColumns checked_;
+  std::vector<bool> isUsed_;  // of each array, whether an object has it
   mutable std::size_t work_ = 0;
 };
 

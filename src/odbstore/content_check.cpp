@@ -5,6 +5,7 @@
 #include <limits>
 #include <tuple>
 
+#include "base/control_characters.h"
 #include "odbstore/catalog_check.h"
 #include "odbstore/catalog_paths.h"
 #include "odbstore/layout.h"
@@ -61,7 +62,7 @@ class ContentCheck {
   template <class Path>
   void checkName(std::string_view name, Path&& path) {
     spend(name.size());
-    if (hasControlCharacter(name)) complain_(path(), "the name has a control character");
+    if (base::hasControlCharacter(name)) complain_(path(), "the name has a control character");
   }
 
   // Names of a table are ascending, so that they can be found.
@@ -185,6 +186,7 @@ class ContentCheck {
 
   void checkLabels(const std::string& location, const char* link, std::int32_t array, bool isNeeded,
                    std::int64_t rows) {
+    if (!isNeeded && array != kNone) complain_(member(location, link), "does not belong to its position");
     if (!isNeeded) return;
     if (array == kNone) return complain_(member(location, link), "is missing");
     requireInts(array, member(location, link));
@@ -389,11 +391,21 @@ class ContentCheck {
       if (!base::isFloatingPoint(catalog_.array(outputs.data()->Get(at(i))).format)) {
         complain_(outputPath(catalog_, step, region, i), "must hold floating-point numbers");
       }
+      // Samples without numbers take no room in the file, but as much work as others.
+      if (outputs.width()->Get(at(i)) == 0 &&
+          outputs.samples()->Get(at(i)) > std::max(kEmptySamples, catalog_.arraysEnd() / 4)) {
+        complain_(outputPath(catalog_, step, region, i),
+                  fmt::format("has {} samples without numbers, more than a file of its size can need",
+                              outputs.samples()->Get(at(i))));
+      }
       if (catalog_.array(outputs.data()->Get(at(i))).packing != Packing::contiguous) {
         checkProportion(outputs.data()->Get(at(i)), outputPath(catalog_, step, region, i));
       }
     }
   }
+
+  // So many are allowed in the smallest file.
+  static constexpr std::int64_t kEmptySamples = 1024;
 
   const Catalog& catalog_;
   const columns::Catalog& columns_;

@@ -6,6 +6,8 @@
 
 #if defined(__x86_64__)
 #include <nmmintrin.h>
+
+#include "odbstore/crc32c_folding.h"
 #elif defined(__aarch64__)
 #include <asm/hwcap.h>
 #include <sys/auxv.h>
@@ -91,24 +93,32 @@ constexpr std::size_t kLaneBytes = 1360;
 // the check is linear.
 using Shift = std::array<std::array<std::uint32_t, 256>, 4>;
 
-Shift makeShift() {
+constexpr Shift makeShift() {
+  // Of each bit first; what a byte becomes is the sum of what its bits become.
+  std::array<std::uint32_t, 32> ofBit{};
+  for (std::uint32_t bit = 0; bit < 32; ++bit) {
+    std::uint32_t sum = 1U << bit;
+    for (std::size_t n = 0; n < kLaneBytes; ++n) sum = (sum >> 8U) ^ kTables[0][sum & 0xFFU];
+    ofBit[bit] = sum;
+  }
   Shift shift{};
-  for (std::size_t k = 0; k < shift.size(); ++k) {
+  for (std::uint32_t k = 0; k < shift.size(); ++k) {
     for (std::uint32_t i = 0; i < 256; ++i) {
-      std::uint32_t sum = i << (8 * k);
-      for (std::size_t n = 0; n < kLaneBytes; ++n) sum = takeByte(sum, std::byte{0});
-      shift[k][i] = sum;
+      for (std::uint32_t bit = 0; bit < 8; ++bit) shift[k][i] ^= (i >> bit & 1U) != 0 ? ofBit[8 * k + bit] : 0U;
     }
   }
   return shift;
 }
 
-std::uint32_t shifted(const Shift& shift, std::uint32_t sum) {
-  return shift[0][sum & 0xFFU] ^ shift[1][(sum >> 8U) & 0xFFU] ^ shift[2][(sum >> 16U) & 0xFFU] ^ shift[3][sum >> 24U];
+// Found while compiling: it would take longer than all else that a small run does.
+constexpr Shift kShift = makeShift();
+
+std::uint32_t shifted(std::uint32_t sum) {
+  return kShift[0][sum & 0xFFU] ^ kShift[1][(sum >> 8U) & 0xFFU] ^ kShift[2][(sum >> 16U) & 0xFFU] ^
+         kShift[3][sum >> 24U];
 }
 
 KOLVEX_CRC_TARGET std::uint32_t sumByInstruction(std::span<const std::byte> bytes, std::uint32_t before) {
-  static const Shift shift = makeShift();
   std::uint32_t sum = ~before;
   const std::byte* at = bytes.data();
   std::size_t left = bytes.size();
@@ -120,7 +130,7 @@ KOLVEX_CRC_TARGET std::uint32_t sumByInstruction(std::span<const std::byte> byte
       second = takeWord(second, wordAt(at + kLaneBytes + i));
       third = takeWord(third, wordAt(at + 2 * kLaneBytes + i));
     }
-    sum = shifted(shift, shifted(shift, sum) ^ second) ^ third;
+    sum = shifted(shifted(sum) ^ second) ^ third;
   }
   for (; left >= sizeof(std::uint64_t); left -= sizeof(std::uint64_t), at += sizeof(std::uint64_t)) {
     sum = takeWord(sum, wordAt(at));
@@ -132,7 +142,7 @@ KOLVEX_CRC_TARGET std::uint32_t sumByInstruction(std::span<const std::byte> byte
 #endif
 
 struct Versions {
-  std::array<Crc32cVersion, 2> found{};
+  std::array<Crc32cVersion, 4> found{};
   std::size_t count = 0;
 };
 
@@ -141,6 +151,14 @@ Versions findVersions() {
   versions.found[versions.count++] = {"tables", sumByTables};
 #if defined(__x86_64__) || defined(__aarch64__)
   if (hasInstruction()) versions.found[versions.count++] = {kInstructionName, sumByInstruction};
+#endif
+#if defined(__x86_64__)
+  if (hasInstruction() && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("vpclmulqdq")) {
+    versions.found[versions.count++] = {"folding256", crc32cFolding256};
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl")) {
+      versions.found[versions.count++] = {"folding512", crc32cFolding512};
+    }
+  }
 #endif
   return versions;
 }

@@ -1,7 +1,5 @@
 #include "odbstore/names.h"
 
-#include <algorithm>
-
 namespace odbstore {
 
 std::string linkFromName(std::string_view name) {
@@ -38,11 +36,6 @@ std::string nameFromLink(std::string_view link) {
     i += 2;
   }
   return name;
-}
-
-bool hasControlCharacter(std::string_view text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; });
 }
 
 }  // namespace odbstore

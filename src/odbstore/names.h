@@ -12,7 +12,4 @@ std::string linkFromName(std::string_view name);
 // The name behind a link name. A "%" that starts none of the three escapes stands for itself.
 std::string nameFromLink(std::string_view link);
 
-// Whether there is a byte below 32, or 127: line feeds and tabs divide records, and terminals obey the others.
-bool hasControlCharacter(std::string_view text);
-
 }  // namespace odbstore

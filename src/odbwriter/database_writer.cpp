@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "base/control_characters.h"
 #include "odbstore/layout.h"
 #include "odbstore/names.h"
 #include "odbstore/store_error.h"
@@ -48,7 +49,7 @@ void DatabaseWriter::Impl::fail(const std::string& object, const std::string& re
 
 void DatabaseWriter::Impl::requireName(const std::string& name, const std::string& path) const {
   if (name.empty()) fail(path, "a name is empty");
-  if (hasControlCharacter(name)) fail(path, "the name has a control character");
+  if (base::hasControlCharacter(name)) fail(path, "the name has a control character");
 }
 
 DeclaredInstance& DatabaseWriter::Impl::instance(const std::string& name) {
@@ -224,7 +225,7 @@ DatabaseWriter::Region DatabaseWriter::Impl::addHistoryRegion(Step id, const std
   DeclaredStep& step = model_.steps.at(static_cast<std::size_t>(id.index));
   const std::string path = pathOf(step) + "/" + links::kHistory + "/" + linkFromName(name);
   requireName(name, path);
-  if (hasControlCharacter(info.set)) fail(path, "the name of its set has a control character");
+  if (base::hasControlCharacter(info.set)) fail(path, "the name of its set has a control character");
   requireOpenHistories(id.index, path);
   if (!step.regions.emplace(name, static_cast<int>(model_.regions.size())).second) fail(path, "is there already");
   model_.regions.push_back({id.index, name, info, {}});

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "base/give_back.h"
 #include "hdf5/file.h"
 #include "odbstore/catalog_check.h"
 #include "odbstore/catalog_trailer.h"
@@ -75,9 +76,8 @@ void DatabaseWriter::Impl::layOutMeshes() {
     if (before.nodes == kNoArray) {
       writeWhole(mesh.nodes, instance.nodes, path);
       writeWhole(mesh.coordinates, instance.coordinates, path);
-      // Written, and not needed again.
-      instance.nodes = {};
-      instance.coordinates = {};
+      base::giveBack(instance.nodes);
+      base::giveBack(instance.coordinates);
     }
     for (auto& [type, elements] : instance.elements) {
       if (before.elements.contains(type)) continue;
@@ -126,7 +126,7 @@ void DatabaseWriter::Impl::layOutLocation(std::size_t index) {
   writeWhole(places.points, location.labels.integrationPoints, path);
   writeWhole(places.rowOf, location.rowOf, path);
   location.labels = {};
-  if (location.isIndexed) location.rowOf = {};
+  if (location.isIndexed) base::giveBack(location.rowOf);
 }
 
 void DatabaseWriter::Impl::layOutBlock(std::size_t index) {

@@ -1,18 +1,19 @@
 #include "odbwriter/row_index.h"
 
+#include <utility>
+
 namespace odbstore {
 
-RowIndex makeRowIndex(std::span<const int> sources, std::int64_t count) {
-  RowIndex index;
-  index.rowOf.reserve(sources.size());
+RowIndex makeRowIndex(std::vector<int> sources, std::int64_t count) {
+  RowIndex index{std::move(sources), {}};
   std::vector<int> stored(static_cast<std::size_t>(count), -1);
-  for (const int source : sources) {
-    int& row = stored[static_cast<std::size_t>(source)];
-    if (row < 0) {
-      row = static_cast<int>(index.source.size());
-      index.source.push_back(source);
+  for (int& row : index.rowOf) {
+    int& known = stored[static_cast<std::size_t>(row)];
+    if (known < 0) {
+      known = static_cast<int>(index.source.size());
+      index.source.push_back(row);
     }
-    index.rowOf.push_back(row);
+    row = known;
   }
   return index;
 }

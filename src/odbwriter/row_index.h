@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <vector>
 
 namespace odbstore {
@@ -17,7 +16,7 @@ struct RowIndex {
 
 // `sources` holds, for each row, a source row from 0 to `count` - 1; source rows that are not among them are not
 // stored.
-RowIndex makeRowIndex(std::span<const int> sources, std::int64_t count);
+RowIndex makeRowIndex(std::vector<int> sources, std::int64_t count);
 
 // Whether an index is worth its room, and the indirection of all who read through it.
 constexpr bool isIndexWorthwhile(std::int64_t rows, std::int64_t storedRows) { return 4 * (rows - storedRows) >= rows; }

@@ -11,6 +11,8 @@
 #include <initializer_list>
 #include <limits>
 
+#include "process/stack_room.h"
+
 namespace {
 
 void keepOpen(int stream) {
@@ -27,6 +29,13 @@ void prepareProcess() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) keepOpen(stream);
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
+}
+
+void requireRoomOnStack() {
+  if (makeRoomOnStack()) return;
+  std::fputs(kNoRoomOnStack, stderr);
+  std::fputs("\n", stderr);
+  std::_Exit(EXIT_FAILURE);
 }
 
 void keepMemory() {

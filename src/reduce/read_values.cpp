@@ -155,7 +155,11 @@ void readValues(const odb_SequenceFieldValue& values, std::ostream& out,
 }
 
 void readInvariants(const odb_SequenceFieldValue& values, std::span<InvariantReduction> invariants) {
-  Numbers numbers;
+  std::vector<odb_InvariantEnum> codes;
+  for (const InvariantReduction& invariant : invariants) {
+    codes.push_back(kInvariantQuantities[static_cast<std::size_t>(invariant.slot)].code);
+  }
+  std::vector<float> numbers(codes.size() * kInvariantsTogether);
   forEachRun(values, [&](odb_FieldValueRun& run) {
     if (!isReadTogether(run)) {
       for (int i = 0; i < run.count(); ++i) {
@@ -167,9 +171,11 @@ void readInvariants(const odb_SequenceFieldValue& values, std::span<InvariantRed
       return;
     }
     forEachStretch(run, kInvariantsTogether, [&](int from, int count) {
+      run.invariants(codes, from, count, numbers.data());
+      const float* of = numbers.data();
       for (InvariantReduction& invariant : invariants) {
-        run.invariant(kInvariantQuantities[static_cast<std::size_t>(invariant.slot)].code, from, count, numbers.data());
-        invariant.quantity.takeNumbers(run.first() + from, count, numbers.data());
+        invariant.quantity.takeNumbers(run.first() + from, count, of);
+        of += count;
       }
     });
   });

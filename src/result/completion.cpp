@@ -1,6 +1,7 @@
 #include "result/completion.h"
 
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,8 +10,7 @@
 #include <chrono>
 #include <cstdio>
 #include <thread>
-
-#include "result/result_file.h"
+#include <utility>
 
 namespace {
 
@@ -35,16 +35,21 @@ bool isLockedElsewhere(int directory) {
   return false;
 }
 
-// Removes a name however its scope is left, and keeps the reason in errno.
-struct RemovedAtEnd {
-  const std::string& path;
-
-  ~RemovedAtEnd() {
-    const int reason = errno;
-    ::unlink(path.c_str());
-    errno = reason;
-  }
-};
+// Makes the file under the temporary name, or one like it where another user has put something that cannot be removed.
+// Returns -1 with the reason in errno.
+int makeTemporary(std::string& path) {
+  ::unlink(path.c_str());
+  const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (file >= 0 || errno != EEXIST) return file;
+  path += ".XXXXXX";
+  const int other = ::mkostemp(path.data(), O_CLOEXEC);
+  if (other < 0) return other;
+  // It is to have the rights of any other new file.
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  ::fchmod(other, 0666 & ~mask);
+  return other;
+}
 
 }  // namespace
 
@@ -79,12 +84,42 @@ bool removeMarker(const char* path) {
   return isGone;
 }
 
-bool writeMarker(const std::string& path) {
-  const std::string temporary = path + ".tmp";
-  // Whatever bears that name: what is written goes into a new file.
-  if (!removeMarker(temporary.c_str())) return false;
-  const RemovedAtEnd removed{temporary};
-  ResultFile marker(temporary);
-  marker << "Done\n";
-  return marker.close() && std::rename(temporary.c_str(), path.c_str()) == 0;
+Marker::Marker(std::string path)
+    : path_(std::move(path)),
+      temporary_(path_ + ".tmp"),
+      descriptor_(makeTemporary(temporary_)),
+      reason_(errno),
+      file_(descriptor_) {
+  if (descriptor_ < 0) return;
+  struct stat made {};
+  if (::fstat(descriptor_, &made) != 0) {
+    // What cannot be told from another file is none.
+    reason_ = errno;
+    descriptor_ = -1;
+    ::unlink(temporary_.c_str());
+    return;
+  }
+  device_ = made.st_dev;
+  number_ = made.st_ino;
+}
+
+Marker::~Marker() {
+  if (!isNamed_ && isInPlace()) ::unlink(temporary_.c_str());
+}
+
+bool Marker::isInPlace() const {
+  struct stat named {};
+  return descriptor_ >= 0 && ::lstat(temporary_.c_str(), &named) == 0 && named.st_dev == device_ &&
+         named.st_ino == number_;
+}
+
+bool Marker::publish() {
+  errno = reason_;
+  if (descriptor_ < 0) return false;
+  file_ << "Done\n";
+  if (!file_.close()) return false;
+  // What another run has put there is not this one's word.
+  errno = ENOENT;
+  isNamed_ = isInPlace() && std::rename(temporary_.c_str(), path_.c_str()) == 0;
+  return isNamed_;
 }

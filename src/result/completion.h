@@ -1,7 +1,11 @@
 // What lets a caller trust the completion marker: one writer at a time, no marker but beside a complete result.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
+
+#include "result/result_file.h"
 
 // Keeps other runs out of a directory, from before the marker of an earlier run is removed until this one's is written.
 // The lock is on the directory itself (flock), where no reader of the results meets it, and goes with the process. One
@@ -43,5 +47,29 @@ class ResultPlace {
 // Removes the marker of an earlier run. False when it is still there, with the reason in errno.
 bool removeMarker(const char* path);
 
-// Writes the marker; it appears complete or not at all. False when it does not, with the reason in errno.
-bool writeMarker(const std::string& path);
+// The marker of a run. Its file is made under a temporary name, the path and ".tmp", while files can still be made, and
+// gets its line and its name when the results are complete: it appears complete or not at all. What has no name by then
+// is removed.
+class Marker {
+ public:
+  // Failures show in publish().
+  explicit Marker(std::string path);
+  ~Marker();
+  Marker(const Marker&) = delete;
+  Marker& operator=(const Marker&) = delete;
+
+  // Once. False when the marker does not appear, with the reason in errno.
+  bool publish();
+
+ private:
+  bool isInPlace() const;
+
+  std::string path_;
+  std::string temporary_;
+  int descriptor_;  // of the temporary file, or negative
+  int reason_;      // why there is none
+  ResultFile file_;
+  dev_t device_ = 0;  // with the number: which file it is
+  ino_t number_ = 0;
+  bool isNamed_ = false;
+};

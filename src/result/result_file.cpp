@@ -32,7 +32,9 @@ bool writeAll(int file, std::string_view text) {
 }  // namespace
 
 LineBuffer::LineBuffer(const std::string& path, std::string lineEnd)
-    : file_(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)), lineEnd_(std::move(lineEnd)) {}
+    : LineBuffer(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666), std::move(lineEnd)) {}
+
+LineBuffer::LineBuffer(int file, std::string lineEnd) : file_(file), lineEnd_(std::move(lineEnd)) {}
 
 bool LineBuffer::close() {
   if (!isOpen()) return false;
@@ -74,6 +76,12 @@ ResultFile::ResultFile(const std::string& path) : ResultFile(path, kLineEnd) {}
 
 ResultFile::ResultFile(const std::string& path, const std::string& lineEnd)
     : std::ostream(nullptr), lines_(path, lineEnd) {
+  begin();
+}
+
+ResultFile::ResultFile(int file) : std::ostream(nullptr), lines_(file, kLineEnd) { begin(); }
+
+void ResultFile::begin() {
   rdbuf(&lines_);
   if (!lines_.isOpen()) setstate(std::ios::badbit);
 }

@@ -11,6 +11,8 @@ class LineBuffer : public std::streambuf {
  public:
   // Creates the file or empties it.
   LineBuffer(const std::string& path, std::string lineEnd);
+  // Writes to an open file, which is closed with it; a negative one is none.
+  LineBuffer(int file, std::string lineEnd);
   LineBuffer(const LineBuffer&) = delete;
   LineBuffer& operator=(const LineBuffer&) = delete;
   ~LineBuffer() override { close(); }
@@ -35,6 +37,8 @@ class LineBuffer : public std::streambuf {
 class ResultFile : public std::ostream {
  public:
   explicit ResultFile(const std::string& path);
+  // One that is open already, and closed with it. A negative number is no file.
+  explicit ResultFile(int file);
   // Line ends other than those of the build.
   ResultFile(const std::string& path, const std::string& lineEnd);
 
@@ -42,5 +46,7 @@ class ResultFile : public std::ostream {
   bool close();
 
  private:
+  void begin();
+
   LineBuffer lines_;
 };

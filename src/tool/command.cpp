@@ -5,6 +5,8 @@
 #include <optional>
 #include <sstream>
 
+#include "base/control_characters.h"
+
 namespace tool {
 
 namespace {
@@ -189,7 +191,7 @@ Command& Command::completeBy(
 }
 
 Outcome Command::refuse(const std::string& reason) const {
-  return {true, kWrongUsage, name_ + ": " + reason + "\nRun `" + name_ + " --help` for its options.\n"};
+  return {true, kWrongUsage, name_ + ": " + base::escaped(reason) + "\nRun `" + name_ + " --help` for its options.\n"};
 }
 
 }  // namespace tool

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <utility>
+#include "base/control_characters.h"
 
 namespace tool {
 
@@ -22,7 +22,7 @@ std::string progressText(const std::string& name, std::uint64_t done, std::uint6
   return text;
 }
 
-ProgressLine::ProgressLine(std::string name, std::FILE* stream) : name_(std::move(name)), line_(stream) {}
+ProgressLine::ProgressLine(const std::string& name, std::FILE* stream) : name_(base::escaped(name)), line_(stream) {}
 
 void ProgressLine::show(std::uint64_t done, std::uint64_t all) {
   // The last state stays on the screen longest, and nothing draws over it.

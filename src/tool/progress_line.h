@@ -16,7 +16,7 @@ std::string progressText(const std::string& name, std::uint64_t done, std::uint6
 // Draws over its own line a few times a second, and only where `stream` is a terminal. Wipes the line at the end.
 class ProgressLine {
  public:
-  ProgressLine(std::string name, std::FILE* stream);
+  ProgressLine(const std::string& name, std::FILE* stream);
 
   void show(std::uint64_t done, std::uint64_t all);
   // Makes room for other text; the line comes back when it is shown next.

@@ -5,6 +5,7 @@
 #include "reduce/process_field_output.h"
 #include "result/extraction_switches.h"
 #include "result/indentation.h"
+#include "result/progress.h"
 
 namespace {
 
@@ -53,7 +54,7 @@ void visitSetsOfAll(const FieldVisit& visit, const odb_Repository<odb_String, En
 
 void processFrame(const odb_Odb& odb, const odb_Frame& frame, std::ostream& out, const odb_String& stepName,
                   const odb_String& indent, int depth) {
-  std::cout << "Processing Frame: " << frame.description().cStr() << std::endl;
+  std::cout << "Processing Frame: " << shownInProgress(frame.description()) << std::endl;
   if (depth <= 0) return;
   static DeeperIndentation deeper;
   const odb_String wholeModel("ALL");

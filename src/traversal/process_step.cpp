@@ -6,6 +6,7 @@
 
 #include "history/process_history_region.h"
 #include "result/extraction_switches.h"
+#include "result/progress.h"
 #include "result/record_line.h"
 #include "traversal/process_frame.h"
 
@@ -59,7 +60,7 @@ void writeMass(const odb_Step& step, std::ostream& out) {
 void processStep(const odb_Odb& odb, const odb_Step& step, std::ostream& out, const odb_String& indent, int depth) {
   const ExtractionSwitches& switches = extractionSwitches();
   const odb_String name = step.name();
-  std::cout << "Processing Step: " << name.cStr() << std::endl;
+  std::cout << "Processing Step: " << shownInProgress(name) << std::endl;
   if (switches.mass) writeMass(step, out);
   if (depth < 1) return;
   odb_String deeper = indent;

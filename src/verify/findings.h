@@ -6,6 +6,7 @@
 #include <string>
 #include <unordered_set>
 
+#include "base/diagnostic.h"
 #include "base/file_error.h"
 #include "verify/verify_file.h"
 
@@ -16,16 +17,13 @@ class Findings {
   explicit Findings(Verdict& verdict) : verdict_(verdict) {}
 
   // A finding about an object of the file, or the file as a whole. One fault may be met on several ways.
-  void add(const std::string& object, const std::string& reason) {
-    addText(base::FileError(verdict_.path, object, reason).what());
-  }
-  void addText(const std::string& text);
+  void add(const std::string& object, const std::string& reason);
 
   // What there is to say of a file without damage.
   void concludeWith(State state, const std::string& reason) {
     if (verdict_.state == State::damaged) return;
     verdict_.state = state;
-    verdict_.findings.push_back(base::FileError(verdict_.path, "", reason).what());
+    verdict_.findings.push_back(base::note(placeOf(""), reason));
   }
 
   // Runs `action`, which throws for what is wrong. Whether it came to its end.
@@ -50,8 +48,10 @@ class Findings {
   void close();
 
  private:
+  base::Place placeOf(const std::string& object) const { return {verdict_.path, 0, {}, object}; }
+
   Verdict& verdict_;
-  std::unordered_set<std::string> known_;
+  std::unordered_set<std::string> known_;  // in words
   std::size_t more_ = 0;
 };
 

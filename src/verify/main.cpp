@@ -8,6 +8,8 @@
 #include <exception>
 #include <system_error>
 
+#include "base/control_characters.h"
+#include "base/diagnostic.h"
 #include "process/prepare_process.h"
 #include "verify/verify_file.h"
 #include "verify/verify_options.h"
@@ -35,16 +37,17 @@ int statusOf(State state) {
 void complain(const std::string& text) { std::fputs((text + '\n').c_str(), stderr); }
 
 void report(const verify::Verdict& verdict, bool isQuiet) {
-  for (const std::string& finding : verdict.findings) complain(finding);
+  for (const base::Diagnostic& finding : verdict.findings) complain(base::textOf(finding.place, finding.reason));
   if (isQuiet) return;
-  if (verdict.state == State::damaged) fmt::print("{}: damaged\n", verdict.path);
-  if (verdict.state == State::sound) fmt::print("{}: sound\n", verdict.path);
+  if (verdict.state == State::damaged) fmt::print("{}: damaged\n", base::escaped(verdict.path));
+  if (verdict.state == State::sound) fmt::print("{}: sound\n", base::escaped(verdict.path));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   prepareProcess();
+  requireRoomOnStack();
   try {
     verify::VerifyOptions options;
     const tool::Outcome outcome = verify::verifyCommand(options).parse({argv + 1, argv + argc});

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "base/diagnostic.h"
+
 namespace verify {
 
 // What came of it, worst last.
@@ -18,7 +20,8 @@ enum class State {
 struct Verdict {
   std::string path;
   State state = State::sound;
-  std::vector<std::string> findings;  // why it is not sound, each with the file and the place in it
+  // Why it is not sound, each with the file and the object in it: errors, or a note on what cannot be told.
+  std::vector<base::Diagnostic> findings;
 };
 
 // Checks the file's first bytes and size; all its bytes against their sums, those of a catalog or of /checksums; every

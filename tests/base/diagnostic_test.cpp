@@ -26,6 +26,12 @@ TEST(Diagnostic, TheFirstByteIsAByteToo) {
   EXPECT_EQ(textOf(Place{"job.frd", 0, 0}, "is empty"), "job.frd: is empty (before byte 0)");
 }
 
+TEST(Diagnostic, EscapesControlCharactersInEveryPart) {
+  EXPECT_EQ(textOf(warning({"job\x1b.frd", 3, {}, "/a\nb"}, "the set \"\t\"")),
+            "job\\x1b.frd:3: /a\\x0ab: warning: the set \"\\x09\"");
+  EXPECT_STREQ(FileError("\x9b", "/\x7f", "\r").what(), "\\x9b: /\\x7f: \\x0d");
+}
+
 TEST(FileError, KeepsItsPartsWhateverIsInThem) {
   const FileError error("a: b.odb", "/steps/x: y", "is missing: z");
   EXPECT_STREQ(error.what(), "a: b.odb: /steps/x: y: is missing: z");

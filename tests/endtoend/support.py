@@ -46,10 +46,24 @@ class ProgramTest(unittest.TestCase):
         return name
 
     def run_program(self, *arguments, program="quarnish", **options):
+        earlier = self.databases()
         process = subprocess.run([str(BIN / program), *map(str, arguments)], cwd=options.pop("cwd", self.directory),
                                  stdout=options.pop("stdout", subprocess.PIPE), stderr=subprocess.PIPE,
                                  stdin=subprocess.DEVNULL, timeout=120, check=False, **options)
+        for path, _ in self.databases().items() - earlier.items():
+            self.check_written(path)
         return Run(process, self.directory)
+
+    def databases(self):
+        """What tells whether one is written between two looks at the directory."""
+        files = {path: path.stat() for path in self.directory.rglob("*.odb") if path.is_file() and not path.is_symlink()}
+        return {path: (file.st_ino, file.st_mtime_ns, file.st_size) for path, file in files.items()}
+
+    def check_written(self, path):
+        """Every database that a program has written is sound: its catalog says what HDF5's structure says, all sums agree."""
+        done = subprocess.run([str(BIN / "verify"), str(path)], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              stdin=subprocess.DEVNULL, timeout=120, check=False)
+        self.assertEqual(done.returncode, 0, done.stdout)
 
     def config(self, *lines):
         """A configuration file that switches on what the lines say."""

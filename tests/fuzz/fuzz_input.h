@@ -1,6 +1,7 @@
 // What the fuzz targets share.
 //
-// A target is one function that takes any bytes and must neither crash nor hang; ImportError is how readers refuse.
+// A target is one function that takes any bytes and must neither crash nor hang; ImportError and StoreError are how
+// readers refuse.
 // Built with Clang's libFuzzer it is a fuzzer; with any compiler, and replay.cpp, a program that runs the kept inputs
 // through it.
 #pragma once
@@ -25,6 +26,7 @@ class InputFile {
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
 
+  int descriptor() const { return file_; }
   std::string path() const { return "/proc/self/fd/" + std::to_string(file_); }
 
  private:

@@ -5,6 +5,7 @@
 
 #include "fuzz_input.h"
 #include "importers/calculix/dat/dat_reader.h"
+#include "importers/input/fixed_columns.h"
 #include "importers/input/text_fields.h"
 #include "importers/run/choice.h"
 #include "odbstore/names.h"
@@ -25,6 +26,12 @@ void checkNumber(const std::string& text) {
   require(*number == expected || (isTiny && std::abs(*number) < std::numeric_limits<double>::min()));
 }
 
+void checkLabel(const std::string& text) {
+  int quick = 0;
+  if (text.size() != 10 || !importers::readLabel(text.data(), quick)) return;
+  require(importers::integerFrom(text) == quick);
+}
+
 void checkScientific(const std::string& text) {
   float quick = 0;
   if (text.size() != 12 || !importers::readScientific(text.data(), quick)) return;
@@ -38,6 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text(reinterpret_cast<const char*>(data), size);
   checkNumber(text);
   checkScientific(text.substr(0, 12));
+  checkLabel(text.substr(0, 10));
   importers::integerFrom(text);
   importers::frameChoiceFrom(text);
   importers::calculix::parseDatTitle(text);

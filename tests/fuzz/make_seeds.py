@@ -1,10 +1,13 @@
 #!/usr/bin/python3
-"""Writes the first inputs of the fuzzers under seeds/, out of the small files of the other tests."""
+"""Writes the first inputs of the fuzzers under seeds/, out of the small files of the other tests. KOLVEX_BIN names the
+directory of the programs, which write the databases."""
 import pathlib
 import sys
+import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent / "mutants"))
+import catalogs  # noqa: E402
 import seeds  # noqa: E402
 
 CONFIGURATION = """remarks
@@ -38,6 +41,9 @@ def main():
     write("deck", "deck", files["inp"])
     write("status", "status", STATUS)
     write("configuration", "everything", CONFIGURATION)
+    with tempfile.TemporaryDirectory() as directory:
+        for number, database in enumerate(seeds.catalogued(pathlib.Path(directory))):
+            write("catalog", str(number), catalogs.split(database)[1])
     for number, text in enumerate(TEXTS):
         write("texts", str(number), text)
 

@@ -199,6 +199,17 @@ TEST_F(DeckTest, IncludedFilesBelongToTheDeck) {
   EXPECT_THAT(nodesOf(deck, "BESIDE"), ElementsAre(8));
 }
 
+TEST_F(DeckTest, AnIncludedFileThatCannotBeReadIsAnErrorOfTheLine) {
+  std::filesystem::create_directory(directory_.file("folder"));
+  std::filesystem::create_symlink("/proc/self/mem", directory_.file("memory"));
+  EXPECT_THAT(failure("*HEADING\n\n*INCLUDE,INPUT=folder\n"),
+              EndsWith("job.inp:3: error: the included file folder: is not a regular file"));
+  EXPECT_THAT(failure("*INCLUDE,INPUT=memory\n"),
+              EndsWith("job.inp:1: error: the included file memory: Input/output error"));
+  writeText(directory_, "bad.inc", "*NSET,NSET=A\nx1\n1.5.1\n");
+  EXPECT_THAT(failure("*INCLUDE,INPUT=bad.inc\n"), testing::HasSubstr("bad.inc:3: error: "));
+}
+
 TEST_F(DeckTest, AFileMayBeIncludedTwice) {
   writeText(directory_, "part.inc", "5\n");
   const Deck deck = read("*NSET,NSET=A\n*INCLUDE,INPUT=part.inc\n*NSET,NSET=B\n*INCLUDE,INPUT=part.inc\n");

@@ -166,6 +166,34 @@ TEST_F(FrdReaderTest, WhatIsNoUsualNumberIsReadToo) {
   EXPECT_EQ(result.values[8], 1.5F);
 }
 
+// The same numbers in two ways of printing them in turn, over more than is read from the file at once.
+TEST_F(FrdReaderTest, UsualAndOtherRowsTakeTurns) {
+  const int count = 30'000;
+  std::string text = frame({}, static_cast<std::size_t>(count)) + components("DISP", kDisplacement);
+  for (int i = 1; i <= count; ++i) {
+    const bool isUsual = i % 7 < 4;
+    text += fmt::format(" -1{:10}{:12.5E}{}{}\n", i, 0.25 * i, isUsual ? " 1.00000E+00" : "      1.0000", number(-i));
+  }
+  const FrdResult result = readResult(text + kEndOfBlock);
+  ASSERT_EQ(result.rows, static_cast<std::size_t>(count));
+  for (int i = 1; i <= count; ++i) {
+    const auto row = static_cast<std::size_t>(i - 1);
+    ASSERT_EQ(result.labels[row], i);
+    ASSERT_EQ(result.values[3 * row], 0.25F * static_cast<float>(i));
+    ASSERT_EQ(result.values[3 * row + 1], 1.0F);
+    ASSERT_EQ(result.values[3 * row + 2], -static_cast<float>(i));
+  }
+}
+
+// The line of a damaged row counts those before it that were read several at a time.
+TEST_F(FrdReaderTest, ADamagedRowBehindManyIsNamedWithItsLine) {
+  std::vector<Row> many;
+  for (int i = 1; i <= 20'000; ++i) many.push_back({i, {1.0 * i}});
+  const std::string head = frame({}, 20'001) + components("NDTEMP", kTemperature) + rows(many);
+  EXPECT_THAT(failureBehindHeading(head + " -1     20001   what is it\n" + kEndOfBlock),
+              HasSubstr(fmt::format("job.frd:{}: ", 6 + 4 + 20'000 + 1)));
+}
+
 TEST_F(FrdReaderTest, LabelsHaveUpToTenDigits) {
   EXPECT_THAT(readResult(result({}, "NDTEMP", kTemperature, {{2147483647, {1}}})).labels, ElementsAre(2147483647));
   EXPECT_THAT(failureBehindHeading(frame({}, 1) + components("NDTEMP", kTemperature) + " -12147483648 1.00000E+00\n"),

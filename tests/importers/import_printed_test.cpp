@@ -60,6 +60,12 @@ class PrintedTest : public ImportTest {
   std::vector<std::string> steps() { return Reader(output_).steps(); }
 };
 
+TEST_F(PrintedTest, ControlCharactersInASetThatTheDeckLacksBecomeBlanks) {
+  const std::string forces = table("total force (fx,fy,fz) for set O\x1b[DD", 0.5, "  1.0E+00  2.0E+00  3.0E+00\n");
+  importPrinted(forces, kStatic);
+  EXPECT_THAT(warnings_, testing::Contains(HasSubstr("job.dat:2: warning: the name \"O\\x1b[DD\" has control")));
+}
+
 TEST_F(PrintedTest, NodesBecomeHistoriesAndAFieldOfTheirOwn) {
   const ImportSummary summary =
       importPrinted(displacement(0.5, 2) + displacement(1, 4), kStatic,

@@ -39,6 +39,16 @@ TEST_F(RecordNames, NamesThatAreCleanedToTheSameGetNumbers) {
   EXPECT_THAT(notes_, ElementsAre(HasSubstr("job.frd: note: the field A-B is called A-B_2"), HasSubstr("A_B_3")));
 }
 
+TEST_F(RecordNames, ControlCharactersBecomeBlanksAndFieldsStayApart) {
+  EXPECT_THAT(named({"A\nB",
+                     "A\x1b"
+                     "B",
+                     "C"}),
+              ElementsAre("A B", "A B_2", "C"));
+  EXPECT_THAT(notes_,
+              ElementsAre(HasSubstr("warning: the name \"A\\x0aB\" has control characters"), HasSubstr("A\\x1bB")));
+}
+
 TEST_F(RecordNames, ANameThatIsFreeStays) {
   EXPECT_THAT(named({"S", "S_IM", "S__X", "U__mag"}, {"TOP"}), ElementsAre("S", "S_IM", "S__X", "U__mag"));
   EXPECT_THAT(notes_, IsEmpty());
@@ -70,8 +80,10 @@ TEST_F(RecordNames, FramesOfEqualNumbersAreNumberedAnew) {
 
 TEST(MergedRows, ARowThatTwoSetsShareIsThereOnce) {
   MergedRows rows;
-  rows.add(Position::integrationPoint, {{}, {7, 7, 8}, {1, 2, 1}}, std::vector<double>{1, 2, 3, 4, 5, 6});
-  rows.add(Position::integrationPoint, {{}, {8, 9, 7}, {1, 1, 3}}, std::vector<double>{50, 60, 7, 8, 9, 10});
+  rows.add(Position::integrationPoint, odbstore::LocationLabels{{}, {7, 7, 8}, {1, 2, 1}},
+           std::vector<double>{1, 2, 3, 4, 5, 6});
+  rows.add(Position::integrationPoint, odbstore::LocationLabels{{}, {8, 9, 7}, {1, 1, 3}},
+           std::vector<double>{50, 60, 7, 8, 9, 10});
   EXPECT_THAT(rows.labels().elements, ElementsAre(7, 7, 8, 9, 7));
   EXPECT_THAT(rows.labels().integrationPoints, ElementsAre(1, 2, 1, 1, 3));
   EXPECT_THAT(rows.values(), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10));

@@ -2,6 +2,7 @@
 import os
 import pty
 import random
+import resource
 import re
 import struct
 import subprocess
@@ -171,6 +172,32 @@ class ImportProgramTest(ProgramTest):
         self.write("job.frd", WHOLE)
         self.write("job.inp", DECK.replace("1,2\n", "1,2,x\n"))
         self.assert_refused('job.inp:6: error: "x" is not a label')
+
+    def test_links_in_a_circle_are_named(self):
+        self.write("job.frd", WHOLE)
+        self.path("job.sta").symlink_to("job.sta")
+        self.assertEqual(self.run_import("job").status, 0)  # nothing is known of increments then
+        self.path("job.frd").unlink()
+        self.path("job.frd").symlink_to("job.frd")
+        self.write("job.inp", DECK)
+        self.write("job.dat", PRINTED)
+        run = self.run_import("job")
+        self.assertEqual((run.status, run.err), (1, b"job.frd: error: Too many levels of symbolic links\n"))
+
+    def test_a_field_without_a_name_is_named_by_its_line(self):
+        self.write("job.frd", WHOLE.replace(" -4  STRESS ", " -4         ").replace(" -4  NDTEMP ", " -4         "))
+        run = self.run_import("job")
+        self.assertRegex(run.err, rb"job\.frd:\d+: warning: the field has no name; the block is left out\n")
+        self.assertEqual(run.status, 0)
+        self.assertEqual(self.run_import("job", "--strict").status, 1)
+
+    def test_too_little_memory_is_told_with_the_name(self):
+        self.write("job.frd", WHOLE)
+        endings = set()
+        for limit in range(1 << 20, 6 << 20, 1 << 18):
+            run = self.run_import("job", preexec_fn=lambda limit=limit: resource.setrlimit(resource.RLIMIT_DATA, (limit, limit)))
+            endings.add(run.err.splitlines()[-1] if run.err else b"")
+        self.assertIn(b"job: error: out of memory", endings)
 
     def test_a_failure_leaves_the_old_database_alone(self):
         self.write("job.frd", WHOLE.replace(" 9999", "what?"))

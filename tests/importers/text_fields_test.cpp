@@ -70,49 +70,18 @@ TEST(FloatFrom, HasTheRangeOfFloats) {
   EXPECT_EQ(floatFrom("5.717277-24"), 5.717277e-24F);
 }
 
-TEST(ReadScientific, EqualsTheCLibraryToTheBit) {
-  std::mt19937 random(4711);
-  std::uniform_int_distribution<int> mantissa(0, 999999);
-  std::uniform_int_distribution<int> exponent(-30, 30);
-  for (int i = 0; i < 200000; ++i) {
-    const int digits = mantissa(random);
-    const std::string text =
-        fmt::format("{}{}.{:05}E{:+03}", i % 2 == 0 ? '-' : ' ', digits / 100000, digits % 100000, exponent(random));
-    ASSERT_EQ(text.size(), 12U);
-    float number = 0.0F;
-    if (!readScientific(text.data(), number)) continue;
-    const float expected = std::strtof(text.c_str(), nullptr);
-    ASSERT_EQ(number, expected) << text;
-    ASSERT_EQ(std::signbit(number), std::signbit(expected)) << text;
-  }
-}
-
-TEST(ReadScientific, ReadsUsualNumbersAndNegativeZero) {
-  float number = 1.0F;
-  EXPECT_TRUE(readScientific("-0.00000E+00", number));
-  EXPECT_EQ(number, 0.0F);
-  EXPECT_TRUE(std::signbit(number));
-  EXPECT_TRUE(readScientific(" 1.23456E+07", number));
-  EXPECT_EQ(number, 1.23456e7F);
-}
-
-TEST(ReadScientific, LeavesEverythingElseToFloatFrom) {
-  float number = 0.0F;
-  for (const char* text :
-       {"         INF", "1.23456E+070", " 1.2345E+007", " 1,23456E+07", "x1.23456E+07", " 1.23456e+07", " 1.23456E 07",
-        " 1.2345 E+07", " 1.2 456E+07", "            ", " 1.23456E+0 ", " 9.00000E+38"}) {
-    ASSERT_EQ(std::string_view(text).size(), 12U);
-    EXPECT_FALSE(readScientific(text, number)) << text;
-  }
-}
-
 TEST(StorableText, KeepsUtf8AndMendsTheRest) {
   EXPECT_EQ(storableText("plain"), "plain");
   EXPECT_EQ(storableText("Tr\xC3\xA4ger \xE2\x82\xAC \xF0\x9F\x94\xA9"), "Tr\xC3\xA4ger \xE2\x82\xAC \xF0\x9F\x94\xA9");
   EXPECT_EQ(storableText("Tr\xE4ger"), "Tr\xC3\xA4ger");
-  EXPECT_EQ(storableText("cut \xE2\x82"), "cut \xC3\xA2\xC2\x82");
-  EXPECT_EQ(storableText(std::string_view("a\tb\0c", 5)), "a b c");
-  EXPECT_EQ(storableText("\xC0\x80 \xED\xA0\x80"), "\xC3\x80\xC2\x80 \xC3\xAD\xC2\xA0\xC2\x80");
+  EXPECT_EQ(storableText("cut \xE2\x82"), "cut \xC3\xA2 ");
+  EXPECT_EQ(storableText(std::string_view("a\tb\0c\x7F", 6)), "a b c ");
+  EXPECT_EQ(storableText("\xC2\x9B[2J \x85."), " [2J  .");
+  EXPECT_EQ(storableText("\xC0\x80 \xED\xA0\x80"), "\xC3\x80  \xC3\xAD\xC2\xA0 ");
+}
+
+TEST(Utf8Text, KeepsControlCharacters) {
+  EXPECT_EQ(utf8Text("a\x1b\xE4\x85\xE2\x82\xAC"), "a\x1b\xC3\xA4\xC2\x85\xE2\x82\xAC");
 }
 
 }  // namespace

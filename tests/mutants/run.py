@@ -1,14 +1,17 @@
 #!/usr/bin/python3
-"""Damages files in thousands of ways and holds the programs to what they promise.
+"""Damages and forges files in thousands of ways and holds the programs to what they promise.
 
 Usage: run.py KIND [--count 1000] [--first 0] [--jobs 2] [--keep DIRECTORY]
 
-KIND is one of layout2, forged, layout1, frd, binary, dat, inp. KOLVEX_BIN names the directory of the programs. No mutant may crash a
+KIND is one of those that --help lists. KOLVEX_BIN names the directory of the programs. No mutant may crash a
 program, take longer than 5 s or more than 300 MB. The extraction of a damaged database either says what is wrong and leaves no
 marker, or gives the records of the whole one; other records are allowed where no checksum protects the bytes, and where
 `kolvex verify` finds the damage. The import either says what is wrong and leaves no database, or leaves one that is
 sound and can be extracted from. Mutants are numbered; --first and --count choose. "forged" mutants have checksums made
 again, as only an enemy does: what they do to the extraction is counted and no failure; `kolvex verify` stands them.
+"catalog" mutants have a changed catalog and sums that agree with it, and are held to all that is promised.
+"structure" mutants are changed through HDF5's interface, so that every sum of its is right; "frd-words", "dat-words" and
+"inp-words" by what stands in the text. Memory of each program is limited in proportion to the file it reads.
 
 Prints what became of them, and the failures; the status is 1 when there is one.
 """
@@ -23,8 +26,11 @@ import signal
 import sys
 import tempfile
 
+import catalogs
 import mutate
+import grammar
 import seeds
+import structure
 
 CONFIG = ("ODB EXTRACTIONS\nEXTRACT_MASS EXTRACT_HISTORY MINMAX_HISTORY EXTRACT_ALL EXTRACT_FIELD EXTRACT_FIELD_SETS "
           "EXTRACT_FIELD_COMPONENTS TENSOR_INVARIANTS ENGINEERING_MAX ENGINEERING_MIN\nPERCENTAGE = 5\n")
@@ -35,7 +41,7 @@ SANITIZER_STATUS = 99
 ENVIRONMENT = {**os.environ, "ASAN_OPTIONS": f"detect_leaks=0:exitcode={SANITIZER_STATUS}",
                "UBSAN_OPTIONS": f"halt_on_error=1:exitcode={SANITIZER_STATUS}"}
 RESULTS = ("params.txt", "paramsdone.txt", "upgradedOdb.odb", "out.odb")
-IMPORTS = {"frd": "frd", "binary": "frd", "dat": "dat", "inp": "inp"}
+IMPORTS = {"frd": "frd", "binary": "frd", "dat": "dat", "inp": "inp", "frd-words": "frd", "dat-words": "dat", "inp-words": "inp"}
 
 
 class Broken(Exception):
@@ -46,8 +52,10 @@ def run(program, *arguments):
     """Status and standard error of a program in the working directory; a crash or a hang is Broken."""
     actions = [(os.POSIX_SPAWN_OPEN, 0, "/dev/null", os.O_RDONLY, 0), (os.POSIX_SPAWN_OPEN, 1, "/dev/null", os.O_WRONLY, 0),
                (os.POSIX_SPAWN_OPEN, 2, "messages", os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o644)]
-    path = str(seeds.BIN / program)
-    child = os.posix_spawn(path, [path, *arguments], ENVIRONMENT, file_actions=actions)
+    command = [str(seeds.BIN / program), *arguments]
+    if not IS_SANITIZED:
+        command = ["/usr/bin/prlimit", f"--data={most_memory()}", *command]
+    child = os.posix_spawn(command[0], command, ENVIRONMENT, file_actions=actions)
     signal.setitimer(signal.ITIMER_REAL, SECONDS * (4 if IS_SANITIZED else 1))
     try:
         _, status, usage = os.wait4(child, 0)
@@ -63,6 +71,12 @@ def run(program, *arguments):
     if usage.ru_maxrss > MEGABYTES * 1024:
         raise Broken(f"{program} took {usage.ru_maxrss // 1024} MB")
     return os.WEXITSTATUS(status), messages
+
+
+def most_memory():
+    """Bytes that a program may take for the largest file here."""
+    sizes = [entry.stat().st_size for entry in os.scandir() if entry.name.startswith(("m.odb", "job.", "out.odb"))]
+    return (64 << 20) + 16 * max(sizes, default=0)
 
 
 def late(*_):
@@ -116,6 +130,17 @@ def check_forged(data, is_protected, expected):
     return outcome + (", verify's child crashed" if b"reading it crashed" in messages else "")
 
 
+def check_catalog(data, is_protected, expected):
+    """What became of a database whose catalog was changed and sealed again; verify stays whole, whatever it says."""
+    outcome = check_database(data, is_protected, expected)
+    status, messages = run("verify", "m.odb")
+    if status not in (0, 1) or (status == 1 and not messages.startswith(b"m.odb: ")):
+        raise Broken(f"verify ends with {status}: {messages!r}")
+    if b"changed after its catalog was made" in messages:
+        raise Broken("the sums do not agree, so that nothing but them was tried")
+    return outcome + (", verify tells" if status == 1 and outcome == "same records" else "")
+
+
 def check_import(files, kind, data):
     """What became of a damaged file of a run."""
     for name, content in files.items():
@@ -151,22 +176,38 @@ class Worker:
         pathlib.Path("config.txt").write_text(CONFIG)
         if kind in IMPORTS:
             self.files = seeds.job_files()
-            self.whole = [(self.files[kind], True)]
+            self.whole = [(self.files[kind.split("-")[0]], True)]
             self.files.pop("binary")
         else:
-            made = seeds.layout1(self.directory) if kind == "layout1" else seeds.layout2(self.directory)
-            self.whole = made if kind != "forged" else made[:1]
+            self.whole = self.databases(kind)
         self.expected = []
         for data, _ in self.whole if kind not in IMPORTS else ():
             pathlib.Path("m.odb").write_bytes(data)
             self.expected.append(extracted("m.odb")[0])
             clear()
 
+    def databases(self, kind):
+        """Pairs of bytes and whether sums protect them."""
+        if kind == "catalog":
+            return [(data, True) for data in seeds.catalogued(self.directory)]
+        if kind == "layout1":
+            return seeds.layout1(self.directory)
+        made = seeds.layout2(self.directory)
+        if kind == "structure":
+            return [(data, False) for data, _ in made + seeds.layout1(self.directory)]
+        return made if kind != "forged" else made[:1]
+
     def made(self, number):
         which = number % len(self.whole)
         data, is_protected = self.whole[which]
         if self.kind == "forged":
             return which, is_protected, mutate.forged(data, number)
+        if self.kind == "catalog":
+            return which, is_protected, catalogs.forged(data, number)
+        if self.kind == "structure":
+            return which, is_protected, structure.changed(data, number, self.directory / "changed.odb")
+        if self.kind.endswith("-words"):
+            return which, is_protected, grammar.changed(data, number, IMPORTS[self.kind])
         kinds = mutate.TEXT if self.kind in ("frd", "dat", "inp") else mutate.BINARY
         return which, is_protected, mutate.mutant(data, number, kinds)
 
@@ -175,7 +216,7 @@ class Worker:
         try:
             if self.kind in IMPORTS:
                 return check_import(self.files, self.kind, data), None
-            check = check_forged if self.kind == "forged" else check_database
+            check = {"forged": check_forged, "catalog": check_catalog}.get(self.kind, check_database)
             return check(data, is_protected, self.expected[which]), None
         except Broken as broken:
             if self.keep:
@@ -203,7 +244,7 @@ def check_range(job):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("kind", choices=["layout2", "forged", "layout1", *IMPORTS])
+    parser.add_argument("kind", choices=["layout2", "forged", "catalog", "structure", "layout1", *IMPORTS])
     parser.add_argument("--count", type=int, default=1000)
     parser.add_argument("--first", type=int, default=0)
     parser.add_argument("--jobs", type=int, default=2)

@@ -52,6 +52,22 @@ def generated(directory, layout, count):
     return found
 
 
+def rewritten(directory, count, *wishes):
+    """Such databases as our own writer writes them."""
+    found = []
+    for data in generated(directory, 2, count):
+        (directory / "from.odb").write_bytes(data)
+        subprocess.run([BIN / "rewrite", "from.odb", "to.odb", *wishes], cwd=directory, check=True)
+        found.append((directory / "to.odb").read_bytes())
+    return found
+
+
+def catalogued(directory):
+    """Databases that end with a catalog, with and without indices, packed numbers and all that the import knows."""
+    return [imported(directory), imported(directory, "--compress", "--checksum"), *rewritten(directory, 2, "index"),
+            *rewritten(directory, 1, "index", "compress")]
+
+
 def layout2(directory):
     """Pairs of bytes and whether checksums protect them."""
     return ([(imported(directory), True), (imported(directory, "--compress", "--checksum"), True)] +

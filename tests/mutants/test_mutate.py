@@ -6,7 +6,11 @@ import unittest
 
 import h5py
 
+import catalogs
+import grammar
 import mutate
+import seeds
+import structure
 
 
 class MutateTest(unittest.TestCase):
@@ -35,6 +39,52 @@ class MutateTest(unittest.TestCase):
         for begin, end in headers:
             self.assertEqual(mutate.lookup3(data[begin:end]).to_bytes(4, "little"), data[end:end + 4])
         self.assertNotEqual(mutate.forged(data, 1), data)
+
+    def test_catalogs_are_read_as_the_schema_says_and_sealed_again(self):
+        with tempfile.TemporaryDirectory() as directory:
+            for whole in seeds.catalogued(pathlib.Path(directory)):
+                before, catalog, trailer = catalogs.split(whole)
+                parsed = catalogs.CatalogBytes(bytearray(catalog))
+                self.assertEqual(len(parsed.columns), sum(kind.startswith("[") for table, fields in parsed.tables.items()
+                                                          for _, kind in fields))
+                self.assertEqual(parsed.columns["Steps", "frame_end"][len(parsed.columns["Steps", "frame_end"]) - 1],
+                                 len(parsed.columns["Frames", "value"]))
+                # Its own sums come again, so that a forged file fails by what was changed and not by them.
+                broken = before + catalog + trailer[:16] + bytes(8) + trailer[24:]
+                self.assertEqual(catalogs.sealed(broken, parsed.extents(len(before))), whole)
+
+    def test_forged_catalogs_differ_in_the_catalog_alone_and_come_again(self):
+        with tempfile.TemporaryDirectory() as directory:
+            whole = seeds.catalogued(pathlib.Path(directory))[0]
+        before, catalog, _ = catalogs.split(whole)
+        for seed in range(100):
+            mutant = catalogs.forged(whole, seed)
+            self.assertEqual(mutant, catalogs.forged(whole, seed))
+            self.assertEqual((len(mutant), mutant[:len(before)]), (len(whole), before))
+            self.assertNotEqual(mutant[len(before):len(before) + len(catalog)], catalog)
+    def test_changes_of_words_differ_and_come_again(self):
+        texts = {"inp": b"*NSET,NSET=Ends\n1,3\n*ELEMENT,TYPE=T3D2,ELSET=Bars\n1,1,2\n",
+                 "frd": b"    1C\n    2C                             3\n -1         1 0.00000E+00\n -3\n  100CL  101 1.0000000000           3\n -4  DISP        4    1\n",
+                 "dat": b" displacements (vx,vy,vz) for set TOP and time  0.1\n\n         3  1.0  2.0  3.0\n"}
+        for kind, text in texts.items():
+            for seed in range(200):
+                self.assertNotEqual(grammar.changed(text, seed, kind), text)
+                self.assertEqual(grammar.changed(text, seed, kind), grammar.changed(text, seed, kind))
+            self.assertGreater(len({grammar.changed(text, seed, kind) for seed in range(200)}), 50)
+
+    def test_changes_of_structure_open_and_come_again(self):
+        with tempfile.TemporaryDirectory() as directory:
+            path = pathlib.Path(directory) / "file.h5"
+            with h5py.File(path, "w", libver=("v110", "v110")) as file:
+                for i in range(5):
+                    file.create_group(f"group{i}").attrs["number"] = i
+                    file[f"group{i}/data"] = [[1.0, 2.0], [3.0, 4.0]]
+            whole = path.read_bytes()
+            for seed in range(60):
+                changed = structure.changed(whole, seed, path)
+                self.assertNotEqual(changed, whole)
+                with h5py.File(path) as file:
+                    self.assertGreater(len(file) + len(file.attrs), 0)
 
     def test_numbers_can_keep_their_columns(self):
         chance = random.Random(1)

@@ -5,15 +5,13 @@
 
 #include "odbaccess/odb_api.h"
 #include "odbstore/upgrade.h"
+#include "odbwriter/database_writer.h"
 #include "support/old_database.h"
 #include "support/temporary_directory.h"
-#include "support/writer.h"
 
 namespace {
 
-using odbstore::FieldId;
 using odbstore::FieldInfo;
-using odbstore::LocationId;
 using odbstore::Owner;
 using odbstore::OwnerKind;
 using odbstore::Position;
@@ -28,7 +26,7 @@ std::vector<float> floats(const float* numbers, int count) { return {numbers, nu
 class DatabaseTest : public testing::Test {
  protected:
   DatabaseTest() {
-    odbstore::Writer writer(path_);
+    odbstore::DatabaseWriter writer(path_);
     writer.setAssemblyName("ASSEMBLY");
     writer.addPart("P");
     writer.addInstance("P-1", "P");
@@ -39,25 +37,27 @@ class DatabaseTest : public testing::Test {
     writer.addSet({OwnerKind::instance, "P-2"}, SetKind::element, "MINE", std::vector<SetMembers>{{"", {2}}});
     writer.addSet({OwnerKind::part, "P"}, SetKind::element, "EACH", std::vector<SetMembers>{{"", {1}}});
     const auto step = writer.addStep("Step-1", {});
-    const auto frame = writer.addFrame(step, {12, 0.5, "Increment 12"});
+    const int frame = writer.addFrame(step, {12, 0.5, "Increment 12"});
 
-    const LocationId nodes = writer.addLocation({"P-1", Position::nodal, "", 0, ""}, {{1, 2, 3}, {}, {}});
-    const LocationId first =
-        writer.addLocation({"P-1", Position::integrationPoint, "C3D8R", 0, ""}, {{}, {1, 2}, {1, 1}});
-    const LocationId second =
-        writer.addLocation({"P-2", Position::elementNodal, "S4", 3, "top"}, {{5, 6, 5}, {1, 1, 2}, {}});
+    const auto nodes = writer.addLocation({"P-1", Position::nodal, "", 0, ""}, {{1, 2, 3}, {}, {}});
+    const auto first = writer.addLocation({"P-1", Position::integrationPoint, "C3D8R", 0, ""}, {{}, {1, 2}, {1, 1}});
+    const auto second = writer.addLocation({"P-2", Position::elementNodal, "S4", 3, "top"}, {{5, 6, 5}, {1, 1, 2}, {}});
 
-    const FieldId u = writer.addField(frame, "U", {"Spatial displacement", 3, {"1", "2", "3"}, {8}, false});
-    writer.addBlock(u, nodes, std::vector<float>{3, 4, 0, 0, 0, 1, 1, 2, 2});
+    const auto u = writer.addField(step, "U", {"Spatial displacement", 3, {"1", "2", "3"}, {8}, false});
+    const auto displacements = writer.addBlock(u, nodes, {.width = 3});
+    writer.writeRows(displacements, frame, std::vector<float>{3, 4, 0, 0, 0, 1, 1, 2, 2});
 
     const FieldInfo stress{"Stress", 5, {"11", "22", "33", "12", "13", "23"}, {4, 1, 99}, false};
-    const FieldId s = writer.addField(frame, "S", stress);
-    writer.addBlock(s, first, std::vector<float>{1, 2, 3, 4, 5, 6, 10, 0, 0, 0, 0, 0});
+    const auto s = writer.addField(step, "S", stress);
+    const auto inSolids = writer.addBlock(s, first, {.width = 6});
+    writer.writeRows(inSolids, frame, std::vector<float>{1, 2, 3, 4, 5, 6, 10, 0, 0, 0, 0, 0});
     // A surface kind in an order of its own: 12 before 11, no 33.
-    writer.addBlock(s, second, std::vector<float>{4, 1, 5, 2, 6, 3}, {7, {"12", "11"}});
+    const auto inShells = writer.addBlock(s, second, {.width = 2, .type = 7, .componentLabels = {"12", "11"}});
+    writer.writeRows(inShells, frame, std::vector<float>{4, 1, 5, 2, 6, 3});
 
-    const FieldId e = writer.addField(frame, "E", {"Strain", 9, {}, {}, true});
-    writer.addBlock(e, first, std::vector<double>{1, 2, 3, 4, 5, 6});
+    const auto e = writer.addField(step, "E", {"Strain", 9, {}, {}, true});
+    const auto strains = writer.addBlock(e, first, {.width = 3, .isDouble = true});
+    writer.writeRows(strains, frame, std::vector<double>{1, 2, 3, 4, 5, 6});
     writer.finish();
     odb_ = &openOdb(path_.c_str(), true, false);
   }

@@ -17,7 +17,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 float invariantOf(const Tensor& s, odb_InvariantEnum code) {
   InvariantStretch found;
   findInvariants(&s, 1, found);
-  return found.numbers[invariantPlace(code)][0];
+  return found.numbers[0][invariantPlace(code)];
 }
 
 std::array<double, 3> principalValuesOf(const Tensor& s) {
@@ -156,8 +156,8 @@ TEST(Invariants, RowsInSinglePrecisionAgreeWithTensorsToTheLastBit) {
       findInvariants(rows.data(), kCount, width, engineeringShear, found);
       for (std::size_t place = 0; place < kInvariants; ++place) {
         for (std::size_t i = 0; i < kCount; ++i) {
-          const float a = found.numbers[place][i];
-          const float b = expected.numbers[place][i];
+          const float a = found.numbers[i][place];
+          const float b = expected.numbers[i][place];
           ASSERT_TRUE(a == b || (std::isnan(a) && std::isnan(b))) << place << ", " << i << ": " << a << ", " << b;
         }
       }

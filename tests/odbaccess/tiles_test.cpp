@@ -7,8 +7,8 @@
 #include <random>
 
 #include "odbaccess/odb_api.h"
+#include "odbwriter/database_writer.h"
 #include "support/temporary_directory.h"
-#include "support/writer.h"
 
 namespace {
 
@@ -33,16 +33,18 @@ class TilesTest : public testing::Test {
   template <class Number>
   odb_FieldBulkData blockOf(int rows, int type, const std::vector<std::string>& labels, bool engineeringShear = false,
                             bool compressed = false) {
-    odbstore::Writer writer(path_, {compressed, false});
+    odbstore::DatabaseWriter writer(path_, {compressed, false});
     writer.addPart("P");
     writer.addInstance("P-1", "P");
     const auto step = writer.addStep("Step-1", {});
     std::vector<int> elements(static_cast<std::size_t>(rows));
     for (std::size_t i = 0; i < elements.size(); ++i) elements[i] = static_cast<int>(i / 8) + 1;
     const auto place = writer.addLocation({"P-1", Position::centroid, "C3D8", 0, ""}, {{}, elements, {}});
-    const auto frame = writer.addFrame(step, {1, 0, "Increment"});
-    const auto field = writer.addField(frame, "F", {"Stress", type, labels, {}, engineeringShear});
-    writer.addBlock(field, place, numbers<Number>(elements.size() * labels.size()));
+    const int frame = writer.addFrame(step, {1, 0, "Increment"});
+    const auto field = writer.addField(step, "F", {"Stress", type, labels, {}, engineeringShear});
+    const auto block = writer.addBlock(
+        field, place, {.width = static_cast<int>(labels.size()), .isDouble = std::is_same_v<Number, double>});
+    writer.writeRows(block, frame, numbers<Number>(elements.size() * labels.size()));
     writer.finish();
     odb_ = &openOdb(path_.c_str(), true, false);
     const odb_FieldOutput output = odb_->steps()["Step-1"].frames().constGet(0).fieldOutputs().get("F");

@@ -7,8 +7,8 @@
 
 #include <filesystem>
 
+#include "odbwriter/database_writer.h"
 #include "support/temporary_directory.h"
-#include "support/writer.h"
 
 namespace odbstore {
 namespace {
@@ -19,16 +19,15 @@ using testing::HasSubstr;
 class ReaderTest : public testing::Test {
  protected:
   ReaderTest() {
-    Writer writer(path_);
-    std::vector<int> labels(20000, 1);
-    const LocationId all = writer.addLocation({"I", Position::nodal, "", 0, ""}, {labels, {}, {}});
-    const LocationId none = writer.addLocation({"I", Position::nodal, "", 0, ""}, {});
-    const StepId step = writer.addStep("Step-1", {});
-    for (int i = 0; i < 3; ++i) {
-      const FieldId field = writer.addField(writer.addFrame(step, {i, 0, ""}), "NT", {"", 2, {}, {}, false});
-      writer.addBlock(field, none, std::vector<double>{});
-      if (i != 1) writer.addBlock(field, all, std::vector<float>(20000, 1.5F));
-    }
+    DatabaseWriter writer(path_);
+    const auto all = writer.addLocation({"I", Position::nodal, "", 0, ""}, {std::vector<int>(20000, 1), {}, {}});
+    const auto none = writer.addLocation({"I", Position::nodal, "", 0, ""}, {});
+    const auto step = writer.addStep("Step-1", {});
+    for (int i = 0; i < 3; ++i) writer.addFrame(step, {i, 0, ""});
+    const auto field = writer.addField(step, "NT", {"", 2, {}, {}, false});
+    writer.addBlock(field, none, {.isDouble = true});
+    const auto block = writer.addBlock(field, all, {.frames = std::vector<int>{0, 2}});
+    for (const int frame : {0, 2}) writer.writeRows(block, frame, std::vector<float>(20000, 1.5F));
     writer.finish();
   }
 

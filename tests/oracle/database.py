@@ -43,10 +43,11 @@ class Block:
         self.type = attribute(item, "type", field.type)
         self.labels = attribute(item, "componentLabels", []) or field.labels
         self.instance = attribute(place, "instance", "")
-        position = attribute(place, "position", "")
-        self.has_elements = position != "nodal"
-        self.elements = self._labels(place, "elementLabels", position != "nodal")
-        self.nodes = self._labels(place, "nodeLabels", position in ("nodal", "elementNodal"))
+        self.position = attribute(place, "position", "")
+        self.has_elements = self.position != "nodal"
+        self.elements = self._labels(place, "elementLabels", self.has_elements)
+        self.nodes = self._labels(place, "nodeLabels", self.position in ("nodal", "elementNodal"))
+        self.points = self._labels(place, "integrationPoints", self.position == "integrationPoint")
         self.is_double = rows.dtype.itemsize == 8
         rows = rows.astype("f8" if self.is_double else "f4")
         self.rows = rows if rows.ndim > 1 else rows.reshape(-1, 1)
@@ -135,24 +136,26 @@ class Step:
         self.mass_center = attribute(item, "massCenter", [])
         self.inertia_center = attribute(item, "inertiaAboutCenter", [])
         self.inertia_origin = attribute(item, "inertiaAboutOrigin", [])
-        self.regions = [Region(region) for _, region in members(item, "history")]
+        self.regions = [Region(*member) for member in members(item, "history")]
         self.frames = []
 
 
 class Region:
-    def __init__(self, item):
-        self.description = attribute(item, "description", "")
+    def __init__(self, name, item):
+        self.name = name
+        self.place = {name: attribute(item, name, absent) for name, absent in
+                      (("node", -1), ("element", -1), ("integrationPoint", 0), ("sectionPoint", 0), ("set", ""))}
         label = ""
-        if attribute(item, "node", -1) >= 0:
-            label = str(attribute(item, "node", -1))
-        if attribute(item, "element", -1) >= 0:
-            label = str(attribute(item, "element", -1))
-        if attribute(item, "integrationPoint", 0) != 0:
-            label = str(attribute(item, "integrationPoint", 0))
-        if attribute(item, "sectionPoint", 0) > 0:
-            label = str(attribute(item, "sectionPoint", 0))
-        if attribute(item, "set", "") != "":
-            label = attribute(item, "set", "")
+        if self.place["node"] >= 0:
+            label = str(self.place["node"])
+        if self.place["element"] >= 0:
+            label = str(self.place["element"])
+        if self.place["integrationPoint"] != 0:
+            label = str(self.place["integrationPoint"])
+        if self.place["sectionPoint"] > 0:
+            label = str(self.place["sectionPoint"])
+        if self.place["set"] != "":
+            label = self.place["set"]
         self.label = label
         self.outputs = [(name, data[...].astype("f4")) for name, data in members(item, "outputs")]
 

@@ -1,4 +1,4 @@
-"""Random databases in both layouts, and configurations for them, the same for the same seed."""
+"""Random databases in the first two layouts, and configurations for them, the same for the same seed."""
 import random
 
 import h5py
@@ -68,7 +68,14 @@ class Generator:
 
     # Numbers.
 
-    def rows(self, count, width, kind):
+    def rows(self, count, width, kind, frames=1):
+        """[frames, count, width]; in some of them rows repeat, the same ones in all frames."""
+        rows = self.numbers_of(frames * count, width, kind).reshape(frames, count, width)
+        if count and self.chance(0.4):
+            rows = rows[:, self.numbers.integers(0, self.random.choice([1, count // 4 + 1, count]), count)]
+        return rows
+
+    def numbers_of(self, count, width, kind):
         size = (count, width)
         flavour = self.random.choice(["usual", "usual", "ties", "special", "tiny", "huge", "steps"])
         if flavour == "ties":
@@ -224,7 +231,7 @@ class Generator:
             region.attrs["set"] = self.text(self.random.choice(["", "TIP NODES", "A-1"]))
         for name in self.some(["U1", "RF1 - total", "ALLKE", "p/q"], 0, 3):
             shape = (self.random.choice([0, 1, 2, 20]), self.random.choice([0, 1, 2, 2, 2, 3]))
-            region[f"outputs/{link(name)}"] = self.rows(*shape, "f4")
+            region[f"outputs/{link(name)}"] = self.numbers_of(*shape, "f4")
 
     def frames_of_layout_1(self, step, increments, forms):
         for number, increment in enumerate(increments):
@@ -236,12 +243,15 @@ class Generator:
                 if self.chance(0.2):
                     continue
                 field = frame.create_group("fields/" + link(name))
+                if self.chance(0.15):  # in this frame it says something else of itself
+                    self.description, self.valid = self.random.choice(DESCRIPTIONS), self.random.sample(INVARIANTS, 4)
+                    self.shear = self.random.choice([None, 0, 1])
                 self.describe(field, kind, labels)
                 for k, (own, own_labels, width, numbers, count) in enumerate(blocks):
                     block = field.create_group(f"blocks/{k}")
                     self.place(block, count)
                     self.override(block, own, own_labels)
-                    rows = self.rows(count, width, numbers)
+                    rows = self.rows(count, width, numbers)[0]
                     block["data"] = rows[:, 0] if width == 1 and self.chance(0.5) else rows
 
     def override(self, block, own, own_labels):
@@ -270,7 +280,7 @@ class Generator:
                 if self.chance(0.3):
                     own_frames = self.random.sample(frames, self.random.randint(0, len(frames)))
                     block["frames"] = self.integers(own_frames)
-                rows = self.rows(count * len(own_frames), width, numbers).reshape(len(own_frames), count, width)
+                rows = self.rows(count, width, numbers, len(own_frames))
                 if width == 1 and self.chance(0.5):
                     rows = rows[:, :, 0]
                 self.store(block, "data", rows, frames=True)

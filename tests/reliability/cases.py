@@ -1,10 +1,12 @@
-"""The runs that faults are put into, and what has to hold after each: an extraction, an extraction of an old database
-(through an upgraded copy) and an import, each in a directory that holds the results of an earlier run."""
+"""The runs that faults are put into, and what has to hold after each: extractions with a catalog, without one and of an
+old database (through an upgraded copy), and imports, each in a directory that holds the results of an earlier run."""
 import pathlib
 import re
 import subprocess
 
+import h5py
 import numpy as np
+from bricks import bricks
 from same_file import same_file
 from support import BIN, FAILED, Database
 from test_import_program import DECK, ELEMENTS, HEADING, NODES, RESULTS, WHOLE
@@ -40,6 +42,10 @@ class Case:
     most_points = None
     # Which thread makes which call may differ from run to run.
     has_threads = False
+    # Whether HDF5 has no part in it.
+    is_without_hdf5 = False
+    # System calls that it must have made, or the new code was not there to be tried.
+    makes = ()
     inputs = {}  # name -> bytes
     earlier = {}  # likewise
 
@@ -130,6 +136,28 @@ class Extraction(Case):
         return set(left) == set(self.complete) and all(same_file(left[name], self.complete[name]) for name in left)
 
 
+class CataloguedExtraction(Extraction):
+    """A database that ends with a catalog, with rows stored once, sets and histories."""
+    name = "catalogued-extraction"
+    is_without_hdf5 = True
+    makes = ("flock", "pread64")
+
+    def make_inputs(self, directory):
+        (directory / "config.txt").write_text(CONFIGURATION)
+        with Database(directory / "plain.odb") as odb:
+            odb.location("nodes", "nodal", nodeLabels=range(1, 9))
+            odb.file["assembly/nodeSets/TIP/I-1"] = np.array([3, 5], "i4")
+            odb.file["parts/P/nodeSets/ENDS"] = np.array([1, 8], "i4")
+            step = odb.step("Step-1", increments=(1, 2), mass=2.5)
+            odb.field(step, "NT", 2, [("nodes", np.array([[20, 30, 20, 30] * 2, [1, 1234567, 1, 1234567] * 2], "f4"))])
+            step["history/Node 3/outputs/U1"] = np.array([[0, 0], [1, 0.5]], "f4")
+        subprocess.run([BIN / "rewrite", "plain.odb", "model.odb", "index"], cwd=directory, check=True)
+        (directory / "plain.odb").unlink()
+        with h5py.File(directory / "model.odb") as odb:
+            if "catalog" not in odb or "rowOf" not in odb["locations/0"]:
+                raise RuntimeError("the database is not what is to be tried")
+
+
 class LargeExtraction(Extraction):
     """One block that is large enough to be read by two threads."""
     name = "large-extraction"
@@ -169,6 +197,7 @@ class Upgrade(Extraction):
 class Import(Extraction):
     name = "import"
     command = [str(BIN / "import"), "job"]
+    makes = ("fallocate", "pwrite64", "fsync", "rename")
 
     def __init__(self, scratch):
         Case.__init__(self, scratch)
@@ -205,6 +234,16 @@ class PackedImport(Import):
     command = [str(BIN / "import"), "job", "--compress"]
 
 
+class IndexedImport(Import):
+    """One whose rows are stored once, with sets."""
+    name = "indexed-import"
+
+    def make_inputs(self, directory):
+        super().make_inputs(directory)
+        (directory / "job.frd").write_text(bricks(5))
+        (directory / "job.inp").write_text("*NSET,NSET=END\n5,8,11\n*ELSET,ELSET=ALL,GENERATE\n10,50,10\n*ELSET,ELSET=FIRST\n10\n")
+
+
 class LargeImport(Import):
     """So much structure that HDF5 writes some of it long before the end."""
     name = "large-import"
@@ -218,4 +257,4 @@ class LargeImport(Import):
         (directory / "job.frd").write_text(HEADING + NODES + ELEMENTS + steps + " 9999\n")
 
 
-CASES = (Extraction, LargeExtraction, Upgrade, Import, PackedImport, LargeImport)
+CASES = (Extraction, CataloguedExtraction, LargeExtraction, Upgrade, Import, PackedImport, IndexedImport, LargeImport)

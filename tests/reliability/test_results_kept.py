@@ -4,6 +4,7 @@ import fcntl
 import os
 import pathlib
 import random
+import resource
 import signal
 import subprocess
 import threading
@@ -136,10 +137,46 @@ class Places(ResultConditions):
         self.assert_complete(self.extract())
         self.assertEqual(self.path("precious.txt").read_bytes(), b"precious")
         self.path("paramsdone.txt.tmp").mkdir()
-        run = self.extract()
-        self.assertEqual(run.status, 1)
-        self.assertRegex(run.err, rb"^\*\*ERROR\*\* paramsdone\.txt could not be written: ")
-        self.assertFalse(self.path("paramsdone.txt").exists())
+        self.assert_complete(self.extract())
+        self.assertEqual(sorted(os.listdir(self.directory)),
+                         ["config.txt", "model.odb", "params.txt", "paramsdone.txt", "paramsdone.txt.tmp", "precious.txt"])
+
+    def test_what_another_user_has_put_there_is_no_obstacle_either(self):
+        for name, content in (("paramsdone.txt.tmp", b"of another user"), ("config.txt", self.path("config.txt").read_bytes())):
+            self.write(name, content)
+            os.chmod(self.path(name), 0o644)
+        self.set_rights(0o1777)
+        with runnable_by_nobody("quarnish") as (_, options):
+            if not options:
+                self.skipTest("only root has another user")
+        self.assertEqual(self.extract_as_nobody(), (0, b""))
+        self.assertEqual(self.path("paramsdone.txt").read_bytes(), DONE)
+        self.assertEqual(self.path("paramsdone.txt").stat().st_mode & 0o777, 0o644)
+        self.assertEqual(self.path("paramsdone.txt.tmp").read_bytes(), b"of another user")
+        self.assertEqual(sorted(os.listdir(self.directory)),
+                         ["config.txt", "model.odb", "params.txt", "paramsdone.txt", "paramsdone.txt.tmp"])
+
+
+class Stacks(ResultConditions):
+    """Callers that leave little room for the stack."""
+    LITTLE = b"**ERROR** the stack may have less than 256 KiB (ulimit -s), which is too little to work\n"
+
+    def test_a_limit_that_may_be_raised_is_raised(self):
+        for size in (16 << 10, 64 << 10, 200 << 10):
+            with self.subTest(size):
+                self.assert_complete(self.extract(preexec_fn=lambda size=size: resource.setrlimit(resource.RLIMIT_STACK, (size, 8 << 20))))
+
+    def test_too_low_a_limit_is_told_and_leaves_no_marker(self):
+        os.chmod(self.directory, 0o777)
+        for size in (16 << 10, 64 << 10, 200 << 10):
+            with self.subTest(size), runnable_by_nobody("quarnish") as (program, options):
+                if not options and os.geteuid() == 0:
+                    self.skipTest("root may raise every limit")
+                self.write("paramsdone.txt", DONE)
+                run = subprocess.run([program, *self.arguments], cwd=self.directory, capture_output=True, timeout=60, check=False,
+                                     preexec_fn=lambda size=size: resource.setrlimit(resource.RLIMIT_STACK, (size, size)), **options)
+                self.assertEqual((run.returncode, run.stderr), (1, self.LITTLE))
+                self.assertFalse(self.path("paramsdone.txt").exists())
 
 
 class FullDisks(ResultConditions):
@@ -253,6 +290,29 @@ class SeveralRuns(ResultConditions):
         self.assertEqual(run.communicate(timeout=60)[1], INCOMPLETE)
         self.assertEqual(run.returncode, 1)
         self.assertFalse(self.path("paramsdone.txt").exists())
+
+    def test_a_marker_that_was_taken_away_before_it_had_its_name_is_an_error(self):
+        for replace in (None, b"of another run"):
+            with self.subTest(replace):
+                run, reading = self.stopped_run()
+                self.path("paramsdone.txt.tmp").unlink()
+                if replace:
+                    self.write("paramsdone.txt.tmp", replace)
+                os.close(reading)
+                self.assertEqual(run.communicate(timeout=60)[1],
+                                 b"**ERROR** paramsdone.txt could not be written: No such file or directory\n")
+                self.assertEqual((run.returncode, self.path("params.txt").read_bytes()), (1, COMPLETE))
+                self.assertFalse(self.path("paramsdone.txt").exists())
+                self.path("params.txt").unlink()
+
+    @unittest.skipUnless(os.environ.get("KOLVEX_CONFINES") and os.path.exists("/proc/sys/kernel/seccomp/actions_avail"),
+                         "this build or kernel does not confine")
+    def test_a_run_that_writes_is_confined(self):
+        run, reading = self.stopped_run()
+        status = pathlib.Path(f"/proc/{run.pid}/status").read_text(encoding="ascii")
+        os.close(reading)
+        self.assertEqual((run.wait(timeout=60), run.stderr.read()), (0, b""))
+        self.assertIn("NoNewPrivs:\t1\nSeccomp:\t2\n", status)
 
     def stopped_run(self):
         """A run that has begun its results and waits for room in the pipe at its standard output, and the pipe's other

@@ -116,6 +116,17 @@ def disagreements(root, targets):
     return problems
 
 
+def linked_from(targets, name):
+    """Names of all that a target is linked from, directly and by others."""
+    reached, due = set(), [name]
+    while due:
+        target = targets.get(due.pop())
+        new = set(target.links if target else ()) - reached
+        reached |= new
+        due += new
+    return reached
+
+
 def circle(arrows):
     """Names of a circle in {name: names}, None where there is none."""
     done, path = set(), []

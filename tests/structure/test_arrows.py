@@ -46,6 +46,14 @@ class ArrowsTest(unittest.TestCase):
     def test_this_tree_links_what_it_includes_and_nothing_else(self):
         self.assertEqual(self.problems(ROOT), [])
 
+    def test_programs_that_read_databases_reach_no_hdf5(self):
+        targets = arrows.targets_of(ROOT, self.directory() / "build")
+        for program in ("quarnish", "quarnish_completion", "kolvex", "verify"):
+            reached = arrows.linked_from(targets, program)
+            self.assertIn("kolvex_build", reached, program)
+            self.assertEqual(reached & {"hdf5_border", "kolvex_hdf5", "odbwriter", "scanning"}, set(), program)
+        self.assertIn("kolvex_hdf5", arrows.linked_from(targets, "odbscan"))
+
     def test_folders_of_this_tree_include_one_way(self):
         folders = arrows.folder_arrows(ROOT)
         self.assertIn("odbaccess", folders["driver"])

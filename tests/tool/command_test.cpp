@@ -66,6 +66,7 @@ TEST_F(CommandTest, WrongUsageSaysWhatWouldBeRight) {
   EXPECT_THAT(refused({"a", "-q", "-o", "t"}), HasSubstr("excludes"));
   EXPECT_THAT(refused({"a", "--nonsense"}), HasSubstr("--nonsense"));
   EXPECT_THAT(refused({"a", "--nonsense"}), HasSubstr("weigh --help"));
+  EXPECT_THAT(refused({"a", "--unit", "\x1b[2J"}), HasSubstr("\"\\x1b[2J\" is not one of"));
 }
 
 TEST_F(CommandTest, HelpHasAllThatThereIs) {

@@ -5,41 +5,18 @@ import h5py
 import numpy as np
 
 import test_import_program as run
+from bricks import bricks
 from catalogued import crc32c, extents_of, sealed, sums_of, trailer_of
-from decks import CORNERS, Mesh
 from support import ProgramTest
 
 CONFIG = ("ODB EXTRACTIONS\nEXTRACT_MASS EXTRACT_HISTORY MINMAX_HISTORY EXTRACT_ALL EXTRACT_FIELD EXTRACT_FIELD_SETS "
           "EXTRACT_FIELD_COMPONENTS TENSOR_INVARIANTS ENGINEERING_MAX ENGINEERING_MIN\nPERCENTAGE = 5\n")
 
 
-def results():
-    """Bricks in a row, so that most of their nodes are shared, with stresses and temperatures in two frames."""
-    mesh = Mesh()
-    for x in range(40):
-        mesh.add("C3D8", (x, 0, 0), CORNERS)
-    lines = ["    1C\n", f"    2C{len(mesh.nodes):30d}{1:38d}\n"]
-    lines += [f" -1{label:10d}" + "".join(f"{c:12.5E}" for c in place) + "\n" for label, place in sorted(mesh.nodes.items())]
-    elements = mesh.elements["C3D8"]
-    lines += [" -3\n", f"    3C{len(elements):30d}{1:38d}\n"]
-    for label, nodes in sorted(elements.items()):
-        lines += [f" -1{label:10d}    1    0    1\n", " -2" + "".join(f"{node:10d}" for node in nodes) + "\n"]
-    lines.append(" -3\n")
-    stress = ("    1PSTEP{0:26d}{0:12d}           1          \n  100CL  101 {0}.00000000{1:12d}                     0    1           1\n"
-              " -4  STRESS      6    1\n -5  SXX         1    4    1    1\n -5  SYY         1    4    2    2\n"
-              " -5  SZZ         1    4    3    3\n -5  SXY         1    4    1    2\n -5  SYZ         1    4    2    3\n"
-              " -5  SZX         1    4    3    1\n")
-    for frame in (1, 2):
-        lines.append(stress.format(frame, len(mesh.nodes)))
-        lines += [f" -1{label:10d}" + "".join(f"{frame * label + i:12.5E}" for i in range(6)) + "\n" for label in sorted(mesh.nodes)]
-        lines.append(" -3\n")
-    return "".join(lines) + " 9999\n"
-
-
 class CataloguedTest(ProgramTest):
     def setUp(self):
         super().setUp()
-        self.write("bricks.frd", results())
+        self.write("bricks.frd", bricks(40))
         self.write("bricks.inp", "*NSET,NSET=END\n5,8,11\n*ELSET,ELSET=ALL,GENERATE\n10,400,10\n*ELSET,ELSET=FIRST\n10\n")
         self.write("job.frd", run.WHOLE)
         self.write("job.dat", run.PRINTED)
@@ -141,6 +118,37 @@ class CataloguedTest(ProgramTest):
             odb["steps/Step-9/frames/incrementNumber"][0] = 7
         self.assertEqual(self.records(path.name), records.replace(b"Step_1__", b"Step_9__").replace(b"Frame_1__", b"Frame_7__"))
         self.assertEqual(self.verify(path.name).status, 3)
+
+    def test_objects_that_other_programs_add_remove_and_pack_are_read_as_they_are(self):
+        path = self.imported("bricks")
+        records = self.records(path.name).decode().splitlines()
+        # The same rows packed, a field less, a field more with a set of its own; the catalog stays and knows none of it.
+        with h5py.File(path, "r+", libver=("v110", "v110")) as odb:
+            block = odb["steps/Step-1/fields/S/blocks/0"]
+            rows = block["data"][()]
+            del block["data"]
+            block.create_dataset("data", data=rows, chunks=(1, *rows.shape[1:]), compression="gzip")
+            odb["locations/added/nodeLabels"] = np.array([5, 6, 7, 8], "i4")
+            odb["locations/added"].attrs.update(instance=np.bytes_("PART-1-1"), position=np.bytes_("nodal"))
+            field = odb.create_group("steps/Step-1/fields/ADDED")
+            field.attrs.update(type=np.int32(2), description=np.bytes_("Temperature"))
+            field["frames"] = np.array([1], "i4")
+            field.create_group("blocks/0").attrs["location"] = np.bytes_("added")
+            field["blocks/0/data"] = np.array([[[1.5], [2.5], [40.5], [-3.5]]], "f4")
+            odb["assembly/nodeSets/MORE/PART-1-1"] = np.array([5, 6], "i4")
+        found = self.records(path.name).decode().splitlines()
+        added = dict(line.split("\t") for line in found if "__ADDED__" in line)
+        self.assertEqual((added["Step_1__Frame_2__ADDED__max"], added["Step_1__Frame_2__ADDED__min"]), ("40.5", "-3.5"))
+        self.assertEqual(added["Step_1__Frame_2__MORE__ADDED__max"], "2.5")
+        self.assertFalse([name for name in added if "Frame_1__" in name])
+        self.assertEqual([line for line in found if "__ADDED__" not in line and "__MORE__" not in line], records)
+        self.assertEqual(self.verify(path.name).status, 1)
+        with h5py.File(path, "r+") as odb:
+            del odb["catalog"]
+        self.assertEqual(self.verify(path.name).status, 3)
+        with h5py.File(path, "r+") as odb:
+            del odb["steps/Step-1/fields/S"]
+        self.assertEqual({line.split("__")[-2] for line in self.records(path.name).decode().splitlines()}, {"ADDED"})
 
     def test_numbers_that_were_changed_in_place_are_damage_until_the_catalog_is_deleted(self):
         path = self.imported("bricks")

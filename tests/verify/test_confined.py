@@ -1,10 +1,15 @@
 """`kolvex verify` on databases that were made to do harm: what the HDF5 library does to itself stays in a child."""
 import collections
+import os
+import pathlib
+import subprocess
 import sys
+import threading
+import unittest
 
 import numpy as np
 
-from support import FAILED, ROOT, Database, ProgramTest, small_database
+from support import BIN, FAILED, ROOT, Database, ProgramTest, small_database
 
 sys.path.insert(0, str(ROOT / "tests/mutants"))
 import mutate  # noqa: E402
@@ -29,6 +34,30 @@ class ConfinedTest(ProgramTest):
         # On the library of Debian 12 some of these files crash it: without that the test would not show anything.
         self.assertGreater(endings["crashed"], 0, endings)
         self.assertGreater(endings[3], 0, endings)
+
+    @unittest.skipUnless(os.environ.get("KOLVEX_CONFINES") and os.path.exists("/proc/sys/kernel/seccomp/actions_avail"),
+                         "this build or kernel does not confine")
+    def test_the_child_that_reads_is_confined_before_it_answers(self):
+        with Database(self.path("job.odb")) as odb:
+            odb.step("Step-1", increments=range(1, 20001))  # more to answer than a pipe takes
+        for task in ("catalog", "inspect"):
+            with self.subTest(task):
+                reading, writing = os.pipe()
+                script = 'exec 3>&"$1" 4<job.odb; shift; exec "$@"'
+                command = [BIN / "odbscan", str(os.getpid()), str(1 << 30), "60", task]
+                child = subprocess.Popen(["sh", "-c", script, "sh", str(writing), *command], cwd=self.directory, pass_fds=(writing,))
+                os.close(writing)
+                os.read(reading, 1)  # it has an answer
+                status = pathlib.Path(f"/proc/{child.pid}/status").read_text(encoding="ascii")
+                self.assertIn("NoNewPrivs:\t1\nSeccomp:\t2\n", status)
+                threading.Thread(target=self.drain, args=(reading,)).start()
+                self.assertEqual(child.wait(timeout=60), 0)
+
+    @staticmethod
+    def drain(pipe):
+        while os.read(pipe, 1 << 16):
+            pass
+        os.close(pipe)
 
     def test_memory_out_of_proportion_is_a_finding(self):
         with Database(self.path("job.odb")) as odb:

@@ -7,6 +7,7 @@
 #include <set>
 #include <variant>
 
+#include "base/give_back.h"
 #include "importers/calculix/contents.h"
 #include "importers/calculix/dat/printed_histories.h"
 #include "importers/calculix/deck/deck.h"
@@ -48,7 +49,7 @@ class CalculixSource : public Source {
     for (const std::string& text : mixedAxes(*contents_, deck_)) {
       warn_(base::warning({run_.results}, text));
     }
-    contents_->nodes = {};
+    base::giveBack(contents_->nodes);
     contents_->mesh = {};
     sets_->deliver(sink);
     if (hasMeshOfDeck_) {
@@ -82,8 +83,9 @@ class CalculixSource : public Source {
     outline.title = deck_.heading.empty() ? title_ : deck_.heading;
     outline.producer = producer_;
     if (!hasResultFile_ && contents_->printed.tables.empty()) {
+      std::error_code ignored;
       fail(0, fmt::format("the run left no results: this file {}{}",
-                          std::filesystem::exists(run_.results) ? "is empty" : "does not exist",
+                          std::filesystem::exists(run_.results, ignored) ? "is empty" : "does not exist",
                           run_.printed.empty() ? "" : fmt::format(", and {} holds no tables", run_.printed)));
     }
     if (contents_->nodes.empty() && !contents_->printed.tables.empty()) takeMeshOfDeck(outline);
@@ -100,7 +102,7 @@ class CalculixSource : public Source {
   static bool isMissing(const std::string& path) {
     std::error_code failed;
     const auto size = std::filesystem::file_size(path, failed);
-    return failed ? !std::filesystem::exists(path) : size == 0;
+    return failed ? failed == std::errc::no_such_file_or_directory : size == 0;
   }
 
   void readDeckFor(DeckDetail detail) {

@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <span>
+#include <tuple>
 
 #include "importers/calculix/deck/element_kinds.h"
 #include "importers/calculix/frd/element_codes.h"
@@ -12,14 +15,56 @@ namespace importers::calculix {
 
 namespace {
 
-// The chosen columns of all rows of a block.
-void takeColumns(const FrdResult& block, const std::vector<int>& columns, std::vector<float>& out) {
+using Rows = base::UnfilledVector<float>;
+
+// A row is read before any of it is written over, so that `out` may be the block's own values. The compiler makes a
+// loop of a few instructions of a width that it knows.
+template <std::size_t kColumns>
+void takeColumns(const FrdResult& block, const std::vector<int>& columns, float* out) {
+  std::array<int, kColumns> from{};
+  std::copy_n(columns.begin(), kColumns, from.begin());
   const std::size_t width = block.components.size();
-  out.resize(block.labels.size() * columns.size());
-  float* to = out.data();
-  for (const float* from = block.values.data(); to != out.data() + out.size(); from += width) {
-    for (const int column : columns) *to++ = from[column];
+  const float* row = block.values.data();
+  for (std::size_t i = 0; i < block.labels.size(); ++i, row += width, out += kColumns) {
+    std::array<float, kColumns> taken;
+    for (std::size_t column = 0; column < kColumns; ++column) taken[column] = row[from[column]];
+    std::copy(taken.begin(), taken.end(), out);
   }
+}
+
+void takeColumns(const FrdResult& block, const std::vector<int>& columns, float* out) {
+  switch (columns.size()) {
+    case 1:
+      return takeColumns<1>(block, columns, out);
+    case 3:
+      return takeColumns<3>(block, columns, out);
+    case 6:
+      return takeColumns<6>(block, columns, out);
+    default:
+      break;
+  }
+  const std::size_t width = block.components.size();
+  std::vector<float> taken(columns.size());
+  for (std::size_t i = 0; i < block.labels.size(); ++i, out += columns.size()) {
+    const float* const row = block.values.data() + i * width;
+    std::transform(columns.begin(), columns.end(), taken.begin(), [&](int column) { return row[column]; });
+    std::copy(taken.begin(), taken.end(), out);
+  }
+}
+
+bool areAllInPlace(const FrdResult& block, const std::vector<int>& columns) {
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (columns[i] != static_cast<int>(i)) return false;
+  }
+  return columns.size() == block.components.size();
+}
+
+// The chosen columns of all rows of a block, in `room` where they are not all that the block has.
+std::span<const float> takenColumns(const FrdResult& block, const std::vector<int>& columns, Rows& room) {
+  if (areAllInPlace(block, columns)) return block.values;
+  room.resize(block.labels.size() * columns.size());
+  takeColumns(block, columns, room.data());
+  return room;
 }
 
 // Elements by the deck's names for their types, where it has one and the solver has not turned the element into another
@@ -80,8 +125,8 @@ void ResultDelivery::run(const ProgressSink& progress) {
   FrdReader reader(path_);
   const ResultFilter isWanted = [this](const FrdResult& result) { return startResult(result.ordinal); };
   const LeaveOut leaveOut = [this](std::size_t ordinal, const ImportError&) { return leftOut_.contains(ordinal); };
-  while (const std::optional<FrdBlock> block = reader.next(isWanted, leaveOut)) {
-    std::visit([this](const auto& content) { take(content); }, *block);
+  while (std::optional<FrdBlock> block = reader.next(isWanted, leaveOut)) {
+    std::visit([this](auto& content) { take(content); }, *block);
     if (progress) progress(reader.offset(), reader.size());
   }
 }
@@ -106,33 +151,41 @@ bool ResultDelivery::startResult(std::size_t ordinal) {
   return !targets_.empty() || peaksOf_.contains(ordinal);
 }
 
-void ResultDelivery::take(const FrdResult& block) {
+std::span<const float> ResultDelivery::rowsFor(const Target& target, FrdResult& block) {
+  const std::vector<int>& columns = target.field->columns;
+  const bool isNeededOnce = targets_.size() == 1 && !peaksOf_.contains(block.ordinal);
+  if (!isNeededOnce || columns.size() > block.components.size()) return takenColumns(block, columns, rows_);
+  if (!areAllInPlace(block, columns)) takeColumns(block, columns, block.values.data());
+  return std::span<const float>(block.values).first(block.labels.size() * columns.size());
+}
+
+void ResultDelivery::take(FrdResult& block) {
   if (!sink_.hasNodes()) throw ImportError(path_, block.line, "results come before the nodes that they belong to");
   if (block.labels.empty()) return;
   for (const Target* const target : targets_) {
-    takeColumns(block, target->field->columns, rows_);
-    std::vector<int> labels = block.labels;
-    if (target->at != RowsAt::allNodes) keepRowsAt(*target, labels);
-    sink_.rows(target->rows, odbstore::Position::nodal, {labels, {}, {}}, std::span<const float>(rows_),
-               {path_, block.line});
+    std::span<const int> labels = block.labels;
+    std::span<const float> rows = rowsFor(*target, block);
+    if (target->at != RowsAt::allNodes) std::tie(labels, rows) = keptRows(*target, labels, rows);
+    sink_.rows(target->rows, odbstore::Position::nodal, {labels, {}, {}}, rows, {path_, block.line});
   }
   takePeaks(block);
 }
 
-void ResultDelivery::keepRowsAt(const Target& target, std::vector<int>& labels) {
+std::pair<std::span<const int>, std::span<const float>> ResultDelivery::keptRows(const Target& target,
+                                                                                 std::span<const int> labels,
+                                                                                 std::span<const float> rows) {
   const std::vector<int>& local = deck_.localAxes.nodes;
   const std::size_t width = target.field->columns.size();
-  std::size_t kept = 0;
+  keptLabels_.clear();
+  kept_.clear();
   for (std::size_t row = 0; row < labels.size(); ++row) {
     const bool isLocal = std::binary_search(local.begin(), local.end(), labels[row]);
     if (isLocal != (target.at == RowsAt::nodesWithLocalAxes)) continue;
-    labels[kept] = labels[row];
-    std::copy_n(rows_.begin() + static_cast<std::ptrdiff_t>(row * width), width,
-                rows_.begin() + static_cast<std::ptrdiff_t>(kept * width));
-    ++kept;
+    const auto values = rows.subspan(row * width, width);
+    keptLabels_.push_back(labels[row]);
+    kept_.insert(kept_.end(), values.begin(), values.end());
   }
-  labels.resize(kept);
-  rows_.resize(kept * width);
+  return {keptLabels_, kept_};
 }
 
 void ResultDelivery::takePeaks(const FrdResult& block) {
@@ -148,10 +201,9 @@ void ResultDelivery::takePeaks(const FrdResult& block) {
     if (real.labels != block.labels) {
       throw ImportError(path_, block.line, fmt::format("{} has rows for other nodes than {}", block.name, real.name));
     }
-    std::vector<float> imaginary;
-    takeColumns(real, target.peak.columns, rows_);
-    takeColumns(block, target.peak.columns, imaginary);
-    const std::vector<float> largest = peaks(target.peak.kind, rows_, imaginary, target.peak.columns.size());
+    const std::vector<float> largest =
+        peaks(target.peak.kind, takenColumns(real, target.peak.columns, rows_),
+              takenColumns(block, target.peak.columns, imaginaryRows_), target.peak.columns.size());
     sink_.rows(target.rows, odbstore::Position::nodal, {block.labels, {}, {}}, std::span<const float>(largest),
                {path_, block.line});
   }

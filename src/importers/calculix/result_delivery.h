@@ -4,9 +4,12 @@
 #include <cstddef>
 #include <map>
 #include <set>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "base/unfilled.h"
 #include "importers/calculix/contents.h"
 #include "importers/calculix/deck/deck.h"
 #include "importers/calculix/frd/frd_reader.h"
@@ -29,9 +32,13 @@ class ResultDelivery {
  private:
   void take(const FrdNodes& nodes);
   void take(const FrdElements& elements);
-  void take(const FrdResult& block);
-  // Leaves in rows_ and `labels` those rows that the target takes.
-  void keepRowsAt(const Target& target, std::vector<int>& labels);
+  void take(FrdResult& block);
+  // What a target takes of all rows of a block: in the block's own memory, in the place of what it held, where nobody
+  // else needs it.
+  std::span<const float> rowsFor(const Target& target, FrdResult& block);
+  // Labels and values of those rows that a target takes which does not take all; good until the next call.
+  std::pair<std::span<const int>, std::span<const float>> keptRows(const Target& target, std::span<const int> labels,
+                                                                   std::span<const float> rows);
   void takePeaks(const FrdResult& block);
   // Finds out what is wanted of the result block that comes next.
   bool startResult(std::size_t ordinal);
@@ -46,7 +53,10 @@ class ResultDelivery {
   std::multimap<std::size_t, const PeakTarget*> peaksOf_;  // chosen ones, by the ordinals of both of their blocks
   // Real blocks whose imaginary ones are still to come, by their ordinals.
   std::map<std::size_t, FrdResult> real_;
-  std::vector<float> rows_;
+  base::UnfilledVector<float> rows_;
+  base::UnfilledVector<float> imaginaryRows_;
+  std::vector<int> keptLabels_;
+  std::vector<float> kept_;
 };
 
 // Reads all rows of a result file: `leaveOut` is asked of each result that cannot be read or imported. An ImportError

@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "importers/calculix/dat/printed_mass.h"
+#include "importers/input/text_fields.h"
 
 namespace importers::calculix {
 
@@ -223,7 +224,7 @@ class OutlineMaker {
       if (table.step == 0 || table.format->isMark()) continue;
       OutlineTable& kind = kinds[{table.step, table.head.title, table.head.set}];
       kind.source = table.head.title;
-      kind.set = table.head.set;
+      kind.set = storableText(table.head.set);
       kind.rows = std::max(kind.rows, table.rows);
       ++kind.tables;
     }

@@ -5,6 +5,8 @@
 #include <set>
 #include <utility>
 
+#include "base/control_characters.h"
+
 namespace importers {
 
 namespace {
@@ -19,6 +21,11 @@ std::string listed(const std::vector<std::string>& names) {
   for (std::size_t i = 0; i < shown; ++i) text += (i > 0 ? ", " : "") + names[i];
   if (shown < names.size()) text += " and " + std::to_string(names.size() - shown) + " more";
   return text;
+}
+
+void warnOfControlCharacters(const std::string& name, const SourcePlace& place, const WarningSink& warn) {
+  if (!base::hasControlCharacter(name)) return;
+  warn(base::warning(place, "the name \"" + name + "\" has control characters, which become blanks"));
 }
 
 WarningSink onceOnly(const WarningSink& warn) {

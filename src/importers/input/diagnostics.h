@@ -33,6 +33,9 @@ class ImportError : public std::runtime_error {
 // "A, B, C" for a message; of many names the first ones and how many there are more.
 std::string listed(const std::vector<std::string>& names);
 
+// Warns where a name that the database shall have has control characters, which storableText() makes blanks.
+void warnOfControlCharacters(const std::string& name, const SourcePlace& place, const WarningSink& warn);
+
 // Passes each of them on to `warn` once, for files that are read several times. `warn` must live as long.
 WarningSink onceOnly(const WarningSink& warn);
 

@@ -12,7 +12,17 @@
 
 namespace importers {
 
-LineReader::LineReader(const std::string& path) : path_(path), buffer_(2 * kLongestLine) {
+namespace {
+
+constexpr std::size_t kBufferBytes = 2 * LineReader::kLongestLine;
+
+// What is read at once stays in the processor's cache until it has been looked at.
+constexpr std::size_t kPieceBytes = std::size_t{1} << 18U;
+
+}  // namespace
+
+LineReader::LineReader(const std::string& path)
+    : path_(path), buffer_(std::make_unique_for_overwrite<char[]>(kBufferBytes)) {
   // Without waiting: a pipe would block for ever.
   file_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (file_ < 0) throw ImportError(path, 0, std::strerror(errno));
@@ -46,11 +56,11 @@ std::size_t LineReader::readSome(char* to, std::size_t size) {
 
 // Moves what is left to the front and reads behind it; false when nothing came.
 bool LineReader::refill() {
-  std::memmove(buffer_.data(), buffer_.data() + at_, end_ - at_);
+  std::memmove(buffer_.get(), buffer_.get() + at_, end_ - at_);
   end_ -= at_;
   at_ = 0;
-  if (end_ == buffer_.size()) return false;
-  const std::size_t got = readSome(buffer_.data() + end_, buffer_.size() - end_);
+  if (end_ == kBufferBytes) return false;
+  const std::size_t got = readSome(buffer_.get() + end_, std::min(kPieceBytes, kBufferBytes - end_));
   end_ += got;
   return got > 0;
 }
@@ -60,7 +70,7 @@ bool LineReader::readBytes(void* to, std::size_t size) {
   hasBytes_ = true;
   auto* out = static_cast<char*>(to);
   const std::size_t buffered = std::min(size, end_ - at_);
-  std::memcpy(out, buffer_.data() + at_, buffered);
+  std::memcpy(out, buffer_.get() + at_, buffered);
   at_ += buffered;
   out += buffered;
   size -= buffered;
@@ -74,9 +84,15 @@ bool LineReader::readBytes(void* to, std::size_t size) {
   while (end_ - at_ < size) {
     if (!refill()) return false;
   }
-  std::memcpy(out, buffer_.data() + at_, size);
+  std::memcpy(out, buffer_.get() + at_, size);
   at_ += size;
   return true;
+}
+
+std::string_view LineReader::ahead(std::size_t least) {
+  while (end_ - at_ < least && refill()) {
+  }
+  return {buffer_.get() + at_, end_ - at_};
 }
 
 std::string_view LineReader::peekAt(std::uint64_t distance, std::size_t size) {
@@ -85,12 +101,12 @@ std::string_view LineReader::peekAt(std::uint64_t distance, std::size_t size) {
   }
   if (distance + size <= end_ - at_ || distance + size <= kLongestLine) {
     const std::size_t begin = std::min<std::size_t>(distance, end_ - at_);
-    return std::string_view(buffer_.data() + at_, end_ - at_).substr(begin, size);
+    return std::string_view(buffer_.get() + at_, end_ - at_).substr(begin, size);
   }
-  ahead_.resize(size);
+  beyond_.resize(size);
   for (;;) {
-    const ssize_t got = ::pread(file_, ahead_.data(), size, static_cast<off_t>(offset() + distance));
-    if (got >= 0) return {ahead_.data(), static_cast<std::size_t>(got)};
+    const ssize_t got = ::pread(file_, beyond_.data(), size, static_cast<off_t>(offset() + distance));
+    if (got >= 0) return {beyond_.data(), static_cast<std::size_t>(got)};
     if (errno != EINTR) fail(std::strerror(errno));
   }
 }
@@ -112,7 +128,7 @@ bool LineReader::next(std::string_view& line) {
   std::size_t searched = at_;
   const char* feed = nullptr;
   for (;;) {
-    feed = static_cast<const char*>(std::memchr(buffer_.data() + searched, '\n', end_ - searched));
+    feed = static_cast<const char*>(std::memchr(buffer_.get() + searched, '\n', end_ - searched));
     if (feed != nullptr) break;
     const std::size_t pending = end_ - at_;
     if (pending > kLongestLine) {
@@ -123,9 +139,9 @@ bool LineReader::next(std::string_view& line) {
     searched = at_ + pending;
   }
   if (feed == nullptr && at_ == end_) return false;
-  const char* const begin = buffer_.data() + at_;
-  const char* end = feed != nullptr ? feed : buffer_.data() + end_;
-  at_ = static_cast<std::size_t>(end - buffer_.data()) + (feed != nullptr ? 1 : 0);
+  const char* const begin = buffer_.get() + at_;
+  const char* end = feed != nullptr ? feed : buffer_.get() + end_;
+  at_ = static_cast<std::size_t>(end - buffer_.get()) + (feed != nullptr ? 1 : 0);
   if (end != begin && end[-1] == '\r') --end;
   line = std::string_view(begin, static_cast<std::size_t>(end - begin));
   ++lineNumber_;

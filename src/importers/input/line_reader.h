@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,9 @@ class LineReader {
   // without an end counts. Throws ImportError for a read error and for a line of more than kLongestLine bytes.
   bool next(std::string_view& line);
 
+  // What has been read ahead, at least `least` bytes of it (no more than kLongestLine), fewer at the end of the file;
+  // good until the next call of any member but skipBytes().
+  std::string_view ahead(std::size_t least);
   // Copies the next `size` bytes; false, and nothing read, when the file has fewer left.
   bool readBytes(void* to, std::size_t size);
   // Up to `size` bytes from `distance` bytes ahead on, fewer at the end of the file; good until the next call of any
@@ -56,13 +60,13 @@ class LineReader {
 
   std::string path_;
   int file_ = -1;
-  std::vector<char> buffer_;
+  std::unique_ptr<char[]> buffer_;
   std::size_t at_ = 0;
   std::size_t end_ = 0;
   std::uint64_t readTo_ = 0;  // where in the file the buffer ends
   std::uint64_t size_ = 0;
   bool hasBytes_ = false;
-  std::vector<char> ahead_;  // what peekAt() shows beyond the buffer
+  std::vector<char> beyond_;  // what peekAt() shows that the buffer does not have
   std::int64_t lineNumber_ = 0;
   bool terminated_ = true;
 };

@@ -1,12 +1,11 @@
 #include "importers/input/text_fields.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cctype>
 #include <charconv>
-#include <cstdint>
 #include <limits>
+
+#include "base/control_characters.h"
 
 namespace importers {
 
@@ -77,71 +76,35 @@ std::optional<double> numberFrom(std::string_view text) { return realFrom<double
 
 std::optional<float> floatFrom(std::string_view text) { return realFrom<float>(text); }
 
-bool readScientific(const char* text, float& number) {
-  // Powers that a double holds exactly; a mantissa of six digits times or by one of them is rounded once.
-  static constexpr std::array<double, 23> powers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                    1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                    1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  const auto digit = [&](int place) { return static_cast<unsigned>(static_cast<unsigned char>(text[place])) - '0'; };
-  const unsigned d0 = digit(1), d1 = digit(3), d2 = digit(4), d3 = digit(5), d4 = digit(6), d5 = digit(7);
-  const unsigned e0 = digit(10), e1 = digit(11);
-  const bool hasDigits = (d0 <= 9) & (d1 <= 9) & (d2 <= 9) & (d3 <= 9) & (d4 <= 9) & (d5 <= 9) & (e0 <= 9) & (e1 <= 9);
-  const bool hasMarks = (text[2] == '.') & (text[8] == 'E') & ((text[0] == ' ') | (text[0] == '-')) &
-                        ((text[9] == '+') | (text[9] == '-'));
-  if (!hasDigits || !hasMarks) return false;
-  const double mantissa = d0 * 100000 + d1 * 10000 + d2 * 1000 + d3 * 100 + d4 * 10 + d5;
-  const int written = static_cast<int>(e0 * 10 + e1);
-  const int exponent = (text[9] == '-' ? -written : written) - 5;
-  if (exponent < -22 || exponent > 22) return false;
-  const double size = exponent < 0 ? mantissa / powers[static_cast<std::size_t>(-exponent)]
-                                   : mantissa * powers[static_cast<std::size_t>(exponent)];
-  // A double in the very middle between two floats may have got there by rounding, on either side of it.
-  constexpr std::uint64_t below = (std::uint64_t{1} << 29) - 1;
-  constexpr std::uint64_t middle = std::uint64_t{1} << 28;
-  if ((std::bit_cast<std::uint64_t>(size) & below) == middle) return false;
-  number = static_cast<float>(text[0] == '-' ? -size : size);
-  return true;
-}
-
 std::string upperCased(std::string_view text) {
   std::string upper(text);
   std::transform(upper.begin(), upper.end(), upper.begin(), [](unsigned char c) { return std::toupper(c); });
   return upper;
 }
 
-namespace {
-
-// How many bytes at the start of `text` are one character in UTF-8; 0 when they are none.
-std::size_t utf8Length(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
-  const unsigned first = byte(0);
-  const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-  if (length == 0 || first > 0xF4) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0U) != 0x80U) return 0;
-  }
-  // Overlong forms, surrogates and what lies beyond the last character.
-  if ((first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F)) return 0;
-  if ((first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F)) return 0;
-  return length;
-}
-
-}  // namespace
-
-std::string storableText(std::string_view text) {
-  std::string storable;
+std::string utf8Text(std::string_view text) {
+  std::string good;
   while (!text.empty()) {
-    const std::size_t length = utf8Length(text);
+    const std::size_t length = base::utf8Length(text);
     const auto first = static_cast<unsigned char>(text.front());
     if (length == 0) {
-      storable += static_cast<char>(0xC0U | (first >> 6U));
-      storable += static_cast<char>(0x80U | (first & 0x3FU));
-    } else if (first < 0x20 || first == 0x7F) {
-      storable += ' ';
+      good += static_cast<char>(0xC0U | (first >> 6U));
+      good += static_cast<char>(0x80U | (first & 0x3FU));
     } else {
-      storable += text.substr(0, length);
+      good += text.substr(0, length);
     }
     text.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return good;
+}
+
+std::string storableText(std::string_view text) {
+  const std::string good = utf8Text(text);
+  std::string storable;
+  for (std::string_view rest = good; !rest.empty();) {
+    const std::string_view character = rest.substr(0, base::utf8Length(rest));
+    storable += base::hasControlCharacter(character) ? " " : character;
+    rest.remove_prefix(character.size());
   }
   return storable;
 }

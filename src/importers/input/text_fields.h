@@ -25,14 +25,12 @@ std::optional<double> numberFrom(std::string_view text);
 // The float nearest to that number; 0 and infinite beyond the range of floats.
 std::optional<float> floatFrom(std::string_view text);
 
-// The same as floatFrom() for the twelve characters at `text`, at several times the speed for numbers printed as
-// "-1.23456E+07". False for any other text, be it a number or none.
-bool readScientific(const char* text, float& number);
-
 std::string upperCased(std::string_view text);
 
-// Text of unknown origin as the database can keep it: UTF-8 as it is, any other byte above 127 taken for Latin-1,
-// control characters as blanks.
+// Text of unknown origin in UTF-8: what is UTF-8 as it is, any other byte above 127 taken for Latin-1.
+std::string utf8Text(std::string_view text);
+
+// The same as the database can keep it: control characters are blanks.
 std::string storableText(std::string_view text);
 
 }  // namespace importers

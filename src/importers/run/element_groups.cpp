@@ -50,6 +50,9 @@ SpreadRows spreadOverElements(const std::vector<std::unique_ptr<ElementGroup>>& 
   const LabelIndex rowOfNode(labels);
   std::vector<char> isUsed(labels.size(), 0);
   SpreadRows spread;
+  std::size_t most = 0;
+  for (const auto& group : groups) most += group->hasTensors ? group->connectivity.size() : 0;
+  for (std::vector<int>* const column : {&spread.nodes, &spread.elements, &spread.rowOf}) column->reserve(most);
   bool isFirst = true;
   for (const auto& group : groups) {
     if (!group->hasTensors) continue;

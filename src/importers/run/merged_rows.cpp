@@ -6,9 +6,9 @@ namespace importers {
 
 namespace {
 
-int at(const std::vector<int>& labels, std::size_t row) { return labels.empty() ? 0 : labels[row]; }
+int at(std::span<const int> labels, std::size_t row) { return labels.empty() ? 0 : labels[row]; }
 
-void take(std::vector<int>& to, const std::vector<int>& from, std::size_t row) {
+void take(std::vector<int>& to, std::span<const int> from, std::size_t row) {
   if (!from.empty()) to.push_back(from[row]);
 }
 
@@ -22,8 +22,7 @@ std::size_t MergedRows::Hash::operator()(const Key& key) const {
   return hash ^ (hash >> 32U);
 }
 
-void MergedRows::add(odbstore::Position position, const odbstore::LocationLabels& labels,
-                     std::span<const double> values) {
+void MergedRows::add(odbstore::Position position, const RowLabels& labels, std::span<const double> values) {
   const std::size_t count = odbstore::hasElementLabels(position) ? labels.elements.size() : labels.nodes.size();
   const std::size_t width = count == 0 ? 0 : values.size() / count;
   for (std::size_t row = 0; row < count; ++row) {

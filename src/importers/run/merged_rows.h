@@ -12,11 +12,29 @@
 
 namespace importers {
 
+// The labels of rows where they lie: those that odbstore::LocationLabels has, for the position of the rows.
+struct RowLabels {
+  RowLabels(std::span<const int> ofNodes, std::span<const int> ofElements, std::span<const int> ofPoints)
+      : nodes(ofNodes), elements(ofElements), integrationPoints(ofPoints) {}
+  RowLabels(const odbstore::LocationLabels& labels)
+      : nodes(labels.nodes), elements(labels.elements), integrationPoints(labels.integrationPoints) {}
+
+  odbstore::LocationLabels copied() const {
+    return {{nodes.begin(), nodes.end()},
+            {elements.begin(), elements.end()},
+            {integrationPoints.begin(), integrationPoints.end()}};
+  }
+
+  std::span<const int> nodes;
+  std::span<const int> elements;
+  std::span<const int> integrationPoints;
+};
+
 class MergedRows {
  public:
   // Appends those rows whose labels have not come yet; the first of several counts. `values` are [rows, width]; all
   // calls have the same position and width.
-  void add(odbstore::Position position, const odbstore::LocationLabels& labels, std::span<const double> values);
+  void add(odbstore::Position position, const RowLabels& labels, std::span<const double> values);
 
   const odbstore::LocationLabels& labels() const { return labels_; }
   const std::vector<double>& values() const { return values_; }

@@ -8,6 +8,8 @@
 #include <set>
 #include <vector>
 
+#include "base/control_characters.h"
+#include "importers/input/text_fields.h"
 #include "importers/run/set_names.h"
 
 namespace importers {
@@ -105,6 +107,30 @@ void renameFields(Outline& outline, const std::string& file, const WarningSink& 
   }
 }
 
+void clean(std::string& name, const SourcePlace& place, const WarningSink& warn) {
+  warnOfControlCharacters(name, place, warn);
+  if (base::hasControlCharacter(name)) name = storableText(name);
+}
+
+// Two fields of a step stay two.
+void cleanField(OutlineField& field, const OutlineStep& step, const std::string& file, const WarningSink& warn) {
+  if (!base::hasControlCharacter(field.name)) return;
+  clean(field.name, {file}, warn);
+  const std::string blank = field.name;
+  const auto isTaken = [&](const OutlineField& other) { return &other != &field && other.name == field.name; };
+  for (int number = 2; std::any_of(step.fields.begin(), step.fields.end(), isTaken); ++number) {
+    field.name = fmt::format("{}_{}", blank, number);
+  }
+}
+
+void cleanNames(Outline& outline, const std::string& file, const WarningSink& warn) {
+  for (OutlineSet& set : outline.sets) clean(set.name, set.place, warn);
+  for (OutlineStep& step : outline.steps) {
+    clean(step.name, {file}, warn);
+    for (OutlineField& field : step.fields) cleanField(field, step, file, warn);
+  }
+}
+
 void renumberFrames(Outline& outline, const std::string& file, const WarningSink& warn) {
   for (OutlineStep& step : outline.steps) {
     std::set<int> numbers;
@@ -154,6 +180,7 @@ std::string historyRecord(const std::string& output, const std::string& label) {
 }
 
 void keepNamesApart(Outline& outline, const std::string& file, const WarningSink& warn) {
+  cleanNames(outline, file, warn);
   renumberFrames(outline, file, warn);
   renameSets(outline, warn);
   warnOfHiddenSets(outline, warn);

@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
+#include <limits>
 #include <type_traits>
 
 #include "importers/run/record_names.h"
@@ -19,7 +20,7 @@ constexpr std::size_t kKeptNodeRows = 8;
 constexpr int kScalar = 2;
 
 template <typename To, typename From>
-std::span<const To> converted(std::span<const From> from, std::vector<To>& room) {
+std::span<const To> converted(std::span<const From> from, base::UnfilledVector<To>& room) {
   if constexpr (std::is_same_v<To, From>) {
     return from;
   } else {
@@ -27,6 +28,39 @@ std::span<const To> converted(std::span<const From> from, std::vector<To>& room)
     std::transform(from.begin(), from.end(), room.begin(), [](From number) { return static_cast<To>(number); });
     return room;
   }
+}
+
+// Numbers whose exponent has all bits, several at a time, which the compiler does not make of std::isfinite().
+template <typename Number>
+std::size_t countNotFinite(std::span<const Number> values) {
+  using Bits = std::conditional_t<sizeof(Number) == sizeof(std::uint32_t), std::uint32_t, std::uint64_t>;
+  constexpr Bits exponent = std::bit_cast<Bits>(std::numeric_limits<Number>::infinity());
+  std::size_t count = 0;
+  while (!values.empty()) {
+    // The sum of a piece fits into the number of bits of an element.
+    const auto piece = values.first(std::min<std::size_t>(values.size(), 4096));
+    Bits inPiece = 0;
+    for (const Number value : piece) inPiece += (std::bit_cast<Bits>(value) & exponent) == exponent ? 1 : 0;
+    count += inPiece;
+    values = values.subspan(piece.size());
+  }
+  return count;
+}
+
+// Rows in another order, or some of them. Of a width that the compiler knows it makes a few instructions a row.
+template <std::size_t kWidth>
+void gatherRows(std::span<const int> source, const float* from, float* to) {
+  for (const int row : source) {
+    const float* const values = from + static_cast<std::size_t>(row) * kWidth;
+    for (std::size_t i = 0; i < kWidth; ++i) to[i] = values[i];
+    to += kWidth;
+  }
+}
+
+void gatherRows(std::span<const int> source, std::size_t width, const float* from, float* to) {
+  if (width == 6) return gatherRows<6>(source, from, to);
+  if (width == 1) return gatherRows<1>(source, from, to);
+  for (const int row : source) to = std::copy_n(from + static_cast<std::size_t>(row) * width, width, to);
 }
 
 // What the extraction puts behind the name of an output of a region: the last that its place has.
@@ -126,7 +160,7 @@ std::size_t Sink::piecesOf(const RowsId& id) const {
 }
 
 template <typename Number>
-void Sink::takeRows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
+void Sink::takeRows(const RowsId& id, odbstore::Position position, const RowLabels& labels,
                     std::span<const Number> values, const SourcePlace& place) {
   writeModel();
   const std::size_t pieces = piecesOf(id);
@@ -141,28 +175,27 @@ void Sink::takeRows(const RowsId& id, odbstore::Position position, const odbstor
   pieces_.erase(id);
 }
 
-void Sink::rows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
-                std::span<const float> values, const SourcePlace& place) {
+void Sink::rows(const RowsId& id, odbstore::Position position, const RowLabels& labels, std::span<const float> values,
+                const SourcePlace& place) {
   takeRows(id, position, labels, values, place);
 }
 
-void Sink::rows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
-                std::span<const double> values, const SourcePlace& place) {
+void Sink::rows(const RowsId& id, odbstore::Position position, const RowLabels& labels, std::span<const double> values,
+                const SourcePlace& place) {
   takeRows(id, position, labels, values, place);
 }
 
 template <typename Number>
 void Sink::count(const RowsId& id, std::span<const Number> values) {
-  const auto strange =
-      std::count_if(values.begin(), values.end(), [](Number number) { return !std::isfinite(number); });
+  const std::size_t strange = countNotFinite(values);
   if (strange == 0) return;
   Strange& known = strange_[fieldOf(id).name];
   if (known.values == 0) known = {0, id.step, id.frame};
-  known.values += static_cast<std::size_t>(strange);
+  known.values += strange;
 }
 
 template <typename Number>
-void Sink::writeRows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
+void Sink::writeRows(const RowsId& id, odbstore::Position position, const RowLabels& labels,
                      std::span<const Number> values, const SourcePlace& place) {
   if (values.empty()) return;
   const OutlineField& field = fieldOf(id);
@@ -174,7 +207,7 @@ void Sink::writeRows(const RowsId& id, odbstore::Position position, const odbsto
   }
   if (isNodal) {
     NodeRows& at = nodeRows(id, labels.nodes, place);
-    if (!at.nodal) at.nodal = writer_.addLocation({kInstance, position, "", 0, ""}, labels);
+    if (!at.nodal) at.nodal = writer_.addLocation({kInstance, position, "", 0, ""}, labels.copied());
     const std::size_t width = values.size() / at.labels.size();
     if (field.info.type == kScalar) {
       put(id, *at.nodal, converted<double>(values, doubles_), width);
@@ -183,18 +216,20 @@ void Sink::writeRows(const RowsId& id, odbstore::Position position, const odbsto
     }
     return;
   }
-  const auto at = writer_.addLocation({kInstance, position, groups_.commonType(labels.elements), 0, ""}, labels);
+  const auto at =
+      writer_.addLocation({kInstance, position, groups_.commonType(labels.elements), 0, ""}, labels.copied());
   put(id, at, converted<float>(values, floats_), values.size() / labels.elements.size());
 }
 
 void Sink::spread(const RowsId& id, NodeRows& at, std::span<const float> values, const SourcePlace& place) {
   if (!at.spread) {
-    const SpreadRows spread = spreadOverElements(groups_.all(), at.labels);
-    odbstore::RowIndex index = odbstore::makeRowIndex(spread.rowOf, static_cast<std::int64_t>(at.labels.size()));
+    SpreadRows spread = spreadOverElements(groups_.all(), at.labels);
+    odbstore::RowIndex index =
+        odbstore::makeRowIndex(std::move(spread.rowOf), static_cast<std::int64_t>(at.labels.size()));
     at.looseRows = spread.looseRows;
     at.source = std::move(index.source);
     at.spread = writer_.addLocation({kInstance, odbstore::Position::elementNodal, spread.type, 0, ""},
-                                    {spread.nodes, spread.elements, {}}, std::move(index.rowOf));
+                                    {std::move(spread.nodes), std::move(spread.elements), {}}, std::move(index.rowOf));
   }
   const std::string& name = fieldOf(id).name;
   if (at.looseRows > 0 && looseOf_.insert(name).second) {
@@ -204,8 +239,7 @@ void Sink::spread(const RowsId& id, NodeRows& at, std::span<const float> values,
   }
   const std::size_t width = values.size() / at.labels.size();
   stored_.resize(at.source.size() * width);
-  float* to = stored_.data();
-  for (const int row : at.source) to = std::copy_n(values.data() + static_cast<std::size_t>(row) * width, width, to);
+  gatherRows(at.source, width, values.data(), stored_.data());
   put(id, *at.spread, std::span<const float>(stored_), width);
 }
 

@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "base/unfilled.h"
 #include "importers/input/diagnostics.h"
 #include "importers/input/label_index.h"
 #include "importers/run/choice.h"
@@ -60,10 +61,10 @@ class Sink {
 
   // Rows of a chosen field and frame, as often as the outline has pieces of them. `values` are [rows, width]; `labels`
   // are those of the position. Two rows for one place are an ImportError at `place`.
-  void rows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
-            std::span<const float> values, const SourcePlace& place);
-  void rows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
-            std::span<const double> values, const SourcePlace& place);
+  void rows(const RowsId& id, odbstore::Position position, const RowLabels& labels, std::span<const float> values,
+            const SourcePlace& place);
+  void rows(const RowsId& id, odbstore::Position position, const RowLabels& labels, std::span<const double> values,
+            const SourcePlace& place);
 
   // A history of a chosen step. `region` is the name of its region in the step; the first one of that name says what
   // the region is.
@@ -133,11 +134,11 @@ class Sink {
   const OutlineField& fieldOf(const RowsId& id) const { return outline_.steps[id.step].fields[id.field]; }
   std::size_t piecesOf(const RowsId& id) const;
   template <typename Number>
-  void takeRows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
-                std::span<const Number> values, const SourcePlace& place);
+  void takeRows(const RowsId& id, odbstore::Position position, const RowLabels& labels, std::span<const Number> values,
+                const SourcePlace& place);
   template <typename Number>
-  void writeRows(const RowsId& id, odbstore::Position position, const odbstore::LocationLabels& labels,
-                 std::span<const Number> values, const SourcePlace& place);
+  void writeRows(const RowsId& id, odbstore::Position position, const RowLabels& labels, std::span<const Number> values,
+                 const SourcePlace& place);
   template <typename Number>
   void count(const RowsId& id, std::span<const Number> values);
   template <typename Number>
@@ -169,9 +170,9 @@ class Sink {
   std::set<std::string> looseOf_;                    // fields
   std::map<FieldId, Field> fields_;
   std::set<FieldId> newlyIrregular_;
-  std::vector<float> floats_;
-  std::vector<float> stored_;
-  std::vector<double> doubles_;
+  base::UnfilledVector<float> floats_;
+  base::UnfilledVector<float> stored_;
+  base::UnfilledVector<double> doubles_;
   int histories_ = 0;
 };
 

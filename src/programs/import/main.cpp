@@ -12,6 +12,7 @@
 #include <new>
 #include <set>
 
+#include "base/control_characters.h"
 #include "import_options.h"
 #include "importers/formats/table.h"
 #include "importers/input/diagnostics.h"
@@ -48,9 +49,12 @@ void checkOutput(const std::vector<std::string>& inputs, const std::string& outp
 }
 
 void printSummary(const std::string& output, const importers::ImportSummary& summary, double seconds) {
-  print(fmt::format("{}: {} steps, {} frames, {} fields, {} histories, {} sets, {} bytes, {:.2f} s\n", output,
-                    summary.steps, summary.frames, summary.fields, summary.histories, summary.sets,
-                    std::filesystem::file_size(output), seconds));
+  std::error_code failed;
+  const std::uintmax_t bytes = std::filesystem::file_size(output, failed);
+  if (failed) throw importers::ImportError(output, 0, failed.message());
+  print(fmt::format("{}: {} steps, {} frames, {} fields, {} histories, {} sets, {} bytes, {:.2f} s\n",
+                    base::escaped(output), summary.steps, summary.frames, summary.fields, summary.histories,
+                    summary.sets, bytes, seconds));
   if (!summary.cutOffBehind.empty()) print(fmt::format("incomplete: the results end after {}\n", summary.cutOffBehind));
 }
 
@@ -90,6 +94,18 @@ void import(const ImportOptions& options, const std::vector<importers::KnownForm
   printSummary(request.output, summary, seconds.count());
 }
 
+// Memory may be too short then to make a message.
+void importNamed(const ImportOptions& options, const std::vector<importers::KnownFormat>& formats) {
+  const std::string named = base::escaped(options.input);
+  try {
+    import(options, formats);
+  } catch (const std::bad_alloc&) {
+    std::fputs(named.c_str(), stderr);
+    std::fputs(": error: ", stderr);
+    throw;
+  }
+}
+
 int run(std::vector<std::string> arguments) {
   ImportOptions options;
   const std::vector<importers::KnownFormat> formats = importers::makeFormats(importers::allFormats());
@@ -101,7 +117,7 @@ int run(std::vector<std::string> arguments) {
   } else if (options.input.empty() || (options.isJson && !options.isList)) {
     return command.refuse(options.input.empty() ? "JOB is missing" : "--json goes with --list").finish();
   } else {
-    import(options, formats);
+    importNamed(options, formats);
   }
   finishOutput();
   return 0;
@@ -111,6 +127,7 @@ int run(std::vector<std::string> arguments) {
 
 int main(int argc, char** argv) {
   prepareProcess();
+  requireRoomOnStack();
   try {
     return run({argv + 1, argv + argc});
   } catch (const std::bad_alloc&) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -140,7 +141,7 @@ class odb_FieldValueRun {
   }
   void magnitude(int from, int count, float* out) const { copy(&memory::Value::magnitude, from, count, out); }
   void mises(int from, int count, float* out) const { copy(&memory::Value::mises, from, count, out); }
-  void invariant(odb_InvariantEnum code, int from, int count, float* out) const {
+  void invariants(std::span<const odb_InvariantEnum> codes, int from, int count, float* out) const {
     static const std::map<int, float memory::Value::*> members = {
         {odb_Enum::maxPrincipal, &memory::Value::maxPrincipal},
         {odb_Enum::midPrincipal, &memory::Value::midPrincipal},
@@ -151,7 +152,10 @@ class odb_FieldValueRun {
         {odb_Enum::maxInPlanePrincipal, &memory::Value::maxInPlanePrincipal},
         {odb_Enum::minInPlanePrincipal, &memory::Value::minInPlanePrincipal},
         {odb_Enum::outOfPlanePrincipal, &memory::Value::outOfPlanePrincipal}};
-    copy(members.at(code), from, count, out);
+    for (const odb_InvariantEnum code : codes) {
+      copy(members.at(code), from, count, out);
+      out += count;
+    }
   }
 
  private:

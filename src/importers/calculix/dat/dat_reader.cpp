@@ -131,7 +131,7 @@ DatTable parseDatTitle(std::string_view line) {
   table.isOfFaces = text.find("element+face") != std::string_view::npos;
   table.heading = lowerCased(std::string(text));
   table.time = takeTime(text);
-  table.set = storableText(takeSet(text));
+  table.set = utf8Text(takeSet(text));
   table.title = lowerCased(squeezed(text.substr(0, text.find('('))));
   return table;
 }

@@ -43,6 +43,10 @@ std::string freeSetName(const Region& region, std::set<std::string>& records) {
 PrintedHistories::PrintedHistories(const std::string& path, const PrintedTables& printed, std::size_t limit,
                                    const Deck& deck, const WarningSink& warn)
     : names_(deck) {
+  std::set<std::string> sets;
+  for (const PrintedTable& table : printed.tables) {
+    if (sets.insert(table.head.set).second) warnOfControlCharacters(table.head.set, {path, table.head.line}, warn);
+  }
   for (const PrintedTable& table : printed.tables) {
     if (!table.format->isOfMesh() || table.format->rows == DatRows::contactFace || table.rows <= limit) continue;
     if (!tooLarge_.emplace(table.head.title, table.head.set).second || limit == 0) continue;

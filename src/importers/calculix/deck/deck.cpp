@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 
+#include "base/give_back.h"
 #include "importers/calculix/deck/deck_includes.h"
 #include "importers/calculix/deck/deck_keyword.h"
 #include "importers/calculix/deck/deck_labels.h"
@@ -89,11 +90,11 @@ class DeckReader {
       if (isFirst) deck_.sectionForcesFrom = static_cast<int>(deck_.stepTitles.size());
     } else if (keyword.name == "NODE") {
       data_ = Data::nodes;
-      if (const auto name = keyword.spelled("NSET")) set_ = &nodeSets_.open(*name, lines);
+      if (const auto name = keyword.spelled("NSET")) set_ = &nodeSets_.open(*name, lines, warn_);
     } else if (keyword.name == "ELEMENT") {
       mesh_.startElements(keyword, lines);
       data_ = Data::elements;
-      if (const auto set = keyword.spelled("ELSET")) set_ = &elementSets_.open(*set, lines);
+      if (const auto set = keyword.spelled("ELSET")) set_ = &elementSets_.open(*set, lines, warn_);
     } else if (keyword.name == "USERELEMENT") {
       mesh_.defineUserElement(keyword, lines);
     } else if (keyword.name == "NSET") {
@@ -131,14 +132,24 @@ class DeckReader {
       return;
     }
     includes_.enter(*path, *name, lines);
-    readFile(*path);
+    readIncluded(*path, *name, lines);
     includes_.leave(*path);
+  }
+
+  // A file that cannot be read is an error of the line that asks for it.
+  void readIncluded(const std::string& path, const std::string& name, const LineReader& from) {
+    try {
+      readFile(path);
+    } catch (const ImportError& error) {
+      if (error.place().file != path || error.place().line > 0) throw;
+      from.fail(fmt::format("the included file {}: {}", storableText(name), error.reason()));
+    }
   }
 
   void startSet(const Keyword& keyword, DeckSets& sets, Data data, LineReader& lines) {
     const auto name = keyword.spelled(keyword.name);
     if (!name) lines.fail(fmt::format("*{} names no set", keyword.name));
-    set_ = &sets.open(*name, lines);
+    set_ = &sets.open(*name, lines, warn_);
     generate_ = keyword.has("GENERATE");
     data_ = data;
   }
@@ -237,13 +248,13 @@ std::span<const int> DeckMesh::nodesOf(std::size_t element) const {
   return std::span(elementNodes).subspan(firstNode[element], end - firstNode[element]);
 }
 
-void DeckMesh::dropCoordinates() { coordinates = {}; }
+void DeckMesh::dropCoordinates() { base::giveBack(coordinates); }
 
 void DeckMesh::dropNodes() {
   dropCoordinates();
-  elementNodes = {};
-  firstNode = {};
-  nodeLabels = {};
+  base::giveBack(elementNodes);
+  base::giveBack(firstNode);
+  base::giveBack(nodeLabels);
 }
 
 std::vector<const DeckSet*> Deck::setsInOrder() const {

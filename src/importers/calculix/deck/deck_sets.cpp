@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/give_back.h"
 #include "importers/calculix/deck/deck_keyword.h"
 #include "importers/input/text_fields.h"
 
@@ -54,9 +55,10 @@ double realFrom(std::string_view item, const LineReader& lines) {
   return *value;
 }
 
-DeckSet& DeckSets::open(const std::string& name, const LineReader& lines) {
+DeckSet& DeckSets::open(const std::string& name, const LineReader& lines, const WarningSink& warn) {
   const std::string shown = storableText(withoutQuotes(name));
   if (trimmed(shown).empty()) lines.fail("the set has no name");
+  warnOfControlCharacters(name, lines.place(), warn);
   const auto [known, isNew] = sets_.try_emplace(canonicalName(name));
   DeckSet& set = known->second;
   if (isNew) {
@@ -147,8 +149,8 @@ void DeckSets::warnOf(const Strangers& strangers, const WarningSink& warn) const
 std::map<std::string, DeckSet> DeckSets::finish(const MeshLabels& mesh, LabelBudget& budget, const WarningSink& warn) {
   Strangers strangers;
   for (const Piece& piece : pieces_) addPiece(piece, mesh, budget, strangers);
-  pieces_ = {};
-  labels_ = {};
+  base::giveBack(pieces_);
+  base::giveBack(labels_);
   warnOf(strangers, warn);
   for (auto& [name, set] : sets_) set.finish();
   return std::move(sets_);

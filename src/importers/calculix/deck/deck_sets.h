@@ -21,7 +21,7 @@ class DeckSets {
   DeckSets(odbstore::SetKind kind, int& order) : kind_(kind), order_(order) {}
 
   // Opens a set, for the first time or again; `name` as spelled, with its quotes. The reference stays good.
-  DeckSet& open(const std::string& name, const LineReader& lines);
+  DeckSet& open(const std::string& name, const LineReader& lines, const WarningSink& warn);
 
   void addLabel(DeckSet& set, int label);
 

@@ -150,6 +150,7 @@ void DeckSurfaces::addSets(Deck& deck, LabelBudget& budget, const WarningSink& w
   const FaceNodes faces(deck.mesh);
   NewSets made(deck);
   for (const Surface& surface : surfaces_) {
+    warnOfControlCharacters(surface.name, surface.place, warn);
     const std::string& canonical = made.nameFor(surface.name, surface.isOfNodes);
     const std::string suffix = canonical.substr(canonicalName(surface.name).size());
     const SetOfSurface head{surface.isOfNodes ? DeckSetOrigin::surfaceOfNodes : DeckSetOrigin::surfaceOfFaces,

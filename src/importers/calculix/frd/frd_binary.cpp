@@ -17,18 +17,17 @@ static_assert(std::endian::native == std::endian::little, "binary result files a
 
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{1} << 18;  // bytes read at once: they stay in the cache
-
-// Calls `take(record, first, n)` for pieces of `count` records of `size` bytes: n of them from the first-th on.
+// Calls `take(records, first, n)` for pieces of `count` records of `size` bytes: n of them from the first-th on.
 template <class Take>
 void readRecords(FrdLines& lines, std::size_t count, std::size_t size, Take&& take) {
   lines.requireRecords(count, size);
-  const std::size_t perPiece = std::max<std::size_t>(kPiece / size, 1);
-  std::vector<char> piece(std::min(count, perPiece) * size);
-  for (std::size_t first = 0; first < count; first += perPiece) {
-    const std::size_t n = std::min(perPiece, count - first);
-    lines.requireBytes(piece.data(), n * size);
+  for (std::size_t first = 0; first < count;) {
+    const std::string_view piece = lines.reader().ahead(size);
+    const std::size_t n = std::min(piece.size() / size, count - first);
+    if (n == 0) throw FrdLines::CutOff{};
     take(piece.data(), first, n);
+    lines.reader().skipBytes(n * size, 0);
+    first += n;
   }
 }
 
@@ -42,29 +41,48 @@ std::size_t recordSize(const FrdResult& result) {
 
 template <class Number>
 void unpackRow(const char* record, std::size_t width, float* row) {
-  if constexpr (std::is_same_v<Number, float>) {
-    std::memcpy(row, record, width * sizeof(float));
-  } else {
-    for (std::size_t i = 0; i < width; ++i) {
-      Number number = 0;
-      std::memcpy(&number, record + i * sizeof(Number), sizeof(Number));
-      row[i] = static_cast<float>(number);
-    }
+  for (std::size_t i = 0; i < width; ++i) {
+    Number number = 0;
+    std::memcpy(&number, record + i * sizeof(Number), sizeof(Number));
+    row[i] = static_cast<float>(number);
+  }
+}
+
+// The copy of a row of a width that is known beforehand is a few instructions, any other one is a call.
+template <class Number, std::size_t kWidth>
+void unpackRows(const char* records, std::size_t n, int* labels, float* rows) {
+  for (std::size_t i = 0; i < n; ++i) {
+    std::memcpy(labels + i, records, sizeof(std::int32_t));
+    unpackRow<Number>(records + sizeof(std::int32_t), kWidth, rows + i * kWidth);
+    records += sizeof(std::int32_t) + kWidth * sizeof(Number);
+  }
+}
+
+template <class Number>
+void unpackRows(const char* records, std::size_t n, std::size_t width, int* labels, float* rows) {
+  switch (width) {
+    case 1:
+      return unpackRows<Number, 1>(records, n, labels, rows);
+    case 3:
+      return unpackRows<Number, 3>(records, n, labels, rows);
+    case 6:
+      return unpackRows<Number, 6>(records, n, labels, rows);
+    default:
+      for (std::size_t i = 0; i < n; ++i) {
+        std::memcpy(labels + i, records, sizeof(std::int32_t));
+        unpackRow<Number>(records + sizeof(std::int32_t), width, rows + i * width);
+        records += sizeof(std::int32_t) + width * sizeof(Number);
+      }
   }
 }
 
 template <class Number>
 void readRowsOf(FrdLines& lines, std::size_t count, FrdResult& result) {
   const std::size_t width = result.components.size();
-  const std::size_t size = recordSize(result);
   result.labels.resize(count);
   result.values.resize(count * width);
-  readRecords(lines, count, size, [&](const char* records, std::size_t first, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i) {
-      const char* const record = records + i * size;
-      std::memcpy(&result.labels[first + i], record, sizeof(std::int32_t));
-      unpackRow<Number>(record + sizeof(std::int32_t), width, result.values.data() + (first + i) * width);
-    }
+  readRecords(lines, count, recordSize(result), [&](const char* records, std::size_t first, std::size_t n) {
+    unpackRows<Number>(records, n, width, result.labels.data() + first, result.values.data() + first * width);
   });
 }
 

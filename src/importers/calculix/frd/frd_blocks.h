@@ -7,6 +7,8 @@
 #include <variant>
 #include <vector>
 
+#include "base/unfilled.h"
+
 namespace importers::calculix {
 
 // What the header lines before the first block say.
@@ -62,9 +64,9 @@ struct FrdResult {
   bool isPeriodic = false;           // the value is a time within a period of a steady state
   std::int64_t line = 0;             // of its header
   RowFormat format = RowFormat::text;
-  std::size_t rows = 0;       // also of those that were passed over
-  std::vector<int> labels;    // of nodes
-  std::vector<float> values;  // [labels, components]
+  std::size_t rows = 0;                // also of those that were passed over
+  base::UnfilledVector<int> labels;    // of nodes
+  base::UnfilledVector<float> values;  // [labels, components]
 };
 
 using FrdBlock = std::variant<FrdNodes, FrdElements, FrdResult>;

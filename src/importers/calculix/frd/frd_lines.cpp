@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "importers/input/diagnostics.h"
+#include "importers/input/fixed_columns.h"
 #include "importers/input/text_fields.h"
 
 namespace importers::calculix {
@@ -29,6 +30,7 @@ void FrdLines::requireRecords(std::size_t count, std::size_t size) const {
 
 int FrdLines::integerAt(std::string_view line, std::size_t column, std::size_t width, const char* what) const {
   const std::string_view text = columns(line, column, width);
+  if (int label = 0; text.size() == kLabelColumns && readLabel(text.data(), label)) return label;
   const std::optional<int> value = integerFrom(text);
   if (!value) fail(fmt::format("{} \"{}\" is not a whole number", what, storableText(text)));
   return *value;

@@ -188,7 +188,8 @@ FrdResult FrdReader::readResult(std::string_view header, const ResultFilter& isW
   readResultHeader(result, header);
   const std::optional<std::size_t> announced = lines_.countAt(header);
   const std::string_view line = lines_.requireKey(" -4", "a field name");
-  result.name = storableText(trimmed(columns(line, 6, 8)));
+  result.name = utf8Text(trimmed(columns(line, 6, 8)));
+  if (result.name.empty()) lines_.fail("the field has no name");
   readComponents(result, lines_.integerAt(line, 14, 5, "the number of components"));
   const bool isRead = !isWanted || isWanted(result);
   if (result.format == RowFormat::text) {

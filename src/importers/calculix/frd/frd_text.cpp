@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "importers/calculix/frd/frd_elements.h"
+#include "importers/input/fixed_columns.h"
 #include "importers/input/text_fields.h"
 
 namespace importers::calculix {
@@ -44,6 +45,39 @@ struct RowSize {
 RowSize rowSize(std::size_t width) {
   const std::size_t lines = (width + kNumbersPerLine - 1) / kNumbersPerLine;
   return {lines, lines * kFirstNumberColumn + width * kNumberWidth};
+}
+
+// A row as nearly all are: its one line ends where the last column does, and all numbers are printed in the usual way.
+// Reading only that takes a third of the time.
+bool readUsualRow(const char* line, std::size_t width, int& label, float* row) {
+  if (std::string_view(line, kRow.size()) != kRow || !readLabel(line + kRow.size(), label)) return false;
+  const char* column = line + kFirstNumberColumn - 1;
+  for (std::size_t i = 0; i < width; ++i, column += kNumberWidth) {
+    if (!readScientific(column, row[i])) return false;
+  }
+  return *column == '\n';
+}
+
+// Rows from here on up to the first one that is not like that.
+void takeUsualRows(LineReader& reader, std::size_t width, FrdResult& result) {
+  if (width > kNumbersPerLine) return;
+  const std::size_t bytes = rowSize(width).bytes;
+  for (;;) {
+    const std::string_view text = reader.ahead(bytes);
+    const std::size_t most = text.size() / bytes;
+    const std::size_t before = result.labels.size();
+    result.labels.resize(before + most);
+    result.values.resize((before + most) * width);
+    std::size_t read = 0;
+    while (read < most && readUsualRow(text.data() + read * bytes, width, result.labels[before + read],
+                                       result.values.data() + (before + read) * width)) {
+      ++read;
+    }
+    result.labels.resize(before + read);
+    result.values.resize((before + read) * width);
+    reader.skipBytes(read * bytes, static_cast<std::int64_t>(read));
+    if (read < most || most == 0) return;
+  }
 }
 
 }  // namespace
@@ -86,7 +120,10 @@ void readTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResu
   const std::size_t width = result.components.size();
   result.labels.reserve(std::min(announced.value_or(0), kLargestReserve));
   result.values.reserve(result.labels.capacity() * width);
-  for (std::string_view line = lines.require(); !line.starts_with(kEndOfRows); line = lines.require()) {
+  for (;;) {
+    takeUsualRows(lines.reader(), width, result);
+    std::string_view line = lines.require();
+    if (line.starts_with(kEndOfRows)) break;
     if (!line.starts_with(kRow)) lines.fail("a row of results was expected here (\" -1\")");
     result.labels.push_back(lines.integerAt(line, 4, 10, "the node"));
     result.values.resize(result.values.size() + width);
