@@ -93,6 +93,23 @@ class Interruptions(BatchTest):
                 self.assertIn(b"3 done (1 of them before)", self.batch("*.odb", out=f"out{number}").stdout)
                 self.path("ran").unlink()
 
+    def test_a_program_asked_to_end_before_the_runner_gives_back_its_input(self):
+        self.inputs("hang", "good")
+        process = self.start("*.odb", "-j", 1)
+        self.wait_until(lambda: self.ran() == ["0.odb"])
+        with open(f"/proc/{process.pid}/task/{process.pid}/children") as file:
+            child = int(file.read().split()[0])
+        os.kill(child, signal.SIGTERM)
+        time.sleep(0.05)
+        process.send_signal(signal.SIGTERM)
+        self.assertIn(b"2 inputs: 0 done, 0 failed, 2 left", process.communicate(timeout=30)[0])
+        self.assertEqual((process.returncode, self.states()), (3, {}))
+
+    def test_a_program_that_alone_is_asked_to_end_has_crashed(self):
+        self.inputs("signal TERM", "good")
+        self.batch("*.odb", "-k", status=1)
+        self.assertEqual(self.states(), {"0.odb": "crashed", "1.odb": "done"})
+
     def test_with_grace_what_runs_may_finish(self):
         self.inputs("slow 1", "good")
         process = self.start("*.odb", "-j", 1, "--grace", "1m")

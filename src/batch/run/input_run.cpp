@@ -25,6 +25,9 @@ namespace {
 constexpr const char* kDatabaseName = "database.odb";
 constexpr const char* kUpgradedName = "upgradedOdb.odb";
 
+// How long a request to end may take from a program to the runner.
+constexpr std::chrono::milliseconds kRequestPause{500};
+
 constexpr std::chrono::milliseconds kMemoryPause{20};
 
 void removeFile(const std::string& path) {
@@ -125,6 +128,12 @@ void InputRun::checkLimits(Clock::time_point now) {
   }
 }
 
+// Whoever ends a whole job asks all its programs to end, the runner now and then last.
+bool InputRun::isAskedToEnd(int status) {
+  return WIFSIGNALED(status) &&
+         (WTERMSIG(status) == SIGTERM || WTERMSIG(status) == SIGINT || WTERMSIG(status) == SIGHUP);
+}
+
 void InputRun::judge(int status) {
   const char* const what = phase_ == Phase::importing ? "import" : "extraction";
   if (WIFSIGNALED(status)) {
@@ -181,7 +190,15 @@ std::optional<Record> InputRun::look(Clock::time_point now) {
   hasTriedAgain_ = false;
   if (child_ != nullptr && child_->hasEnded()) {
     const int status = child_->reap();
-    judge(status);
+    if (isAskedToEnd(status)) {
+      child_.reset();
+      askedToEnd_ = status;
+      nextLook_ = now + kRequestPause;
+    } else {
+      judge(status);
+    }
+  } else if (askedToEnd_) {
+    if (now >= nextLook_) judge(*std::exchange(askedToEnd_, std::nullopt));
   } else if (child_ != nullptr && now >= nextLook_) {
     planNextLook(now);
     checkLimits(now);

@@ -31,6 +31,10 @@ class InputRun {
   // Returns the record once, when the input is done or has failed for good; it is written by then.
   std::optional<Record> look(Clock::time_point now);
 
+  // Whether its program has ended because somebody asked it to, a moment ago: if the runner is asked too, the input has
+  // not failed.
+  bool wasAskedToEnd() const { return askedToEnd_.has_value(); }
+
   // When it has to be looked after even though no program ends.
   Clock::time_point nextLook() const { return nextLook_; }
 
@@ -46,6 +50,7 @@ class InputRun {
   void planNextLook(Clock::time_point now);
   void checkLimits(Clock::time_point now);
   void fail(std::string reason, std::string detail);
+  static bool isAskedToEnd(int status);
   void judge(int status);
   void judgeExtraction();
   std::string databaseArgument();
@@ -61,6 +66,7 @@ class InputRun {
   Record record_;
   Phase phase_ = Phase::extracting;
   std::unique_ptr<ChildProcess> child_;
+  std::optional<int> askedToEnd_;  // the status of the program
   bool hasFailed_ = false;
   bool isOver_ = false;
   bool hasTriedAgain_ = false;

@@ -86,6 +86,10 @@ void Runner::conclude(InputRun& run, const Record& record) {
 void Runner::lookAfterAll() {
   const Clock::time_point now = Clock::now();
   for (auto run = running_.begin(); run != running_.end();) {
+    if (isInterrupted_ && run->wasAskedToEnd()) {
+      run = running_.erase(run);
+      continue;
+    }
     const std::optional<Record> record = run->look(now);
     if (run->hasTriedAgain()) tell(EventKind::triedAgain, run->input(), &run->record());
     if (!record) {
