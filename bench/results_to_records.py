@@ -52,6 +52,12 @@ def peak_memory(command, directory):
     return int(answer.stdout) / 1024
 
 
+def outputs(command):
+    """The names of the files that an import ("-o NAME") or dd ("of=NAME") writes."""
+    words = [str(word) for word in command]
+    return [name for option, name in zip(words, words[1:]) if option == "-o"] + [w[3:] for w in words if w.startswith("of=")]
+
+
 def run(command, directory):
     """Processor seconds, seconds on the clock, and megabytes of writes."""
     before = time.perf_counter()
@@ -79,7 +85,7 @@ class Bench:
         for number in range(self.runs + 1):
             for name, command in commands.items():
                 # Room that is given back just before is the cheapest; all who write get it alike.
-                for written in {"copy"} & {name} | {o for dash, o in zip(command, command[1:]) if dash == "-o"}:
+                for written in outputs(command):
                     (self.directory / written).unlink(missing_ok=True)
                 figures = run(command, self.directory)
                 if number > 0:

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "odbwriter/database_writer.h"
+#include "results_for_writers.h"
 #include "support/temporary_directory.h"
 
 namespace odbstore {
@@ -29,16 +30,6 @@ class ReaderTest : public testing::Test {
     const auto block = writer.addBlock(field, all, {.frames = std::vector<int>{0, 2}});
     for (const int frame : {0, 2}) writer.writeRows(block, frame, std::vector<float>(20000, 1.5F));
     writer.finish();
-  }
-
-  template <class Action>
-  std::string failureOf(Action&& action) {
-    try {
-      action();
-    } catch (const StoreError& error) {
-      return error.what();
-    }
-    return "no failure";
   }
 
   TemporaryDirectory directory_;

@@ -7,9 +7,7 @@
 #include <bit>
 #include <cstdint>
 #include <iostream>
-#include <limits>
 #include <numeric>
-#include <random>
 #include <sstream>
 
 #include "odbaccess/odb_api.h"
@@ -19,6 +17,7 @@
 #include "reduce/field_value_access.h"
 #include "reduce/reduction_results.h"
 #include "result/extraction_switches.h"
+#include "support/drawn_numbers.h"
 #include "support/temporary_directory.h"
 #include "traversal/traverse_steps.h"
 
@@ -60,9 +59,10 @@ struct Model {
 };
 
 // Draws models in which rows repeat.
-class Drawing {
+class Drawing : private DrawnNumbers {
  public:
-  int upTo(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n + 1)); }
+  Drawing() : DrawnNumbers(20261122) {}
+  using DrawnNumbers::upTo;
 
   Model model() {
     Model model;
@@ -111,26 +111,10 @@ class Drawing {
     }
   }
 
-  double number() {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    switch (upTo(flavour_)) {
-      case 0:
-        return std::normal_distribution<>(0, 100)(random_);
-      case 1:
-        return upTo(4) - 2;
-      case 2:
-        return upTo(1) == 0 ? 0.0 : -0.0;
-      case 3:
-        return std::numeric_limits<double>::quiet_NaN();
-      default:
-        return upTo(1) == 0 ? kInfinity : -kInfinity;
-    }
-  }
-
   Field field(const std::string& name) {
     Field field;
     field.name = name;
-    flavour_ = upTo(4);
+    drawKinds();
     constexpr int kTensors[] = {5, 6, 7, 8, 9};
     const int type = name == "S" ? kTensors[upTo(4)] : name == "U" ? 3 : 2;
     field.info = {"Stress, spatial displacement", type, {}, {1, 2, 3, 4, 5, 6, 7, 9, 10, 11}, upTo(3) == 0};
@@ -170,9 +154,6 @@ class Drawing {
     }
     return block;
   }
-
-  std::mt19937 random_{20261122};
-  int flavour_ = 0;
 };
 
 template <class Number>

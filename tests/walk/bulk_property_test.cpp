@@ -1,37 +1,20 @@
 // The reduction of blocks of every kind against the plain loops.
 #include <bit>
 #include <cstdint>
-#include <limits>
-#include <random>
 
 #include "plain_bulk_reduction.h"
 #include "reduce/reduce_bulk_block.h"
+#include "support/drawn_numbers.h"
 #include "walk_test.h"
 
 namespace {
 
-class BulkPropertyTest : public WalkTest {
+class BulkPropertyTest : public WalkTest, protected DrawnNumbers {
  protected:
-  int upTo(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n + 1)); }
-
-  double number() {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    switch (upTo(flavour_)) {
-      case 0:
-        return std::normal_distribution<>(0, 100)(random_);
-      case 1:
-        return upTo(4) - 2;
-      case 2:
-        return upTo(1) == 0 ? 0.0 : -0.0;
-      case 3:
-        return std::numeric_limits<double>::quiet_NaN();
-      default:
-        return upTo(1) == 0 ? kInfinity : -kInfinity;
-    }
-  }
+  BulkPropertyTest() : DrawnNumbers(20261121) {}
 
   memory::Block block() {
-    flavour_ = upTo(4);
+    drawKinds();
     constexpr int kTypes[] = {2, 3, 5, 6, 7, 8, 9};
     memory::Block block;
     block.type = kTypes[upTo(6)];
@@ -72,9 +55,6 @@ class BulkPropertyTest : public WalkTest {
     for (const Extremes& extremes : reductionResults().tensor) add(extremes);
     return all;
   }
-
-  std::mt19937 random_{20261121};
-  int flavour_ = 0;
 };
 
 TEST_F(BulkPropertyTest, BlockAfterBlockAgreesWithThePlainLoops) {
