@@ -7,9 +7,8 @@
 #include <tuple>
 #include <vector>
 
+#include "odbaccess/field_plan.h"
 #include "odbaccess/invariants.h"
-#include "odbaccess/location_storage.h"
-#include "odbstore/reader.h"
 
 namespace odb_detail {
 
@@ -19,31 +18,25 @@ namespace odb_detail {
 // them is one of the stored rows. What is found of a row is found of the stored one.
 class BlockContent {
  public:
-  BlockContent(std::shared_ptr<const odbstore::StoredStep> step, std::shared_ptr<const odbstore::FieldInfo> info,
-               const odbstore::StoredBlock& block, int frame, std::shared_ptr<LocationStorage> location);
+  // `plan` is that of one of the field's blocks, which exists in the frame.
+  BlockContent(std::shared_ptr<const FieldPlan> field, const BlockPlan& plan, int frame);
 
-  const odbstore::StoredBlock& block() const { return block_; }
+  const BlockPlan& plan() const { return plan_; }
   // What the field says of itself in this frame.
-  const odbstore::FieldInfo& info() const { return *info_; }
-  LocationStorage& location() const { return *location_; }
-  int rows() const { return static_cast<int>(location_->rows()); }
-  int storedRows() const { return static_cast<int>(block_.storedRows()); }
+  const odbstore::FieldInfo& info() const { return field_->info(); }
+  const odbstore::StoredBlock& block() const { return plan_.block(); }
+  LocationStorage& location() const { return plan_.location(); }
+  int rows() const { return static_cast<int>(location().rows()); }
+  int storedRows() const { return static_cast<int>(block().storedRows()); }
   // Of each row the stored row that it is; null where row i is stored row i.
   const int* rowOf() const { return rowOf_; }
-  int width() const { return static_cast<int>(block_.width()); }
-  bool isTensor() const { return odbstore::isTensorType(block_.type()); }
+  int width() const { return plan_.width(); }
+  bool isTensor() const { return plan_.isTensor(); }
 
   // The stored rows, [stored rows, width], in the block's precision. Nobody writes to them; they are not
   // const because the interface hands out plain pointers.
   template <class Number>
   Number* stored() const;
-
-  // By component label of the field: the column that holds it, -1 when none does.
-  const std::vector<int>& columnsOfField() const { return columnsOfField_; }
-  // Whether columnsOfField() is 0, 1, 2, ... so that a stored row serves as it is.
-  bool isInFieldOrder() const { return inFieldOrder_; }
-  // By tensor component, in the canonical order: the column that holds it, -1 when none does.
-  const std::array<int, 6>& columnsOfTensor() const { return columnsOfTensor_; }
 
   // Whether the numbers are in memory, few, or can only be had as a whole.
   bool isAtHand() const;
@@ -67,19 +60,11 @@ class BlockContent {
 
  private:
   const InvariantStretch& findInvariantsAround(int storedRow) const;
-  void findColumns();
-  // Whether rows have the components from 11 on in their places and nothing else.
-  bool isCanonical() const;
 
-  std::shared_ptr<const odbstore::StoredStep> step_;  // keeps block_ alive
-  std::shared_ptr<const odbstore::FieldInfo> info_;
-  const odbstore::StoredBlock& block_;
+  std::shared_ptr<const FieldPlan> field_;  // keeps plan_ alive
+  const BlockPlan& plan_;
   int frame_;
-  std::shared_ptr<LocationStorage> location_;
   const int* rowOf_;
-  std::vector<int> columnsOfField_;
-  bool inFieldOrder_ = false;
-  std::array<int, 6> columnsOfTensor_{};
   // Null where not asked for yet. No vectors, which would be filled with zeros first.
   mutable std::tuple<std::unique_ptr<float[]>, std::unique_ptr<double[]>> numbers_;
   mutable std::unique_ptr<float[]> mises_;

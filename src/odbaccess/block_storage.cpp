@@ -36,10 +36,6 @@ std::shared_ptr<const BlockStorage> BlockStorage::distinctOf(const std::shared_p
 
 namespace {
 
-bool isElementBased(const BlockContent& content) {
-  return odbstore::hasElementLabels(content.location().info().position) && content.rows() > 0;
-}
-
 // Copies columns of rows: column `columns[j]` goes to place j, 0 where it is negative. `from(i)` is row i.
 template <class Number, class From>
 void gatherInto(const std::vector<int>& columns, int rows, From&& from, Number* to) {
@@ -66,36 +62,17 @@ std::vector<Number> gather(const BlockStorage& block, const std::vector<int>& co
                         [&](int row) { return stored + static_cast<std::size_t>(block.storedRow(row)) * width; });
 }
 
-// The columns of the bulk rows: canonical places for tensors on elements, as stored for all else.
-std::vector<int> bulkColumns(const BlockContent& content) {
-  std::vector<int> columns;
-  if (isElementBased(content) && content.isTensor()) {
-    columns.assign(content.columnsOfTensor().begin(), content.columnsOfTensor().end());
-    while (!columns.empty() && columns.back() < 0) columns.pop_back();
-  } else {
-    columns.resize(static_cast<std::size_t>(content.width()));
-    std::iota(columns.begin(), columns.end(), 0);
-  }
-  return columns;
-}
-
-bool isWholeRow(const std::vector<int>& columns, int width) {
-  int place = 0;
-  return static_cast<int>(columns.size()) == width &&
-         std::all_of(columns.begin(), columns.end(), [&](int c) { return c == place++; });
-}
-
 }  // namespace
 
-int BlockStorage::bulkWidth() const { return static_cast<int>(bulkColumns(*content_).size()); }
+int BlockStorage::bulkWidth() const { return static_cast<int>(content_->plan().bulkColumns().size()); }
 
 template <class Number>
 Number* BlockStorage::bulkRows() const {
   if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
-  const std::vector<int> columns = bulkColumns(*content_);
+  const std::vector<int>& columns = content_->plan().bulkColumns();
   const bool isAsStored = !selection_ && content_->rowOf() == nullptr;
-  if (isAsStored && isWholeRow(columns, content_->width())) return content_->stored<Number>();
-  Kept<Number>& kept = std::get<Kept<Number>>(bulk_);
+  if (isAsStored && content_->plan().isWholeRow()) return content_->stored<Number>();
+  Kept<Number>& kept = std::get<Kept<Number>>(arranged().bulk);
   if (!kept) kept = gather<Number>(*this, columns);
   return kept->data();
 }
@@ -103,20 +80,20 @@ Number* BlockStorage::bulkRows() const {
 template float* BlockStorage::bulkRows() const;
 template double* BlockStorage::bulkRows() const;
 
-int BlockStorage::fieldRowLength() const { return static_cast<int>(content_->columnsOfField().size()); }
+int BlockStorage::fieldRowLength() const { return static_cast<int>(content_->plan().columnsOfField().size()); }
 
 template <class Number>
 const std::vector<Number>& BlockStorage::inFieldOrder() const {
-  Kept<Number>& kept = std::get<Kept<Number>>(fieldOrder_);
-  if (!kept) kept = gather<Number>(*this, content_->columnsOfField());
+  Kept<Number>& kept = std::get<Kept<Number>>(arranged().fieldOrder);
+  if (!kept) kept = gather<Number>(*this, content_->plan().columnsOfField());
   return *kept;
 }
 
 template <class Number>
 const Number* BlockStorage::fieldRow(int row) const {
   if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
-  if (!content_->isInFieldOrder()) {
-    return inFieldOrder<Number>().data() + static_cast<std::size_t>(row) * content_->columnsOfField().size();
+  if (!content_->plan().isInFieldOrder()) {
+    return inFieldOrder<Number>().data() + static_cast<std::size_t>(row) * content_->plan().columnsOfField().size();
   }
   return content_->stored<Number>() +
          static_cast<std::size_t>(storedRow(row)) * static_cast<std::size_t>(content_->width());
@@ -131,11 +108,12 @@ const Number* BlockStorage::fieldRows(int from, int count, std::vector<Number>& 
   const auto storedWidth = static_cast<std::size_t>(content_->width());
   const Number* const stored = content_->stored<Number>();
   const auto rowAt = [&](int i) { return stored + static_cast<std::size_t>(storedRow(from + i)) * storedWidth; };
-  if (isOneStretch(from, count) && content_->isInFieldOrder() && content_->columnsOfField().size() == storedWidth)
+  if (isOneStretch(from, count) && content_->plan().isInFieldOrder() &&
+      content_->plan().columnsOfField().size() == storedWidth)
     return rowAt(0);
-  const std::vector<int>& columns = content_->columnsOfField();
+  const std::vector<int>& columns = content_->plan().columnsOfField();
   buffer.resize(static_cast<std::size_t>(count) * columns.size());
-  if (content_->isInFieldOrder()) {
+  if (content_->plan().isInFieldOrder()) {
     for (int i = 0; i < count; ++i) {
       std::copy_n(rowAt(i), columns.size(), buffer.data() + static_cast<std::size_t>(i) * columns.size());
     }
@@ -148,10 +126,11 @@ const Number* BlockStorage::fieldRows(int from, int count, std::vector<Number>& 
 template const float* BlockStorage::fieldRows(int, int, std::vector<float>&) const;
 template const double* BlockStorage::fieldRows(int, int, std::vector<double>&) const;
 
-int* BlockStorage::labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const {
+int* BlockStorage::labels(const std::vector<int>& all, Kept<int> Arranged::*selected) const {
   if (all.empty()) return nullptr;
   // Nobody writes to them; the interface hands out plain pointers.
   if (!selection_) return const_cast<int*>(all.data());
+  Kept<int>& kept = arranged().*selected;
   if (!kept) {
     kept.emplace();
     kept->reserve(static_cast<std::size_t>(rows()));
@@ -160,18 +139,20 @@ int* BlockStorage::labels(const std::vector<int>& all, std::optional<std::vector
   return kept->data();
 }
 
-int* BlockStorage::elementLabels() const { return labels(content_->location().elementLabels(), elementLabels_); }
+int* BlockStorage::elementLabels() const {
+  return labels(content_->location().elementLabels(), &Arranged::elementLabels);
+}
 
-int* BlockStorage::nodeLabels() const { return labels(content_->location().nodeLabels(), nodeLabels_); }
+int* BlockStorage::nodeLabels() const { return labels(content_->location().nodeLabels(), &Arranged::nodeLabels); }
 
 int* BlockStorage::integrationPoints() const {
-  return labels(content_->location().integrationPoints(), integrationPoints_);
+  return labels(content_->location().integrationPoints(), &Arranged::integrationPoints);
 }
 
 int BlockStorage::numberOfElements() const {
   if (!selection_) return content_->location().numberOfElements();
   const int* const labels = elementLabels();
-  return labels == nullptr ? 0 : countDifferent(*elementLabels_);
+  return labels == nullptr ? 0 : countDifferent(*arranged().elementLabels);
 }
 
 float* BlockStorage::mises() const {
@@ -179,12 +160,13 @@ float* BlockStorage::mises() const {
   const float* const all = content_->mises();
   // Nobody writes to them; the interface hands out plain pointers.
   if (!selection_ && content_->rowOf() == nullptr) return const_cast<float*>(all);
-  if (!mises_) {
-    mises_.emplace();
-    mises_->reserve(static_cast<std::size_t>(rows()));
-    for (int row = 0; row < rows(); ++row) mises_->push_back(all[storedRow(row)]);
+  Kept<float>& kept = arranged().mises;
+  if (!kept) {
+    kept.emplace();
+    kept->reserve(static_cast<std::size_t>(rows()));
+    for (int row = 0; row < rows(); ++row) kept->push_back(all[storedRow(row)]);
   }
-  return mises_->data();
+  return kept->data();
 }
 
 namespace {
@@ -197,7 +179,7 @@ constexpr int kRowsOfTile = 4096;
 template <class Number>
 void BlockStorage::forEachTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const {
   if (content_->rowOf() == nullptr) return forEachStoredTileOf<Number>(take);
-  const std::vector<int> columns = bulkColumns(*content_);
+  const std::vector<int>& columns = content_->plan().bulkColumns();
   const Number* const stored = content_->stored<Number>();
   const auto width = static_cast<std::size_t>(content_->width());
   for (int first = 0; first < rows(); first += kRowsOfTile) {
@@ -221,8 +203,8 @@ template <class Number>
 void BlockStorage::forEachStoredTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const {
   const auto hand = [&](int first, int count, const Number* rows) { take(tileOf(first, count, rows)); };
   if (rows() == 0) return;
-  const std::vector<int> columns = bulkColumns(*content_);
-  const bool isWhole = isWholeRow(columns, content_->width());
+  const std::vector<int>& columns = content_->plan().bulkColumns();
+  const bool isWhole = content_->plan().isWholeRow();
   if (selection_) return hand(0, rows(), bulkRows<Number>());
   const auto handGathered = [&](int first, int count, const Number* rows) {
     hand(first, count, gather<Number>(columns, count, [&](int i) { return rows + i * content_->width(); }).data());

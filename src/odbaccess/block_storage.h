@@ -86,20 +86,28 @@ class BlockStorage {
   void forEachTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const;
   template <class Number>
   void forEachStoredTileOf(const std::function<void(const odb_FieldBulkTile&)>& take) const;
-  int* labels(const std::vector<int>& all, std::optional<std::vector<int>>& kept) const;
-
   std::shared_ptr<const BlockContent> content_;
   SharedRows selection_;                          // rows of the content, ascending; null for all
   std::shared_ptr<const DistinctRows> distinct_;  // stored rows of the content; null where not asked for
-  // Rearranged rows in the block's precision, where the stored ones do not serve.
   template <class Number>
   using Kept = std::optional<std::vector<Number>>;
-  mutable std::tuple<Kept<float>, Kept<double>> bulk_;
-  mutable std::tuple<Kept<float>, Kept<double>> fieldOrder_;
-  mutable std::optional<std::vector<int>> elementLabels_;
-  mutable std::optional<std::vector<int>> nodeLabels_;
-  mutable std::optional<std::vector<int>> integrationPoints_;
-  mutable std::optional<std::vector<float>> mises_;
+  // What has been put together for the interface, where the stored rows and labels do not serve. Most blocks are asked
+  // for none of it.
+  struct Arranged {
+    std::tuple<Kept<float>, Kept<double>> bulk;
+    std::tuple<Kept<float>, Kept<double>> fieldOrder;
+    Kept<int> elementLabels;
+    Kept<int> nodeLabels;
+    Kept<int> integrationPoints;
+    Kept<float> mises;
+  };
+  // Of each row in the selection its label in `all`.
+  int* labels(const std::vector<int>& all, Kept<int> Arranged::*selected) const;
+  Arranged& arranged() const {
+    if (!arranged_) arranged_ = std::make_unique<Arranged>();
+    return *arranged_;
+  }
+  mutable std::unique_ptr<Arranged> arranged_;
 };
 
 }  // namespace odb_detail

@@ -22,8 +22,9 @@ odb_SetRepository& EntityStorage::sets(SetKind kind) {
   std::optional<odb_SetRepository>& sets = kind == SetKind::element ? elementSets_ : nodeSets_;
   if (!sets) {
     std::map<odb_String, odb_Set> nodes;
-    for (const std::string& name : guarded([&] { return reader_->sets(owner_, kind); })) {
-      nodes.emplace(odb_String(name), odb_Set(std::make_shared<SetStorage>(reader_, owner_, kind, name)));
+    for (const std::string& stored : guarded([&] { return reader_->sets(owner_, kind); })) {
+      const odb_String name(stored);
+      nodes.emplace_hint(nodes.end(), name, odb_Set(std::make_shared<SetStorage>(reader_, owner_, kind, name)));
     }
     sets = odb_SetRepository(std::move(nodes));
   }

@@ -1,6 +1,5 @@
 #include "odbaccess/field_storage.h"
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -9,11 +8,9 @@ namespace odb_detail {
 Blocks FieldStorage::blocks() const {
   if (subset_) return *subset_;
   Blocks blocks;
-  for (const odbstore::StoredBlock& block : field_.blocks) {
-    if (!block.existsIn(frame_)) continue;
-    auto content =
-        std::make_shared<const BlockContent>(stored_, info_, block, frame_, step_->locations().of(block.location()));
-    blocks.push_back(std::make_shared<const BlockStorage>(std::move(content)));
+  for (const BlockPlan& plan : plan_->blocks()) {
+    if (!plan.block().existsIn(frame_)) continue;
+    blocks.push_back(std::make_shared<const BlockStorage>(std::make_shared<const BlockContent>(plan_, plan, frame_)));
   }
   return blocks;
 }

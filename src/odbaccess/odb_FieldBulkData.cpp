@@ -15,9 +15,7 @@ float* odb_FieldBulkData::data() const { return storage_->bulkRows<float>(); }
 double* odb_FieldBulkData::dataDouble() const { return storage_->bulkRows<double>(); }
 
 odb_Sequence<odb_String> odb_FieldBulkData::componentLabels() const {
-  odb_Sequence<odb_String> labels;
-  for (const std::string& label : storage_->content()->block().componentLabels()) labels.append(odb_String(label));
-  return labels;
+  return storage_->content()->plan().componentLabels();
 }
 
 int odb_FieldBulkData::numberOfElements() const { return storage_->numberOfElements(); }

@@ -52,7 +52,7 @@ class odb_FieldOutput {
   odb_FieldOutput getSubset(const odb_Set& set) const;
 
  private:
-  const odb_detail::FieldContent& content() const;
+  odb_detail::FieldContent& content() const;
 
   std::shared_ptr<const odb_detail::FieldStorage> storage_;
   mutable std::shared_ptr<odb_detail::FieldContent> content_;

@@ -9,9 +9,11 @@ int odb_FieldValueRun::count() const { return block_->rows(); }
 
 odb_FieldValue odb_FieldValueRun::value(int i) const { return odb_FieldValue(block_, i); }
 
-int odb_FieldValueRun::type() const { return odb_FieldValue(block_, 0).type(); }
+int odb_FieldValueRun::type() const { return block_->content()->block().type(); }
 
-int odb_FieldValueRun::precision() const { return odb_FieldValue(block_, 0).precision(); }
+int odb_FieldValueRun::precision() const {
+  return block_->content()->block().isDouble() ? odb_Enum::doublePrecision : odb_Enum::singlePrecision;
+}
 
 int odb_FieldValueRun::dataCount() const { return block_->fieldRowLength(); }
 

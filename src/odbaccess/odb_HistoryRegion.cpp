@@ -14,7 +14,7 @@ odb_HistoryPoint odb_HistoryRegion::historyPoint() const {
   const odbstore::HistoryRegionInfo& info = storage_->stored().info;
   return odb_HistoryPoint(odb_Node(info.node), odb_Element(info.element), info.integrationPoint,
                           odb_SectionPoint(info.sectionPoint, odb_String(info.sectionPointDescription)),
-                          odb_Set(std::make_shared<odb_detail::SetStorage>(info.set)));
+                          odb_Set(std::make_shared<odb_detail::SetStorage>(odb_String(info.set))));
 }
 
 odb_Repository<odb_String, odb_HistoryOutput> odb_HistoryRegion::historyOutputs() const {

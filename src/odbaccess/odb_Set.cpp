@@ -2,4 +2,4 @@
 
 #include "odbaccess/set_storage.h"
 
-odb_String odb_Set::name() const { return storage_ ? odb_String(storage_->name()) : odb_String(); }
+odb_String odb_Set::name() const { return storage_ ? storage_->name() : odb_String(); }

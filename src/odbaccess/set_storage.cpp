@@ -16,7 +16,7 @@ void SetStorage::load() {
     labels.erase(std::unique(labels.begin(), labels.end()), labels.end());
     (*labels_)[instance] = std::move(labels);
   };
-  for (odbstore::SetMembers& group : reader_->setMembers(owner_, kind_, name_)) {
+  for (odbstore::SetMembers& group : reader_->setMembers(owner_, kind_, name_.cStr())) {
     switch (owner_.kind) {
       case OwnerKind::assembly:
         add(group.instance, std::move(group.labels));

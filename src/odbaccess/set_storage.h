@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "odbaccess/odb_String.h"
 #include "odbstore/reader.h"
 
 namespace odb_detail {
@@ -17,12 +18,12 @@ using odbstore::SetKind;
 class SetStorage {
  public:
   // A set of the model.
-  SetStorage(std::shared_ptr<const odbstore::Reader> reader, odbstore::Owner owner, SetKind kind, std::string name)
+  SetStorage(std::shared_ptr<const odbstore::Reader> reader, odbstore::Owner owner, SetKind kind, odb_String name)
       : reader_(std::move(reader)), owner_(std::move(owner)), kind_(kind), name_(std::move(name)) {}
   // A name alone, without members.
-  explicit SetStorage(std::string name) : name_(std::move(name)) {}
+  explicit SetStorage(odb_String name) : name_(std::move(name)) {}
 
-  const std::string& name() const { return name_; }
+  const odb_String& name() const { return name_; }
   SetKind kind() const { return kind_; }
 
   // The labels that the set has in an instance, ascending, each once.
@@ -34,7 +35,7 @@ class SetStorage {
   std::shared_ptr<const odbstore::Reader> reader_;
   odbstore::Owner owner_;
   SetKind kind_ = SetKind::element;
-  std::string name_;
+  odb_String name_;
   std::optional<std::map<std::string, std::vector<int>>> labels_;  // by instance
 };
 

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "odbaccess/guard.h"
 #include "odbaccess/history_region_storage.h"
@@ -11,6 +12,17 @@ namespace odb_detail {
 const std::shared_ptr<const odbstore::StoredStep>& StepStorage::stored() {
   if (!stored_) stored_ = guarded([&] { return reader_->step(name_); });
   return stored_;
+}
+
+const std::shared_ptr<const FieldPlan>& StepStorage::plan(std::size_t index, int frame) {
+  const std::vector<odbstore::StoredField>& fields = stored()->fields();
+  plans_.resize(fields.size());
+  std::shared_ptr<const FieldPlan>& plan = plans_[index];
+  auto info = fields[index].infoIn(frame);
+  if (!plan || &plan->info() != info.get()) {
+    plan = std::make_shared<const FieldPlan>(stored(), fields[index], std::move(info), *locations_);
+  }
+  return plan;
 }
 
 odb_HistoryRegionRepository& StepStorage::historyRegions() {

@@ -1,11 +1,14 @@
 // Steps, behind the handles.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "odbaccess/field_plan.h"
 #include "odbaccess/location_cache.h"
 #include "odbaccess/odb_HistoryRegion.h"
 #include "odbstore/reader.h"
@@ -19,9 +22,11 @@ class StepStorage {
       : reader_(std::move(reader)), locations_(std::move(locations)), name_(std::move(name)) {}
 
   const std::string& name() const { return name_; }
-  LocationCache& locations() { return *locations_; }
   // The step of the file, opened at first use.
   const std::shared_ptr<const odbstore::StoredStep>& stored();
+
+  // Field `index` as it describes itself in a frame that has it; the same object as long as that stays the same.
+  const std::shared_ptr<const FieldPlan>& plan(std::size_t index, int frame);
 
   odb_HistoryRegionRepository& historyRegions();
 
@@ -30,6 +35,7 @@ class StepStorage {
   std::shared_ptr<LocationCache> locations_;
   std::string name_;
   std::shared_ptr<const odbstore::StoredStep> stored_;
+  std::vector<std::shared_ptr<const FieldPlan>> plans_;  // of each field the one asked for last, or null
   std::optional<odb_HistoryRegionRepository> historyRegions_;
 };
 

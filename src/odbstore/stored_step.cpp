@@ -48,11 +48,19 @@ int StoredStep::frameCount() const {
       Catalog::placesOf(locations_->file()->catalog().columns().steps()->frameEnd(), index_).size());
 }
 
+std::size_t StoredStep::placeOf(int frame) const {
+  const columns::Catalog& columns = locations_->file()->catalog().columns();
+  return Catalog::placesOf(columns.steps()->frameEnd(), index_).first + static_cast<std::size_t>(frame);
+}
+
+int StoredStep::incrementNumber(int frame) const {
+  return locations_->file()->catalog().columns().frames()->incrementNumber()->Get(at(placeOf(frame)));
+}
+
 FrameInfo StoredStep::frame(int frame) const {
   const Catalog& catalog = locations_->file()->catalog();
   const columns::Frames& frames = *catalog.columns().frames();
-  const std::size_t first = Catalog::placesOf(catalog.columns().steps()->frameEnd(), index_).first;
-  const auto i = at(first + static_cast<std::size_t>(frame));
+  const auto i = at(placeOf(frame));
   return {frames.incrementNumber()->Get(i), frames.value()->Get(i),
           std::string(catalog.text(frames.description()->Get(i)))};
 }

@@ -33,6 +33,7 @@ class StoredStep {
   int frameCount() const;
   // Frame 0 <= frame < frameCount().
   FrameInfo frame(int frame) const;
+  int incrementNumber(int frame) const;
   std::vector<FrameInfo> frames() const;
 
   // By name, bytes ascending. Put together at the first call.
@@ -49,6 +50,8 @@ class StoredStep {
  private:
   std::vector<StoredField> makeFields() const;
   std::vector<StoredBlock> makeBlocks(std::size_t field, const std::shared_ptr<const FrameSlabs>& frames) const;
+  // The place of a frame among all of the catalog.
+  std::size_t placeOf(int frame) const;
   // The region's place in the catalog.
   std::size_t findRegion(const std::string& region) const;
 

@@ -16,7 +16,7 @@ std::string_view extremeToken(Extreme extreme) {
 }
 
 void ExtremesWriter::write(std::string_view quantity, Extreme extreme, double value) {
-  line_ << head_.text() << quantity << extremeToken(extreme) << value;
+  line_ << quantity << extremeToken(extreme) << value;
   line_.end(out_);
 }
 

@@ -22,7 +22,7 @@ std::string_view extremeToken(Extreme extreme);
 class ExtremesWriter {
  public:
   // The stream is to live as long.
-  ExtremesWriter(std::ostream& out, RecordHead head) : out_(out), head_(std::move(head)) {}
+  ExtremesWriter(std::ostream& out, RecordHead head) : out_(out), line_(std::move(head).take()) {}
 
   // One record: the head, the quantity, the token, the value.
   void write(std::string_view quantity, Extreme extreme, double value);
@@ -37,7 +37,6 @@ class ExtremesWriter {
 
  private:
   std::ostream& out_;
-  RecordHead head_;
   RecordLine line_;
 };
 

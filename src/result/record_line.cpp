@@ -21,5 +21,5 @@ void RecordLine::end(std::ostream& out) {
   text_ += '\n';
   out.write(text_.data(), static_cast<std::streamsize>(text_.size()));
   out.flush();
-  text_.clear();
+  text_.resize(start_);
 }

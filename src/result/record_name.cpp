@@ -21,7 +21,7 @@ std::string cleanedName(const odb_String& name) {
 }
 
 RecordHead::RecordHead(const odb_String& step, int increment, const odb_String& regionTag, const odb_String& field) {
-  constexpr std::size_t kRest = 32;  // the fixed parts and the number
+  constexpr std::size_t kRest = 96;  // the fixed parts, the numbers and what comes behind the head
   text_.reserve(static_cast<std::size_t>(step.length() + regionTag.length() + field.length()) + kRest);
   appendCleaned(text_, step);
   text_ += "__Frame_";

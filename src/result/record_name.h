@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "odbaccess/odb_api.h"
 
@@ -16,6 +17,8 @@ class RecordHead {
   RecordHead(const odb_String& step, int increment, const odb_String& regionTag, const odb_String& field);
 
   std::string_view text() const { return text_; }
+  // The text itself, with room for the rest of a line.
+  std::string&& take() && { return std::move(text_); }
 
  private:
   std::string text_;

@@ -73,10 +73,11 @@ void processStep(const odb_Odb& odb, const odb_Step& step, std::ostream& out, co
     }
   }
   if (switches.field) {
+    Regions regions(odb);
     const odb_SequenceFrame& frames = step.frames();
     for (int i = 0; i < frames.size(); ++i) {
       const odb_Frame frame = frames.constGet(i);
-      processFrame(odb, frame, out, name, deeper, depth - 1);
+      processFrame(regions, frame, out, name, deeper, depth - 1);
     }
   }
 }
