@@ -1,14 +1,18 @@
 """The damage does what it says."""
+import contextlib
 import pathlib
 import random
+import signal
 import tempfile
 import unittest
+from unittest import mock
 
 import h5py
 
 import catalogs
 import grammar
 import mutate
+import run
 import seeds
 import structure
 
@@ -95,6 +99,30 @@ class MutateTest(unittest.TestCase):
             widths.add(len(data))
         self.assertIn(25, widths)
         self.assertGreater(len(widths), 2)
+
+
+class LimitsTest(unittest.TestCase):
+    """What takes long or waits is a broken promise; a busy machine is not."""
+
+    def outcome_of(self, script):
+        with tempfile.TemporaryDirectory() as directory, contextlib.chdir(directory), \
+                mock.patch.multiple(run, SECONDS=1, PATIENCE=3), mock.patch.object(seeds, "BIN", pathlib.Path(directory)):
+            signal.signal(signal.SIGALRM, run.late)
+            program = pathlib.Path("program")
+            program.write_text("#!/bin/sh\n" + script + "\n")
+            program.chmod(0o755)
+            with self.assertRaises(run.Broken) as broken:
+                run.run("program")
+            return str(broken.exception)
+
+    def test_processor_time(self):
+        self.assertIn("more than 1 s of processor time", self.outcome_of("while :; do :; done"))
+
+    def test_waiting(self):
+        self.assertIn("hangs for 3 s", self.outcome_of("exec sleep 100"))
+
+    def test_crash(self):
+        self.assertIn("crashed with 11", self.outcome_of("kill -SEGV $$"))
 
 
 if __name__ == "__main__":
