@@ -126,4 +126,13 @@ const InvariantStretch& BlockContent::findInvariantsAround(int row) const {
   return *(invariants_[static_cast<std::size_t>(row / kRows)] = std::move(stretch));
 }
 
+void BlockContent::invariantColumn(odb_InvariantEnum code, float* out) const {
+  const int place = invariantPlace(code);
+  for (int first = 0; first < storedRows(); first += InvariantStretch::kRows) {
+    const auto& numbers = invariantsAround(first).numbers;
+    const int count = std::min(InvariantStretch::kRows, storedRows() - first);
+    for (int i = 0; i < count; ++i) *out++ = numbers[i][place];
+  }
+}
+
 }  // namespace odb_detail

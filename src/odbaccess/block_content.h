@@ -57,6 +57,8 @@ class BlockContent {
     const bool isKnown = stretch < invariants_.size() && invariants_[stretch] != nullptr;
     return isKnown ? *invariants_[stretch] : findInvariantsAround(storedRow);
   }
+  // The invariant of a code other than those of the equivalent stress and the magnitude of all stored rows into `out`.
+  void invariantColumn(odb_InvariantEnum code, float* out) const;
 
  private:
   const InvariantStretch& findInvariantsAround(int storedRow) const;

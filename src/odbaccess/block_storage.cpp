@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <numeric>
 #include <type_traits>
@@ -29,6 +30,14 @@ std::shared_ptr<const BlockStorage> BlockStorage::subset(const std::shared_ptr<S
   return std::make_shared<const BlockStorage>(content_, std::move(rows));
 }
 
+const int* BlockStorage::storedRows(int from, int count, std::vector<int>& buffer) const {
+  const int* const rowOf = distinct_ ? nullptr : content_->rowOf();
+  if (rowOf != nullptr && contentRow(from + count - 1) - contentRow(from) == count - 1) return rowOf + contentRow(from);
+  buffer.resize(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) buffer[static_cast<std::size_t>(i)] = storedRow(from + i);
+  return buffer.data();
+}
+
 std::shared_ptr<const BlockStorage> BlockStorage::distinctOf(const std::shared_ptr<const BlockStorage>& block) {
   if (block->content_->rowOf() == nullptr || block->rows() == 0) return block;
   return std::make_shared<const BlockStorage>(*block, block->content_->location().distinctRowsOf(block->selection_));
@@ -43,6 +52,29 @@ void gatherInto(const std::vector<int>& columns, int rows, From&& from, Number* 
   for (int i = 0; i < rows; ++i, to += width) {
     const Number* const row = from(i);
     for (std::size_t j = 0; j < width; ++j) to[j] = columns[j] < 0 ? Number{0} : row[columns[j]];
+  }
+}
+
+template <int kWidth, class Number>
+void copyRowsOf(const Number* stored, const int* rows, int count, Number* to) {
+  for (int i = 0; i < count; ++i, to += kWidth) std::copy_n(stored + std::ptrdiff_t{rows[i]} * kWidth, kWidth, to);
+}
+
+// Copies whole rows. The widths of vectors and tensors are known to the compiler: a call for each row would take
+// longer.
+template <class Number>
+void copyRows(const Number* stored, const int* rows, int count, int width, Number* to) {
+  switch (width) {
+    case 1:
+      return copyRowsOf<1>(stored, rows, count, to);
+    case 3:
+      return copyRowsOf<3>(stored, rows, count, to);
+    case 4:
+      return copyRowsOf<4>(stored, rows, count, to);
+    case 6:
+      return copyRowsOf<6>(stored, rows, count, to);
+    default:
+      for (int i = 0; i < count; ++i, to += width) std::copy_n(stored + std::ptrdiff_t{rows[i]} * width, width, to);
   }
 }
 
@@ -105,20 +137,19 @@ template const double* BlockStorage::fieldRow(int) const;
 template <class Number>
 const Number* BlockStorage::fieldRows(int from, int count, std::vector<Number>& buffer) const {
   if (content_->block().isDouble() != std::is_same_v<Number, double>) return nullptr;
-  const auto storedWidth = static_cast<std::size_t>(content_->width());
-  const Number* const stored = content_->stored<Number>();
-  const auto rowAt = [&](int i) { return stored + static_cast<std::size_t>(storedRow(from + i)) * storedWidth; };
-  if (isOneStretch(from, count) && content_->plan().isInFieldOrder() &&
-      content_->plan().columnsOfField().size() == storedWidth)
-    return rowAt(0);
+  const int width = content_->width();
   const std::vector<int>& columns = content_->plan().columnsOfField();
+  const bool isWholeRow = content_->plan().isInFieldOrder() && columns.size() == static_cast<std::size_t>(width);
+  const Number* const stored = content_->stored<Number>();
+  if (isWholeRow && isOneStretch(from, count)) return stored + std::ptrdiff_t{storedRow(from)} * width;
   buffer.resize(static_cast<std::size_t>(count) * columns.size());
-  if (content_->plan().isInFieldOrder()) {
-    for (int i = 0; i < count; ++i) {
-      std::copy_n(rowAt(i), columns.size(), buffer.data() + static_cast<std::size_t>(i) * columns.size());
-    }
+  std::vector<int> storedRowsOfThem;
+  const int* const rows = storedRows(from, count, storedRowsOfThem);
+  if (isWholeRow) {
+    copyRows(stored, rows, count, width, buffer.data());
   } else {
-    gatherInto(columns, count, rowAt, buffer.data());
+    gatherInto(
+        columns, count, [&](int i) { return stored + std::ptrdiff_t{rows[i]} * width; }, buffer.data());
   }
   return buffer.data();
 }
@@ -181,11 +212,18 @@ void BlockStorage::forEachTileOf(const std::function<void(const odb_FieldBulkTil
   if (content_->rowOf() == nullptr) return forEachStoredTileOf<Number>(take);
   const std::vector<int>& columns = content_->plan().bulkColumns();
   const Number* const stored = content_->stored<Number>();
-  const auto width = static_cast<std::size_t>(content_->width());
+  const int width = content_->width();
+  std::vector<Number> tile(static_cast<std::size_t>(std::min(rows(), kRowsOfTile)) * columns.size());
+  std::vector<int> storedRowsOfTile;
   for (int first = 0; first < rows(); first += kRowsOfTile) {
     const int count = std::min(kRowsOfTile, rows() - first);
-    const std::vector<Number> tile = gather<Number>(
-        columns, count, [&](int i) { return stored + static_cast<std::size_t>(storedRow(first + i)) * width; });
+    const int* const of = storedRows(first, count, storedRowsOfTile);
+    if (content_->plan().isWholeRow()) {
+      copyRows(stored, of, count, width, tile.data());
+    } else {
+      gatherInto(
+          columns, count, [&](int i) { return stored + std::ptrdiff_t{of[i]} * width; }, tile.data());
+    }
     take(tileOf(first, count, tile.data()));
   }
 }

@@ -40,6 +40,8 @@ class BlockStorage {
     const int* const rowOf = content_->rowOf();
     return rowOf == nullptr ? contentRow(row) : rowOf[contentRow(row)];
   }
+  // The same of `count` rows, at least one, from `from` on; put together in `buffer` where they are not in memory so.
+  const int* storedRows(int from, int count, std::vector<int>& buffer) const;
   // Whether `count` rows, at least one, from `from` on are stored one after the other.
   bool isOneStretch(int from, int count) const {
     if (distinct_) return distinct_->isOneStretch(from, count);

@@ -49,8 +49,13 @@ class odb_FieldValueRun {
   void invariants(std::span<const odb_InvariantEnum> codes, int from, int count, float* out) const;
 
  private:
+  void takeFromColumns(std::span<const odb_InvariantEnum> codes, int from, int count, float* out) const;
+
   std::shared_ptr<const odb_detail::BlockStorage> block_;
   int first_;
   std::vector<float> floats_;
   std::vector<double> doubles_;
+  mutable std::vector<int> rows_;
+  mutable std::vector<odb_InvariantEnum> codesOfColumns_;
+  mutable std::vector<float> columns_;  // [codes, stored rows]
 };
