@@ -124,11 +124,6 @@ FrameNumber Frames::add(const RunFrame& frame) {
   return added_.back();
 }
 
-void Frames::dropStatus() {
-  (*warn_)(base::warning({statusPath_}, "its times are not those of the results, and are not used"));
-  times_.clear();
-}
-
 void Frames::checkStatus() {
   for (const RunFrame& frame : frames_) {
     const auto times = times_.find(frame.step);

@@ -78,9 +78,8 @@ using StepSpans = std::map<int, StepSpan>;
 // them.
 class Frames {
  public:
-  // `statusPath` names the status file, which need not exist.
-  Frames(const std::string& statusPath, const WarningSink& warn)
-      : statusPath_(statusPath), times_(readStepTimes(statusPath)), warn_(&warn) {}
+  // `statusTimes` are those of the status file, empty where there is none.
+  explicit Frames(StepTimes statusTimes = {}) : times_(std::move(statusTimes)) {}
 
   // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is
   // another one than the block's.
@@ -89,10 +88,9 @@ class Frames {
   // A frame that the result file lacks; settle() puts it at its place in the step.
   FrameNumber add(const RunFrame& frame);
 
-  // When all blocks are known: passes over a status file that contradicts them, with a warning.
+  // When all blocks are known: drops the times of a status file that contradicts them.
   void checkStatus();
-  // Passes over the status file, with the same warning.
-  void dropStatus();
+  void dropStatus() { times_.clear(); }
 
   // When all frames are known: orders those of each step, and finds their numbers, values and descriptions. Where
   // frames of a step would have equal numbers they are numbered from 1, and `note` receives a text that says so.
@@ -114,9 +112,7 @@ class Frames {
   void order(FrameNumber frame);
   void numberStep(const std::vector<FrameNumber>& frames, const WarningSink& note);
 
-  std::string statusPath_;
   StepTimes times_;
-  const WarningSink* warn_;
   std::vector<RunFrame> frames_;
   std::vector<FrameNumber> added_;
   std::map<int, std::vector<FrameNumber>> order_;
