@@ -83,7 +83,7 @@ std::pair<std::size_t, std::size_t> Reader::setPlaces(const Owner& owner, SetKin
     return std::tuple(static_cast<int>(sets.ownerKind()->Get(at(i))), sets.owner()->Get(at(i)),
                       static_cast<int>(sets.kind()->Get(at(i))));
   };
-  // The first place whose key is not before the wanted one, or not at or before it.
+  // The first index whose key is not below the wanted one (lower bound), or above it (upper bound).
   const auto boundOf = [&](bool isUpper) {
     std::size_t low = 0;
     std::size_t high = sets.name()->size();

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kSumBytes = 4;
 constexpr int kLevel = 4;
 
-// J. G. Fletcher's sum of 16-bit words, as HDF5 takes it: the higher byte first, an odd last byte as a high one.
+// J. G. Fletcher's sum of 16-bit words as in HDF5: the higher byte first, an odd last byte as a high one.
 std::uint32_t fletcher32(std::span<const std::byte> bytes) {
   constexpr std::size_t kWordsBeforeOverflow = 360;
   const auto at = [&](std::size_t i) { return static_cast<std::uint32_t>(bytes[i]); };
@@ -48,7 +48,7 @@ std::array<std::byte, kSumBytes> sumBytes(std::span<const std::byte> bytes) {
   return out;
 }
 
-// Takes the sum off the end of bytes that agree with it.
+// Removes the checksum from the end of the bytes; false if they do not match it.
 bool takeSum(std::span<const std::byte>& bytes) {
   if (bytes.size() < kSumBytes) return false;
   const std::span content = bytes.first(bytes.size() - kSumBytes);
@@ -82,10 +82,10 @@ const char* inflateInto(std::span<const std::byte> stored, std::span<std::byte> 
   }
   ::inflateEnd(&stream);
   if (status == Z_MEM_ERROR) throw std::bad_alloc();
-  if (status == Z_BUF_ERROR && room == 0) return "the packed numbers are more than the frame has";
-  if (status == Z_BUF_ERROR) return "the packed numbers are cut off";
+  if (status == Z_BUF_ERROR && room == 0) return "there are more packed numbers than the frame has";
+  if (status == Z_BUF_ERROR) return "the packed numbers are truncated";
   if (status != Z_STREAM_END) return "the packed numbers are damaged";
-  if (room != 0) return "the packed numbers are fewer than the frame has";
+  if (room != 0) return "there are fewer packed numbers than the frame has";
   if (in != 0) return "something follows the packed numbers";
   return nullptr;
 }
@@ -104,9 +104,9 @@ void appendSum(std::vector<std::byte>& bytes) {
   bytes.insert(bytes.end(), sum.begin(), sum.end());
 }
 
-constexpr const char* kWrongSum = "the packed numbers do not agree with their checksum";
+constexpr const char* kWrongSum = "the packed numbers do not match their checksum";
 
-// A slab whose sum is packed with it.
+// A slab with its checksum packed together.
 const char* unpackSummed(std::span<const std::byte> stored, std::span<std::byte> out) {
   std::vector<std::byte> summed(out.size() + kSumBytes);
   if (const char* const reason = inflateInto(stored, summed)) return reason;
@@ -123,7 +123,7 @@ const char* unpack(std::span<const std::byte> stored, Packing packing, std::span
   const bool hasSum = packing == Packing::fletcher32 || packing == Packing::gzipFletcher32;
   if (hasSum && !takeSum(stored)) return kWrongSum;
   if (packing == Packing::gzip || packing == Packing::gzipFletcher32) return inflateInto(stored, out);
-  if (stored.size() != out.size()) return "the numbers are not as many as the frame has";
+  if (stored.size() != out.size()) return "the number of values is not that of the frame";
   std::memcpy(out.data(), stored.data(), out.size());
   return nullptr;
 }

@@ -144,7 +144,7 @@ class VerifyTest(ProgramTest):
     def test_a_file_that_is_cut_off_says_so(self):
         whole = self.path("job.odb").read_bytes()
         self.path("job.odb").write_bytes(whole[:-5000])
-        self.assertEqual(self.findings(), f"job.odb: is cut off: {len(whole) - 5000} of its {len(whole)} bytes are there\n")
+        self.assertEqual(self.findings(), f"job.odb: is truncated: {len(whole) - 5000} of its {len(whole)} bytes are there\n")
 
     def test_packed_frames_are_named_by_their_number(self):
         database(self.path("job.odb"), compression="gzip")
