@@ -24,7 +24,7 @@ constexpr int kCannotRun = 126;
 constexpr int kNotFound = 127;
 constexpr int kUsageError = 2;
 
-// All arguments behind its name are its own, so what shells ask about it another program answers.
+// All arguments after its name are its own, so what shells ask about it another program answers.
 constexpr std::string_view kExtraction = "quarnish";
 constexpr const char* kExtractionCompletion = "quarnish-completion";
 
@@ -35,7 +35,7 @@ int say(std::FILE* stream, const std::string& text) {
 
 int sayVersion(const std::string& name) { return say(stdout, fmt::format("{} {}\n", name, KOLVEX_VERSION)); }
 
-// `arguments` stand behind the place of the program's name and end with a null.
+// `arguments` stand after the place of the program's name and end with a null.
 int runSubcommand(const std::string& name, char** arguments) {
   std::error_code failure;
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", failure);
@@ -67,7 +67,7 @@ int unknown(std::string_view command) {
   return 1;
 }
 
-// `kolvex --man [COMMAND [COMMAND-OF-IT]]`. The extraction's is here, for whatever is behind its name is its own.
+// `kolvex --man [COMMAND [COMMAND-OF-IT]]`. The extraction's is here, for whatever is after its name is its own.
 int sayManPage(const std::vector<std::string>& arguments) {
   if (arguments.empty()) return say(stdout, kolvex::launcherCommand().manPage());
   if (!kolvex::findSubcommand(arguments.front())) return unknown(arguments.front());
@@ -77,7 +77,7 @@ int sayManPage(const std::vector<std::string>& arguments) {
   return runSubcommand(arguments.front(), std::move(forwarded));
 }
 
-// `kolvex --complete INDEX WORD...`: behind a command its program knows what there is.
+// `kolvex --complete INDEX WORD...`: after a command its program knows what there is.
 int sayCompletion(const std::vector<std::string>& arguments) {
   const std::optional<tool::CompletionRequest> request = tool::completionRequestFrom(arguments);
   if (!request) return kUsageError;

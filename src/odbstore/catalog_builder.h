@@ -59,7 +59,7 @@ struct OutputEntry {
   std::int64_t width = 0;
 };
 
-// Names that the database gives itself; nothing where it gives none.
+// Names that the database gives itself; nothing if it gives none.
 struct ModelNames {
   std::optional<std::string> name;
   std::optional<std::string> title;

@@ -26,7 +26,7 @@ class FrameSlabs {
  private:
   std::int64_t count_;
   bool isListed_ = false;
-  std::vector<std::pair<int, int>> slabByFrame_;  // ascending; empty where nothing is listed
+  std::vector<std::pair<int, int>> slabByFrame_;  // ascending; empty if nothing is listed
 };
 
 }  // namespace odbstore

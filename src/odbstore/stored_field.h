@@ -23,7 +23,7 @@ class StoredField {
 
   std::string name;
   FieldInfo info;                   // unless a frame has its own
-  std::vector<StoredBlock> blocks;  // in the order of the file
+  std::vector<StoredBlock> blocks;  // in file order
 
   // The info in a frame that has the field; the same object as long as nothing differs. Not thread-safe.
   std::shared_ptr<const FieldInfo> infoIn(int frame) const;

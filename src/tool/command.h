@@ -73,7 +73,7 @@ class Command {
   Command& seeAlso(std::string page);
   // `-h` does not mean `--help`.
   Command& onlyLongHelp();
-  // A program that this one starts with the arguments behind its name.
+  // A program that this one starts with the arguments after its name.
   Command& subcommand(std::string name, std::string summary);
 
   // The options that follow stand under this heading.

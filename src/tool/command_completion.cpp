@@ -1,4 +1,4 @@
-// What a shell offers behind a command.
+// What a shell offers after a command.
 #include <algorithm>
 
 #include "tool/command.h"
@@ -9,7 +9,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// The option of that name, if it has a value; null where there is none.
+// The option of that name, if it has a value; null if there is none.
 const Option* optionWithValue(const std::vector<Option>& options, const std::string& name) {
   for (const Option& option : options) {
     if (option.isArgument || option.value.empty()) continue;
@@ -43,7 +43,7 @@ Before read(const std::vector<Option>& options, const CompletionRequest& request
   return before;
 }
 
-// The argument behind `count` others; null where there are no more.
+// The argument after `count` others; null if there are no more.
 const Option* argumentBehind(const std::vector<Option>& options, std::size_t count) {
   for (const Option& option : options) {
     if (!option.isArgument) continue;

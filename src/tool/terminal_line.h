@@ -7,7 +7,7 @@
 
 namespace tool {
 
-// Does nothing where `stream` is not a terminal. Wipes the line at the end.
+// Does nothing if `stream` is not a terminal. Wipes the line at the end.
 class TerminalLine {
  public:
   explicit TerminalLine(std::FILE* stream);

@@ -10,7 +10,7 @@ namespace batch {
 
 struct ProgramCall {
   std::string path;
-  std::vector<std::string> arguments;  // behind the program's name
+  std::vector<std::string> arguments;  // after the program's name
   std::string directory;               // that it works in
   int log = -1;                        // open file that gets its output and errors
 };

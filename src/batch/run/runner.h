@@ -38,7 +38,7 @@ enum class EventKind {
 struct Event {
   EventKind kind = EventKind::started;
   const BatchInput* input = nullptr;
-  const Record* record = nullptr;  // null where it has just started
+  const Record* record = nullptr;  // null if it has just started
 };
 
 // Hears of every event, and (with null) of every moment when time has passed and nothing happened.

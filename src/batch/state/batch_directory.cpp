@@ -28,7 +28,7 @@ constexpr const char* kSettingsName = "settings";
 // What bytes of the lock file stand for.
 enum LockedByte : int { kRunners = 0, kInputList = 1 };
 
-// Waits with `isPatient`. False where another one has a lock that excludes this one; a file system without locks says
+// Waits with `isPatient`. False if another one has a lock that excludes this one; a file system without locks says
 // yes to everything.
 bool lock(int file, LockedByte what, short kind, bool isPatient) {
   struct flock range {};

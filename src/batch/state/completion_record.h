@@ -32,10 +32,10 @@ struct Record {
 
 std::string textOf(const Record& record);
 
-// Nothing where the text is not a whole record.
+// Nothing if the text is not a whole record.
 std::optional<Record> recordFrom(const std::string& text);
 
-// Nothing where there is no record or not a whole one.
+// Nothing if there is no record or not a whole one.
 std::optional<Record> readRecord(const std::string& directory);
 
 // Throws base::FileError.

@@ -67,7 +67,7 @@ void writeSmallFile(const std::string& path, const std::string& text, bool isSyn
 
 void syncToDisk(const std::string& path) {
   const base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  if (!file || !isSynchronised(file.get())) fail(path, "cannot be brought to the disk");
+  if (!file || !isSynchronised(file.get())) fail(path, "cannot be written to disk");
 }
 
 }  // namespace batch

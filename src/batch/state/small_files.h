@@ -6,7 +6,7 @@
 
 namespace batch {
 
-// The content of a regular file, or nothing where it cannot be read, is not one, or has more than `most` bytes. Never
+// The content of a regular file, or nothing if it cannot be read, is not one, or has more than `most` bytes. Never
 // waits, should it be a pipe.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t most = std::size_t{1} << 20U);
 

@@ -24,7 +24,7 @@ class Expansion {
   Expansion() = default;
   // Finds the elements of a deck, whose nodes are still there, among those of the result file. A solid under the label
   // of a shell, plane element, beam or truss is its expansion. Elements of layers (*SHELL SECTION, COMPOSITE) stand in
-  // the order of their labels behind the highest label of the deck: layer after layer, the lowest one first.
+  // the order of their labels after the highest label of the deck: layer after layer, the lowest one first.
   Expansion(const Deck& deck, const FrdElements& elements);
 
   // Labels of the result file that stand for a node or an element of the deck, beside its own label; ascending.

@@ -36,7 +36,7 @@ class ResultDelivery {
   // What a target takes of all rows of a block: in the block's own memory, in the place of what it held, where nobody
   // else needs it.
   std::span<const float> rowsFor(const Target& target, FrdResult& block);
-  // Labels and values of those rows that a target takes which does not take all; good until the next call.
+  // Labels and values of those rows that a target takes which does not take all; valid until the next call.
   std::pair<std::span<const int>, std::span<const float>> keptRows(const Target& target, std::span<const int> labels,
                                                                    std::span<const float> rows);
   void takePeaks(const FrdResult& block);

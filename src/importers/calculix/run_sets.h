@@ -18,7 +18,7 @@ class RunSets {
   RunSets(const Deck& deck, const std::vector<int>& nodes, const FrdElements& mesh, const WarningSink& warn);
 
   // Appends them in the order of the deck, under every name that it gives them: with their members and all nodes and
-  // elements that the solver has made of those, and behind them sets of the copies of a cyclic sector.
+  // elements that the solver has made of those, and after them sets of the copies of a cyclic sector.
   void addTo(Outline& outline) const;
   // In the same order.
   void deliver(Sink& sink) const;

@@ -17,7 +17,7 @@ struct Sector {
 };
 
 // The sectors of a deck with DeckSectorCopies, its own one first. In each further one labels are larger by the same
-// number: those of elements by the highest label of the deck. Nothing where the elements of the file are not made so.
+// number: those of elements by the highest label of the deck. Nothing if the elements of the file are not made so.
 std::optional<std::vector<Sector>> sectorsOf(const Deck& deck, const FrdElements& elements);
 
 // Sets for them: SECTOR-1, the deck's own, SECTOR-2, ... of their elements, and each with kNodesSuffix of their nodes;

@@ -12,14 +12,14 @@ namespace importers {
 struct Format {
   const char* name;         // of --format
   const char* description;  // of --formats
-  // Null where a build lacks the library that the format needs.
+  // Null if a build lacks the library that the format needs.
   std::unique_ptr<Importer> (*make)();
 };
 
 // A format of the table with its importer.
 struct KnownFormat {
   const Format* format = nullptr;
-  std::unique_ptr<Importer> importer;  // null where it is not in this build
+  std::unique_ptr<Importer> importer;  // null if it is not in this build
 };
 
 // An importer for every row of the table.

@@ -17,7 +17,7 @@ class LastPlaces {
 
  private:
   LabelIndex index_;
-  std::vector<int> last_;  // for the first place of a label; empty where none comes twice
+  std::vector<int> last_;  // for the first place of a label; empty if none comes twice
 };
 
 }  // namespace importers

@@ -54,7 +54,7 @@ std::size_t LineReader::readSome(char* to, std::size_t size) {
   return static_cast<std::size_t>(got);
 }
 
-// Moves what is left to the front and reads behind it; false when nothing came.
+// Moves what is left to the front and reads after it; false when nothing came.
 bool LineReader::refill() {
   std::memmove(buffer_.get(), buffer_.get() + at_, end_ - at_);
   end_ -= at_;

@@ -19,16 +19,16 @@ class LineReader {
   LineReader(const LineReader&) = delete;
   LineReader& operator=(const LineReader&) = delete;
 
-  // The next line without its end ("\n" or "\r\n"), good until the next call; false at the end of the file. A last line
-  // without an end counts. Throws ImportError for a read error and for a line of more than kLongestLine bytes.
+  // The next line without its end ("\n" or "\r\n"), valid until the next call; false at the end of the file. A last
+  // line without an end counts. Throws ImportError for a read error and for a line of more than kLongestLine bytes.
   bool next(std::string_view& line);
 
   // What has been read ahead, at least `least` bytes of it (no more than kLongestLine), fewer at the end of the file;
-  // good until the next call of any member but skipBytes().
+  // valid until the next call of any member but skipBytes().
   std::string_view ahead(std::size_t least);
   // Copies the next `size` bytes; false, and nothing read, when the file has fewer left.
   bool readBytes(void* to, std::size_t size);
-  // Up to `size` bytes from `distance` bytes ahead on, fewer at the end of the file; good until the next call of any
+  // Up to `size` bytes from `distance` bytes ahead on, fewer at the end of the file; valid until the next call of any
   // member. `size` is at most kLongestLine.
   std::string_view peekAt(std::uint64_t distance, std::size_t size);
   // Passes over bytes, not more than are left, that are known to hold so many lines.

@@ -59,7 +59,7 @@ struct OutlineSet {
 struct Outline {
   std::string title;
   std::string producer;   // the program that made the results
-  std::string form;       // "ASCII", "binary", ...; empty where there is but one
+  std::string form;       // "ASCII", "binary", ...; empty if there is but one
   std::size_t nodes = 0;  // of the mesh
   std::size_t elements = 0;
   std::vector<OutlineStep> steps;  // in their order

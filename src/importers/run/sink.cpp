@@ -63,7 +63,7 @@ void gatherRows(std::span<const int> source, std::size_t width, const float* fro
   for (const int row : source) to = std::copy_n(from + static_cast<std::size_t>(row) * width, width, to);
 }
 
-// What the extraction puts behind the name of an output of a region: the last that its place has.
+// What the extraction puts after the name of an output of a region: the last that its place has.
 std::string recordLabel(const odbstore::HistoryRegionInfo& info) {
   if (!info.set.empty()) return info.set;
   if (info.sectionPoint > 0) return std::to_string(info.sectionPoint);

@@ -31,7 +31,7 @@ class Source {
   virtual void deliver(const Choice& choice, Sink& sink, const ProgressSink& progress) = 0;
 
   // After deliver() has failed: reads all rows, leaves those out from now on that cannot be read, each with a warning,
-  // and gives the outline of what is left. False where nothing can be left out, so that the error stands.
+  // and gives the outline of what is left. False if nothing can be left out, so that the error stands.
   virtual bool leaveOutDamage(Outline& /*outline*/) { return false; }
 };
 

@@ -62,7 +62,7 @@ struct DatFormat {
   DatShape shape = DatShape::scalar;
   std::string_view name;  // of the field, and of its outputs without their components
   std::string_view description;
-  // What a deck asks with for such tables, separated by blanks; empty where that is not of interest.
+  // What a deck asks with for such tables, separated by blanks; empty if that is not of interest.
   std::string_view keys = {};
   // DatShape::named: what the columns are called, separated by blanks; "-" for what is no result.
   std::string_view columns = {};
@@ -89,7 +89,7 @@ const DatFormat& datFormatOf(const DatTable& table);
 // All formats, in the order of the solver's manual.
 std::span<const DatFormat> datFormats();
 
-// Which columns of the format the numbers of a row are, when it has so many of them; nothing where that cannot be
+// Which columns of the format the numbers of a row are, when it has so many of them; nothing if that cannot be
 // found out. `heading` is the text above the rows.
 std::optional<std::vector<std::size_t>> datColumns(const DatFormat& format, std::string_view heading,
                                                    std::size_t numbers);

@@ -63,7 +63,7 @@ std::string joined(std::string_view spaced) {
   return word;
 }
 
-// A title of spaced words, and the number behind them; false for any other line.
+// A title of spaced words, and the number after them; false for any other line.
 bool parseSpacedTitle(std::string_view line, DatTable& table) {
   std::string title;
   for (line = trimmed(line); !line.empty(); line = trimmed(line)) {

@@ -24,7 +24,7 @@ struct DatTable {
   std::int64_t line = 0;
 };
 
-// The words of a row. Good until the next call of the reader.
+// The words of a row. Valid until the next call of the reader.
 using DatRow = std::vector<std::string_view>;
 
 class DatReader {
@@ -32,9 +32,9 @@ class DatReader {
   // Throws ImportError when the file cannot be opened.
   explicit DatReader(const std::string& path) : lines_(path) {}
 
-  // The next table, behind all rows of the one before; nothing at the end of the file.
+  // The next table, after all rows of the one before; nothing at the end of the file.
   std::optional<DatTable> next();
-  // The next row of the table handed out last; false behind the last one. A last line without an end is no row.
+  // The next row of the table handed out last; false after the last one. A last line without an end is no row.
   bool nextRow(DatRow& row);
   // The same as the whole line.
   bool nextRow(std::string_view& line);

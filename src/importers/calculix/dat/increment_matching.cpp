@@ -158,7 +158,7 @@ class Matching {
     std::size_t last = 0;
     std::size_t next = 0;
     for (Candidate candidate : candidates_[time]) {
-      // All that lie before it, by their cost without what is left out behind them.
+      // All that lie before it, by their cost without what is left out after them.
       for (; next < before.size() && before[next].place < candidate.place; ++next) {
         const int cost = before[next].cost - kLeftOut * expected_[before[next].place];
         if (cost < least) first = next;

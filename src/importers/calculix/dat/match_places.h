@@ -11,7 +11,7 @@
 namespace importers::calculix {
 
 struct MatchPlace {
-  std::size_t step = 0;                  // of the list, behind its end for steps that nobody knows of
+  std::size_t step = 0;                  // of the list, after its end for steps that nobody knows of
   std::optional<std::size_t> increment;  // nothing between two of them
   Rounded range;
   bool isExpected = false;

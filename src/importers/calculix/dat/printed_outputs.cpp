@@ -13,7 +13,7 @@ namespace {
 
 // Forces between two surfaces are printed in up to three tables alike: all, normal and shear forces.
 constexpr int kTablesOfForces = 3;
-// The columns of modes: cycles per time come behind the eigenvalue and radians per time.
+// The columns of modes: cycles per time come after the eigenvalue and radians per time.
 constexpr std::size_t kFrequencyColumn = 2;
 constexpr std::size_t kFactorColumn = 0;
 
@@ -61,7 +61,7 @@ class OutputFinder {
     found_.outputs.emplace_back();
     output().kind = kind;
     output().step = kind == FrameKind::time ? 0 : step_;
-    output().behind = step_;
+    output().after = step_;
     output().line = table().head.line;
     sectionsBefore_.push_back(entered_.size());
     inOutput_.clear();
@@ -234,7 +234,7 @@ class OutputFinder {
       case FrameKind::bucklingMode:
         break;
     }
-    // All modes print the same, with the same time; what else comes belongs to the step behind.
+    // All modes print the same, with the same time; what else comes belongs to the step after.
     if (output().tables.empty() && mode_ == 1) modeTime_ = time;
     return count < mostOf(kind) && (mode_ == 1 ? time == modeTime_ : ofFirstMode_.contains(kind));
   }

@@ -19,7 +19,7 @@
 //    2  time 1, displacements and forces   the same: displacements came again, so this is another increment
 //    3  mode 1 of the step of the modes
 //    4  mode 2 of the step of the modes
-//    5  time 2, displacements              behind the step of the modes
+//    5  time 2, displacements              after the step of the modes
 #pragma once
 
 #include <cstdint>
@@ -45,7 +45,7 @@ struct PrintedOutput {
 
   int step = 0;  // of all but times
   // Times are of a step between these two.
-  int behind = 0;
+  int after = 0;
   std::optional<int> before;
   std::vector<int> plans;  // times: by which such tables are printed
 };

@@ -45,7 +45,7 @@ class PlaceFinder {
 
  private:
   static bool isTimeBeside(const PrintedOutput& output, const PrintedOutput& first) {
-    return output.kind == FrameKind::time && output.behind == first.behind && output.before == first.before;
+    return output.kind == FrameKind::time && output.after == first.after && output.before == first.before;
   }
 
   void contradict(std::int64_t line, std::string why) {
@@ -110,10 +110,10 @@ class PlaceFinder {
                                         output.mode, output.step, output.value, frame.value));
   }
 
-  // The steps in time between those that come before and behind the outputs.
+  // The steps in time between those that come before and after the outputs.
   std::vector<StepInTime> stepsFor(const PrintedOutput& first) const {
     std::vector<StepInTime> found;
-    for (auto step = steps_.steps.upper_bound(first.behind); step != steps_.steps.end(); ++step) {
+    for (auto step = steps_.steps.upper_bound(first.after); step != steps_.steps.end(); ++step) {
       if (first.before && step->first >= *first.before) break;
       if (step->second.isInTime()) found.push_back({step->first, &step->second});
     }

@@ -55,7 +55,7 @@ struct Deck {
   // maps.
   std::vector<const DeckSet*> setsInOrder() const;
   // The set or the surface that the solver prints (.dat) under a name, which is in capitals, without blanks and cut off
-  // at a comma; null where there is none. A set of that kind comes before one of the other.
+  // at a comma; null if there is none. A set of that kind comes before one of the other.
   const DeckSet* setPrintedAs(std::string_view name, odbstore::SetKind kind) const;
   const DeckSet* surfacePrintedAs(std::string_view name) const;
   DeckMesh mesh;
@@ -64,7 +64,7 @@ struct Deck {
   std::vector<DeckNodalThickness> nodalThicknesses;
   std::vector<std::string> stepTitles;  // of each step its first line of text, or empty
   DeckSteps steps;                      // what each calculates, when it writes, and what it prints
-  // The step that first asks for SECTION FORCES, 0 where none does. From there on the solver writes them instead of
+  // The step that first asks for SECTION FORCES, 0 if none does. From there on the solver writes them instead of
   // stresses, even if a later step asks for stresses again.
   int sectionForcesFrom = 0;
   DeckLocalAxes localAxes;

@@ -18,7 +18,7 @@ class DeckIncludes {
 
   // Where the file is that a line includes: beside the file of that line, beside the deck, in the current directory, or
   // in a directory above the deck: the solver looks in the directory in which it runs, and a job may be given to it as
-  // "run7/job". Nothing where none of them exists.
+  // "run7/job". Nothing if none of them exists.
   std::optional<std::string> find(const std::string& name, const LineReader& line) const;
 
   // Before a file is read that a line includes by a name, and after it is read. An ImportError at that line for a file

@@ -10,7 +10,7 @@ namespace importers::calculix {
 
 namespace {
 
-// The number in the i-th item of a line, nothing where the line ends before or the item is empty.
+// The number in the i-th item of a line, nothing if the line ends before or the item is empty.
 std::optional<double> numberAt(std::string_view line, std::size_t i, const LineReader& lines) {
   const std::vector<std::string_view> items = dataItems(line);
   if (i >= items.size() || items[i].empty()) return std::nullopt;

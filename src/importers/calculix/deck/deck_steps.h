@@ -39,16 +39,16 @@ struct DeckStep {
   std::vector<double> timePoints;
   bool timePointsAreTotal = false;  // from the start of the run, not of the step
 
-  std::optional<double> period = 0;  // how long it goes in total time; nothing where the deck does not say
+  std::optional<double> period = 0;  // how long it goes in total time; nothing if the deck does not say
   std::optional<double> startsAt;    // the total time that the step sets, with TIME RESET 0
   bool isPeriodic = false;           // in time, but within periods of a steady state, which take no total time
   bool isFluid = false;              // prints at times of its own, which the status file does not know
   bool isUncoupled = false;          // temperatures and displacements in turn: each has a line in the status file
-  double lastFrequency = 0.0;        // of a steady state: the end of its range, 0 where the deck does not say
+  double lastFrequency = 0.0;        // of a steady state: the end of its range, 0 if the deck does not say
   std::pair<int, int> diameters;     // of the modes of a cyclic model, first and last
   bool isCyclic = false;             // whether it names nodal diameters
   std::vector<PrintRequest> prints;  // in the order in which they are printed
-  bool knowsPrints = true;           // false where a restart takes over requests that the deck does not show
+  bool knowsPrints = true;           // false if a restart takes over requests that the deck does not show
 };
 
 struct DeckSteps {
@@ -66,7 +66,7 @@ class DeckStepReader {
  public:
   void start(const Keyword& keyword);
   void takeData(std::string_view line);
-  // To be called once, behind the last line.
+  // To be called once, after the last line.
   DeckSteps finish();
 
  private:

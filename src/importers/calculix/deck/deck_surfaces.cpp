@@ -66,7 +66,7 @@ class FaceNodes {
  public:
   explicit FaceNodes(const DeckMesh& mesh) : mesh_(mesh), elements_(mesh.elementLabels), kinds_(kindsOfTypes(mesh)) {}
 
-  // Adds those of one face of all the elements to a set; false where an element has no such face. Elements that are not
+  // Adds those of one face of all the elements to a set; false if an element has no such face. Elements that are not
   // there have none.
   bool collect(const std::vector<int>& elements, const std::string& face, DeckSet& set) const {
     bool isKnown = true;

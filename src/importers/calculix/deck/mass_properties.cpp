@@ -88,7 +88,7 @@ class MassOfDeck {
     return std::span(corners_).first(count);
   }
 
-  // Of the nodes of an element; empty where they are all those of its section.
+  // Of the nodes of an element; empty if they are all those of its section.
   std::span<const std::array<double, 2>> thicknessesOf(std::size_t element, const DeckSection& section) {
     if (!section.hasNodalThickness) return {};
     const auto labels = deck_.mesh.nodesOf(element).first(static_cast<std::size_t>(kindOf(element).nodes));

@@ -14,7 +14,7 @@ namespace importers::calculix {
 // A record is the label and three doubles.
 void readBinaryNodes(FrdLines& lines, std::size_t count, FrdNodes& nodes);
 
-// A record is label, type code, group, material and the nodes. Elements go on behind the last one announced as long as
+// A record is label, type code, group, material and the nodes. Elements go on after the last one announced as long as
 // no text follows: layered shells are several, announced as one.
 void readBinaryElements(FrdLines& lines, std::size_t count, FrdElements& elements);
 

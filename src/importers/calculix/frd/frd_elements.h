@@ -16,7 +16,7 @@ class ElementGatherer {
 
   // How many nodes an element of that code has; a code that is none is an ImportError.
   std::size_t nodesOf(int code) const;
-  // `nodes` are as many as nodesOf(code), in the order of the file.
+  // `nodes` are as many as nodesOf(code), in file order.
   void add(int label, int code, std::span<const int> nodes);
 
  private:

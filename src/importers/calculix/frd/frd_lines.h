@@ -24,7 +24,7 @@ class FrdLines {
   const std::string& path() const { return reader_.path(); }
   [[noreturn]] void fail(const std::string& reason) const { reader_.fail(reason); }
 
-  // The next line, good until the next call.
+  // The next line, valid until the next call.
   std::string_view require();
   // The next line, which must start with `key`; `what` says what that would be.
   std::string_view requireKey(std::string_view key, const char* what);

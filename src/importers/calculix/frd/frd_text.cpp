@@ -141,7 +141,7 @@ void readTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResu
 }
 
 void skipTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResult& result) {
-  // Rows have one length: where the end of the block stands right behind as many as announced, it is that.
+  // Rows have one length: where the end of the block stands right after as many as announced, it is that.
   const RowSize row = rowSize(result.components.size());
   if (announced && *announced <= lines.reader().bytesLeft() / row.bytes) {
     const std::size_t bytes = *announced * row.bytes;

@@ -50,7 +50,7 @@ bool saysTheSame(const RunFrame& frame, const IncrementTime& time) {
          rounded(time.total, kDigitsOfStatus).meets(rounded(frame.value, frame.digits));
 }
 
-// Whether a frame comes behind one that the result file lacks.
+// Whether a frame comes after one that the result file lacks.
 bool isBehind(const RunFrame& frame, const RunFrame& added) {
   // Times of the next period are smaller again.
   if (added.isPeriodic) return false;

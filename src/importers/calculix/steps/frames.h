@@ -78,7 +78,7 @@ using StepSpans = std::map<int, StepSpan>;
 // them.
 class Frames {
  public:
-  // `statusTimes` are those of the status file, empty where there is none.
+  // `statusTimes` are those of the status file, empty if there is none.
   explicit Frames(StepTimes statusTimes = {}) : times_(std::move(statusTimes)) {}
 
   // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is

@@ -23,7 +23,7 @@ Rounded rounded(double value, int digits);
 // The number with so many digits: what a file prints of it.
 double withDigits(double value, int digits);
 
-// What is left of `total` behind `start`, without the digits that the subtraction makes up; `digits` are those of
+// What is left of `total` after `start`, without the digits that the subtraction makes up; `digits` are those of
 // `total`.
 double difference(double total, double start, int digits);
 

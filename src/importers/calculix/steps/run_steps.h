@@ -32,7 +32,7 @@ struct RunStep {
   // Of a step in time, in the order of the run.
   std::vector<KnownIncrement> increments;
   bool knowsAll = false;    // whether there are no others before the last one of them
-  bool mayGoOn = true;      // whether there may be others behind it
+  bool mayGoOn = true;      // whether there may be others after it
   bool hasFrames = false;   // in the result file
   std::set<int> diameters;  // of its modes in the result file
 

@@ -14,7 +14,7 @@ struct IncrementTime {
   double step = 0.0;
 };
 
-// By step, from 1, in the order of the file: a deck that starts a second analysis in a step has some increments twice.
+// By step, from 1, in file order: a deck that starts a second analysis in a step has some increments twice.
 // Modes, buckling factors, steady states and modal dynamics are not in the file.
 using StepTimes = std::map<int, std::vector<IncrementTime>>;
 
