@@ -65,18 +65,18 @@ class Command {
 
   // What follows the name in the synopsis; may be called again for another form.
   Command& synopsis(std::string text);
-  // A paragraph of the description; one that starts with blanks is kept as it is.
+  // A paragraph of the description; one that starts with blanks is not re-wrapped.
   Command& describe(std::string paragraph);
   Command& exitStatus(int status, std::string meaning);
   Command& example(std::string line);
-  // A page that tells more, "kolvex-verify(1)".
+  // A related page, "kolvex-verify(1)".
   Command& seeAlso(std::string page);
   // `-h` does not mean `--help`.
   Command& onlyLongHelp();
   // A program that this one starts with the arguments after its name.
   Command& subcommand(std::string name, std::string summary);
 
-  // The options that follow stand under this heading.
+  // A heading for the options that follow.
   Command& group(std::string title);
   Command& flag(std::string names, bool& to, std::string help);
   Command& flag(std::string names, std::function<void()> take, std::string help);

@@ -162,11 +162,11 @@ INSTANTIATE_TEST_SUITE_P(
                     PlacesCase{"MoreListsOfModesThanSteps",
                                {modes({40}), modes({50})},
                                {ofModes()},
-                               {"no step of the run is left for eigenvalue output"}},
+                               {"the run has no further step for eigenvalue output"}},
                     PlacesCase{"ModesOfARunWithoutSteps",
                                {modes({40})},
                                {kFirst},
-                               {"no step of the run is left for eigenvalue output"}}),
+                               {"the run has no further step for eigenvalue output"}}),
     [](const testing::TestParamInfo<PlacesCase>& info) { return info.param.name; });
 
 }  // namespace

@@ -199,7 +199,7 @@ TEST_F(PlacesTest, WhatNothingTellsIsSaid) {
   EXPECT_THAT(places(displacements(1e6) + displacements(1e6) + displacements(1e6, "TOP", "4.0  5.0  6.0"),
                      {"*STATIC\n1e6, 1e6\n" + kPrints, "*STATIC\n.01, .05\n"}),
               testing::SizeIs(3));
-  EXPECT_THAT(said_, Contains(HasSubstr("too few digits to tell increments")));
+  EXPECT_THAT(said_, Contains(HasSubstr("too few digits to distinguish increments")));
 }
 
 TEST_F(PlacesTest, FramesOfTheResultFileGetTheTablesOfTheirIncrement) {
@@ -328,7 +328,7 @@ TEST_F(PlacesTest, WithoutAStatusFileFramesForWhichNothingIsPrintedTell) {
                      {"*STATIC\n1000., 1000.\n" + kPrints, "*STATIC\n.01, .02\n*NODE FILE\nU\n"},
                      {block(2, 1, 1000.01, 1), block(2, 2, 1000.02, 2)}),
               IsEmpty());
-  EXPECT_THAT(said_, ElementsAre(HasSubstr("nothing is printed for any of 2 frames")));
+  EXPECT_THAT(said_, ElementsAre(HasSubstr("none of 2 frames has printed tables")));
 }
 
 TEST_F(PlacesTest, AStatusFileOfAnotherRunIsNotBelieved) {

@@ -17,8 +17,7 @@ class RecordColumns {
   explicit RecordColumns(std::vector<std::string> patterns) : patterns_(std::move(patterns)) {}
 
   void beginRow() { ++row_; }
-  // The column of the next record of that name in the row, made where there is none yet; nothing if it is not
-  // wanted.
+  // The column of the next record of that name in the row, created if there is none yet; nothing if it is not wanted.
   std::optional<std::size_t> columnOf(std::string_view name);
   // The same without making one: nothing as well where it has none.
   std::optional<std::size_t> knownColumnOf(std::string_view name);

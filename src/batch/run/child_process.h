@@ -1,4 +1,4 @@
-// A program in a process group of its own, which ends as a whole.
+// A program in its own process group, which is ended as a whole.
 #pragma once
 
 #include <sys/types.h>

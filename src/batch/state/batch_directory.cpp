@@ -94,7 +94,8 @@ base::Descriptor BatchDirectory::join(const Settings& settings) const {
   }
   lock(file.get(), kRunners, F_RDLCK, true);
   if (lastSettings() == settings.sum()) return file;
-  throw base::FileError(path_, "", "another run with a different configuration or import options is at work here");
+  throw base::FileError(path_, "",
+                        "another run with a different configuration or other import options is working here");
 }
 
 void BatchDirectory::addInputs(const std::vector<BatchInput>& inputs) const {
@@ -122,7 +123,7 @@ std::vector<BatchInput> BatchDirectory::inputs() const {
   std::vector<BatchInput> inputs;
   for (std::size_t begin = 0; begin < text->size();) {
     const std::size_t end = text->find('\n', begin);
-    if (end == std::string::npos) throw base::FileError(path, "", "the last line is cut off");
+    if (end == std::string::npos) throw base::FileError(path, "", "the last line is incomplete");
     std::string input = text->substr(begin, end - begin);
     std::string id = inputId(input);
     inputs.push_back({std::move(input), std::move(id)});

@@ -16,7 +16,7 @@ namespace importers::calculix {
 
 class PrintedImport {
  public:
-  // `plan` says what becomes of the tables. All must live as long.
+  // `plan` says what becomes of the tables. All must outlive this object.
   PrintedImport(const std::string& path, const Contents& contents, const Plan& plan, Sink& sink)
       : path_(path), contents_(contents), plan_(plan), sink_(sink) {}
 

@@ -21,7 +21,7 @@ namespace importers::calculix {
 
 class ResultDelivery {
  public:
-  // Result blocks whose ordinals are in `leftOut` are passed over. All must live as long.
+  // Result blocks whose ordinals are in `leftOut` are skipped. All must outlive this object.
   ResultDelivery(const std::string& path, const Deck& deck, const Plan& plan, const std::set<std::size_t>& leftOut,
                  Sink& sink);
 

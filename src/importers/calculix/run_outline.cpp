@@ -89,7 +89,7 @@ class OutlineMaker {
     for (const PrintedTable& table : contents_.printed.tables) {
       if (table.step > 0) steps.insert(table.step);
     }
-    // A deck of another run, or of one that goes on from somewhere unknown.
+    // A deck of another run, or of a restart from an unknown step.
     const bool isOfRun =
         std::all_of(steps.begin(), steps.end(), [this](int step) { return deck_.steps.find(step) != nullptr; });
     if (contents_.isCutOff || !isOfRun || !deck_.steps.stepsBefore) return steps;

@@ -16,7 +16,7 @@ using SourcePlace = base::Place;
 // Receives warnings and notes, each once for each time that it comes up.
 using WarningSink = base::DiagnosticSink;
 
-// A file that cannot be imported. what() is "<file>:<line>: error: <reason>", the line left out where there is none.
+// A file that cannot be imported. what() is "<file>:<line>: error: <reason>", without the line if there is none.
 class ImportError : public std::runtime_error {
  public:
   ImportError(SourcePlace place, std::string reason);

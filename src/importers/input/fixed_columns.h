@@ -1,6 +1,5 @@
 // Numbers in columns of one width as most lines of a result file have them, all characters of a number at a time in
-// registers. Whatever does not look like that, be it a number or none, is left to text_fields.h, which is the measure
-// of what a text means.
+// registers. Anything else, number or not, is left to text_fields.h, which is the reference of what a text means.
 #pragma once
 
 #include <array>

@@ -12,7 +12,7 @@ class LastPlaces {
  public:
   explicit LastPlaces(std::span<const int> labels);
 
-  // Where a label stands last, -1 when it is not there.
+  // The last index of a label, -1 if it does not occur.
   int placeOf(int label) const;
 
  private:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 2 * LineReader::kLongestLine;
 
-// What is read at once stays in the processor's cache until it has been looked at.
+// As much as stays in the processor's cache until it has been examined.
 constexpr std::size_t kPieceBytes = std::size_t{1} << 18U;
 
 }  // namespace

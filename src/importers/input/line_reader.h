@@ -13,7 +13,7 @@ namespace importers {
 
 class LineReader {
  public:
-  // Throws ImportError when the file cannot be opened or is no regular file.
+  // Throws ImportError if the file cannot be opened or is not a regular file.
   explicit LineReader(const std::string& path);
   ~LineReader();
   LineReader(const LineReader&) = delete;
@@ -39,15 +39,15 @@ class LineReader {
   std::uint64_t size() const { return size_; }
   std::uint64_t bytesLeft() const { return size_ > offset() ? size_ - offset() : 0; }
 
-  // The number of the line handed out last, from 1. What was read as bytes counts for no line.
+  // The number of the line returned last, from 1. Bytes read otherwise do not count as lines.
   std::int64_t lineNumber() const { return lineNumber_; }
-  // Whether that line had an end: only the last one of a file can lack it, where the file is cut off.
+  // Whether that line had a line end: only the last line of a truncated file can lack it.
   bool isTerminated() const { return terminated_; }
   const std::string& path() const { return path_; }
   // That line of that file.
   SourcePlace place() const { return {path_, lineNumber_}; }
 
-  // Throws ImportError at the line handed out last; the reason names the byte too once bytes have been read that are no
+  // Throws ImportError at the line returned last; the reason names the byte too once bytes have been read that are no
   // lines.
   [[noreturn]] void fail(const std::string& reason) const;
 

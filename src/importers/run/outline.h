@@ -64,7 +64,7 @@ struct Outline {
   std::size_t elements = 0;
   std::vector<OutlineStep> steps;  // in their order
   std::vector<OutlineSet> sets;    // in the order of the source
-  // Where the results end of files that are cut off, "step 2, time 0.5"; empty for complete ones.
+  // Where the results of truncated files end, "step 2, time 0.5"; empty for complete ones.
   std::string truncatedAfter;
 
   bool isTruncated() const { return !truncatedAfter.empty(); }

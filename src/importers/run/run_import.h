@@ -23,7 +23,7 @@ struct ImportSummary {
   int fields = 0;     // different names
   int histories = 0;  // outputs
   int sets = 0;
-  // Where the results end that were imported of files that are cut off, "step 2, time 0.5"; empty for whole ones.
+  // Where the results of truncated files end, "step 2, time 0.5"; empty for complete ones.
   std::string cutOffBehind;
 };
 

@@ -26,7 +26,7 @@ struct FinalSetName {
 
 inline constexpr const char* kNodesSuffix = "-NODES";
 
-// The name as it stands in records, where '-' and ' ' are '_'.
+// The name as in records, where '-' and ' ' become '_'.
 std::string nameInRecords(std::string_view name);
 
 // Whether records leave out a set of that name: they do so for names with "Warn" or "Info" in them, in this case.

@@ -103,7 +103,7 @@ class Sink {
     odbstore::DatabaseWriter::Block id;
     int location = -1;
     std::size_t width = 0;
-    std::size_t left = 0;  // frames whose rows have not come
+    std::size_t left = 0;  // frames whose rows are still missing
   };
   struct Field {
     odbstore::DatabaseWriter::Field id;
@@ -122,7 +122,7 @@ class Sink {
     std::size_t count = 0;
     MergedRows rows;
   };
-  // Values of a field that are no numbers.
+  // Values of a field that are not finite.
   struct Strange {
     std::size_t values = 0;
     std::size_t step = 0;

@@ -64,7 +64,7 @@ struct DatFormat {
   std::string_view description;
   // What a deck asks with for such tables, separated by blanks; empty if that is not of interest.
   std::string_view keys = {};
-  // DatShape::named: what the columns are called, separated by blanks; "-" for what is no result.
+  // DatShape::named: the names of the columns, separated by blanks; "-" for columns that are not results.
   std::string_view columns = {};
   DatTraits traits = {};
 
@@ -72,11 +72,12 @@ struct DatFormat {
   std::size_t labels() const;
   // How many numbers a row has, when it has all of them.
   std::size_t width() const;
-  // What a history of the i-th column of such rows is called: "U1", "S12", "NT", "SDV3"; empty for what is no result.
+  // The name of a history of the i-th column of such rows: "U1", "S12", "NT", "SDV3"; empty if the column is not a
+  // result.
   std::string outputName(std::size_t column) const;
   // Whether the rows are values at places of the mesh, which make a field.
   bool isOfMesh() const;
-  // Whether the table has no rows of its own.
+  // Whether the table never has rows.
   bool isMark() const;
   // Whether a deck that asks with that key gets such tables; with TOTALS they are sums.
   bool isAskedBy(std::string_view key) const;
@@ -89,8 +90,8 @@ const DatFormat& datFormatOf(const DatTable& table);
 // All formats, in the order of the solver's manual.
 std::span<const DatFormat> datFormats();
 
-// Which columns of the format the numbers of a row are, when it has so many of them; nothing if that cannot be
-// found out. `heading` is the text above the rows.
+// The columns of the format that the numbers of a row belong to, for a row of `numbers` numbers; nothing if that is
+// ambiguous. `heading` is the text above the rows.
 std::optional<std::vector<std::size_t>> datColumns(const DatFormat& format, std::string_view heading,
                                                    std::size_t numbers);
 
@@ -102,7 +103,7 @@ struct DatValues {
   bool isLocal = false;      // in axes of the node or the element: the row ends in "L" or the name of an orientation
 };
 
-// Whether a row is no row of a place: sums under other rows, and the motions of knots.
+// Whether a row is a remark instead of a result: sums under other rows, and the motions of knots.
 bool isRemark(const DatRow& row);
 
 // Takes a row apart. False for one that is damaged.

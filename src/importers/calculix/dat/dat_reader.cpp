@@ -23,7 +23,7 @@ bool isWordOfRow(std::string_view word) {
   return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// Numbers that are damaged or did not fit (stars) are no text either.
+// Damaged numbers and overflowed ones (stars) do not count as text either.
 bool isRow(std::string_view line) {
   const std::string_view word = firstWord(line);
   const std::size_t first = std::min(word.find_first_not_of("+-."), word.size() - 1);

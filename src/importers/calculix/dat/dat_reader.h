@@ -11,7 +11,7 @@
 
 namespace importers::calculix {
 
-// What stands above the rows of a table.
+// The lines above the rows of a table.
 struct DatTable {
   // In lower case up to the first parenthesis, blanks squeezed: "stresses", "total force", "statistics". Titles that
   // are spaced out are joined: "eigenvalue output".
@@ -34,7 +34,8 @@ class DatReader {
 
   // The next table, after all rows of the one before; nothing at the end of the file.
   std::optional<DatTable> next();
-  // The next row of the table handed out last; false after the last one. A last line without an end is no row.
+  // The next row of the table returned last; false after its last row. A last line without a line end does not count as
+  // a row.
   bool nextRow(DatRow& row);
   // The same as the whole line.
   bool nextRow(std::string_view& line);
@@ -55,7 +56,7 @@ class DatReader {
 
   LineReader lines_;
   std::string_view line_;   // read last, not empty
-  bool isPending_ = false;  // whether that line is still to be handed out
+  bool isPending_ = false;  // whether that line has not been returned yet
   bool inHeadings_ = false;
   bool cutOff_ = false;
 };

@@ -19,7 +19,7 @@ namespace importers::calculix {
 
 struct PrintedTime {
   Rounded time;
-  std::vector<bool> askedBy;  // for each of the steps whether it prints such tables; empty if nobody says
+  std::vector<bool> askedBy;  // for each step whether it prints such tables; empty if unknown
 };
 
 struct StepInTime {
@@ -34,9 +34,9 @@ struct TimeMatch {
 };
 
 // Times and steps come in the order of the run; an increment has one time at most. Matched are times that agree within
-// their digits. Where they leave a choice, all increments after which results are written get a time, and no others; if
-// that cannot be, as few as possible differ. `mayGoOn` says that further steps may follow which nobody knows of: they
-// have the numbers after the last one. Nothing if the times do not fit the steps.
+// their digits. If several matches are possible, exactly the increments after which results are written get a time, or
+// as nearly so as possible. With `mayGoOn` further, unknown steps may follow, numbered after the last one. Nothing if
+// the times do not fit the steps.
 std::optional<std::vector<TimeMatch>> matchTimes(const std::vector<PrintedTime>& times,
                                                  const std::vector<StepInTime>& steps, bool mayGoOn);
 

@@ -11,7 +11,7 @@ namespace {
 constexpr int kNotWritten = 3;           // the other way round
 constexpr int kUnknown = 1;              // the increment is not known ...
 constexpr int kUnknownBesideFrames = 4;  // ... although the result file has some of its step
-constexpr int kNewStep = 6;              // nobody knows of the step
+constexpr int kNewStep = 6;              // the step is unknown
 
 constexpr double kForever = std::numeric_limits<double>::infinity();
 

@@ -16,7 +16,7 @@ namespace importers::calculix {
 using TableKind = std::pair<std::string, std::string>;
 TableKind tableKindOf(const PrintedTable& table);
 
-// What steps ask for goes on in the next ones, so there are fewer plans than steps.
+// Requests stay in force in later steps, so there are fewer plans than steps.
 class PrintPlans {
  public:
   explicit PrintPlans(const RunSteps& steps);
@@ -32,7 +32,7 @@ class PrintPlans {
   int timesIn(int step, const TableKind& kind) const;
 
   // What the n-th table (from 0) of forces on a surface holds in one output: "CFN" for the normal and "CFS" for the
-  // shear forces between surfaces, "" for all forces, a number where the plan does not have it. -1 is no plan.
+  // shear forces between surfaces, "" for all forces, a number where the plan does not have it. -1 means no plan.
   std::string partOfForces(int plan, const PrintedTable& table, int n) const;
 
  private:

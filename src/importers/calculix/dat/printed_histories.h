@@ -70,7 +70,7 @@ class PrintedHistories {
   struct Target {
     std::array<int, 2> labels{};
     bool isLocal = false;
-    std::vector<Output*> outputs;  // null for those that are no results
+    std::vector<Output*> outputs;  // null for numbers that are not results
   };
 
   std::string setName(const PrintedTable& table) const;

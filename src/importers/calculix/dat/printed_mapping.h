@@ -18,7 +18,7 @@ namespace importers::calculix {
 // "_PRINT".
 std::vector<MappedField> mapTable(const PrintedTable& table, StressAt stressAt);
 
-// The name of the history output of a number of a row; empty for one that is no result.
+// The name of the history output of a number of a row; empty if it is not a result.
 std::string outputName(const PrintedTable& table, std::size_t number, const DatValues& row);
 
 }  // namespace importers::calculix

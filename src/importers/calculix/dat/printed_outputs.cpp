@@ -81,7 +81,7 @@ class OutputFinder {
     modes_.clear();
   }
 
-  // The next step that does that; where the deck is missing the next one that nothing is known of, or simply the next.
+  // The next step with that procedure; without a deck, the next step of unknown procedure, or simply the next one.
   int nextStepThat(Procedure procedure) {
     const int first = step_ + (hasTimes_ && !steps_.isWhole ? 2 : 1);
     for (auto step = steps_.steps.lower_bound(first); step != steps_.steps.end(); ++step) {
@@ -276,7 +276,7 @@ class OutputFinder {
   bool isImaginary_ = false;
   std::size_t section_ = 0;  // the table whose forces come
 
-  int step_ = 0;                             // the last one that is known, which is none in time
+  int step_ = 0;                             // the last step that is known and not in time
   std::vector<int> entered_;                 // all of them
   std::vector<std::size_t> sectionsBefore_;  // how many were before each output
   bool hasTimes_ = false;                    // whether there have been times since

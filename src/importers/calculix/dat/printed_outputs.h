@@ -55,14 +55,14 @@ struct PrintedOutputs {
   // Of each table, where it is known without a frame, as lists of modes are; else 0.
   std::vector<int> steps;
   std::vector<bool> areImaginary;
-  std::vector<std::string> parts;  // what tells a table from others of its kind in the output
+  std::vector<std::string> parts;  // what distinguishes a table from others of its kind in the output
   // The first table that no step of the run can have.
   std::optional<std::size_t> misfit;
 };
 
 // `tables` in file order. Tables of eigenvalues, buckling factors and factors of a steady state begin a step of their
 // kind, or its next mode, diameter or frequency. All others belong together until the time changes or a table comes
-// more often than any plan has it. Without plans a table may come again in other axes or with equal rows.
+// more often than in any plan. Without plans a table may be repeated in other axes or with equal rows.
 PrintedOutputs findOutputs(std::span<const PrintedTable> tables, const RunSteps& steps, const PrintPlans& plans);
 
 }  // namespace importers::calculix

@@ -23,7 +23,7 @@ class PlaceFinder {
     const PrintedOutputs found = findOutputs(tables_, steps_, plans_);
     if (found.misfit) {
       contradict(tables_[*found.misfit].head.line,
-                 fmt::format("no step of the run is left for {}", tables_[*found.misfit].head.title));
+                 fmt::format("the run has no further step for {}", tables_[*found.misfit].head.title));
     }
     for (std::size_t i = 0; i < tables_.size(); ++i) {
       places_.tables[i] = {found.steps[i], {}, found.areImaginary[i], found.parts[i]};
@@ -173,7 +173,7 @@ class PlaceFinder {
       }
     }
     if (lacking > 0) {
-      contradict(tables_.front().head.line, fmt::format("nothing is printed for any of {} frames", lacking));
+      contradict(tables_.front().head.line, fmt::format("none of {} frames has printed tables", lacking));
     }
   }
 
@@ -181,8 +181,8 @@ class PlaceFinder {
     if (inDoubt_) return;
     inDoubt_ = true;
     places_.problems.push_back(
-        {output.line, fmt::format("the printed times have too few digits to tell increments of step {} apart, and "
-                                  "nothing else does: tables may be at an increment beside theirs",
+        {output.line, fmt::format("the printed times have too few digits to distinguish increments of step {}, and "
+                                  "nothing else helps: tables may be assigned to a neighbouring increment",
                                   step)});
   }
 

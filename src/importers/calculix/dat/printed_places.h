@@ -49,8 +49,8 @@ struct PrintedPlaces {
 };
 
 // `tables` are all of a file in its order, `steps` what is known of the run, `frames` those of the result file,
-// `isComplete` whether neither file is cut off. Decides by what it is given alone; see printed_outputs.h and
-// increment_matching.h for how.
+// `isComplete` whether neither file is truncated. A pure function; see printed_outputs.h and increment_matching.h for
+// how it decides.
 PrintedPlaces findPlaces(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames,
                          bool isComplete);
 

@@ -54,8 +54,8 @@ struct Deck {
   // All of the sets in the order of their first mention; of a surface the elements before the nodes. Pointers into the
   // maps.
   std::vector<const DeckSet*> setsInOrder() const;
-  // The set or the surface that the solver prints (.dat) under a name, which is in capitals, without blanks and cut off
-  // at a comma; null if there is none. A set of that kind comes before one of the other.
+  // The set or the surface that the solver prints (.dat) under a name, which is in capitals, without blanks and cut at
+  // a comma; null if there is none. A set of that kind comes before one of the other.
   const DeckSet* setPrintedAs(std::string_view name, odbstore::SetKind kind) const;
   const DeckSet* surfacePrintedAs(std::string_view name) const;
   DeckMesh mesh;
@@ -79,9 +79,9 @@ struct DeckOptions {
   bool isStrict = false;  // whether an included file that is missing is an error, else a warning
 };
 
-// Reads the deck and the files that it includes, which are looked for where DeckIncludes says. A number that is none, a
-// set without a name, a file that includes itself and more than LabelBudget and DeckIncludes allow are an ImportError;
-// a set that takes in an unknown one or labels that the mesh does not have is a warning. All name file and line.
+// Reads the deck and the files that it includes, which are searched for as DeckIncludes says. A malformed number, a set
+// without a name, a file that includes itself and more than LabelBudget and DeckIncludes allow are an ImportError; a
+// set that takes in an unknown one or labels that the mesh does not have is a warning. All name file and line.
 Deck readDeck(const std::string& path, const WarningSink& warn, const DeckOptions& options = {});
 
 }  // namespace importers::calculix

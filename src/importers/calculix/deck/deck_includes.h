@@ -31,7 +31,7 @@ class DeckIncludes {
 
  private:
   std::filesystem::path directory_;  // of the deck
-  std::set<std::string> open_;       // the deck and the files that are being read, by what tells them apart
+  std::set<std::string> open_;       // the deck and the files being read, by their identity
   std::size_t files_ = 0;
   std::uint64_t bytes_ = 0;
 };

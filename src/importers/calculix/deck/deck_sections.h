@@ -65,9 +65,9 @@ class DeckSections {
   explicit DeckSections(bool withNumbers) : withNumbers_(withNumbers) {}
 
   // Takes a keyword that is one of these. False for any other, which has no data here. A material or section without a
-  // name is passed over: the solver does not run on it.
+  // name is ignored: the solver would not run such a deck.
   bool start(const Keyword& keyword, const LineReader& lines);
-  // A data line under such a keyword. A number that is none is an ImportError.
+  // A data line under such a keyword. A malformed number is an ImportError.
   void takeData(std::string_view line, const LineReader& lines);
 
   // By canonical name.

@@ -26,7 +26,7 @@ class DeckSets {
   void addLabel(DeckSet& set, int label);
 
   // Adds what a data line of labels and names of sets lists: of another set those members that it has so far. A name
-  // that no set has yet is a warning, text that looks like a number and is none an ImportError.
+  // that no set has yet is a warning, a malformed number an ImportError.
   void addMembers(DeckSet& set, std::string_view line, const LineReader& lines, const WarningSink& warn);
 
   // Adds what a data line of a GENERATE list means: first, last, increment. The last two may be missing.
@@ -65,10 +65,10 @@ class DeckSets {
   std::size_t taken_ = 0;  // of labels_, in finish()
 };
 
-// A label out of a data line; an ImportError if it is none.
+// A label from a data line; throws ImportError for anything else.
 int labelFrom(std::string_view item, const LineReader& lines);
 
-// A number out of a data line, its exponent written with E or D; an ImportError if it is none.
+// A number from a data line, with an exponent written with E or D; throws ImportError for anything else.
 double realFrom(std::string_view item, const LineReader& lines);
 
 }  // namespace importers::calculix

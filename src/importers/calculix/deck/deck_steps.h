@@ -53,7 +53,7 @@ struct DeckStep {
 
 struct DeckSteps {
   std::vector<DeckStep> steps;
-  // A deck that goes on with an earlier run counts its steps from there. Nothing: the deck does not say from where.
+  // A deck that restarts an earlier run continues its step numbers. Nothing: the deck does not say where it starts.
   std::optional<int> stepsBefore = 0;
   bool removesElements = false;  // *MODEL CHANGE
 
@@ -66,7 +66,7 @@ class DeckStepReader {
  public:
   void start(const Keyword& keyword);
   void takeData(std::string_view line);
-  // To be called once, after the last line.
+  // Call once, after the last line.
   DeckSteps finish();
 
  private:

@@ -20,7 +20,7 @@ namespace {
 using odbstore::SetKind;
 using Sets = std::map<std::string, DeckSet>;
 
-// What a face takes in memory: up to eight nodes and what tells the face itself.
+// The memory of a face: up to eight nodes and the face itself.
 constexpr std::size_t kLabelsOfFace = 10;
 
 // The sets that surfaces make, until all of them are made: surfaces take in sets of the deck, not those of surfaces.

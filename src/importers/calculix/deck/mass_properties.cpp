@@ -82,7 +82,8 @@ class MassOfDeck {
     if (labels.size() < count) throw UnknownMass{{}, fmt::format("the element {} has too few nodes", label)};
     for (std::size_t k = 0; k < count; ++k) {
       const int place = nodes_.placeOf(labels[k]);
-      if (place < 0) throw UnknownMass{{}, fmt::format("the node {} of the element {} is not there", labels[k], label)};
+      if (place < 0)
+        throw UnknownMass{{}, fmt::format("the node {} of the element {} does not exist", labels[k], label)};
       corners_[k] = deck_.mesh.coordinates[static_cast<std::size_t>(place)];
     }
     return std::span(corners_).first(count);

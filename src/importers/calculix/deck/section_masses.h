@@ -14,7 +14,7 @@
 
 namespace importers::calculix {
 
-// Why the mass of a deck cannot be told, and where in the deck that is to be seen; the place need not be known.
+// Why the mass of a deck is unknown, and the place in the deck, if known.
 struct UnknownMass {
   SourcePlace place;
   std::string reason;

@@ -30,15 +30,15 @@ MappedField vectorField(const std::string& name, const std::string& description,
 MappedField tensorField(const std::string& name, const std::string& description, bool isStress,
                         std::vector<int> columns);
 
-// What the block of stresses holds: the file does not tell, the deck does.
+// What the block of stresses holds: only the deck knows.
 enum class StressContent { stress, sectionForces };
 
-// Known blocks under the names that users of field outputs know, all others under their own. What a block holds is told
-// by its components: six named ..XX, ..YY, ..ZZ, ..XY, ..YZ, ..ZX are a tensor; three named ..1, ..2, ..3 that the file
-// declares as a vector are one, and more may follow. All else becomes one scalar per component, "<block>_<component>",
-// or "<block>" when there is one component. Imaginary parts end in "_IM". No two fields of a block have the same name.
-// Section forces are two vectors in the axes of the beam: SF with shear along 1, shear along 2 and the normal force, SM
-// with bending about 1, bending about 2 and the torque.
+// Known blocks get the names that users of field outputs know, all others their own. The components say what a block
+// holds: six named ..XX, ..YY, ..ZZ, ..XY, ..YZ, ..ZX are a tensor; three named ..1, ..2, ..3 that the file declares as
+// a vector are one, and more may follow. All else becomes one scalar per component, "<block>_<component>", or "<block>"
+// when there is one component. Imaginary parts end in "_IM". No two fields of a block have the same name. Section
+// forces are two vectors in the axes of the beam: SF with shear along 1, shear along 2 and the normal force, SM with
+// bending about 1, bending about 2 and the torque.
 std::vector<MappedField> mapResult(const FrdResult& result, StressContent content = StressContent::stress,
                                    StressAt stressAt = StressAt::nodes);
 

@@ -16,7 +16,7 @@ std::string_view FrdLines::require() {
 
 std::string_view FrdLines::requireKey(std::string_view key, const char* what) {
   const std::string_view line = require();
-  if (!line.starts_with(key)) fail(fmt::format("{} was expected here (\"{}\")", what, key));
+  if (!line.starts_with(key)) fail(fmt::format("expected {} here (\"{}\")", what, key));
   return line;
 }
 

@@ -10,8 +10,8 @@
 
 namespace importers::calculix {
 
-// What all readers of blocks share. Whatever finds the file at its end throws CutOff, whatever finds it damaged throws
-// ImportError with the line, and with the byte where there is anything but text before it.
+// What all readers of blocks share. At an unexpected end of file they throw CutOff, for a damaged file ImportError with
+// the line, and with the byte where there is anything but text before it.
 class FrdLines {
  public:
   struct CutOff {};

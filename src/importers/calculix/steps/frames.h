@@ -121,7 +121,7 @@ class Frames {
   std::string lastPlace_;
 };
 
-// Where each frame stands in its step, from 0.
+// The index of each frame in its step, from 0.
 std::vector<int> placesInSteps(const Frames& frames);
 
 }  // namespace importers::calculix

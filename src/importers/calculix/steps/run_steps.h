@@ -1,5 +1,5 @@
-// What is known of the steps of a run before its printed tables are looked at: by the deck, the status file and the
-// result file.
+// What the deck, the status file and the result file say about the steps of a run, before its printed tables are
+// considered.
 #pragma once
 
 #include <map>

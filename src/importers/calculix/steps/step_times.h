@@ -18,7 +18,7 @@ struct IncrementTime {
 // Modes, buckling factors, steady states and modal dynamics are not in the file.
 using StepTimes = std::map<int, std::vector<IncrementTime>>;
 
-// Lines that are no increments, and attempts that failed, are passed over; a file that is not there gives no times.
+// Lines other than increments and failed attempts are skipped; a missing file gives no times.
 StepTimes readStepTimes(const std::string& path);
 
 }  // namespace importers::calculix
