@@ -1,6 +1,6 @@
 #include "base/control_characters.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "base/limited_program.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>

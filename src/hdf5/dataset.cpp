@@ -1,6 +1,6 @@
 #include "hdf5/dataset.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

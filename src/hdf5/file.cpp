@@ -1,6 +1,6 @@
 #include "hdf5/file.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "base/file_error.h"
 

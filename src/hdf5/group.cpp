@@ -1,6 +1,6 @@
 #include "hdf5/group.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

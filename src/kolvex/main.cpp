@@ -1,6 +1,6 @@
 // `kolvex <command> ...` runs the program of that command with all its arguments unchanged.
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "odbscan/scan.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "base/file_error.h"
 #include "hdf5/file.h"

@@ -19,6 +19,12 @@ namespace odbstore {
 // A reference to nothing.
 inline constexpr std::int32_t kNone = -1;
 
+// An index as the columns take it.
+inline flatbuffers::uoffset_t at(std::size_t index) { return static_cast<flatbuffers::uoffset_t>(index); }
+
+// The numbers of a step's mass properties in their column: centre of mass (3) and two inertias (6 each).
+inline constexpr std::size_t kMomentsOfStep = 15;
+
 // How the slabs of an array are stored: contiguous, or as HDF5 chunks.
 enum class Packing : std::uint8_t {
   contiguous = 0,

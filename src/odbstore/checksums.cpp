@@ -1,6 +1,6 @@
 #include "odbstore/checksums.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <bit>

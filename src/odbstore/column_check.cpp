@@ -1,5 +1,5 @@
 // The first half of catalog_check.h: columns and references.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -20,7 +20,6 @@ using Column = flatbuffers::Vector<Number>;
 constexpr std::int64_t kLargestCompression = 1032;
 // What HDF5 appends to a chunk.
 constexpr std::int64_t kFletcherBytes = 4;
-constexpr std::size_t kMomentsOfStep = 15;
 constexpr std::size_t kNumbersOfAxis = 6;
 
 // Checks that the columns fit each other.

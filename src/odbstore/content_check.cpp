@@ -1,5 +1,5 @@
 // The second half of catalog_check.h: what the layout requires.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <limits>
@@ -16,8 +16,6 @@ namespace odbstore {
 namespace {
 
 using flatbuffers::uoffset_t;
-
-uoffset_t at(std::size_t i) { return static_cast<uoffset_t>(i); }
 
 std::string member(const std::string& path, const char* link) { return path + "/" + link; }
 

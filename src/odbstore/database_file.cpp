@@ -1,7 +1,7 @@
 #include "odbstore/database_file.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/file.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "odbstore/reader.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <tuple>
@@ -12,8 +12,6 @@
 namespace odbstore {
 
 namespace {
-
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
 
 std::shared_ptr<const DatabaseFile> openNewest(const std::string& path) {
   std::shared_ptr<const DatabaseFile> file = DatabaseFile::open(path, path);

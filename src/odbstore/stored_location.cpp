@@ -1,6 +1,6 @@
 #include "odbstore/stored_location.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -10,8 +10,6 @@
 namespace odbstore {
 
 namespace {
-
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
 
 // The first row whose stored row does not exist or is not the next to be used; nothing if there is no such row.
 std::optional<std::size_t> firstWrong(const std::vector<int>& rowOf) {

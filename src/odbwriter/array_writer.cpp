@@ -1,6 +1,6 @@
 #include "odbwriter/array_writer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "odbwriter/database_writer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <limits>

@@ -1,6 +1,6 @@
 // The second half of the writer: the file itself.
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/stat.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "verify/findings.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace verify {
 

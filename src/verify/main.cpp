@@ -1,6 +1,6 @@
 // `kolvex verify`: reads the arguments, checks each file, prints the result.
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cerrno>

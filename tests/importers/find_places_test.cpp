@@ -1,5 +1,5 @@
 // findPlaces() by itself: tables and steps made by hand in, the place of each table out. No file is read.
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include <ostream>

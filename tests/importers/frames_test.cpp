@@ -1,7 +1,7 @@
 // Frames of a run: heads of blocks and lines of the status file in, numbers, values and descriptions out.
 #include "importers/calculix/steps/frames.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 #include "importers/calculix/steps/rounded.h"

@@ -1,7 +1,7 @@
 // Printed tables in, steps and frames out: which output of a run each table is of.
 #include "importers/calculix/dat/printed_places.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 #include "importers/calculix/dat/placed_tables.h"

@@ -1,7 +1,7 @@
 // outlineOf() by itself: what a run's files hold, made by hand, in; the outline and the plan of its blocks out.
 #include "importers/calculix/run_outline.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 namespace importers::calculix {

@@ -1,6 +1,6 @@
 #include "batch/collect/sqlite_table.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sqlite3.h>
 
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "batch/run/input_run.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 #include "batch/slurm/array_job.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

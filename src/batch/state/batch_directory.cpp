@@ -1,7 +1,7 @@
 #include "batch/state/batch_directory.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <cerrno>

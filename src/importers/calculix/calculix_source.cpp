@@ -1,6 +1,6 @@
 #include "importers/calculix/calculix_source.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <filesystem>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "importers/calculix/sector_copies.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "importers/run/choice.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -79,6 +79,9 @@ struct RowsId {
   auto operator<=>(const RowsId&) const = default;
 };
 
+// "scalar", "vector" or "tensor".
+const char* shapeWord(const odbstore::FieldInfo& info);
+
 // "the file holds step 1 (frames 1-5), step 2 (no frames) with the fields S, U".
 std::string whatThereIs(const Outline& outline);
 

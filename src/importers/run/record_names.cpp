@@ -1,6 +1,6 @@
 #include "importers/run/record_names.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "importers/run/sink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <bit>

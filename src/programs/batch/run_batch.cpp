@@ -1,6 +1,6 @@
 #include "run_batch.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sched.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "run_options.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // `kolvex import`: reads the arguments, imports, says what came of it.
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 #include <chrono>

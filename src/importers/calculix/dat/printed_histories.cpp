@@ -1,6 +1,6 @@
 #include "importers/calculix/dat/printed_histories.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

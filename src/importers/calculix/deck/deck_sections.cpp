@@ -22,7 +22,7 @@ double parameterNumber(const Keyword& keyword, const std::string& name, const Li
   return text ? realFrom(*text, lines) : 0.0;
 }
 
-std::string profileOf(const Keyword& keyword) {
+std::string profileName(const Keyword& keyword) {
   const std::string given = upperCased(keyword.value("SECTION").value_or(""));
   for (const std::string name : {"RECT", "CIRC", "PIPE", "BOX", "GENERAL"}) {
     if (given.starts_with(name)) return name;
@@ -78,7 +78,7 @@ bool DeckSections::startSection(const Keyword& keyword, SectionKind kind, const 
   }
   if (kind == SectionKind::beam) {
     data_ = Data::beam;
-    section.profile = profileOf(keyword);
+    section.profile = profileName(keyword);
     if (withNumbers_) {
       section.offset = {parameterNumber(keyword, "OFFSET1", lines), parameterNumber(keyword, "OFFSET2", lines)};
     }

@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/mass_properties.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/section_masses.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <optional>
 #include <utility>

@@ -1,13 +1,21 @@
 // Which fields of the database a result block becomes.
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "importers/calculix/frd/frd_reader.h"
 #include "odbstore/schema.h"
 
 namespace importers::calculix {
+
+// What names of imaginary parts end with.
+inline constexpr std::string_view kImaginaryEnding = "_IM";
+
+// A symmetric tensor in three dimensions: 11, 22, 33, 12, 13, 23.
+inline constexpr std::size_t kTensorComponents = 6;
 
 // One field made of columns of a result block.
 struct MappedField {

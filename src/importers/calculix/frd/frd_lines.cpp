@@ -1,6 +1,6 @@
 #include "importers/calculix/frd/frd_lines.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "importers/input/diagnostics.h"
 #include "importers/input/fixed_columns.h"

@@ -1,6 +1,6 @@
 #include "importers/calculix/frd/frd_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <vector>

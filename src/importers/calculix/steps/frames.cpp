@@ -1,6 +1,6 @@
 #include "importers/calculix/steps/frames.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>
