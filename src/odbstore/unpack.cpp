@@ -13,7 +13,7 @@ namespace odbstore {
 
 namespace {
 
-constexpr std::size_t kFletcherBytes = 4;
+constexpr std::size_t kCheckBytes = 4;
 constexpr int kLevel = 4;
 
 // J. G. Fletcher's sum of 16-bit words as in HDF5: the higher byte first, an odd last byte as a high one.
@@ -41,19 +41,19 @@ std::uint32_t fletcher32(std::span<const std::byte> bytes) {
   return (folded(second) << 16U) | folded(first);
 }
 
-std::array<std::byte, kFletcherBytes> sumBytes(std::span<const std::byte> bytes) {
+std::array<std::byte, kCheckBytes> sumBytes(std::span<const std::byte> bytes) {
   const std::uint32_t sum = fletcher32(bytes);
-  std::array<std::byte, kFletcherBytes> out{};
-  for (std::size_t i = 0; i < kFletcherBytes; ++i) out[i] = static_cast<std::byte>(sum >> (8 * i));
+  std::array<std::byte, kCheckBytes> out{};
+  for (std::size_t i = 0; i < kCheckBytes; ++i) out[i] = static_cast<std::byte>(sum >> (8 * i));
   return out;
 }
 
 // Removes the checksum from the end of the bytes; false if they do not match it.
 bool takeSum(std::span<const std::byte>& bytes) {
-  if (bytes.size() < kFletcherBytes) return false;
-  const std::span content = bytes.first(bytes.size() - kFletcherBytes);
-  const std::array<std::byte, kFletcherBytes> sum = sumBytes(content);
-  if (!std::equal(sum.begin(), sum.end(), bytes.end() - kFletcherBytes)) return false;
+  if (bytes.size() < kCheckBytes) return false;
+  const std::span content = bytes.first(bytes.size() - kCheckBytes);
+  const std::array<std::byte, kCheckBytes> sum = sumBytes(content);
+  if (!std::equal(sum.begin(), sum.end(), bytes.end() - kCheckBytes)) return false;
   bytes = content;
   return true;
 }
@@ -100,7 +100,7 @@ void deflateInto(std::span<const std::byte> bytes, std::vector<std::byte>& out) 
 }
 
 void appendSum(std::vector<std::byte>& bytes) {
-  const std::array<std::byte, kFletcherBytes> sum = sumBytes(bytes);
+  const std::array<std::byte, kCheckBytes> sum = sumBytes(bytes);
   bytes.insert(bytes.end(), sum.begin(), sum.end());
 }
 
@@ -108,7 +108,7 @@ constexpr const char* kWrongSum = "the packed numbers do not match their checksu
 
 // A slab with its checksum packed together.
 const char* unpackSummed(std::span<const std::byte> stored, std::span<std::byte> out) {
-  std::vector<std::byte> summed(out.size() + kFletcherBytes);
+  std::vector<std::byte> summed(out.size() + kCheckBytes);
   if (const char* const reason = inflateInto(stored, summed)) return reason;
   std::span<const std::byte> content = summed;
   if (!takeSum(content)) return kWrongSum;
