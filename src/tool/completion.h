@@ -1,9 +1,9 @@
-// How a shell and a program talk while a user types.
+// The protocol between a shell and a program for completion.
 //
 // The shell runs the command with `--complete INDEX WORD...`: the words of the line after the command's name, without
 // their quotes, and which of them is being typed, from 0; it is the number of words where that one is still empty and
 // not among them. The answer's first line says which names of files the shell itself adds: "file" (all), "directory" or
-// "nothing". Each line after it is a candidate for the word, of an option with "=" for what stands after that.
+// "nothing". Each further line is a candidate for the word; for an option with "=", for the part after that.
 #pragma once
 
 #include <optional>

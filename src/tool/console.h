@@ -1,4 +1,4 @@
-// The streams of a command that speaks a line at a time.
+// Standard streams of a command that prints line by line.
 #pragma once
 
 #include <string>

@@ -1,8 +1,8 @@
-// What a run's results hold, without rows: what every importer says of its files before it delivers a number. Nothing
-// in it is of one solver; the list that users see, the choice of steps, frames and fields, and the database are made of
-// it.
+// What a run's results hold, without rows: every importer makes an outline of its files before it delivers any numbers.
+// It is independent of the solver. The list that users see, the choice of steps, frames and fields, and the database
+// are made from it.
 //
-// Steps, fields, frames and sets are known by their places here, from 0, for the whole of an import.
+// Steps, fields, frames and sets are identified by their indices here, from 0, throughout an import.
 #pragma once
 
 #include <cstddef>
@@ -16,9 +16,9 @@ namespace importers {
 
 // The rows of a field in one frame.
 struct OutlineRows {
-  std::size_t frame = 0;   // place in the frames of the step
+  std::size_t frame = 0;   // index in the frames of the step
   std::size_t rows = 0;    // as the source has them, before tensors at nodes are spread over elements
-  std::size_t pieces = 1;  // in how many deliveries they come; a row that comes in several counts once
+  std::size_t pieces = 1;  // the number of deliveries; a row in several of them counts once
 };
 
 // A field of a step.
@@ -31,7 +31,7 @@ struct OutlineField {
   std::vector<OutlineRows> frames;  // each frame that has it once, in their order
 };
 
-// What histories are made of: tables of a kind, for one set or none.
+// Sources of histories: tables of one kind, for one set or none.
 struct OutlineTable {
   std::string source;
   std::string set;
@@ -70,7 +70,7 @@ struct Outline {
   bool isTruncated() const { return !truncatedAfter.empty(); }
 };
 
-// Rows of a field in a frame, by their places in the outline.
+// Identifies the rows of a field in a frame, by indices in the outline.
 struct RowsId {
   std::size_t step = 0;
   std::size_t field = 0;  // of the step

@@ -40,7 +40,7 @@ class DatReader {
   // The same as the whole line.
   bool nextRow(std::string_view& line);
 
-  // How far it has got, in bytes, and how many bytes the file has.
+  // The position in the file and its size, in bytes.
   std::uint64_t offset() const { return lines_.offset(); }
   std::uint64_t size() const { return lines_.size(); }
   // Of the line read last.

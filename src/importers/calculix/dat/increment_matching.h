@@ -1,4 +1,4 @@
-// Which increments printed times belong to, where their digits alone do not say it.
+// Finds the increments that printed times belong to when their digits alone are ambiguous.
 //
 // Of a second step from 1 to 1.0001 in increments of 1e-5, printed with FREQUENCY=3, the status file and the tables say
 //

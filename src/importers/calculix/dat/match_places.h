@@ -1,4 +1,4 @@
-// Where printed times can belong: at increments of the steps of a run, or between them where there can be others.
+// The candidates for printed times: increments of the steps of a run, or between them if there can be others.
 #pragma once
 
 #include <cstddef>
