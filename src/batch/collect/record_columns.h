@@ -23,7 +23,7 @@ class RecordColumns {
   std::optional<std::size_t> knownColumnOf(std::string_view name);
   bool isWanted(std::string_view name) { return entryOf(name).isWanted; }
 
-  // What the columns are called, in the order in which they were made.
+  // The names of the columns, in the order in which they were created.
   const std::vector<std::string>& names() const { return names_; }
 
  private:

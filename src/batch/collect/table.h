@@ -16,7 +16,7 @@ struct Column {
 // Nothing if a row has no value in a column.
 using Cell = std::optional<std::string_view>;
 
-// Every function throws base::FileError where what it writes to takes no more.
+// Every function throws base::FileError if writing fails.
 class Table {
  public:
   Table() = default;

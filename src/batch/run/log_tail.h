@@ -1,4 +1,4 @@
-// What a program has said last.
+// The last message of a program.
 #pragma once
 
 #include <string>

@@ -41,7 +41,7 @@ struct Event {
   const Record* record = nullptr;  // null if it has just started
 };
 
-// Hears of every event, and (with null) of every moment when time has passed and nothing happened.
+// Called for every event, and with null when time has passed without one.
 using EventSink = std::function<void(const Event*, const Progress&)>;
 
 class Runner {

@@ -1,4 +1,4 @@
-// Hands the blocks of a result file (.frd) over.
+// Delivers the blocks of a result file (.frd).
 #pragma once
 
 #include <cstddef>
@@ -40,7 +40,7 @@ class ResultDelivery {
   std::pair<std::span<const int>, std::span<const float>> keptRows(const Target& target, std::span<const int> labels,
                                                                    std::span<const float> rows);
   void takePeaks(const FrdResult& block);
-  // Finds out what is wanted of the result block that comes next.
+  // Decides which rows of the next result block are wanted.
   bool startResult(std::size_t ordinal);
 
   std::string path_;

@@ -26,12 +26,12 @@ class LineReader {
   // What has been read ahead, at least `least` bytes of it (no more than kLongestLine), fewer at the end of the file;
   // valid until the next call of any member but skipBytes().
   std::string_view ahead(std::size_t least);
-  // Copies the next `size` bytes; false, and nothing read, when the file has fewer left.
+  // Copies the next `size` bytes; false, with nothing read, if the file has fewer left.
   bool readBytes(void* to, std::size_t size);
   // Up to `size` bytes from `distance` bytes ahead on, fewer at the end of the file; valid until the next call of any
   // member. `size` is at most kLongestLine.
   std::string_view peekAt(std::uint64_t distance, std::size_t size);
-  // Passes over bytes, not more than are left, that are known to hold so many lines.
+  // Skips bytes, not more than are left, that are known to contain so many lines.
   void skipBytes(std::uint64_t size, std::int64_t lines);
 
   // How many bytes have been read, how many there were when the file was opened, and how many of them are left.
@@ -51,7 +51,7 @@ class LineReader {
   // lines.
   [[noreturn]] void fail(const std::string& reason) const;
 
-  // No text that an importer reads has lines anywhere near this.
+  // Far beyond the lines of any text that an importer reads.
   static constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
  private:

@@ -1,4 +1,4 @@
-// Numbers and words out of lines of text.
+// Parses numbers and words in lines of text.
 #pragma once
 
 #include <optional>
@@ -30,7 +30,7 @@ std::string upperCased(std::string_view text);
 // Text of unknown origin as UTF-8: valid UTF-8 is kept, any other byte above 127 is taken as Latin-1.
 std::string utf8Text(std::string_view text);
 
-// The same as the database can keep it: control characters are blanks.
+// The same in a form that the database can store: control characters become blanks.
 std::string storableText(std::string_view text);
 
 }  // namespace importers

@@ -27,14 +27,14 @@ struct DeckMesh {
   std::vector<std::size_t> firstNode;  // of each element its first place in elementNodes
   std::vector<int> nodeLabels;
   std::vector<elements::Vector3> coordinates;  // only with DeckDetail::mass
-  // "<file>:<line>" of what the deck does not show: an included file that is missing, the run that it restarts.
+  // "<file>:<line>" of the reason why the deck is incomplete: a missing included file, or the run that it restarts.
   SourcePlace placeOfMissing;
 
   bool isWhole() const { return !placeOfMissing.isKnown(); }
   std::span<const int> nodesOf(std::size_t element) const;
-  // Gives back what mass alone needs.
+  // Frees what only the mass needs.
   void dropCoordinates();
-  // Gives back the nodes of elements too, which the Expansion needs; elements keep their types.
+  // Also frees the nodes of elements, which the Expansion needs; elements keep their types.
   void dropNodes();
 };
 
@@ -49,7 +49,7 @@ struct Deck {
   // By canonical name, from *NSET, *ELSET, NSET= on *NODE, ELSET= on *ELEMENT and *SURFACE.
   std::map<std::string, DeckSet> nodeSets;
   std::map<std::string, DeckSet> elementSets;
-  // By the canonical name of a surface that of its sets.
+  // The canonical name of a surface's sets, by the canonical name of the surface.
   std::map<std::string, std::string> setsOfSurfaces;
   // All of the sets in the order of their first mention; of a surface the elements before the nodes. Pointers into the
   // maps.

@@ -1,4 +1,4 @@
-// Materials and sections of a deck, as far as they decide about mass, layers and axes.
+// Materials and sections of a deck, as far as mass, layers and axes depend on them.
 #pragma once
 
 #include <array>
@@ -18,7 +18,7 @@ namespace importers::calculix {
 struct DeckMaterial {
   std::string name;               // as the deck spells it
   std::optional<double> density;  // the first one
-  // Where the second one stands, of a density that depends on temperature.
+  // The place of the second density of a material whose density depends on temperature.
   SourcePlace placeOfSecondDensity;
 };
 
@@ -48,7 +48,7 @@ struct DeckSection {
   std::string profile;
   std::vector<double> dimensions;
   elements::Vector3 direction = {0, 0, -1};
-  // Whether thicknesses stand under *NODAL THICKNESS.
+  // Whether thicknesses are given under *NODAL THICKNESS.
   bool hasNodalThickness = false;
 };
 

@@ -14,7 +14,7 @@
 
 namespace importers::calculix {
 
-// What lines list becomes labels when all of the deck is read, because sets may come before the mesh.
+// Lists become labels when the whole deck has been read, because sets may come before the mesh.
 class DeckSets {
  public:
   // `order` counts all sets of the deck and must live as long.
@@ -29,7 +29,7 @@ class DeckSets {
   // that no set has yet is a warning, a malformed number an ImportError.
   void addMembers(DeckSet& set, std::string_view line, const LineReader& lines, const WarningSink& warn);
 
-  // Adds what a data line of a GENERATE list means: first, last, increment. The last two may be missing.
+  // Adds a data line of a GENERATE list: first, last, increment. The last two may be missing.
   void addRange(DeckSet& set, std::string_view line, const LineReader& lines);
 
   // All sets by canonical name, their labels in order. Labels that the mesh does not have are left out, with a warning

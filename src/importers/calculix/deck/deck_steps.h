@@ -1,4 +1,4 @@
-// What the steps of a CalculiX deck say of their times, of when they write results, and of what they print.
+// The steps of a CalculiX deck: their times, when they write results, and what they print.
 #pragma once
 
 #include <compare>
@@ -28,8 +28,8 @@ struct PrintRequest {
   auto operator<=>(const PrintRequest&) const = default;
 };
 
-// A step has what the ones before it have asked for until it asks anew, as in the solver: the first request of a kind
-// in a step takes the place of all earlier ones of that kind.
+// As in the solver, requests stay in force in later steps: the first request of a kind in a step replaces all earlier
+// ones of that kind.
 struct DeckStep {
   Procedure procedure = Procedure::time;
   // Results are written after every n-th increment and after the last one. All requests of a step, for printing and for
@@ -61,7 +61,7 @@ struct DeckSteps {
   const DeckStep* find(int step) const;
 };
 
-// Collects the steps of a deck while it is read. Every keyword and every line of data is to be shown.
+// Collects the steps of a deck while it is read. Must be given every keyword and every data line.
 class DeckStepReader {
  public:
   void start(const Keyword& keyword);

@@ -8,7 +8,7 @@
 
 namespace importers::calculix {
 
-// What an element is made of: this decides how its section gives it mass.
+// The body of an element, which decides how its section gives it mass.
 enum class Family {
   unknown,  // also elements of the user
   massless,

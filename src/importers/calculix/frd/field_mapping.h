@@ -11,7 +11,7 @@
 
 namespace importers::calculix {
 
-// What names of imaginary parts end with.
+// The suffix of the names of imaginary parts.
 inline constexpr std::string_view kImaginaryEnding = "_IM";
 
 // A symmetric tensor in three dimensions: 11, 22, 33, 12, 13, 23.
@@ -44,9 +44,9 @@ enum class StressContent { stress, sectionForces };
 // Known blocks get the names that users of field outputs know, all others their own. The components say what a block
 // holds: six named ..XX, ..YY, ..ZZ, ..XY, ..YZ, ..ZX are a tensor; three named ..1, ..2, ..3 that the file declares as
 // a vector are one, and more may follow. All else becomes one scalar per component, "<block>_<component>", or "<block>"
-// when there is one component. Imaginary parts end in "_IM". No two fields of a block have the same name. Section
-// forces are two vectors in the axes of the beam: SF with shear along 1, shear along 2 and the normal force, SM with
-// bending about 1, bending about 2 and the torque.
+// if there is only one component. Imaginary parts end in "_IM". Field names of a block are unique. Section forces are
+// two vectors in the axes of the beam: SF with shear along 1, shear along 2 and the normal force, SM with bending about
+// 1, bending about 2 and the torque.
 std::vector<MappedField> mapResult(const FrdResult& result, StressContent content = StressContent::stress,
                                    StressAt stressAt = StressAt::nodes);
 

@@ -1,4 +1,4 @@
-// The lines and bytes of a CalculiX result file that is expected to go on.
+// Reads lines and bytes that a CalculiX result file must still have.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,7 @@ class FrdLines {
 
   // The next line, valid until the next call.
   std::string_view require();
-  // The next line, which must start with `key`; `what` says what that would be.
+  // The next line, which must start with `key`; `what` describes it in messages.
   std::string_view requireKey(std::string_view key, const char* what);
   // The next `size` bytes.
   void requireBytes(void* to, std::size_t size);
@@ -56,10 +56,10 @@ inline constexpr std::string_view kEndOfRows = " -3";
 // Counts in headers are trusted no further than this before the rows themselves have been seen.
 inline constexpr std::size_t kLargestReserve = 1U << 20;
 
-// What a binary block is followed by is known by this many characters.
+// This many characters identify what follows a binary block.
 inline constexpr std::size_t kKeyLength = 6;
 
-// Whether a record of text starts here that begins a block, a frame or the end of the file.
+// Whether a text record that begins a block, a frame or the end of the file starts here.
 bool isBlockStart(std::string_view text);
 
 }  // namespace importers::calculix

@@ -25,7 +25,7 @@ class FrdReader {
 
   const FrdHeader& header() const { return header_; }
   std::int64_t lineNumber() const { return lines_.lineNumber(); }
-  // How far it has got, in bytes, and how many bytes the file has.
+  // The position in the file and its size, in bytes.
   std::uint64_t offset() const { return lines_.reader().offset(); }
   std::uint64_t size() const { return lines_.reader().size(); }
 
@@ -34,8 +34,8 @@ class FrdReader {
   // line, is truncated: that block is not returned. A result that `isWanted` rejects has no labels and values.
   std::optional<FrdBlock> next(const ResultFilter& isWanted = {});
 
-  // The same, but passes over results that cannot be read if `leaveOut`, told what is wrong with the result of that
-  // ordinal, returns true. The error of the mesh or of a binary block says nothing about what follows, and stays one.
+  // The same, but skips results that cannot be read if `leaveOut`, called with the ordinal and the error, returns true.
+  // After an error in the mesh or in a binary block the rest of the file cannot be found, so it is always thrown.
   std::optional<FrdBlock> next(const ResultFilter& isWanted, const LeaveOut& leaveOut);
 
   // After next() has returned nothing: whether the file ended before its last line.

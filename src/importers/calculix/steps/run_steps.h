@@ -14,7 +14,7 @@
 
 namespace importers::calculix {
 
-// An increment that is known to have ended.
+// An increment that is known to have been completed.
 struct KnownIncrement {
   std::optional<int> number;  // nothing for the end of a step by the deck
   Rounded total;
@@ -26,7 +26,7 @@ struct KnownIncrement {
 struct RunStep {
   std::optional<Procedure> procedure;
   const DeckStep* deck = nullptr;
-  // Total times by the deck.
+  // Total times according to the deck.
   std::optional<double> start;
   std::optional<double> end;
   // Of a step in time, in the order of the run.
