@@ -1,6 +1,6 @@
 #include "base/control_characters.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -10,7 +10,7 @@ namespace {
 
 bool isPlain(char c) { return c >= ' ' && c < '\x7f'; }
 
-// The first character that counts as one, and how many bytes it has; an empty text where there is none.
+// The bytes of the first control character; empty if there is none.
 std::string_view firstControl(std::string_view text) {
   while (true) {
     text.remove_prefix(static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin()));
@@ -34,7 +34,7 @@ std::size_t utf8Length(std::string_view text) {
   for (std::size_t i = 1; i < length; ++i) {
     if ((byte(i) & 0xC0U) != 0x80U) return 0;
   }
-  // Overlong forms, surrogates and what lies beyond the last character.
+  // Overlong forms, surrogates and code points beyond the last character.
   if ((first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F)) return 0;
   if ((first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F)) return 0;
   return length;

@@ -34,7 +34,7 @@ bool writeAt(int file, std::int64_t offset, std::span<const std::byte> bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::pwrite(file, bytes.data(), bytes.size(), offset);
     if (written < 0 && errno == EINTR) continue;
-    // Nothing written without an error: the next call would say the same for ever.
+    // Nothing was written and there is no error: trying again would never end.
     if (written == 0) errno = EIO;
     if (written <= 0) return false;
     bytes = bytes.subspan(static_cast<std::size_t>(written));

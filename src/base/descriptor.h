@@ -25,11 +25,11 @@ class Descriptor {
   int file_;
 };
 
-// Reads from `offset` on until `out` is full or the file ends, and returns how many bytes there were. Nothing, with
-// errno set, where reading fails. Any number of threads may read from one descriptor.
+// Reads from `offset` on until `out` is full or the file ends, and returns the number of bytes read. Nothing, with
+// errno set, if reading fails. Thread-safe.
 std::optional<std::size_t> readAt(int file, std::int64_t offset, std::span<std::byte> out);
 
-// Writes all of `bytes` to `offset`. False, with errno set, where that fails; some of them may be written then.
+// Writes all of `bytes` at `offset`. False, with errno set, on failure; part of them may have been written.
 bool writeAt(int file, std::int64_t offset, std::span<const std::byte> bytes);
 
 }  // namespace base

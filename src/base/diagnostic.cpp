@@ -1,6 +1,6 @@
 #include "base/diagnostic.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "base/control_characters.h"
 

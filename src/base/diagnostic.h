@@ -1,4 +1,4 @@
-// What there is to say of a file, in its parts, and the one place that puts it into words.
+// Messages about a file, in parts, and the one place that puts them into words.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +9,11 @@
 
 namespace base {
 
-// Where something is said of. What is not known, or does not matter, is left out.
+// The place that a message is about. Parts that are unknown or do not matter are left out.
 struct Place {
   std::string file;                        // as its user named it
-  std::int64_t line = 0;                   // from 1; 0 for none
-  std::optional<std::uint64_t> byte = {};  // that what is meant ends before, where lines do not tell
+  std::int64_t line = 0;                   // from 1; 0 = none
+  std::optional<std::uint64_t> byte = {};  // the faulty item ends before this byte; for files without lines
   std::string object = {};                 // the path of an object in the file
 
   bool isKnown() const { return !file.empty(); }
@@ -35,16 +35,16 @@ inline Diagnostic warning(Place place, std::string reason) {
   return {Severity::warning, std::move(place), std::move(reason)};
 }
 
-// Receives what users should know although the work goes on.
+// Receives warnings and notes, after which the work goes on.
 using DiagnosticSink = std::function<void(const Diagnostic&)>;
 
-// What files hold and are called may show up here: control characters are escaped (base/control_characters.h).
+// Contents and names of files may appear in messages: control characters are escaped (base/control_characters.h).
 //
 // "job.frd:12", "job.odb: /steps/Step-1", or nothing.
 std::string textOf(const Place& place);
 // "job.frd:12: the node 3 is there twice (before byte 400)": the place, as far as it is known, and the reason.
 std::string textOf(const Place& place, const std::string& reason);
-// "job.frd:12: warning: the file is cut off".
+// "job.frd:12: warning: the file is truncated".
 std::string textOf(const Diagnostic& diagnostic);
 
 }  // namespace base

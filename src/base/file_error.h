@@ -1,4 +1,4 @@
-// What went wrong with a file.
+// An error in a file.
 #pragma once
 
 #include <stdexcept>
@@ -9,8 +9,8 @@
 
 namespace base {
 
-// what() is "<file>: <object in it>: <reason>", the object left out where the file as a whole is meant. Whoever needs
-// less than the sentence, or another one, takes the parts.
+// what() is "<file>: <object in it>: <reason>", without the object if the error concerns the whole file. The parts are
+// available separately.
 class FileError : public std::runtime_error {
  public:
   FileError(std::string file, std::string object, std::string reason)
@@ -30,7 +30,7 @@ class FileError : public std::runtime_error {
   std::string reason_;
 };
 
-// There is nothing under the name, nothing that may be read, or no regular file.
+// The file does not exist, may not be read, or is not a regular file.
 class NoFileError : public FileError {
  public:
   NoFileError(std::string file, std::string reason) : FileError(std::move(file), "", std::move(reason)) {}

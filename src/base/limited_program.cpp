@@ -1,7 +1,7 @@
 #include "base/limited_program.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::uint64_t kMebi = std::uint64_t{1} << 20;
 
-// Signals that are to end the program, whatever this process does with them.
+// Signals that must end the program even if this process ignores them.
 constexpr std::array kDeadlySignals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGXCPU, SIGXFSZ, SIGPIPE};
 
 // The files and signals that the program starts with.
@@ -43,7 +43,7 @@ class Start {
 
   // Returns the child, or -1 with errno set.
   pid_t run(const std::string& path, char** arguments, int pipe, int file) {
-    // Libraries explain themselves on streams that belong to the caller.
+    // Libraries print to streams that belong to the caller.
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
       ::posix_spawn_file_actions_addopen(&files_, stream, "/dev/null", O_RDWR, 0);
     }
@@ -69,7 +69,7 @@ class Start {
   posix_spawnattr_t attributes_;
 };
 
-// The same open file under a number that no other takes in the program.
+// The same open file under a number that is free in the program.
 Descriptor outOfTheWay(int file) {
   return Descriptor(::fcntl(file, F_DUPFD_CLOEXEC, std::max(kLimitedPipe, kLimitedFile) + 1));
 }
@@ -92,8 +92,7 @@ pid_t start(const std::string& file, const LimitedProgram& program, const Progra
   return child;
 }
 
-// All that the program sends until it closes its end, or an empty text when that is too much; nothing when the time is
-// over.
+// Everything the program sends until it closes its end; empty if that is too much, nothing if the time is up.
 std::optional<std::string> receive(int pipe, const ProgramLimits& limits) {
   const auto end = std::chrono::steady_clock::now() + limits.time;
   std::string message;
@@ -128,10 +127,10 @@ std::string reasonOf(int status, bool isLate, const ProgramLimits& limits) {
     return fmt::format("reading it took more than {} s of processor time", limits.processorTime.count());
   }
   if (WIFSIGNALED(status)) {
-    return fmt::format("reading it crashed ({}): the file is damaged, or made to do that",
+    return fmt::format("reading it crashed ({}): the file is damaged, or was made to do so",
                        ::strsignal(WTERMSIG(status)));
   }
-  return fmt::format("reading it ended the process (status {}): the file is damaged, or made to do that",
+  return fmt::format("reading it ended the process (status {}): the file is damaged, or was made to do so",
                      WEXITSTATUS(status));
 }
 
@@ -159,10 +158,9 @@ std::string resultOf(const std::string& file, std::string message, const Program
 
 ProgramLimits limitsFor(std::int64_t bytes) {
   const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(bytes, 0));
-  // A block is in memory once as it is stored and once as it is written, be it packed. The processor has 2 MiB a
-  // second: files of nothing but small objects are read at 7 and upgraded at 17, all others much faster. The clock has
-  // patience with a machine that has other things to do. Of a catalog there is hardly more than of the file's
-  // structure.
+  // A block is in memory once as stored and once as written. Processor time allows 2 MiB/s: files that consist of small
+  // objects only are read at 7 MiB/s and upgraded at 17 MiB/s, all others much faster. The wall clock limit allows for
+  // a busy machine. A catalog is hardly larger than the file's structure.
   const std::chrono::seconds time(2 + static_cast<std::int64_t>(size / (2 * kMebi)));
   return {64 * kMebi + 16 * size, time, 20 * time, kMebi + 2 * size};
 }

@@ -1,4 +1,4 @@
-// Work on files that nobody vouches for, done by a program of its own that may crash.
+// Runs work on untrusted files in a separate program, which may crash.
 #pragma once
 
 #include <chrono>
@@ -9,7 +9,7 @@
 namespace base {
 
 struct ProgramLimits {
-  // Bytes of address space beyond those that the program has when it starts. Not kept under sanitizers that
+  // Bytes of address space in addition to what the program has when it starts. Not enforced under sanitizers, which
   // need terabytes of it.
   std::uint64_t memory = 0;
   std::chrono::seconds processorTime{0};
@@ -17,21 +17,20 @@ struct ProgramLimits {
   std::uint64_t answer = 0;  // bytes
 };
 
-// Limits for reading a file of so many bytes: enough for any honest one.
+// Limits for reading a file of so many bytes: enough for any genuine one.
 ProgramLimits limitsFor(std::int64_t bytes);
 
 // A program that is written for this with serveLimited() (limited_work.h).
 struct LimitedProgram {
   std::string path;
   std::vector<std::string> arguments;
-  int file = -1;  // what it reads: an open file of ours, which it gets under its own number
+  int file = -1;  // the open file to read, passed on as kLimitedFile
 };
 
-// Starts the program, gives it its limits, and returns what it answers. It leaves no core, gets no new rights, has no
-// open files but the one it is given and a pipe, and dies with the thread that has started it. Throws FileError: with
-// object and reason of the program's own where it has ended with one, else with a reason that says that reading it
-// crashed, took more memory or time than allowed, or ended the process; always of `file`, the name of what is read.
-// What the program did to other files stays done. Threads may run.
+// Starts the program with its limits and returns its answer. It leaves no core file, gains no privileges, has no open
+// files except the given one and a pipe, and dies with the thread that started it. Throws FileError for `file`: with
+// the object and reason that the program reports, or saying that reading the file crashed, exceeded memory or time, or
+// ended the process. Changes the program made to other files remain. The calling process may have threads.
 std::string runLimited(const std::string& file, const LimitedProgram& program, const ProgramLimits& limits);
 
 }  // namespace base

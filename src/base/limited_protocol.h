@@ -1,4 +1,4 @@
-// What limited_program.h and limited_work.h agree on.
+// The protocol between limited_program.h and limited_work.h.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ enum LimitedArgument : int { kParentArgument = 1, kMemoryArgument, kSecondsArgum
 // The first byte of an answer says how the work ended. An error of a file is its object, a NUL and the reason.
 enum class Ending : char { value = 'V', fileError = 'F', otherError = 'E', memory = 'M' };
 
-// In the middle of a crash more may be sent than meant; the last byte says that all was.
+// A crash may send garbage; the last byte confirms that the answer is complete.
 inline constexpr char kEndMark = '.';
 
 }  // namespace base

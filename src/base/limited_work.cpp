@@ -39,7 +39,7 @@ std::uint64_t addressSpaceInUse() {
 
 bool confine(char** argv) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-  // The parent may have died before that was said.
+  // The parent may have died before this took effect.
   if (std::to_string(::getppid()) != argv[kParentArgument]) return false;
   ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   ::prctl(PR_SET_DUMPABLE, 0);
@@ -50,7 +50,7 @@ bool confine(char** argv) {
     const rlim_t bytes = addressSpaceInUse() + std::strtoull(argv[kMemoryArgument], nullptr, 10);
     limit(RLIMIT_AS, bytes, bytes);
   }
-  // What the program that started this one had open without meaning to hand it on.
+  // Files that the parent had open and did not mean to pass on.
   ::close_range(kLimitedFile + 1, ~0U, 0);
   return true;
 }
@@ -80,7 +80,7 @@ int serveLimited(int argc, char** argv, const std::function<std::string(std::spa
   } catch (...) {
     send(Ending::otherError, "unknown exception");
   }
-  // What was damaged while reading is not touched again.
+  // Destructors could touch memory that was damaged while reading.
   std::_Exit(EXIT_SUCCESS);
 }
 

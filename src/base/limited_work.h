@@ -1,4 +1,4 @@
-// The inside of a program that reads files nobody vouches for.
+// The main function of a program that reads untrusted files.
 #pragma once
 
 #include <functional>
@@ -7,11 +7,10 @@
 
 namespace base {
 
-// What main() of such a program does: takes the limits that it was started with upon itself, gives away what rights it
-// can, does `work` with the arguments that are the program's own, and answers through the pipe with what that returns
-// or throws (FileError, std::bad_alloc or anything else). `work` finds the file at the descriptor kLimitedFile
-// (limited_protocol.h). Ends the process, but where it was not started by runLimited(): then it does nothing and
-// returns an exit status that is not 0.
+// Applies the limits from the arguments, drops privileges, calls `work` with the program's own arguments, and sends
+// what it returns or throws (FileError, std::bad_alloc or anything else) through the pipe. `work` finds the file at the
+// descriptor kLimitedFile (limited_protocol.h). Ends the process, unless it was not started by runLimited(): then it
+// does nothing and returns a non-zero exit status.
 int serveLimited(int argc, char** argv, const std::function<std::string(std::span<char*> arguments)>& work);
 
 }  // namespace base

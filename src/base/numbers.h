@@ -38,9 +38,9 @@ bool isNumberFormat(std::uint8_t code);
 std::size_t sizeOf(NumberFormat format);
 bool isFloatingPoint(NumberFormat format);
 
-// Each converts as many numbers as `out` has room for from `stored`, which holds that many. An integer that an int
-// cannot hold is not converted: its place is returned. The format must be one of integers, else one of floating-point
-// numbers.
+// Each converts out.size() numbers from `stored`, which holds as many. At an integer that does not fit an int
+// conversion stops and its index is returned. The format must be an integer format for toInts(), a floating-point
+// format otherwise.
 std::optional<std::size_t> toInts(std::span<const std::byte> stored, NumberFormat format, std::span<int> out);
 void toFloats(std::span<const std::byte> stored, NumberFormat format, std::span<float> out);
 void toDoubles(std::span<const std::byte> stored, NumberFormat format, std::span<double> out);

@@ -1,7 +1,7 @@
 #include "base/output_file.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,7 +29,7 @@ std::string directoryOf(const std::string& path) {
   throw FileError(path, "", fmt::format("{}: {}", what, std::strerror(errno)));
 }
 
-// Where a name leads, whether there is a file or not.
+// The target of a name, which need not exist.
 std::string followLinks(const std::string& name) {
   constexpr int kMostLinks = 40;  // as the kernel has it
   std::string path = name;
@@ -40,7 +40,7 @@ std::string followLinks(const std::string& name) {
     link.resize(static_cast<std::size_t>(length));
     path = link.front() == '/' ? link : directoryOf(path) + "/" + link;
   }
-  throw FileError(name, "", "cannot be created: it is a link that leads in a circle");
+  throw FileError(name, "", "cannot be created: its links form a circle");
 }
 
 void requireReplaceable(const std::string& target, const std::string& name) {
@@ -60,26 +60,26 @@ bool hasName(const Descriptor& file) {
   return ::fstat(file.get(), &status) != 0 || status.st_nlink > 0;
 }
 
-// A temporary file that nobody takes for one that was left behind.
+// A temporary file, locked so that nobody removes it as stale.
 Descriptor makeLocked(const std::string& target, std::string& path) {
   while (true) {
     path = target + kTemporaryMark;
     Descriptor file = makeTemporary(path);
     if (!file) return file;
     holdAgainstClearing(file.get());
-    // Between its making and the lock somebody may have cleared it away.
+    // Another process may have removed it before it was locked.
     if (hasName(file)) return file;
   }
 }
 
-// mkstemp makes private files; the result is to have the rights of any other new file.
+// mkstemp makes private files; the result must have the permissions of any other new file.
 void giveUsualRights(const Descriptor& file) {
   const mode_t mask = ::umask(0);
   ::umask(mask);
   ::fchmod(file.get(), 0666 & ~mask);
 }
 
-// Makes what was written survive a power failure. Some file systems cannot do that for directories and say so.
+// Makes written data survive a power failure. Some file systems cannot do that for directories and say so.
 bool isSynchronised(const Descriptor& file) {
   int status = ::fsync(file.get());
   while (status != 0 && errno == EINTR) status = ::fsync(file.get());
@@ -101,9 +101,10 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::publish() {
-  if (!isSynchronised(file_)) failSystem(finalPath_, "cannot be brought to the disk");
+  if (!isSynchronised(file_)) failSystem(finalPath_, "cannot be written to disk");
   const Descriptor directory(::open(directoryOf(target_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (std::rename(temporaryPath_.c_str(), target_.c_str()) != 0) failSystem(finalPath_, "cannot be given its name");
+  if (std::rename(temporaryPath_.c_str(), target_.c_str()) != 0)
+    failSystem(finalPath_, "cannot be renamed to its final name");
   published_ = true;
   // A directory that can be written but not read is no reason to fail.
   if (directory && !isSynchronised(directory)) {

@@ -7,14 +7,14 @@
 
 namespace base {
 
-// The temporary name under which a file grows in the directory of its final name: the final name and ".tmp.", then six
-// letters and digits. Whoever leaves without publish() leaves nothing behind; what a process that was killed left is
-// cleared away by the next one that writes a file of that final name. Several may do so at once: each has a file of its
-// own, and the last to publish has the name.
+// A file that is written under a temporary name in the directory of its final name: the final name, ".tmp." and six
+// letters and digits. Without publish() the file is removed. Temporary files of killed processes are removed by the
+// next process that writes the same final name. Several may write at once: each has its own file, and the last to
+// publish gets the name.
 class OutputFile {
  public:
-  // Makes the file, empty, and holds a lock on it. A final name that is a link stays one: the file is made where it
-  // points. A final name that is anything but a regular file or free is refused. Throws FileError.
+  // Creates the empty file and locks it. If the final name is a symbolic link, its target is written. Throws FileError,
+  // also if the final name exists and is not a regular file.
   explicit OutputFile(const std::string& finalPath);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
@@ -23,8 +23,8 @@ class OutputFile {
   const std::string& finalPath() const { return finalPath_; }
   const std::string& temporaryPath() const { return temporaryPath_; }
 
-  // Brings the finished file to the disk and renames it. Throws FileError; unless the message says that the file is
-  // complete, an older file of the final name is as it was.
+  // Flushes the finished file to disk and renames it. Throws FileError; unless the message says that the file is
+  // complete, an existing file of the final name is unchanged.
   void publish();
 
  private:

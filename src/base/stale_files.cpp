@@ -36,7 +36,7 @@ bool isTemporaryNameOf(std::string_view finalName, std::string_view name) {
 }
 
 void clearUnlessHeld(const std::string& path) {
-  // Without waiting, as it may be anything that bears such a name.
+  // Without waiting: anything may have such a name, also a pipe.
   const Descriptor file(::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return;
@@ -52,7 +52,7 @@ void clearStaleFiles(const std::string& finalPath) {
   const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
   const std::string directory = finalPath.substr(0, begin);
   const std::string_view finalName = std::string_view(finalPath).substr(begin);
-  // Not by the standard library, whose iterator ends the process when memory is short.
+  // The standard library's iterator would end the process when memory is short.
   const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(directory.empty() ? "." : directory.c_str()), ::closedir);
   if (!entries) return;
   while (const dirent* entry = ::readdir(entries.get())) {

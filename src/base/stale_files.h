@@ -1,18 +1,18 @@
-// Temporary files of writers that were killed: how they are told from those of writers at work, and cleared away.
+// Temporary files of killed writers: how they are distinguished from files in use, and removed.
 #pragma once
 
 #include <string>
 
 namespace base {
 
-// What stands between a final name and the six characters that make a temporary name of it.
+// The infix between a final name and the six characters of a temporary name.
 constexpr const char* kTemporaryMark = ".tmp.";
 
-// Keeps others from clearing the open file away, as long as it is open. On a file system without locks nothing is
-// kept, and nothing is cleared.
+// Keeps others from removing the open file while it is open. On a file system without locks this has no effect, and
+// nothing is removed.
 void holdAgainstClearing(int file);
 
-// Removes the temporary files of `finalPath` that nobody holds. What cannot be removed stays, silently.
+// Removes the temporary files of `finalPath` that nobody has locked. Files that cannot be removed are left silently.
 void clearStaleFiles(const std::string& finalPath);
 
 }  // namespace base

@@ -1,4 +1,4 @@
-// Vectors whose new elements are not filled with zeros, for room that is written over at once.
+// Vectors whose new elements are not initialised, for memory that is overwritten at once.
 #pragma once
 
 #include <memory>
@@ -8,7 +8,7 @@
 
 namespace base {
 
-// Leaves elements that are made of nothing as they are in memory.
+// Default-constructed elements stay uninitialised.
 template <class Number>
 struct UnfilledAllocator : std::allocator<Number> {
   template <class Other>

@@ -142,7 +142,7 @@ Functions wedge(Shape shape, const Point& p) {
 std::vector<Place> placesOf(const Description& description) {
   std::vector<Place> places(description.corners.begin(), description.corners.end());
   places.resize(places.size() + description.edges.size());
-  // The line of three nodes alone has a corner behind its middle.
+  // The line of three nodes alone has a corner after its middle.
   if (description.cell == Cell::line && !description.edges.empty()) places[2] = places[1];
   for (const Edge& edge : description.edges) {
     for (std::size_t k = 0; k < 3; ++k) {

@@ -1,6 +1,6 @@
 #include "hdf5/dataset.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -101,8 +101,8 @@ std::vector<Chunk> Dataset::chunks() const {
   NotedFile& noted = *file()->noted;
   Dims first(dims_.size(), 0);
   for (hsize_t& slab = first.front(); slab < dims_.front(); ++slab) {
-    // HDF5's own question for the place of a chunk goes through all chunks before it. Its reading does not, and is led
-    // to a driver that only looks where it would read.
+    // HDF5's function for the position of a chunk searches all chunks before it. Reading a chunk does not, so a driver
+    // records where HDF5 would read.
     std::uint32_t skippedFilters = 0;
     std::byte untouched{};
     noted.lastRead.reset();
@@ -151,7 +151,7 @@ void Dataset::checkType(hid_t type) const {
 void Dataset::checkContiguous(std::int64_t start) const {
   if (bytes() == 0) return;
   if (H5Dget_storage_size(id()) != static_cast<hsize_t>(bytes())) fail("the data set is not stored in full");
-  // As unsigned numbers, so that an address too large for a signed one lies behind the end too.
+  // As unsigned numbers, so that an address too large for a signed one lies after the end too.
   const auto end = static_cast<hsize_t>(file()->bytes);
   const auto first = static_cast<hsize_t>(start);
   if (first > end || static_cast<hsize_t>(bytes()) > end - first) {

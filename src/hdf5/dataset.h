@@ -1,4 +1,4 @@
-// Data sets: their shapes, their numbers, and where those stand in the file.
+// Data sets: their shapes, their numbers, and where those are in the file.
 #pragma once
 
 #include <cstddef>
@@ -21,10 +21,10 @@ enum class Filter { gzip, fletcher32 };
 // How the numbers of a new data set are laid out.
 struct Storage {
   std::vector<Filter> filters;  // in the order in which they are applied; a chunk for each slab where there are any
-  bool reserved = false;        // room in the file is taken at once; somebody else fills it
+  bool reserved = false;        // allocated at once; written by another part of the program
 };
 
-// A chunk as it stands in the file.
+// A chunk as stored.
 struct Chunk {
   std::int64_t offset = 0;
   std::int64_t bytes = 0;
@@ -52,7 +52,7 @@ class Dataset : public Object {
   std::vector<double> readDoubles() const;
   std::vector<std::string> readStrings() const;
 
-  // Where in the file contiguous numbers start; nothing where they are not contiguous or have no room yet.
+  // Where in the file contiguous numbers start; nothing if they are not contiguous or have no room yet.
   std::optional<std::int64_t> offset() const;
   // Whether it is divided into chunks. Of the strict profile each is a slab along the first dimension, and filters()
   // and chunks() describe them; an unfiltered data set has no filters.

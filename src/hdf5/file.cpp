@@ -1,6 +1,6 @@
 #include "hdf5/file.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "base/file_error.h"
 
@@ -20,8 +20,8 @@ Handle accessForWriting(const std::string& file, std::int64_t structureBytes) {
   // Objects that outlive the file's handle keep the file open until they go too.
   checked(file, H5Pset_fclose_degree(access.get(), H5F_CLOSE_WEAK));
   checked(file, H5Pset_libver_bounds(access.get(), H5F_LIBVER_V110, H5F_LIBVER_V110));
-  // Numbers go to the file when they are written. What waited in a buffer would be written when its data set is closed,
-  // and if that failed, on a full disk, nobody would know.
+  // Without a buffer numbers go to the file at once. A buffer would be written when its data set is closed, and a
+  // failure then, on a full disk, would go unnoticed.
   checked(file, H5Pset_sieve_buf_size(access.get(), 0));
   checked(file, H5Pset_cache(access.get(), 0, 0, 0, 0.0));
   checked(file, H5Pset_meta_block_size(access.get(), static_cast<hsize_t>(structureBytes)));
@@ -75,7 +75,7 @@ void flushFile(const Group& root) { root.checked(H5Fflush(root.id(), H5F_SCOPE_G
 
 std::int64_t endOfFile(const Object& member) {
   haddr_t end = 0;
-  constexpr const char* kReason = "the size of the file cannot be found out";
+  constexpr const char* kReason = "the size of the file cannot be determined";
   const Handle file(member.checked(H5Iget_file_id(member.id()), kReason), H5Fclose);
   member.checked(H5Fget_eoa(file.get(), &end), kReason);
   return static_cast<std::int64_t>(end);

@@ -1,6 +1,6 @@
 #include "hdf5/group.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -10,7 +10,7 @@ namespace h5 {
 
 namespace {
 
-// Written into the file; whoever packs the chunks may pack as he likes.
+// This level is stored in the file; the chunks themselves may be packed differently.
 constexpr unsigned kGzipLevel = 4;
 
 }  // namespace

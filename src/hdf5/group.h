@@ -43,7 +43,7 @@ class Group : public Object {
  private:
   Dataset createDataset(const std::string& link, hid_t type, const Dims& dims, const Storage& storage) const;
   std::string memberPath(const std::string& link) const;
-  // Nothing where there is no such link; another kind of object under it is an error.
+  // Nothing if there is no such link; another kind of object under it is an error.
   std::optional<Handle> findMember(const std::string& link) const;
   std::optional<Handle> findMember(const std::string& link, H5I_type_t kind) const;
   Handle present(const std::string& link, std::optional<Handle> member) const;

@@ -7,7 +7,7 @@ namespace h5 {
 
 namespace {
 
-// Of a system call that failed HDF5 tells time, buffer and offset, in two lines: what failed and why is enough.
+// For a failed system call HDF5 reports time, buffer and offset in two lines; what failed and why is enough.
 std::string shortened(const std::string& description) {
   constexpr std::string_view kWhy = "error message = '";
   const std::size_t what = description.find(": time = ");

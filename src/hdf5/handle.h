@@ -36,7 +36,7 @@ void startHdf5();
 
 // Why the last HDF5 call of this thread failed, in HDF5's words; empty when it did not say.
 std::string lastHdf5Error();
-// The same behind a reason of ours.
+// The same after a reason of our own.
 std::string explained(const std::string& reason);
 
 // HDF5's type of numbers in a file. Not to be closed.

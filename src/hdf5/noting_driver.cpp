@@ -11,7 +11,7 @@ namespace h5 {
 
 namespace {
 
-// What HDF5 knows of an open file, and ours behind it.
+// HDF5's data for an open file, followed by ours.
 struct DriverFile {
   H5FD_t shared;
   haddr_t end;  // as HDF5 has set it

@@ -1,5 +1,4 @@
-// A driver of HDF5 that reads one open file of ours, writes nothing, and can tell where chunks stand without reading
-// them.
+// An HDF5 driver that reads one open file, writes nothing, and can find out where chunks are without reading them.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +18,7 @@ struct NotedFile {
   int descriptor = -1;
   std::int64_t bytes = 0;
   bool isOpen = false;
-  // While it is set, numbers that HDF5 asks for are not read: where they stand is kept instead.
+  // While it is set, numbers that HDF5 requests are not read; their position is recorded instead.
   bool isNoting = false;
   std::optional<Read> lastRead;
 };

@@ -13,9 +13,10 @@
 
 namespace h5 {
 
-// How much of HDF5 a file may use. Strict refuses what is not in the profile of layouts 2 and 3 before it is read:
-// links that are not hard, strings of variable length, storage that is neither contiguous nor chunked with gzip and
-// Fletcher-32. Free refuses what leads into other files. Own is for files that we are writing, which are not looked at.
+// Which features of HDF5 a file may use. Strict refuses everything outside the profile of layouts 2 and 3 before
+// reading it: links other than hard ones, strings of variable length, storage other than contiguous or chunked with
+// gzip and Fletcher-32. Free refuses references to other files. Own is for files that we are writing, which are not
+// checked.
 enum class Profile { strict, free, own };
 
 // What every object of an open file shares: its name for messages, its profile, its identifier.
@@ -49,7 +50,7 @@ class Object {
   std::vector<std::string> attributes() const;
   // Throws for an attribute that is not allowed in the file or cannot be one of ours.
   void checkAttribute(const std::string& name) const;
-  // What tells one object of a file from another under whatever link it was found.
+  // Identifies an object of a file, whichever link led to it.
   std::uint64_t address() const;
 
   // The value of an attribute, or `absent` when there is none. A wrong type or shape is an error.

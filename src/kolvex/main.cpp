@@ -1,6 +1,6 @@
-// `kolvex <command> ...` runs the program of that command with all arguments as they are.
+// `kolvex <command> ...` runs the program of that command with all its arguments unchanged.
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -24,18 +24,18 @@ constexpr int kCannotRun = 126;
 constexpr int kNotFound = 127;
 constexpr int kUsageError = 2;
 
-// All arguments behind its name are its own, so what shells ask about it another program answers.
+// All arguments after its name are its own, so another program answers questions of shells about it.
 constexpr std::string_view kExtraction = "quarnish";
 constexpr const char* kExtractionCompletion = "quarnish-completion";
 
-// Writes a text; 1 where the stream does not take it, which is no reason to fall over.
+// Writes a text and returns the exit status: 1 if the stream fails.
 int say(std::FILE* stream, const std::string& text) {
   return std::fputs(text.c_str(), stream) >= 0 && std::fflush(stream) == 0 ? 0 : 1;
 }
 
 int sayVersion(const std::string& name) { return say(stdout, fmt::format("{} {}\n", name, KOLVEX_VERSION)); }
 
-// `arguments` stand behind the place of the program's name and end with a null.
+// `arguments` follow the program's name and end with a null.
 int runSubcommand(const std::string& name, char** arguments) {
   std::error_code failure;
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", failure);
@@ -67,7 +67,7 @@ int unknown(std::string_view command) {
   return 1;
 }
 
-// `kolvex --man [COMMAND [COMMAND-OF-IT]]`. The extraction's is here, for whatever is behind its name is its own.
+// `kolvex --man [COMMAND [COMMAND-OF-IT]]`. The extraction's is here, for whatever is after its name is its own.
 int sayManPage(const std::vector<std::string>& arguments) {
   if (arguments.empty()) return say(stdout, kolvex::launcherCommand().manPage());
   if (!kolvex::findSubcommand(arguments.front())) return unknown(arguments.front());
@@ -77,7 +77,7 @@ int sayManPage(const std::vector<std::string>& arguments) {
   return runSubcommand(arguments.front(), std::move(forwarded));
 }
 
-// `kolvex --complete INDEX WORD...`: behind a command its program knows what there is.
+// `kolvex --complete INDEX WORD...`: after a command its program knows what there is.
 int sayCompletion(const std::vector<std::string>& arguments) {
   const std::optional<tool::CompletionRequest> request = tool::completionRequestFrom(arguments);
   if (!request) return kUsageError;

@@ -13,7 +13,7 @@ void addArguments(tool::Command& command) {
               tool::Completes::file)
       .option("-config", "FILE", never, "the configuration file, which says what is extracted", tool::Completes::file)
       .option("-elset", "NAME", never,
-              "an element set of the assembly; the run ends where there is none of that name. It does not limit the "
+              "an element set of the assembly; the run ends if it does not exist. It does not limit the "
               "extraction",
               tool::Completes::computed)
       .flag(

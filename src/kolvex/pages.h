@@ -1,4 +1,4 @@
-// What the launcher says itself: its own page, and that of the extraction, whose arguments it hands through unread.
+// Pages that the launcher prints itself: its own and that of the extraction, whose arguments it passes on unread.
 #pragma once
 
 #include "tool/command.h"

@@ -1,4 +1,4 @@
-// The subcommands of kolvex: which there are, and where their programs stand.
+// The subcommands of kolvex and where their programs are.
 #pragma once
 
 #include <optional>

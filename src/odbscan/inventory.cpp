@@ -18,7 +18,7 @@ class Walk {
     // Hard links may lead to a group twice, or back to it.
     if (!seen_.insert(group.address()).second) return;
     checkAttributes(group);
-    if (depth > kDeepest) group.fail("groups lie too deep inside each other");
+    if (depth > kDeepest) group.fail("groups are nested too deeply");
     for (const std::string& link : group.links()) {
       guarded([&] { visitMember(group, link, depth); });
     }

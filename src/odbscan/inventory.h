@@ -6,8 +6,8 @@
 
 namespace odbscan {
 
-// Opens every object and looks at its attributes: where data sets stand, and which objects cannot be opened or are not
-// allowed in the layout.
+// Opens every object and checks its attributes: finds where data sets are stored, and which objects cannot be opened or
+// are not allowed in the layout.
 odbstore::Inspection takeInventory(const h5::Group& root);
 
 }  // namespace odbscan

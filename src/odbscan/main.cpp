@@ -1,5 +1,5 @@
-// Reads a file of HDF5 that nobody vouches for, and answers with what is in it. It is started by others of kolvex, with
-// limits, and ends when that is done or the file makes it crash (base/limited_work.h).
+// Reads an untrusted HDF5 file and answers with its contents. Other programs of kolvex start it, with limits; it ends
+// when it is done or the file makes it crash (base/limited_work.h).
 //
 //   odbscan catalog                    the catalog of the database (odbstore/scan_program.h)
 //   odbscan inspect                    all that there is to say of it (odbstore/inspection.h)
@@ -43,14 +43,14 @@ std::string work(std::span<char*> arguments) {
     odbscan::upgrade(base::kLimitedFile, arguments[1], arguments[2]);
     return {};
   }
-  throw std::runtime_error("the program that reads it was asked for something that it does not do");
+  throw std::runtime_error("the program that reads it does not know this request");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Comes back only where another than a program of ours has started it.
+  // Returns only if it was not started by a program of kolvex.
   const int status = base::serveLimited(argc, argv, work);
-  std::fputs("this program is started by others of kolvex, to read a file where it can do no harm\n", stderr);
+  std::fputs("this program is started by other programs of kolvex to read a file safely\n", stderr);
   return status;
 }

@@ -1,4 +1,4 @@
-// Objects of a file, each of which may be met under one name only.
+// Objects of a file, each of which may have only one name.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +12,10 @@
 
 namespace odbscan {
 
-// An object under a second name would be there twice, and a small file could hold any number of them by links.
+// With links a small file could contain any number of copies of one object.
 class MetObjects {
  public:
-  // The object, unless it has been met: then it fails.
+  // Returns the object; fails if it was found before under another name.
   template <class Object>
   Object once(Object object) {
     const auto [known, isNew] = met_.emplace(object.address(), object.path());

@@ -1,6 +1,6 @@
 #include "odbscan/object_info.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "odbstore/layout.h"
 

@@ -1,6 +1,6 @@
 #include "odbscan/scan.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "base/file_error.h"
 #include "hdf5/file.h"
@@ -85,7 +85,7 @@ std::vector<std::byte> scan(const h5::Group& root, int layout) {
 }
 
 std::string inspect(const h5::Group& root, int layout) {
-  // What layout 1 has besides is nobody's business: it may be anything.
+  // Layout 1 may have any other contents, which are ignored.
   odbstore::Inspection inspection = layout == 1 ? odbstore::Inspection{} : takeInventory(root);
   inspection.layout = layout;
   if (layout == 1) {

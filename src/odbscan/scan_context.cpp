@@ -24,10 +24,10 @@ odbstore::Packing packingOf(const h5::Dataset& dataset) {
 
 std::int32_t ScanContext::addArray(const h5::Dataset& dataset, bool isSlabbed) {
   const std::optional<base::NumberFormat> format = dataset.format();
-  if (!format) dataset.fail("holds numbers of a format that is not read");
+  if (!format) dataset.fail("holds numbers of an unsupported format");
   const std::optional<std::int64_t> offset = dataset.offset();
   const bool isPacked = dataset.count() > 0 && !offset && dataset.isChunked();
-  if (dataset.count() > 0 && !offset && !isPacked) dataset.fail("it cannot be found out where its numbers are");
+  if (dataset.count() > 0 && !offset && !isPacked) dataset.fail("the position of its numbers is unknown");
   const bool hasSlabs = (isSlabbed || isPacked) && !dataset.dims().empty();
   const std::int64_t slabs = hasSlabs ? static_cast<std::int64_t>(dataset.dims().front()) : 1;
   std::int64_t slabNumbers = 1;

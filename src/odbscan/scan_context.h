@@ -18,7 +18,7 @@ namespace odbscan {
 // The catalog in the making, and what has been met on the way.
 class ScanContext : public MetObjects {
  public:
-  // With `isPatient` what is wrong with one object is kept, and the others are looked at nevertheless.
+  // With `isPatient` faults of an object are recorded and the scan goes on with the others.
   ScanContext(int layout, bool isPatient) : catalog(layout), layout_(layout), isPatient_(isPatient) {}
 
   odbstore::CatalogBuilder catalog;
@@ -26,7 +26,7 @@ class ScanContext : public MetObjects {
   int layout() const { return layout_; }
   const std::vector<base::FileError>& problems() const { return problems_; }
 
-  // Does `action`, whose failure is kept where the scan is patient. Whether it went well.
+  // Runs `action` and returns whether it succeeded; a patient scan records the failure, another one throws.
   template <class Action>
   bool guarded(Action&& action) {
     if (!isPatient_) {

@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <map>
 
@@ -51,7 +51,7 @@ void scanBlocks(const h5::Group& field, ScanContext& context) {
   }
 }
 
-// What the field says of itself in some frames instead of what its own attributes say.
+// Frames in which the field differs from its own attributes.
 std::map<std::int32_t, odbstore::FieldInfo> readForms(const h5::Group& field, ScanContext& context) {
   std::map<std::int32_t, odbstore::FieldInfo> byFrame;
   const std::optional<h5::Group> forms = context.once(field.findGroup(links::kForms));

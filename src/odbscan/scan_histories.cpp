@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>
@@ -89,16 +89,16 @@ class PackedHistories {
     if (samples.dims().size() != 1 || !samples.isFloat()) samples.fail("must hold floating-point numbers");
     if (first.size() != names.size() + 1 || first.front() != 0 || first.back() != samples.count() ||
         !std::is_sorted(first.begin(), first.end())) {
-      firstSet.fail("must lead from 0 to the number of samples, with one number more than there are names");
+      firstSet.fail("must go from 0 to the number of samples, with one number more than there are names");
     }
     const std::int32_t array = context_.addArray(samples, false);
     for (std::size_t i = 0; i < names.size(); ++i) {
       if (regions[i] < 0 || static_cast<std::size_t>(regions[i]) >= regions_.size()) {
-        group_.fail(fmt::format("the history \"{}\" is of a region that is not there", names[i]));
+        group_.fail(fmt::format("the history \"{}\" belongs to a region that does not exist", names[i]));
       }
       const std::int64_t count = first[i + 1] - first[i];
       if (widths[i] < 0 || (widths[i] == 0 ? count != 0 : count % widths[i] != 0)) {
-        group_.fail(fmt::format("the history \"{}\" has not whole samples", names[i]));
+        group_.fail(fmt::format("the history \"{}\" has an incomplete sample", names[i]));
       }
       // Samples of no numbers take no room, so only their shape could say how many there are.
       const std::int64_t rows = widths[i] == 0 ? 0 : count / widths[i];

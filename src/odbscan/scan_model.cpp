@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -115,7 +115,7 @@ class SetScan {
     if (instances.size() != names.size()) group->fail("there must be one instance for each name");
     if (first.size() != names.size() + 1 || first.front() != 0 || first.back() != labelSet.count() ||
         !std::is_sorted(first.begin(), first.end())) {
-      firstSet.fail("must lead from 0 to the number of labels, with one number more than there are names");
+      firstSet.fail("must go from 0 to the number of labels, with one number more than there are names");
     }
     const std::int32_t labels = context_.addLabels(labelSet);
     std::map<std::string, std::vector<MemberEntry>> sets;

@@ -1,6 +1,6 @@
 #include "odbscan/upgrade.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <map>
@@ -58,7 +58,7 @@ struct HistorySource {
   std::string path;
 };
 
-// Goes through the file twice: first all is declared, then rows and samples are handed on.
+// Reads the file twice: everything is declared first, then rows and samples are passed on.
 class Upgrade {
  public:
   Upgrade(const h5::Group& root, DatabaseWriter& writer) : root_(root), writer_(writer) {}
@@ -291,14 +291,14 @@ void upgrade(int descriptor, const std::string& path, const std::string& name) {
                     });
     writer.finish();
   } catch (const base::FileError& error) {
-    // What goes wrong with the copy is said of the database, for that is the file whose name the user has given.
+    // Errors in the copy name the database, because that is the file that the user has given.
     if (error.file() != name) throw;
     throw base::FileError("", "", fmt::format("cannot be upgraded into {}", error.what()));
   }
 }
 
 void readOld(const h5::Group& root) {
-  // A writer that lays nothing out makes no file.
+  // A writer creates its file only when something is laid out.
   DatabaseWriter nowhere("", "", {});
   Upgrade upgrade(root, nowhere);
   upgrade.declare();

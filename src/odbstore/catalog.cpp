@@ -9,7 +9,7 @@ namespace odbstore {
 
 namespace {
 
-// Deeper or wider than the schema is no catalog of ours.
+// A catalog written by kolvex is never deeper or wider than its schema.
 constexpr std::uint32_t kDeepest = 8;
 constexpr std::uint32_t kMostTables = 64;
 
@@ -20,7 +20,7 @@ const columns::Catalog* verified(std::span<const std::byte> bytes, const std::st
     flatbuffers::Verifier verifier(data, bytes.size(), kDeepest, kMostTables);
     if (columns::VerifyCatalogBuffer(verifier)) return columns::GetCatalog(data);
   }
-  throw StoreError(file, "/catalog", "is damaged: it is not built as a catalog");
+  throw StoreError(file, "/catalog", "is damaged: not a valid catalog");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-// The catalog of a database: all that its file holds but rows, labels, samples and meshes, and where those stand. It is
-// the one model of a file that the reader knows, whether the file carries it or it was made by reading the structure.
-// catalog.fbs has its columns.
+// The catalog of a database: everything in its file except rows, labels, samples and meshes, and where those are
+// stored. It is the only model of a file that the reader knows, whether it comes from the file or was made by reading
+// the HDF5 structure. catalog.fbs defines its columns.
 #pragma once
 
 #include <cstddef>
@@ -16,21 +16,27 @@
 
 namespace odbstore {
 
-// What a reference is that leads nowhere.
+// A reference to nothing.
 inline constexpr std::int32_t kNone = -1;
 
-// How the slabs of an array are stored. All but contiguous ones are chunks of HDF5.
+// An index as the columns take it.
+inline flatbuffers::uoffset_t at(std::size_t index) { return static_cast<flatbuffers::uoffset_t>(index); }
+
+// The numbers of a step's mass properties in their column: centre of mass (3) and two inertias (6 each).
+inline constexpr std::size_t kMomentsOfStep = 15;
+
+// How the slabs of an array are stored: contiguous, or as HDF5 chunks.
 enum class Packing : std::uint8_t {
   contiguous = 0,
   unpacked = 1,
   gzip = 2,
   fletcher32 = 3,
-  gzipFletcher32 = 4,  // the sum is of the packed bytes
-  fletcher32Gzip = 5   // the sum is packed with the numbers
+  gzipFletcher32 = 4,  // the checksum covers the packed bytes
+  fletcher32Gzip = 5   // the checksum is packed together with the numbers
 };
 inline constexpr std::uint8_t kPackings = 6;
 
-// Places first, first + 1, ..., end - 1 of a table or column.
+// Entries first, first + 1, ..., end - 1 of a table or column.
 struct Places {
   std::size_t first = 0;
   std::size_t end = 0;
@@ -48,7 +54,7 @@ struct ArrayInfo {
 
   std::int64_t numbers() const { return slabs * slabNumbers; }
   std::int64_t slabBytes() const { return slabNumbers * static_cast<std::int64_t>(base::sizeOf(format)); }
-  // Whether the numbers stand in the file one after the other as this machine holds them.
+  // Whether the file holds the numbers one after the other, in this machine's format.
   bool isDirect() const;
 };
 
@@ -60,36 +66,37 @@ struct Extent {
 
 class Catalog {
  public:
-  // `bytes` as a program has built or a file holds them. Throws StoreError, which names `file`, unless they are columns
-  // that fit each other, and arrays that lie in the first `arraysEnd` bytes of the file, none over another.
+  // `bytes` come from a CatalogBuilder or a file. Throws StoreError, naming `file`, unless the columns fit each other
+  // and the arrays lie within the first `arraysEnd` bytes of the file without overlapping.
   Catalog(std::vector<std::byte> bytes, const std::string& file, std::int64_t arraysEnd);
 
   const columns::Catalog& columns() const { return *columns_; }
   std::span<const std::byte> bytes() const { return bytes_; }
 
-  // The text of a reference, empty for none. Good as long as the catalog.
+  // The text of a reference, empty for kNone. Valid as long as the catalog.
   std::string_view text(std::int32_t reference) const;
-  // The list of a reference, empty for none.
+  // The list of a reference, empty for kNone.
   std::span<const std::int32_t> list(std::int32_t reference) const;
-  // The texts of a list of them.
+  // The texts in a list of references to texts.
   std::vector<std::string> texts(std::int32_t listReference) const;
   ArrayInfo array(std::int32_t reference) const;
-  // The bytes of a slab as it is stored.
+  // The bytes of a slab as stored.
   Extent slab(const ArrayInfo& array, std::int64_t slab) const;
-  // The sums of the array's pieces, empty without sums.
+  // The checksums of the array's pieces; empty if the catalog has no sums.
   std::span<const std::uint32_t> sums(std::int32_t array) const;
   bool hasSums() const { return columns_->arrays()->sums()->size() > 0; }
 
-  // The place of a name in a part of a column of texts that is ascending by them; nothing when it is not there.
+  // The index of a name within a range of a column of references to texts, which is sorted by them; nothing if it is
+  // not there.
   std::optional<std::size_t> find(const flatbuffers::Vector<std::int32_t>* column, Places places,
                                   std::string_view name) const;
 
-  // What belongs to object i of a table, by the table's column of ends.
+  // The entries that belong to object i of a table, by the table's column of ends.
   static Places placesOf(const flatbuffers::Vector<std::uint32_t>* ends, std::size_t i);
 
-  // The bytes of the file among which arrays may stand, from its first one on.
+  // Arrays lie within the first so many bytes of the file.
   std::int64_t arraysEnd() const { return arraysEnd_; }
-  // Where arrays stand, in the order of the file.
+  // Where the arrays are, in file order.
   const std::vector<Extent>& extents() const { return extents_; }
 
  private:
@@ -102,11 +109,11 @@ class Catalog {
 
 // The form of a field in a frame.
 std::int32_t formInFrame(const Catalog& catalog, std::size_t field, std::int32_t frame);
-// The form from which a block whose frames are those of the list (none: all of the step) takes what it does not say
-// itself: the one of its first frame, the field's own where it has no frame.
+// The form that supplies what a block does not define itself: that of its first frame, or the field's own if the block
+// has no frame. `list` refers to the block's frames; kNone means all frames of the step.
 std::int32_t formOfBlock(const Catalog& catalog, std::size_t field, std::int32_t list);
 
-// Sums are of pieces: of each slab as it is stored, cut at every so many bytes.
+// Checksums cover pieces: each slab as stored, cut every kPieceBytes bytes.
 inline constexpr std::int64_t kPieceBytes = std::int64_t{1} << 20U;
 std::int64_t piecesOf(std::int64_t storedBytes);
 

@@ -9,7 +9,7 @@ namespace {
 
 std::uint32_t endOf(const auto& column) { return static_cast<std::uint32_t>(column.size()); }
 
-// The size that the last object of a table ends with, which grows as parts are added to it.
+// The end of the last object of a table, which grows as entries are added to it.
 void keepEnd(std::vector<std::uint32_t>& ends, const auto& column) {
   if (!ends.empty()) ends.back() = endOf(column);
 }

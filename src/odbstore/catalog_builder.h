@@ -1,5 +1,5 @@
-// Builds a catalog, object by object. Whoever has objects under each other (steps, fields, blocks, ...) adds the owner,
-// then what belongs to it. Names of a table must come in its order.
+// Builds a catalog, object by object. Nested objects (steps, fields, blocks, ...) are added owner first, then what
+// belongs to it. Names must be added in the order of their table.
 #pragma once
 
 #include <array>
@@ -59,7 +59,7 @@ struct OutputEntry {
   std::int64_t width = 0;
 };
 
-// What the database says of itself; nothing where it says nothing.
+// Names that the database gives itself; nothing if it gives none.
 struct ModelNames {
   std::optional<std::string> name;
   std::optional<std::string> title;
@@ -71,7 +71,7 @@ class CatalogBuilder {
  public:
   explicit CatalogBuilder(int layout);
 
-  // An array whose slabs follow each other from `offset` on, and one of a chunk for each slab.
+  // An array with consecutive slabs starting at `offset`, and one with one chunk per slab.
   std::int32_t addArray(base::NumberFormat format, std::int64_t slabs, std::int64_t slabNumbers, std::int64_t offset);
   std::int32_t addPackedArray(base::NumberFormat format, Packing packing, std::int64_t slabs, std::int64_t slabNumbers,
                               std::span<const Extent> chunks);
@@ -81,20 +81,20 @@ class CatalogBuilder {
   void addPart(const std::string& name);
   void addInstance(const std::string& name, const std::string& part, std::int32_t nodeLabels, std::int32_t coordinates);
   void addElements(std::size_t instance, const std::string& type, std::int32_t labels, std::int32_t connectivity);
-  // All sets of an owner and kind; owners come as the assembly, the instances, the parts, each with elements first.
+  // All sets of an owner and kind. Owners come in the order assembly, instances, parts, element sets first for each.
   void addSets(OwnerKind ownerKind, std::int32_t owner, SetKind kind, std::vector<SetEntry> sets);
   void addLocation(const std::string& id, const LocationEntry& location);
 
   void addStep(const std::string& name, const StepInfo& info);
   void addFrame(const FrameInfo& info);
   void addField(const std::string& name, const FieldInfo& info, const std::optional<std::vector<std::int32_t>>& frames);
-  // What the field says of itself in a frame instead; frames ascending.
+  // How the field differs in a frame; frames ascending.
   void addChange(std::int32_t frame, const FieldInfo& info);
   void addBlock(const BlockEntry& block);
   void addHistoryRegion(const std::string& name, const HistoryRegionInfo& info);
   void addHistoryOutput(const OutputEntry& output);
 
-  // One sum for each piece of each array, in the order in which the arrays were added.
+  // One checksum per piece of each array, in the order in which the arrays were added.
   void setSums(std::vector<std::uint32_t> sums);
   std::vector<std::byte> build() const;
 

@@ -1,4 +1,4 @@
-// Whether a catalog can be relied on: by whoever follows its references, and by the extraction.
+// Whether a catalog can be trusted: first its references, then its contents.
 #pragma once
 
 #include <cstdint>
@@ -11,18 +11,18 @@
 namespace odbstore {
 
 struct CheckedColumns {
-  std::vector<Extent> extents;         // of all arrays, in the order of the file
+  std::vector<Extent> extents;         // of all arrays, in file order
   std::vector<std::size_t> firstSums;  // of each array its first sum, and one more; empty without sums
 };
 
-// Checks all that the accessors of Catalog rely on: lengths of columns, ends, references, codes, places of arrays.
-// Throws StoreError, which names `file`, for what no program of ours would write.
+// Checks everything the accessors of Catalog rely on: lengths of columns, ends, references, codes, positions of arrays.
+// Throws StoreError, naming `file`, for anything kolvex would not write.
 CheckedColumns checkColumns(const columns::Catalog& columns, const std::string& file, std::int64_t arraysEnd);
 
-// Is told what is wrong with which object, by its path in the file. May throw.
+// Called with the path of a faulty object and what is wrong with it. May throw.
 using Complain = std::function<void(const std::string& object, const std::string& reason)>;
 
-// Checks what the layout demands of the content: names, lists of frames, shapes, label arrays.
+// Checks what the layout requires of the content: names, lists of frames, shapes, label arrays.
 void checkContent(const Catalog& catalog, const Complain& complain);
 
 }  // namespace odbstore

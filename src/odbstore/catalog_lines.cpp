@@ -12,8 +12,6 @@ namespace odbstore {
 
 namespace {
 
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
-
 class Lines {
  public:
   explicit Lines(const Catalog& catalog) : catalog_(catalog), columns_(catalog.columns()) {}

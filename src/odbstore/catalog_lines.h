@@ -1,4 +1,4 @@
-// A catalog as text: a line for each thing that it says, whatever the order in which it was built.
+// A catalog as text: one line per statement, independent of the order in which it was built.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace odbstore {
 
-// "<object>: <what is said of it>", ascending. Two catalogs of one file say the same when their lines are equal. Sums
-// are left out: who reads HDF5's structure does not have them.
+// "<object>: <statement>", ascending. Two catalogs of one file say the same when their lines are equal. Checksums are
+// left out because a catalog made from the HDF5 structure has none.
 std::vector<std::string> linesOf(const Catalog& catalog);
 
 }  // namespace odbstore

@@ -1,5 +1,5 @@
-// The last bytes of a catalogued file: they tell the catalog from any other bytes, and whether file and catalog still
-// belong together.
+// The last bytes of a file with a catalog: they identify the catalog and show whether file and catalog still belong
+// together.
 #pragma once
 
 #include <array>
@@ -24,12 +24,12 @@ struct Trailer {
 // with the lowest byte first.
 std::array<std::byte, kTrailerBytes> packed(const Trailer& trailer);
 
-// The catalog of an open file of `size` bytes, where its end has a trailer and the catalog's sum agrees with that;
-// nothing for any other file, and where it cannot be read. `trailer` receives the trailer.
+// The catalog of an open file of `size` bytes if the file ends with a trailer and the catalog matches its checksum;
+// nothing otherwise, also if the file cannot be read. `trailer` receives the trailer.
 std::optional<std::vector<std::byte>> readCatalog(int file, std::int64_t size, Trailer& trailer);
 
-// The sum of all bytes of a file from 0 to `end` that are in none of the extents, which are in the order of the file.
-// Nothing where they cannot be read.
+// The checksum of all bytes of a file from 0 to `end` outside the extents, which are in file order. Nothing if they
+// cannot be read.
 std::optional<std::uint32_t> sumStructure(int file, const std::vector<Extent>& extents, std::int64_t end);
 
 }  // namespace odbstore

@@ -1,6 +1,6 @@
 #include "odbstore/checksums.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <bit>
@@ -19,7 +19,7 @@ constexpr std::int64_t kSumBytes = sizeof(std::uint32_t);
 constexpr std::int64_t kSmallestBlock = std::int64_t{4} << 10U;
 constexpr std::int64_t kLargestBlock = std::int64_t{1} << 20U;
 
-// Gives those bytes that belong to the sums the zeros that they count as. `bytes` starts at `offset`.
+// The bytes of the sums themselves count as zeros. `bytes` starts at `offset`.
 void blankSums(std::span<std::byte> bytes, std::int64_t offset, const ChecksumPlace& place) {
   const auto end = offset + static_cast<std::int64_t>(bytes.size());
   const std::int64_t from = std::clamp(place.offset, offset, end);
@@ -42,7 +42,7 @@ std::vector<std::uint32_t> sumBlocks(const DatabaseFile& file, const ChecksumPla
       sums.push_back(crc32c(piece.subspan(at, std::min(step, piece.size() - at))));
     }
   }
-  // What the writer had reserved too much covers nothing.
+  // Sums that the writer reserved and did not need cover nothing.
   sums.resize(static_cast<std::size_t>(place.blocks), crc32c({}));
   return sums;
 }
@@ -58,7 +58,7 @@ std::optional<ChecksumPlace> findChecksums(const columns::Catalog& catalog, std:
   const ChecksumPlace place{catalog.checksumsOffset(), catalog.checksumsCount() - 1, catalog.checksumsBlock()};
   if (place.blockSize < kSmallestBlock || place.blockSize > kLargestBlock ||
       !std::has_single_bit(static_cast<std::uint64_t>(place.blockSize))) {
-    fail(fmt::format("the block size {} is no power of two from {} to {}", place.blockSize, kSmallestBlock,
+    fail(fmt::format("the block size {} is not a power of two from {} to {}", place.blockSize, kSmallestBlock,
                      kLargestBlock));
   }
   const std::int64_t needed = blocksOf(bytes, place.blockSize);

@@ -1,5 +1,5 @@
 // The first half of catalog_check.h: columns and references.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -20,10 +20,9 @@ using Column = flatbuffers::Vector<Number>;
 constexpr std::int64_t kLargestCompression = 1032;
 // What HDF5 appends to a chunk.
 constexpr std::int64_t kFletcherBytes = 4;
-constexpr std::size_t kMomentsOfStep = 15;
 constexpr std::size_t kNumbersOfAxis = 6;
 
-// Finds out whether the columns fit each other.
+// Checks that the columns fit each other.
 class ColumnCheck {
  public:
   ColumnCheck(const columns::Catalog& columns, const std::string& file, std::int64_t arraysEnd)
@@ -48,8 +47,8 @@ class ColumnCheck {
  private:
   [[noreturn]] void fail(const std::string& what) const { throw StoreError(file_, "/catalog", "is damaged: " + what); }
 
-  // What FlatBuffers does not check: that numbers of eight bytes stand where loops over them may expect them. Columns
-  // without numbers stand anywhere.
+  // FlatBuffers does not check that eight-byte numbers are aligned, which loops over them rely on. Empty columns may be
+  // anywhere.
   template <class... Columns>
   void requireAligned(const Columns*... columns) const {
     constexpr std::uintptr_t kAlignment = 8;
@@ -89,7 +88,7 @@ class ColumnCheck {
     const std::int32_t least = mayBeNone ? kNone : 0;
     for (const std::int32_t reference : *column) {
       if (reference < least || (reference >= 0 && static_cast<std::size_t>(reference) >= targets)) {
-        fail(fmt::format("{} refer to what is not there", table));
+        fail(fmt::format("{} refer to objects that do not exist", table));
       }
     }
   }
@@ -112,13 +111,13 @@ class ColumnCheck {
       spend(places.size());
       for (std::size_t i = places.first; i < places.end; ++i) {
         const std::int32_t text = columns_.lists()->number()->Get(static_cast<flatbuffers::uoffset_t>(i));
-        if (text < 0 || text >= texts) fail(fmt::format("{} refer to what is not there", table));
+        if (text < 0 || text >= texts) fail(fmt::format("{} refer to objects that do not exist", table));
       }
     }
   }
   void requireCodes(const char* table, const Column<std::uint8_t>* column, std::uint8_t codes) const {
     for (const std::uint8_t code : *column) {
-      if (code >= codes) fail(fmt::format("{} have a code that is not known", table));
+      if (code >= codes) fail(fmt::format("{} have an unknown code", table));
     }
   }
   void requireCounts(const char* table, const Column<std::int64_t>* column) const {
@@ -127,7 +126,7 @@ class ColumnCheck {
     }
   }
 
-  // One list may be used by many: a small catalog must not make much work.
+  // Many objects may share one list; a small catalog must not cause much work.
   void spend(std::size_t work) const {
     constexpr std::size_t kMost = std::size_t{64} << 20U;
     work_ += work;
@@ -138,7 +137,7 @@ class ColumnCheck {
     requireEnds("texts", columns_.texts()->end(), columns_.texts()->end()->size(), columns_.texts()->bytes()->size());
     const auto texts = static_cast<std::int64_t>(columns_.texts()->end()->size());
     for (const std::int32_t text : {columns_.name(), columns_.title(), columns_.producer(), columns_.assemblyName()}) {
-      if (text < kNone || text >= texts) fail("names refer to what is not there");
+      if (text < kNone || text >= texts) fail("names refer to objects that do not exist");
     }
   }
 
@@ -158,7 +157,7 @@ class ColumnCheck {
     requireCodes("arrays", arrays.packing(), kPackings);
     std::size_t sums = 0;
     for (flatbuffers::uoffset_t i = 0; i < count; ++i) {
-      if (!base::isNumberFormat(arrays.format()->Get(i))) fail("arrays have a code that is not known");
+      if (!base::isNumberFormat(arrays.format()->Get(i))) fail("arrays have an unknown code");
       checked_.firstSums.push_back(sums);
       sums += checkArray({static_cast<base::NumberFormat>(arrays.format()->Get(i)),
                           static_cast<Packing>(arrays.packing()->Get(i)), arrays.slabs()->Get(i),
@@ -168,11 +167,11 @@ class ColumnCheck {
     if (arrays.sums()->size() == 0) {
       checked_.firstSums.clear();
     } else if (arrays.sums()->size() != sums) {
-      fail("it has not one sum for each piece of its arrays");
+      fail("it does not have one checksum for each piece of its arrays");
     }
   }
 
-  // How many sums it has.
+  // How many checksums it has.
   std::size_t checkArray(const ArrayInfo& array) {
     const auto size = static_cast<std::int64_t>(base::sizeOf(array.format));
     const std::int64_t most = std::numeric_limits<std::int64_t>::max() / size;
@@ -185,7 +184,7 @@ class ColumnCheck {
     }
     const Column<std::int64_t>& offsets = *columns_.arrays()->chunkOffset();
     const auto chunks = static_cast<std::int64_t>(offsets.size());
-    if (array.place > chunks || array.slabs > chunks - array.place) fail("an array has chunks that are not there");
+    if (array.place > chunks || array.slabs > chunks - array.place) fail("an array has chunks that do not exist");
     std::int64_t sums = 0;
     for (std::int64_t i = array.place; i < array.place + array.slabs; ++i) {
       const std::int64_t bytes = columns_.arrays()->chunkBytes()->Get(static_cast<flatbuffers::uoffset_t>(i));
@@ -217,7 +216,7 @@ class ColumnCheck {
     std::sort(extents.begin(), extents.end(), [](const Extent& a, const Extent& b) { return a.begin < b.begin; });
     for (std::size_t i = 1; i < extents.size(); ++i) {
       if (extents[i].begin < extents[i - 1].end) {
-        fail(fmt::format("two arrays lie over each other at byte {}", extents[i].begin));
+        fail(fmt::format("two arrays overlap at byte {}", extents[i].begin));
       }
     }
   }
@@ -232,8 +231,8 @@ class ColumnCheck {
     }
   }
 
-  // Every array belongs to one object, or in parts to sets or histories: what there is to read is never more than what
-  // the file holds.
+  // Every array belongs to one object, or in parts to sets or histories, so there is never more to read than the file
+  // holds.
   void checkUses() {
     for (const auto* column :
          {columns_.instances()->nodeLabels(), columns_.instances()->coordinates(), columns_.elements()->labels(),
@@ -275,20 +274,20 @@ class ColumnCheck {
   }
 
   void useParts(std::vector<Part> parts) {
-    // As our own writer has them, but in files that were written in another order.
+    // This is the order of DatabaseWriter; other files may have another.
     if (!std::is_sorted(parts.begin(), parts.end())) std::sort(parts.begin(), parts.end());
     for (std::size_t i = 0; i < parts.size(); ++i) {
       if (i == 0 || parts[i].array != parts[i - 1].array) {
         useWhole(parts[i].array);
       } else if (parts[i].first < parts[i - 1].first + parts[i - 1].count) {
-        fail("parts of an array lie over each other");
+        fail("parts of an array overlap");
       }
     }
   }
 
   void checkModel() const {
     const std::size_t axis = columns_.symmetryAxis()->size();
-    if (axis != 0 && axis != kNumbersOfAxis) fail("the axis has not two points");
+    if (axis != 0 && axis != kNumbersOfAxis) fail("the axis does not have two points");
     requireTexts("parts", columns_.parts()->name());
     const columns::Instances& instances = *columns_.instances();
     requireLength("instances", instances.name()->size(), instances.part(), instances.nodeLabels(),
@@ -299,7 +298,7 @@ class ColumnCheck {
     requireArrays("instances", instances.coordinates(), true);
     for (flatbuffers::uoffset_t i = 0; i < instances.name()->size(); ++i) {
       if ((instances.nodeLabels()->Get(i) == kNone) != (instances.coordinates()->Get(i) == kNone)) {
-        fail("a mesh has labels or coordinates alone");
+        fail("a mesh has only labels or only coordinates");
       }
     }
     const columns::Elements& elements = *columns_.elements();
@@ -324,7 +323,7 @@ class ColumnCheck {
           kind == OwnerKind::part ? columns_.parts()->name()->size() : columns_.instances()->name()->size();
       const bool isGood =
           kind == OwnerKind::assembly ? owner == kNone : owner >= 0 && static_cast<std::size_t>(owner) < owners;
-      if (!isGood) fail("sets refer to what is not there");
+      if (!isGood) fail("sets refer to objects that do not exist");
     }
     const std::size_t members = sets.memberLabels()->size();
     requireEnds("sets", sets.memberEnd(), count, members);
@@ -336,7 +335,7 @@ class ColumnCheck {
     }
     for (flatbuffers::uoffset_t i = 0; i < count; ++i) {
       if (static_cast<OwnerKind>(sets.ownerKind()->Get(i)) == OwnerKind::assembly) continue;
-      if (Catalog::placesOf(sets.memberEnd(), i).size() != 1) fail("a set has not one list of labels");
+      if (Catalog::placesOf(sets.memberEnd(), i).size() != 1) fail("a set does not have exactly one list of labels");
     }
   }
 

@@ -1,5 +1,5 @@
-// The second half of catalog_check.h: what the layout demands.
-#include <fmt/format.h>
+// The second half of catalog_check.h: what the layout requires.
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <limits>
@@ -17,8 +17,6 @@ namespace {
 
 using flatbuffers::uoffset_t;
 
-uoffset_t at(std::size_t i) { return static_cast<uoffset_t>(i); }
-
 std::string member(const std::string& path, const char* link) { return path + "/" + link; }
 
 class ContentCheck {
@@ -30,7 +28,7 @@ class ContentCheck {
     try {
       checkAll();
     } catch (const TooMuch&) {
-      complain_("/catalog", "asks for more work than a file of its size can need");
+      complain_("/catalog", "would take more work than a file of its size can need");
     }
   }
 
@@ -47,7 +45,8 @@ class ContentCheck {
     for (std::size_t i = 0; i < columns_.steps()->name()->size(); ++i) checkStep(i);
   }
 
-  // Names and lists may be shared: a small catalog must neither make much work nor fill the memory of who copies them.
+  // Names and lists may be shared: a small catalog must neither cause much work nor fill the memory of a program that
+  // copies them.
   void spend(std::size_t work) {
     constexpr std::size_t kLeast = std::size_t{64} << 20U;
     work_ += work;
@@ -68,8 +67,8 @@ class ContentCheck {
   // Names of a table are ascending, so that they can be found.
   template <class Path>
   void requireAscending(std::string_view before, std::string_view name, Path&& path) {
-    if (before == name) complain_(path(), "there are two of this name");
-    if (before > name) complain_(path(), "comes behind a later name");
+    if (before == name) complain_(path(), "there are two objects of this name");
+    if (before > name) complain_(path(), "comes after a later name");
   }
 
   bool isArrayOfInts(std::int32_t array) { return !base::isFloatingPoint(catalog_.array(array).format); }
@@ -79,8 +78,8 @@ class ContentCheck {
     checkProportion(array, path);
   }
 
-  // Few packed bytes can stand for very many. Labels are not packed by who writes rows, so honest rows are in
-  // proportion to the file.
+  // A few packed bytes can expand to very many. Writers of rows do not pack labels, so genuine rows are in proportion
+  // to the file.
   template <class Path>
   void checkProportion(std::int32_t array, const Path& path) {
     constexpr std::int64_t kAlways = std::int64_t{64} << 20U;
@@ -114,7 +113,7 @@ class ContentCheck {
     const std::int32_t coordinates = columns_.instances()->coordinates()->Get(at(instance));
     if (!isArrayOfInts(labels)) complain_(member(path, links::kLabels), "labels must be integers in one dimension");
     const ArrayInfo info = catalog_.array(coordinates);
-    // Divided, so that a number too large for the threefold is seen too.
+    // Division avoids the overflow of three times a large number.
     const bool isThreefold = info.numbers() % 3 == 0 && info.numbers() / 3 == catalog_.array(labels).numbers();
     if (!base::isFloatingPoint(info.format) || !isThreefold) {
       complain_(member(path, links::kCoordinates), "must be three floating-point numbers for each node label");
@@ -140,7 +139,7 @@ class ContentCheck {
       if (i == 0) continue;
       const std::int32_t before = elements.instance()->Get(at(i - 1));
       const std::int32_t instance = elements.instance()->Get(at(i));
-      if (before > instance) complain_(path, "comes behind a later instance");
+      if (before > instance) complain_(path, "comes after a later instance");
       if (before == instance) {
         requireAscending(text(elements.type(), i - 1), text(elements.type(), i), [&] { return path; });
       }
@@ -155,7 +154,7 @@ class ContentCheck {
     std::int32_t checked = kNone;
     for (std::size_t i = 0; i < sets.name()->size(); ++i) {
       checkName(text(sets.name(), i), [&] { return setPath(catalog_, i); });
-      if (i > 0 && key(i - 1) > key(i)) complain_(setPath(catalog_, i), "comes behind sets of a later owner");
+      if (i > 0 && key(i - 1) > key(i)) complain_(setPath(catalog_, i), "comes after sets of a later owner");
       if (i > 0 && key(i - 1) == key(i)) {
         requireAscending(text(sets.name(), i - 1), text(sets.name(), i), [&] { return setPath(catalog_, i); });
       }
@@ -216,7 +215,7 @@ class ContentCheck {
     std::sort(names.begin(), names.end());
     for (std::size_t i = 1; i < names.size(); ++i) {
       if (names[i].first == names[i - 1].first) {
-        complain_(stepPath(catalog_, names[i].second), "there are two of this name");
+        complain_(stepPath(catalog_, names[i].second), "there are two objects of this name");
       }
     }
   }
@@ -245,7 +244,7 @@ class ContentCheck {
     }
   }
 
-  // Marks the frames of a list, each of which must be of the step, once, and among those that `isAllowed` lets pass.
+  // Marks the frames of a list. Each must be a frame of the step, occur once and be accepted by `isAllowed`.
   template <class IsAllowed>
   bool markFrames(std::span<const std::int32_t> list, std::vector<std::size_t>& marks, std::size_t mark,
                   const std::string& path, IsAllowed&& isAllowed) {
@@ -326,7 +325,7 @@ class ContentCheck {
     checkWidth(field, block, list, path);
   }
 
-  // Types and labels that the block does not have itself come from the field, as it is in the block's frames.
+  // Types and labels that the block does not define come from the field's form in the block's frames.
   void checkWidth(std::size_t field, std::size_t block, std::int32_t list, const std::string& path) {
     const columns::Blocks& blocks = *columns_.blocks();
     const std::int64_t width = blocks.width()->Get(at(block));
@@ -336,7 +335,7 @@ class ContentCheck {
     const bool hasLabels = ownLabels != kNone && !catalog_.list(ownLabels).empty();
     const std::int32_t form = formOfBlock(catalog_, field, list);
     if ((!hasType || !hasLabels) && !haveOneForm(field, list, form, hasType, hasLabels)) {
-      return complain_(path, "the field is of another kind in some of its frames");
+      return complain_(path, "the field has another type in some of its frames");
     }
     const std::int32_t type =
         hasType ? blocks.type()->Get(at(block)) : columns_.forms()->type()->Get(at(static_cast<std::size_t>(form)));
@@ -391,7 +390,7 @@ class ContentCheck {
       if (!base::isFloatingPoint(catalog_.array(outputs.data()->Get(at(i))).format)) {
         complain_(outputPath(catalog_, step, region, i), "must hold floating-point numbers");
       }
-      // Samples without numbers take no room in the file, but as much work as others.
+      // Samples without numbers take no space in the file but as much work as others.
       if (outputs.width()->Get(at(i)) == 0 &&
           outputs.samples()->Get(at(i)) > std::max(kEmptySamples, catalog_.arraysEnd() / 4)) {
         complain_(outputPath(catalog_, step, region, i),
@@ -404,14 +403,14 @@ class ContentCheck {
     }
   }
 
-  // So many are allowed in the smallest file.
+  // Allowed in a file of any size.
   static constexpr std::int64_t kEmptySamples = 1024;
 
   const Catalog& catalog_;
   const columns::Catalog& columns_;
   const Complain& complain_;
   std::size_t work_ = 0;
-  int frames_ = 0;                         // of the step in hand
+  int frames_ = 0;                         // of the current step
   std::vector<std::size_t> fieldOfFrame_;  // 1 + the last field that has listed the frame
   std::vector<std::size_t> blockOfFrame_;  // likewise of blocks
 };

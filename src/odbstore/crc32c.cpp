@@ -17,10 +17,10 @@ namespace odbstore {
 
 namespace {
 
-// The polynomial with its bits in the order in which the check takes them, lowest first.
+// The polynomial with its bits reversed: the check takes the lowest bit first.
 constexpr std::uint32_t kPolynomial = 0x82F63B78U;
 
-// One table per byte of a word: what the byte becomes behind those that follow it in the word.
+// One table per byte of a word: what the byte contributes after the bytes that follow it in the word.
 using Tables = std::array<std::array<std::uint32_t, 256>, 8>;
 
 constexpr Tables makeTables() {
@@ -76,7 +76,7 @@ bool hasInstruction() { return __builtin_cpu_supports("sse4.2") != 0; }
 constexpr const char* kInstructionName = "sse4.2";
 #else
 #define KOLVEX_CRC_TARGET
-// The header that names the instruction gives it only to units that are compiled for it as a whole.
+// The compiler's header offers the instruction only to units that are compiled for it as a whole.
 inline std::uint32_t takeWord(std::uint32_t sum, std::uint64_t word) {
   __asm__(".arch_extension crc\n\tcrc32cx %w0, %w0, %x1" : "+r"(sum) : "r"(word));
   return sum;
@@ -85,16 +85,16 @@ bool hasInstruction() { return (getauxval(AT_HWCAP) & HWCAP_CRC32) != 0; }
 constexpr const char* kInstructionName = "crc";
 #endif
 
-// The instruction takes three cycles and can start anew in each, so three stretches are summed side by side. Of a
-// block of 4 KiB three of these leave two words.
+// The instruction has a latency of three cycles and can start in each, so three stretches are summed in parallel. Three
+// of them cover a block of 4 KiB except two words.
 constexpr std::size_t kLaneBytes = 1360;
 
-// What each byte of a sum becomes behind a stretch of that many zeros: sums of neighbours are joined with it, because
-// the check is linear.
+// What each byte of a sum becomes after a stretch of so many zeros. It joins the sums of neighbouring stretches,
+// because the check is linear.
 using Shift = std::array<std::array<std::uint32_t, 256>, 4>;
 
 constexpr Shift makeShift() {
-  // Of each bit first; what a byte becomes is the sum of what its bits become.
+  // First for each bit; a byte is the sum of its bits.
   std::array<std::uint32_t, 32> ofBit{};
   for (std::uint32_t bit = 0; bit < 32; ++bit) {
     std::uint32_t sum = 1U << bit;
@@ -110,7 +110,7 @@ constexpr Shift makeShift() {
   return shift;
 }
 
-// Found while compiling: it would take longer than all else that a small run does.
+// Computed at compile time: it would take longer than everything else in a small run.
 constexpr Shift kShift = makeShift();
 
 std::uint32_t shifted(std::uint32_t sum) {

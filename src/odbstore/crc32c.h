@@ -7,10 +7,10 @@
 
 namespace odbstore {
 
-// The sum of `bytes` behind those whose sum is `before`; of nothing it is 0. Any number of threads may call it.
+// The checksum of `bytes` appended to bytes with the checksum `before`; of no bytes it is 0. Thread-safe.
 std::uint32_t crc32c(std::span<const std::byte> bytes, std::uint32_t before = 0);
 
-// The ways to compute it that this machine can run, the plain one first, the fastest last. All give the same.
+// The implementations that this machine can run, the plain one first, the fastest last. All give the same result.
 struct Crc32cVersion {
   const char* name;
   std::uint32_t (*sum)(std::span<const std::byte> bytes, std::uint32_t before);

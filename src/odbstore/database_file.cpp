@@ -1,7 +1,7 @@
 #include "odbstore/database_file.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/file.h>
 
 #include <algorithm>
@@ -19,13 +19,13 @@ namespace odbstore {
 
 namespace {
 
-// HDF5 takes a lock of the same kind, shared by readers. A file system without locks has no such protection.
+// HDF5 takes the same kind of lock, shared by readers. A file system without locks has no such protection.
 void lockForReading(int file, const std::string& name) {
   if (::flock(file, LOCK_SH | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
   throw StoreError(name, "", "is open for writing in another program");
 }
 
-// The file's own catalog. None where there is none, and where the file has been changed since it was made.
+// The file's own catalog. Nothing if there is none or the file has changed since it was made.
 std::optional<Catalog> ownCatalog(int file, const std::string& name, std::int64_t size) {
   Trailer trailer;
   std::optional<std::vector<std::byte>> bytes = readCatalog(file, size, trailer);
@@ -107,7 +107,7 @@ std::vector<int> DatabaseFile::readInts(std::int32_t array, std::int64_t first, 
   }
   const std::vector<std::byte> stored = readStored(info, array, first, count, object);
   if (const std::optional<std::size_t> place = base::toInts(stored, info.format, numbers)) {
-    fail(object(), fmt::format("the integer at place {} is too large", static_cast<std::size_t>(first) + *place));
+    fail(object(), fmt::format("the integer at index {} is too large", static_cast<std::size_t>(first) + *place));
   }
   return numbers;
 }

@@ -1,4 +1,4 @@
-// An open database: its file, and the catalog of what is in it.
+// An open database: its file and its catalog.
 #pragma once
 
 #include <cstddef>
@@ -14,14 +14,14 @@
 
 namespace odbstore {
 
-// What an object is called in messages; asked for only when there is one.
+// The name of an object in messages; called only when there is a message.
 using ObjectName = std::function<std::string()>;
 
 class DatabaseFile {
  public:
-  // Opens the database at `path`, called `name` in messages. Null where it is of an older layout, which must be
-  // upgraded first. What the file carries no good catalog for is found out by the program that reads HDF5's structure
-  // (scan_program.h). Throws base::NoFileError where there is no such file, StoreError for all else.
+  // Opens the database at `path`, called `name` in messages. Null for an older layout, which must be upgraded first.
+  // The catalog of a file without a valid one of its own comes from the program that reads the HDF5 structure
+  // (scan_program.h). Throws base::NoFileError if there is no such file, StoreError for any other failure.
   static std::shared_ptr<const DatabaseFile> open(const std::string& path, const std::string& name);
 
   DatabaseFile(std::string name, base::Descriptor file, std::int64_t size, Catalog catalog, bool isCatalogued)
@@ -40,10 +40,9 @@ class DatabaseFile {
 
   [[noreturn]] void fail(const std::string& object, const std::string& reason) const;
 
-  // Fills `out` from the bytes at `offset`. Threads may call it at the same time, and all that follows.
+  // Fills `out` from the bytes at `offset`. This and all functions below are thread-safe.
   void read(std::int64_t offset, std::span<std::byte> out, const ObjectName& object) const;
-  // A slab of an array as numbers of its format; `out` has room for just those. Packed ones are unpacked into just
-  // that.
+  // A slab of an array as numbers of its format, unpacked if needed; `out` has exactly its size.
   void readSlab(std::int32_t array, std::int64_t slab, std::span<std::byte> out, const ObjectName& object) const;
   // Numbers `first` to `first + count - 1` of an array, whose format must be of the kind.
   std::vector<int> readInts(std::int32_t array, std::int64_t first, std::int64_t count, const ObjectName& object) const;

@@ -28,7 +28,7 @@ class Taker {
     std::memcpy(&number, take(sizeof(number)).data(), sizeof(number));
     return number;
   }
-  // How many things follow, each of which takes at least a number's bytes.
+  // How many items follow; each takes at least the bytes of a number.
   std::int64_t count() {
     const std::int64_t count = number();
     if (count < 0 || static_cast<std::size_t>(count) > bytes_.size() / sizeof(count)) fail();
@@ -44,7 +44,7 @@ class Taker {
   }
 
  private:
-  [[noreturn]] static void fail() { throw std::runtime_error("its inspection is not whole"); }
+  [[noreturn]] static void fail() { throw std::runtime_error("the inspection is incomplete"); }
 
   std::string_view take(std::size_t size) {
     if (size > bytes_.size()) fail();
@@ -70,7 +70,7 @@ std::string packed(const Inspection& inspection) {
   putNumber(out, static_cast<std::int64_t>(inspection.extents.size()));
   std::string_view before;
   for (const DataExtent& extent : inspection.extents) {
-    // Chunks of one data set mostly follow each other: an empty path is that of the extent before.
+    // Chunks of one data set mostly follow each other: an empty path repeats that of the previous extent.
     putText(out, extent.path == before ? "" : extent.path);
     for (const std::int64_t number : {extent.begin, extent.end, extent.firstSlab, extent.slabBytes})
       putNumber(out, number);

@@ -1,4 +1,4 @@
-// What the program that reads HDF5's structure finds in a file when it looks at everything.
+// What the program that reads the HDF5 structure finds when it looks at the whole file.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace odbstore {
 
-// Bytes of the file that hold slabs of one data set, as many as lie one behind the other.
+// Bytes of the file that hold consecutive slabs of one data set.
 struct DataExtent {
   std::int64_t begin = 0;
   std::int64_t end = 0;
@@ -26,12 +26,12 @@ struct Problem {
 struct Inspection {
   int layout = 0;
   std::vector<std::byte> catalog;   // of what could be read; empty for layout 1
-  std::vector<DataExtent> extents;  // of every data set, known or not, by their begin
+  std::vector<DataExtent> extents;  // of every data set, known or not, by their first byte
   std::vector<Problem> problems;    // objects that cannot be opened, are not allowed in the layout or do not fit it
 };
 
 std::string packed(const Inspection& inspection);
-// Throws std::runtime_error for what packed() would not have made.
+// Throws std::runtime_error for bytes that packed() cannot have made.
 Inspection unpackedInspection(std::string_view bytes);
 
 }  // namespace odbstore

@@ -1,5 +1,5 @@
-// The words and codes of the file: every name of a link or attribute that the layouts know, and the numbers that stand
-// for types and invariants. docs/database-format.md is the page that they follow.
+// The names and codes of the file: every link and attribute that the layouts know, and the codes of types and
+// invariants. They are documented in docs/database-format.md.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@ namespace odbstore {
 
 inline constexpr int kNewestLayout = 3;
 
-// Links. Where a name chosen by a user stands in a path, names.h makes a link of it.
+// Links. names.h turns names chosen by users into links.
 namespace links {
 inline constexpr const char* kAssembly = "assembly";
 inline constexpr const char* kBlocks = "blocks";
@@ -88,8 +88,7 @@ inline constexpr const char* kValidInvariants = "validInvariants";
 inline constexpr const char* kValue = "value";
 }  // namespace attributes
 
-// What the rows of a field are. Rows of any other type are kept under their number, whatever it may mean to the program
-// that wrote it.
+// The kind of a field's rows. Any other number is kept as it is; it may mean something to the program that wrote it.
 enum class FieldType : int {
   scalar = 2,
   vector = 3,
@@ -105,7 +104,7 @@ constexpr bool isTensorType(FieldType type) {
 }
 constexpr bool isTensorType(int number) { return isTensorType(FieldType{number}); }
 
-// The quantities that can be derived from a row. A number that is not here is passed over.
+// Quantities that can be derived from a row. Other numbers in a file are ignored.
 enum class Invariant : int {
   maxPrincipal = 1,
   midPrincipal = 2,
@@ -148,10 +147,10 @@ constexpr const char* packedSetsLink(SetKind kind) {
   return kind == SetKind::element ? links::kPackedElementSets : links::kPackedNodeSets;
 }
 
-// The components of a tensor in their canonical places.
+// The components of a tensor in their canonical order.
 inline constexpr std::array<std::string_view, 6> kTensorComponents = {"11", "22", "33", "12", "13", "23"};
 
-// The components of a tensor kind in the order in which they are stored without labels.
+// The components of a tensor type in the order in which they are stored if they have no labels.
 const std::vector<std::string>& defaultTensorLabels(int type);
 
 }  // namespace odbstore

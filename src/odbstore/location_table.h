@@ -1,4 +1,4 @@
-// The locations of a database that have been asked for.
+// The locations of a database, made when first used.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace odbstore {
 
 class DatabaseFile;
 
-// Every block that lies at a location has the same object of it, so that labels are read once. One thread at a time.
+// All blocks at a location share one object, so that labels are read once. Not thread-safe.
 class LocationTable {
  public:
   explicit LocationTable(std::shared_ptr<const DatabaseFile> file);
@@ -23,7 +23,7 @@ class LocationTable {
 
  private:
   std::shared_ptr<const DatabaseFile> file_;
-  std::vector<std::shared_ptr<const StoredLocation>> locations_;  // null where nobody has asked yet
+  std::vector<std::shared_ptr<const StoredLocation>> locations_;  // null until first used
 };
 
 }  // namespace odbstore

@@ -1,4 +1,4 @@
-// How names become link names of the file.
+// Turns names into link names of the file and back.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ namespace odbstore {
 // A name as a link name: "%" as "%25", "/" as "%2F", a lone "." as "%2E". HDF5 would take the last two for paths.
 std::string linkFromName(std::string_view name);
 
-// The name behind a link name. A "%" that starts none of the three escapes stands for itself.
+// The name that a link name stands for. A "%" that does not start one of the three escapes stands for itself.
 std::string nameFromLink(std::string_view link);
 
 }  // namespace odbstore

@@ -1,7 +1,7 @@
 #include "odbstore/preflight.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -37,9 +37,9 @@ void checkSuperblock(const std::string& path, const std::array<unsigned char, kS
     throw StoreError(path, "", "is still being written, or its writer ended without closing it");
   }
   const std::uint64_t end = littleEndian(bytes.data() + kEndOfFile);
-  if (size < end) throw StoreError(path, "", fmt::format("is cut off: {} of its {} bytes are there", size, end));
+  if (size < end) throw StoreError(path, "", fmt::format("is truncated: {} of its {} bytes are there", size, end));
   if (size > end) {
-    throw StoreError(path, "", fmt::format("has {} bytes behind its end, which is at {}", size - end, end));
+    throw StoreError(path, "", fmt::format("has {} bytes after its end at {}", size - end, end));
   }
 }
 

@@ -1,4 +1,4 @@
-// What can be told of a file before HDF5 sees it.
+// Checks of a file before HDF5 sees it.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,7 @@ namespace odbstore {
 
 struct FileStart {
   std::int64_t bytes = 0;
-  // Whether the file starts with the superblock that every database of layout 2 and 3 has, of version 3 with addresses
-  // of eight bytes.
+  // Whether the file starts with the superblock of layouts 2 and 3: version 3 with addresses of eight bytes.
   bool isChecked = false;
 };
 
@@ -20,13 +19,13 @@ struct OpenedFile {
   FileStart start;
 };
 
-// Opens `path`, called `name` in messages, without waiting, and looks at its kind, size and first bytes. Throws a
-// base::NoFileError for what cannot be opened or is no regular file, a StoreError for what is empty, is no HDF5 file,
-// or has a superblock of version 3 (HDF5 File Format, version 3.0, section II.A) that says that the file is cut off,
-// goes on behind its end, or is still being written. Files that start otherwise are left to HDF5.
+// Opens `path`, called `name` in messages, without waiting, and checks its kind, size and first bytes. Throws
+// base::NoFileError if it cannot be opened or is not a regular file. Throws StoreError if it is empty or not an HDF5
+// file, or if a superblock of version 3 (HDF5 File Format, version 3.0, section II.A) says that the file is truncated,
+// has extra bytes at the end, or is still being written. Files with other superblocks are left to HDF5.
 OpenedFile openForReading(const std::string& path, const std::string& name);
 
-// The same of a file that is open already.
+// The same for a file that is already open.
 FileStart examine(int file, const std::string& name);
 
 }  // namespace odbstore

@@ -1,6 +1,6 @@
 #include "odbstore/reader.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <tuple>
@@ -12,8 +12,6 @@
 namespace odbstore {
 
 namespace {
-
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
 
 std::shared_ptr<const DatabaseFile> openNewest(const std::string& path) {
   std::shared_ptr<const DatabaseFile> file = DatabaseFile::open(path, path);
@@ -83,7 +81,7 @@ std::pair<std::size_t, std::size_t> Reader::setPlaces(const Owner& owner, SetKin
     return std::tuple(static_cast<int>(sets.ownerKind()->Get(at(i))), sets.owner()->Get(at(i)),
                       static_cast<int>(sets.kind()->Get(at(i))));
   };
-  // The first place whose key is not before the wanted one, or not at or before it.
+  // The first index whose key is not below the wanted one (lower bound), or above it (upper bound).
   const auto boundOf = [&](bool isUpper) {
     std::size_t low = 0;
     std::size_t high = sets.name()->size();

@@ -1,7 +1,6 @@
-// Reads a database, of layout 2 or 3. What is in it is known from its catalog, which is read when it is opened; labels,
-// rows and samples are read when they are asked for.
+// Reads a database of layout 2 or 3. Opening it reads the catalog; labels, rows and samples are read on demand.
 //
-// Whatever does not fit the layout is a StoreError that names the file and the object.
+// Anything that does not fit the layout is a StoreError that names the file and the object.
 #pragma once
 
 #include <array>
@@ -44,7 +43,7 @@ class Reader {
   // Throws StoreError for a database of layout 1 too.
   explicit Reader(const std::string& path);
   explicit Reader(std::shared_ptr<const DatabaseFile> file);
-  // Null where the database is of an older layout, which must be upgraded first.
+  // Null if the database has an older layout and must be upgraded first.
   static std::shared_ptr<const Reader> openIfNewest(const std::string& path);
   ~Reader();
   Reader(const Reader&) = delete;
@@ -52,28 +51,28 @@ class Reader {
 
   const std::shared_ptr<const DatabaseFile>& file() const { return file_; }
 
-  // The name the database gives itself, else the path as opened.
+  // The database's own name, or the path as opened if it has none.
   std::string name() const;
   std::string title() const;
   std::string producer() const;
   std::string assemblyName() const;
 
-  // All lists of names: bytes ascending, but for the steps, which keep their order.
+  // Lists of names are in ascending byte order, except steps, which keep their order.
   std::vector<std::string> parts() const;
   const std::vector<InstanceInfo>& instances() const { return instances_; }
   std::vector<std::string> sets(const Owner& owner, SetKind kind) const;
   std::vector<SetMembers> setMembers(const Owner& owner, SetKind kind, const std::string& set) const;
   // Two points of three coordinates.
   std::optional<std::array<float, 6>> symmetryAxis() const;
-  // Nothing where the instance has no nodes.
+  // Nothing if the instance has no nodes.
   std::optional<Mesh> mesh(const std::string& instance) const;
 
   std::vector<std::string> steps() const;
-  // An error when there is none of the name.
+  // Throws StoreError if there is no step of that name.
   std::shared_ptr<const StoredStep> step(const std::string& name) const;
 
  private:
-  // The places of an owner's sets of a kind in the catalog's table, [first, end).
+  // The indices of an owner's sets of a kind in the catalog's table, [first, end).
   std::pair<std::size_t, std::size_t> setPlaces(const Owner& owner, SetKind kind) const;
 
   std::shared_ptr<const DatabaseFile> file_;

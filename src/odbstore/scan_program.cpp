@@ -8,8 +8,7 @@
 #include "base/limited_program.h"
 #include "odbstore/store_error.h"
 
-// Where the program is, for programs of others that are linked with this library: the package's configuration for CMake
-// defines it.
+// Where the program is, for other projects that link this library: the CMake package defines it.
 extern "C" __attribute__((weak)) const char* const kolvexScanProgram;
 
 namespace odbstore {
@@ -35,7 +34,7 @@ std::string scanProgramPath() {
 std::optional<Catalog> scanCatalog(int file, const std::string& name, std::int64_t size) {
   const std::string answer = base::runLimited(name, {scanProgramPath(), {"catalog"}, file}, base::limitsFor(size));
   if (answer.starts_with(kOlderLayout)) return std::nullopt;
-  if (!answer.starts_with(kScanned)) throw StoreError(name, "", "reading it gave no catalog");
+  if (!answer.starts_with(kScanned)) throw StoreError(name, "", "reading it produced no catalog");
   std::vector<std::byte> bytes(answer.size() - 1);
   std::memcpy(bytes.data(), answer.data() + 1, bytes.size());
   return Catalog(std::move(bytes), name, size);

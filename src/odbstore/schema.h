@@ -1,5 +1,5 @@
-// What a database holds, as plain values: the vocabulary that the reader hands out and the writer takes.
-// Integers are labels or counts as the file stores them (int32); names are unescaped UTF-8.
+// What a database holds, as plain values that the reader returns and the writer takes. Integers are labels or counts as
+// the file stores them (int32); names are unescaped UTF-8.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace odbstore {
 
-// What tells one location from another apart from its labels.
+// What distinguishes a location besides its labels.
 struct LocationInfo {
   std::string instance;
   Position position = Position::nodal;
@@ -42,7 +42,7 @@ struct SetMembers {
   std::vector<int> labels;
 };
 
-// Absent mass is -1; absent vectors are empty, else [3], [6], [6].
+// Absent mass is -1; absent vectors are empty, otherwise [3], [6], [6].
 struct StepInfo {
   std::string description;
   double mass = -1.0;
@@ -59,9 +59,9 @@ struct FrameInfo {
 
 struct FieldInfo {
   std::string description;
-  int type = static_cast<int>(FieldType::scalar);  // a FieldType; any other number is kept as it is
+  int type = static_cast<int>(FieldType::scalar);  // a FieldType; any other number is kept
   std::vector<std::string> componentLabels;
-  std::vector<int> validInvariants;  // likewise of Invariant
+  std::vector<int> validInvariants;  // Invariants, likewise
   bool engineeringShear = false;
 
   bool operator==(const FieldInfo&) const = default;
@@ -77,7 +77,7 @@ struct HistoryRegionInfo {
   std::string set;  // empty = none
 };
 
-// Samples row by row, [samples, width]: each its abscissae, then the value.
+// Samples row by row, [samples, width]: each has its abscissae, then the value.
 struct HistorySamples {
   std::vector<float> numbers;
   std::int64_t samples = 0;

@@ -15,8 +15,6 @@ namespace {
 
 constexpr std::int64_t kWindowBytes = std::int64_t{32} << 10U;
 
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
-
 // The list of frames that a block has, its own or its field's.
 std::int32_t listOf(const columns::Catalog& columns, std::size_t field, std::size_t block) {
   const std::int32_t own = columns.blocks()->frames()->Get(at(block));

@@ -18,12 +18,12 @@ class FrameSlabs;
 // The rows of a block in every frame that has them. Frames are those of the step, from 0.
 class StoredBlock {
  public:
-  // Block `index` of the catalog, which belongs to the field and step of these places there.
+  // Block `index` of the catalog, which belongs to the field `field` of the step `step` there.
   StoredBlock(std::shared_ptr<const DatabaseFile> file, std::shared_ptr<const StoredLocation> location,
               std::shared_ptr<const FrameSlabs> slabs, std::size_t step, std::size_t field, std::size_t index);
 
   const std::shared_ptr<const StoredLocation>& location() const { return location_; }
-  // The block's own type and component labels, else its field's.
+  // The block's own type and component labels, or those of its field.
   int type() const { return type_; }
   const std::vector<std::string>& componentLabels() const { return labels_; }
   bool isDouble() const { return isDouble_; }
@@ -33,21 +33,21 @@ class StoredBlock {
   std::int64_t width() const { return width_; }
 
   bool existsIn(int frame) const;
-  // Those in which it exists, in the order in which their rows are stored.
+  // The frames in which it exists, in the order in which their rows are stored.
   std::vector<int> frames() const;
-  // The rows in a frame in which the block exists, [rows, width], into `out`. One thread at a time.
+  // Reads the rows of a frame in which the block exists, [rows, width], into `out`. Not thread-safe.
   void read(int frame, float* out) const;
   void read(int frame, double* out) const;
 
-  // The rows as they are stored, [stored rows, width]: StoredLocation::rowOf() says for each row which of these it is.
+  // The rows as stored, [stored rows, width]: StoredLocation::rowOf() maps each row to one of these.
   std::int64_t storedRows() const { return rows_; }
   void readStored(int frame, float* out) const;
   void readStored(int frame, double* out) const;
 
-  // Whether readRows() is possible: not for packed rows, nor for those of another machine's number format.
+  // Whether readRows() is possible: not for packed rows, nor for rows in a foreign number format.
   bool hasDirectRows() const { return isDirect_; }
-  // `count` stored rows from `first` on in a frame in which the block exists, [count, width], in the block's precision.
-  // Threads may call it at the same time.
+  // Reads `count` stored rows from `first` on of a frame in which the block exists, [count, width], in the block's
+  // precision. Thread-safe.
   void readRows(int frame, std::int64_t first, std::int64_t count, void* out) const;
 
  private:
@@ -72,8 +72,8 @@ class StoredBlock {
   bool isDouble_;
   bool isDirect_;
   std::int64_t slabBytes_;
-  // Small frames are mostly read one after the other, and a system call for each would take longer than the reading: so
-  // a window of several slabs is read at once.
+  // Small frames are mostly read one after the other, and a system call for each would take longer than the reading
+  // itself, so a window of several slabs is read at once.
   mutable std::vector<std::byte> window_;
   mutable std::int64_t windowFirst_ = 0;
   mutable std::int64_t windowEnd_ = 0;

@@ -22,14 +22,14 @@ class StoredField {
               std::vector<StoredBlock> itsBlocks, std::size_t index);
 
   std::string name;
-  FieldInfo info;                   // what it says of itself, unless it says something else in a frame
-  std::vector<StoredBlock> blocks;  // in the order of the file
+  FieldInfo info;                   // unless a frame has its own
+  std::vector<StoredBlock> blocks;  // in file order
 
-  // What it says of itself in a frame that has it; the same object as long as that is the same. One thread at a time.
+  // The info in a frame that has the field; the same object as long as nothing differs. Not thread-safe.
   std::shared_ptr<const FieldInfo> infoIn(int frame) const;
 
   bool existsIn(int frame) const;
-  // Those that have it, in the order in which the file lists them.
+  // The frames that have it, in the order in which the file lists them.
   std::vector<int> frames() const;
 
  private:

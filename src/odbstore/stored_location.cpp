@@ -1,6 +1,6 @@
 #include "odbstore/stored_location.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -11,9 +11,7 @@ namespace odbstore {
 
 namespace {
 
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
-
-// The first row whose stored row is none, or not the one that is due; nothing where all is right.
+// The first row whose stored row does not exist or is not the next to be used; nothing if there is no such row.
 std::optional<std::size_t> firstWrong(const std::vector<int>& rowOf) {
   int due = 0;
   for (std::size_t i = 0; i < rowOf.size(); ++i) {
@@ -79,7 +77,7 @@ const std::vector<int>& StoredLocation::rowOf() const {
   labels(file_->catalog().columns().locations()->rowOf()->Get(at(index_)), links::kRowOf, read);
   const std::string path = locationPath(file_->catalog(), index_) + "/" + links::kRowOf;
   if (const std::optional<std::size_t> wrong = firstWrong(*read)) {
-    file_->fail(path, fmt::format("row {} is stored row {}, which is not there or not the next to be used", *wrong,
+    file_->fail(path, fmt::format("row {} is stored row {}, which does not exist or is not the next to be used", *wrong,
                                   (*read)[*wrong]));
   }
   const int used = read->empty() ? 0 : *std::max_element(read->begin(), read->end()) + 1;

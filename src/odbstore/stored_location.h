@@ -13,8 +13,7 @@ namespace odbstore {
 
 class DatabaseFile;
 
-// A location of the file, shared by every block that lies there. Labels are read at the first call and kept. One thread
-// at a time.
+// A location of the file, shared by all blocks there. Labels are read at the first call and kept. Not thread-safe.
 class StoredLocation {
  public:
   // Location `index` of the catalog.
@@ -24,14 +23,14 @@ class StoredLocation {
   Position position() const;
   std::int64_t rows() const;
 
-  // One label per row; empty where the position has none of the kind.
+  // One label per row; empty if the position has no labels of the kind.
   const std::vector<int>& nodeLabels() const;
   const std::vector<int>& elementLabels() const;
   const std::vector<int>& integrationPoints() const;
 
-  // How many rows blocks store here, and for each row which of these it is. Where isIndexed() is false row i is stored
-  // row i and rowOf() is empty. Stored rows stand in the order of their first use, and each is used: an index for which
-  // that is not so is a StoreError.
+  // How many rows blocks store here, and for each row which stored row it is. If isIndexed() is false, row i is stored
+  // row i and rowOf() is empty. Stored rows are in the order of their first use, and each is used; any other index is a
+  // StoreError.
   bool isIndexed() const;
   std::int64_t storedRows() const;
   const std::vector<int>& rowOf() const;

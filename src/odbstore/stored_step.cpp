@@ -1,6 +1,6 @@
 #include "odbstore/stored_step.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -16,9 +16,6 @@ namespace {
 constexpr unsigned kHasMassCenter = 1;
 constexpr unsigned kHasInertiaAboutCenter = 2;
 constexpr unsigned kHasInertiaAboutOrigin = 4;
-constexpr std::size_t kMomentsOfStep = 15;
-
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
 
 std::vector<double> momentsFrom(const double* numbers, std::size_t count, bool isGiven) {
   return isGiven ? std::vector<double>(numbers, numbers + count) : std::vector<double>();

@@ -21,7 +21,7 @@ struct StoredHistoryRegion {
   std::vector<std::string> outputs;  // names, bytes ascending
 };
 
-// Good independently of the reader that it comes from. One thread at a time.
+// Outlives the reader that it comes from. Not thread-safe.
 class StoredStep {
  public:
   // Step `index` of the catalog.
@@ -36,23 +36,23 @@ class StoredStep {
   int incrementNumber(int frame) const;
   std::vector<FrameInfo> frames() const;
 
-  // By name, bytes ascending. Put together at the first call.
+  // By name, in ascending byte order. Made at the first call.
   const std::vector<StoredField>& fields() const;
-  // Null when there is none of the name.
+  // Null if there is no field of that name.
   const StoredField* findField(const std::string& name) const;
 
-  // Names, bytes ascending.
+  // Names, in ascending byte order.
   std::vector<std::string> historyRegions() const;
-  // An error when there is none of the name.
+  // Throws StoreError if there is no region of that name.
   StoredHistoryRegion historyRegion(const std::string& region) const;
   HistorySamples historySamples(const std::string& region, const std::string& output) const;
 
  private:
   std::vector<StoredField> makeFields() const;
   std::vector<StoredBlock> makeBlocks(std::size_t field, const std::shared_ptr<const FrameSlabs>& frames) const;
-  // The place of a frame among all of the catalog.
+  // The index of a frame among all of the catalog.
   std::size_t placeOf(int frame) const;
-  // The region's place in the catalog.
+  // The region's index in the catalog.
   std::size_t findRegion(const std::string& region) const;
 
   std::shared_ptr<LocationTable> locations_;

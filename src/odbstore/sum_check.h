@@ -1,4 +1,4 @@
-// Compares the arrays of a catalogued file with the sums that the catalog has of them.
+// Compares the arrays of a file with the checksums in its catalog.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +8,15 @@
 
 namespace odbstore {
 
-// Bytes begin to end - 1 of the file, which belong to one slab of an array and do not agree with their sum.
+// Bytes of the file that belong to one slab of an array and do not match their checksum.
 struct DamagedPiece {
   std::int32_t array = kNone;
   std::int64_t slab = 0;
   Extent bytes;
 };
 
-// Reads all arrays of a file whose catalog has sums, and calls `take` for each piece that does not agree. Throws
-// StoreError where the file cannot be read.
+// Reads all arrays of a file whose catalog has checksums, and calls `take` for each piece that does not match. Throws
+// StoreError if the file cannot be read.
 void compareSums(const DatabaseFile& file, const std::function<void(const DamagedPiece& piece)>& take);
 
 }  // namespace odbstore

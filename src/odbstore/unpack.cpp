@@ -13,10 +13,10 @@ namespace odbstore {
 
 namespace {
 
-constexpr std::size_t kSumBytes = 4;
+constexpr std::size_t kCheckBytes = 4;
 constexpr int kLevel = 4;
 
-// J. G. Fletcher's sum of 16-bit words, as HDF5 takes it: the higher byte first, an odd last byte as a high one.
+// J. G. Fletcher's sum of 16-bit words as in HDF5: the higher byte first, an odd last byte as a high one.
 std::uint32_t fletcher32(std::span<const std::byte> bytes) {
   constexpr std::size_t kWordsBeforeOverflow = 360;
   const auto at = [&](std::size_t i) { return static_cast<std::uint32_t>(bytes[i]); };
@@ -41,19 +41,19 @@ std::uint32_t fletcher32(std::span<const std::byte> bytes) {
   return (folded(second) << 16U) | folded(first);
 }
 
-std::array<std::byte, kSumBytes> sumBytes(std::span<const std::byte> bytes) {
+std::array<std::byte, kCheckBytes> sumBytes(std::span<const std::byte> bytes) {
   const std::uint32_t sum = fletcher32(bytes);
-  std::array<std::byte, kSumBytes> out{};
-  for (std::size_t i = 0; i < kSumBytes; ++i) out[i] = static_cast<std::byte>(sum >> (8 * i));
+  std::array<std::byte, kCheckBytes> out{};
+  for (std::size_t i = 0; i < kCheckBytes; ++i) out[i] = static_cast<std::byte>(sum >> (8 * i));
   return out;
 }
 
-// Takes the sum off the end of bytes that agree with it.
+// Removes the checksum from the end of the bytes; false if they do not match it.
 bool takeSum(std::span<const std::byte>& bytes) {
-  if (bytes.size() < kSumBytes) return false;
-  const std::span content = bytes.first(bytes.size() - kSumBytes);
-  const std::array<std::byte, kSumBytes> sum = sumBytes(content);
-  if (!std::equal(sum.begin(), sum.end(), bytes.end() - kSumBytes)) return false;
+  if (bytes.size() < kCheckBytes) return false;
+  const std::span content = bytes.first(bytes.size() - kCheckBytes);
+  const std::array<std::byte, kCheckBytes> sum = sumBytes(content);
+  if (!std::equal(sum.begin(), sum.end(), bytes.end() - kCheckBytes)) return false;
   bytes = content;
   return true;
 }
@@ -82,10 +82,10 @@ const char* inflateInto(std::span<const std::byte> stored, std::span<std::byte> 
   }
   ::inflateEnd(&stream);
   if (status == Z_MEM_ERROR) throw std::bad_alloc();
-  if (status == Z_BUF_ERROR && room == 0) return "the packed numbers are more than the frame has";
-  if (status == Z_BUF_ERROR) return "the packed numbers are cut off";
+  if (status == Z_BUF_ERROR && room == 0) return "there are more packed numbers than the frame has";
+  if (status == Z_BUF_ERROR) return "the packed numbers are truncated";
   if (status != Z_STREAM_END) return "the packed numbers are damaged";
-  if (room != 0) return "the packed numbers are fewer than the frame has";
+  if (room != 0) return "there are fewer packed numbers than the frame has";
   if (in != 0) return "something follows the packed numbers";
   return nullptr;
 }
@@ -100,15 +100,15 @@ void deflateInto(std::span<const std::byte> bytes, std::vector<std::byte>& out) 
 }
 
 void appendSum(std::vector<std::byte>& bytes) {
-  const std::array<std::byte, kSumBytes> sum = sumBytes(bytes);
+  const std::array<std::byte, kCheckBytes> sum = sumBytes(bytes);
   bytes.insert(bytes.end(), sum.begin(), sum.end());
 }
 
-constexpr const char* kWrongSum = "the packed numbers do not agree with their checksum";
+constexpr const char* kWrongSum = "the packed numbers do not match their checksum";
 
-// A slab whose sum is packed with it.
+// A slab with its checksum packed together.
 const char* unpackSummed(std::span<const std::byte> stored, std::span<std::byte> out) {
-  std::vector<std::byte> summed(out.size() + kSumBytes);
+  std::vector<std::byte> summed(out.size() + kCheckBytes);
   if (const char* const reason = inflateInto(stored, summed)) return reason;
   std::span<const std::byte> content = summed;
   if (!takeSum(content)) return kWrongSum;
@@ -123,7 +123,7 @@ const char* unpack(std::span<const std::byte> stored, Packing packing, std::span
   const bool hasSum = packing == Packing::fletcher32 || packing == Packing::gzipFletcher32;
   if (hasSum && !takeSum(stored)) return kWrongSum;
   if (packing == Packing::gzip || packing == Packing::gzipFletcher32) return inflateInto(stored, out);
-  if (stored.size() != out.size()) return "the numbers are not as many as the frame has";
+  if (stored.size() != out.size()) return "the number of values is not that of the frame";
   std::memcpy(out.data(), stored.data(), out.size());
   return nullptr;
 }

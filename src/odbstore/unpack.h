@@ -1,4 +1,4 @@
-// Slabs as HDF5 packs them: gzip and Fletcher-32.
+// Packs and unpacks slabs like HDF5's filters gzip and Fletcher-32.
 #pragma once
 
 #include <cstddef>
@@ -9,11 +9,11 @@
 
 namespace odbstore {
 
-// Unpacks a chunk into just the room of its slab. Returns why that is not possible, null when it has been done: what is
-// longer or shorter than the slab is as wrong as what is damaged, and nothing is written behind `out`.
+// Unpacks a chunk into `out`, which has the size of its slab. Returns the reason for a failure, null on success. Data
+// longer or shorter than the slab is an error like any damage; nothing is written beyond `out`.
 const char* unpack(std::span<const std::byte> stored, Packing packing, std::span<std::byte> out);
 
-// The opposite. `out` is what HDF5 would have stored.
+// The opposite: `out` receives what HDF5 would have stored.
 void pack(std::span<const std::byte> slab, Packing packing, std::vector<std::byte>& out);
 
 }  // namespace odbstore

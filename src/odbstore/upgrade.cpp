@@ -1,6 +1,6 @@
 #include "odbstore/upgrade.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <filesystem>
 #include <system_error>
@@ -17,16 +17,16 @@ namespace odbstore {
 
 namespace {
 
-// The copy would take the place of what it is made from.
+// The copy would replace its source.
 void requireOtherFile(const std::string& oldPath, const std::string& newPath) {
   std::error_code ignored;
   if (!std::filesystem::equivalent(oldPath, newPath, ignored)) return;
   throw StoreError(
       oldPath, "",
-      fmt::format("is of an older layout, and its upgraded copy {} would replace it: give it another name", newPath));
+      fmt::format("has an older layout, and the upgraded copy {} would replace it: choose another name", newPath));
 }
 
-// What goes wrong with the copy is said of the database, for that is the file whose name the user has given.
+// Errors in the copy name the database, because that is the file that the user has given.
 template <class Action>
 auto saidOf(const std::string& oldPath, const std::string& newPath, Action&& action) {
   try {
@@ -46,7 +46,7 @@ std::shared_ptr<const Reader> requireComplete(const base::OutputFile& file) {
     if (isWhole) compareSums(*written, [&](const DamagedPiece&) { isWhole = false; });
     if (isWhole) return std::make_shared<const Reader>(std::move(written));
   } catch (const StoreError&) {
-    // Whatever is wrong with a file that nobody will see, its user learns the same of it.
+    // Nobody will see this file, so the reason does not matter to the user.
   }
   throw StoreError(file.finalPath(), "", "cannot be read back as it was written");
 }
@@ -55,12 +55,12 @@ std::shared_ptr<const Reader> upgrade(const std::string& oldPath, const std::str
   const OpenedFile old = openForReading(oldPath, oldPath);
   requireOtherFile(oldPath, newPath);
   return saidOf(oldPath, newPath, [&] {
-    // The other program writes, and this one gives the name: what crashes after its work has left nothing under it, and
-    // waiting for a slow disk counts as nobody's time.
+    // The other program writes and this one gives the final name: a crash leaves nothing under that name, and waiting
+    // for a slow disk does not count against the limit.
     base::OutputFile file(newPath);
     base::runLimited(oldPath, {scanProgramPath(), {"upgrade", file.temporaryPath(), newPath}, old.file.get()},
                      base::limitsFor(old.start.bytes));
-    // A program that went astray may have left anything.
+    // A program that misbehaved may have written anything.
     std::shared_ptr<const Reader> written = requireComplete(file);
     file.publish();
     return written;

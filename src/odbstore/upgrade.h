@@ -14,18 +14,18 @@ namespace odbstore {
 
 class Reader;
 
-// Writes the database of layout 1 at `oldPath` to `newPath` in today's layout, losing nothing; locations that are equal
-// in all they say are stored once. `newPath` is replaced when it exists, and only by a complete file. Returns a reader
-// of what was written, whatever others make of the name meanwhile. Throws StoreError, which names `oldPath`, also where
-// both paths lead to one file, which the copy would replace.
+// Writes the database of layout 1 at `oldPath` to `newPath` in today's layout without loss; identical locations are
+// stored once. An existing `newPath` is replaced, and only by a complete file. Returns a reader of the written file,
+// even if the name has been reused since. Throws StoreError, naming `oldPath`, also if both paths lead to the same
+// file, which the copy would replace.
 //
-// Layout 1 may use all of HDF5, whose library was never made for damaged or hostile files: it is read by a program of
-// its own with limits (scan_program.h), which writes under a temporary name; this one looks at the whole of that and
-// gives it its name.
+// Layout 1 may use any feature of HDF5, whose library was not made for damaged or hostile files. It is therefore read
+// by a separate program with limits (scan_program.h), which writes under a temporary name; this one checks the whole
+// copy and gives it the final name.
 std::shared_ptr<const Reader> upgrade(const std::string& oldPath, const std::string& newPath);
 
-// A reader of the database in `file`, which is not published yet. Throws StoreError unless it has a catalog, with which
-// all its bytes agree.
+// A reader of the database in `file`, which does not have its final name yet. Throws StoreError unless it has a catalog
+// and all its bytes match the checksums in it.
 std::shared_ptr<const Reader> requireComplete(const base::OutputFile& file);
 
 }  // namespace odbstore

@@ -1,6 +1,6 @@
 #include "odbwriter/array_writer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -117,7 +117,7 @@ void ArrayWriter::writeChunk(WrittenArray& array, std::int64_t slab, std::span<c
   const std::int64_t end = h5::endOfFile(*array.packed);
   const std::int64_t begin = end - static_cast<std::int64_t>(chunk_.size());
   if (!startsWith(file_, begin, chunk_))
-    throw StoreError(name_, object(), "HDF5 has put a frame where it is not expected");
+    throw StoreError(name_, object(), "HDF5 stored a frame at an unexpected position");
   array.chunks[static_cast<std::size_t>(slab)] = {begin, end};
   array.sums[static_cast<std::size_t>(slab)] = sumsOf(chunk_);
 }

@@ -1,4 +1,5 @@
-// Puts the numbers of a file under construction into their places, and sums them up on the way. Internal to the writer.
+// Writes the numbers of a file under construction to their positions and computes their checksums. Internal to the
+// writer.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +29,7 @@ struct WrittenArray {
   std::vector<Extent> chunks;                    // of packed ones, by slab
   std::vector<char> isWritten;                   // by slab
   std::vector<std::vector<std::uint32_t>> sums;  // by slab
-  std::int64_t left = 0;                         // slabs that have not come
+  std::int64_t left = 0;                         // slabs not yet written
 
   std::int64_t slabBytes() const { return slabNumbers * static_cast<std::int64_t>(base::sizeOf(format)); }
 };
@@ -38,7 +39,7 @@ class ArrayWriter {
   // `file` is open for writing; `name` goes into messages.
   ArrayWriter(int file, std::string name) : file_(file), name_(std::move(name)) {}
 
-  // Returns the place of the array. Of slabs without numbers none is expected.
+  // Returns the index of the array. Slabs without numbers need not be written.
   std::size_t addContiguous(base::NumberFormat format, std::int64_t slabs, std::int64_t slabNumbers,
                             std::int64_t offset);
   std::size_t addPacked(h5::Dataset dataset, base::NumberFormat format, Packing packing, std::int64_t slabs,

@@ -26,7 +26,7 @@ struct BlockKey {
 class BlockSeries {
  public:
   // The block that the next rows of a frame belong to, from 0. The blocks of a frame keep their order: the next rows
-  // may only join a block behind the one before it.
+  // may only join a block after the one before it.
   std::size_t next(int frame, const BlockKey& key);
 
   std::size_t count() const { return keys_.size(); }

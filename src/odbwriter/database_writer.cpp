@@ -1,6 +1,6 @@
 #include "odbwriter/database_writer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <limits>
@@ -31,7 +31,7 @@ std::size_t hashOf(const LocationInfo& info, const LocationLabels& labels, const
   return hash;
 }
 
-// How many stored rows there are, or nothing where they are not numbered in the order of their first use.
+// How many stored rows there are, or nothing if they are not numbered in the order of their first use.
 std::optional<std::int64_t> storedRowsOf(const std::vector<int>& rowOf) {
   int due = 0;
   for (const int row : rowOf) {
@@ -63,7 +63,8 @@ void DatabaseWriter::Impl::addSet(const Owner& owner, SetKind kind, const std::s
   const std::string path = ownerPath(owner) + "/" + setsLink(kind) + "/" + linkFromName(name);
   requireName(name, path);
   const SetsKey key{owner.kind, owner.name, kind};
-  if (structure_ && structure_->places().sets.contains(key)) fail(path, "comes after the sets beside it were laid out");
+  if (structure_ && structure_->places().sets.contains(key))
+    fail(path, "comes after the other sets of its owner were laid out");
   if (owner.kind == OwnerKind::instance) static_cast<void>(instance(owner.name));
   if (owner.kind == OwnerKind::part && !model_.parts.contains(owner.name)) fail(ownerPath(owner), "is not there");
   if (owner.kind != OwnerKind::assembly && members.size() != 1) fail(path, "must have one list of labels");
@@ -86,7 +87,7 @@ bool DatabaseWriter::Impl::isLocation(std::size_t index, const LocationInfo& inf
   const bool hasRoom =
       structure_ && index < structure_->places().locations.size() && structure_->places().locations[index].hasRoom;
   if (!hasRoom) return known.labels == labels && known.rowOf == rowOf;
-  // What has been written is in the file alone.
+  // Written data are only in the file.
   const ModelArrays::Location& places = structure_->places().locations[index];
   const auto isStored = [this](std::size_t array, const std::vector<int>& numbers) {
     return array == kNoArray ? numbers.empty() : arrays_->holds(array, std::as_bytes(std::span(numbers)));
@@ -119,7 +120,7 @@ DatabaseWriter::Location DatabaseWriter::Impl::addLocation(const LocationInfo& i
   if (!location.rowOf.empty()) {
     const std::optional<std::int64_t> stored = storedRowsOf(location.rowOf);
     if (location.rowOf.size() != *rows || !stored) {
-      fail(path, "an index of rows has not one number for each row, in the order of their first use");
+      fail(path, "an index of rows must have one number for each row, in the order of their first use");
     }
     location.delivered = *stored;
     location.isIndexed = isIndexWorthwhile(location.rows, *stored);
@@ -183,7 +184,7 @@ DatabaseWriter::Block DatabaseWriter::Impl::addBlock(Field id, Location location
   DeclaredBlock block{id.index, location.index, std::move(form), field.blocks.size()};
   const DeclaredLocation& place = model_.locations.at(static_cast<std::size_t>(location.index));
   const std::string path = pathOf(model_, block);
-  if (block.form.width < 1) fail(path, fmt::format("rows of {} numbers are not possible", block.form.width));
+  if (block.form.width < 1) fail(path, fmt::format("rows cannot have {} numbers", block.form.width));
   if (place.stored() * block.form.width > std::numeric_limits<int>::max()) fail(path, "a frame of it is too large");
   if (block.form.frames) {
     int before = -1;
@@ -217,7 +218,7 @@ void DatabaseWriter::Impl::requireOpenHistories(int step, const std::string& pat
   const auto index = static_cast<std::size_t>(step);
   const bool hasRoom =
       structure_ && index < structure_->places().hasHistories.size() && structure_->places().hasHistories[index];
-  if (hasRoom) fail(path, "comes after the histories beside it were laid out");
+  if (hasRoom) fail(path, "comes after the other histories of its step were laid out");
 }
 
 DatabaseWriter::Region DatabaseWriter::Impl::addHistoryRegion(Step id, const std::string& name,
@@ -240,7 +241,7 @@ DatabaseWriter::History DatabaseWriter::Impl::addHistory(Region id, const std::s
   requireName(name, path);
   if (samples < 0 || width < 0 || width > std::numeric_limits<int>::max() ||
       (width > 0 && samples > std::numeric_limits<std::int64_t>::max() / 8 / width)) {
-    fail(path, fmt::format("{} samples of {} numbers are not possible", samples, width));
+    fail(path, fmt::format("there cannot be {} samples of {} numbers", samples, width));
   }
   requireOpenHistories(region.step, path);
   if (!region.outputs.emplace(name, static_cast<int>(model_.histories.size())).second) fail(path, "is there already");

@@ -1,6 +1,6 @@
-// Writes a database in layout 3, in one pass. What will be in it is declared, then rows and samples come in any order
-// and go straight to their places. A block gets its room when it is laid out: with everything else by layOut(), or with
-// its first rows, so that later blocks may be declared while rows of earlier ones come.
+// Writes a database in layout 3, in one pass. The contents are declared first; then rows and samples are written in any
+// order, straight to their positions in the file. A block is allocated by layOut(), together with everything declared
+// so far, or with its first rows, so that more blocks may be declared while rows of earlier ones are written.
 //
 //   DatabaseWriter writer("job.odb");
 //   const auto nodes = writer.addLocation({"I-1", Position::nodal, "", 0, ""}, {{1, 2, 3}, {}, {}});
@@ -11,9 +11,9 @@
 //   writer.writeRows(block, 0, rows);  // [3 rows, 3 numbers]
 //   writer.finish();
 //
-// The file grows under a temporary name in the same directory and gets its own when it is complete and on the disk; a
-// writer that is destroyed before leaves nothing behind. No more than what has not been laid out, the sets and one
-// frame of one block are in memory.
+// The file is written under a temporary name in the same directory and renamed when it is complete and on disk; a
+// writer destroyed before that leaves nothing. Only what is not yet laid out, the sets and one frame of one block are
+// in memory.
 //
 // Every failure (a name used twice, numbers that do not fit their location, a full disk) is a StoreError that names the
 // file and the object. Frames are numbered from 0 in their step.
@@ -33,12 +33,12 @@ namespace odbstore {
 
 struct WriterOptions {
   bool compress = false;  // gzip, one frame a chunk: a small file, slower to read
-  bool checksum = false;  // Fletcher-32 over every frame of every block, for readers that know nothing of the catalog
+  bool checksum = false;  // Fletcher-32 over every frame of every block, for readers that do not know the catalog
 };
 
 class DatabaseWriter {
  public:
-  // What has been declared, by its place in the order of declaration.
+  // Declared objects, by their index in the order of declaration.
   struct Location {
     int index = -1;
   };
@@ -58,8 +58,8 @@ class DatabaseWriter {
     int index = -1;
   };
 
-  // The rows of a block: `width` numbers each. The frames of a step must all be there when a block in all of them is
-  // laid out.
+  // The rows of a block: `width` numbers each. When a block that exists in all frames of a step is laid out, all frames
+  // must have been added.
   struct BlockForm {
     int width = 1;
     bool isDouble = false;
@@ -70,14 +70,13 @@ class DatabaseWriter {
 
   // `path` is the final name; a file of that name is replaced by finish().
   explicit DatabaseWriter(const std::string& path, WriterOptions options = {});
-  // Writes to `temporaryPath`, which exists, and leaves giving the file its name to whoever made it; `name` goes into
-  // messages.
+  // Writes to `temporaryPath`, which exists, and does not rename it; `name` is used in messages.
   DatabaseWriter(const std::string& temporaryPath, const std::string& name, WriterOptions options);
   ~DatabaseWriter();
   DatabaseWriter(const DatabaseWriter&) = delete;
   DatabaseWriter& operator=(const DatabaseWriter&) = delete;
 
-  // The name that the database gives itself; without one it goes by its path.
+  // The database's own name; without one its path is its name.
   void setName(const std::string& name);
   void setTitle(const std::string& title);
   // The program that the results came from.
@@ -92,16 +91,16 @@ class DatabaseWriter {
   void addNodes(const std::string& instance, std::vector<int> labels, std::vector<double> coordinates);
   void addElements(const std::string& instance, const std::string& type, std::vector<int> labels,
                    std::vector<int> connectivity);
-  // A set of an instance or part has one group of members with an empty instance name, a set of the assembly one for
-  // every instance that it reaches into, or none.
+  // A set of an instance or part has one group of members with an empty instance name; a set of the assembly has one
+  // for each instance with members, possibly none.
   void addSet(const Owner& owner, SetKind kind, const std::string& name, std::vector<SetMembers> members);
 
-  // Where rows lie. With `rowOf` (one number for each row, row_index.h) the rows of blocks here are stored once: those
-  // delivered are the distinct ones, in the order of their first use, and row i is the rowOf[i]-th of them. Where that
-  // would save less than a quarter they are stored for each row after all; what is delivered is the same. A location
-  // that equals an earlier one is the earlier one.
+  // Where rows lie. With `rowOf` (one number per row, row_index.h) equal rows are written once: callers write the
+  // distinct rows, in the order of their first use, and row i is the rowOf[i]-th of them. If that saves less than a
+  // quarter of the space, all rows are stored; callers still write the distinct ones. Returns the earlier location if
+  // an equal one exists.
   Location addLocation(const LocationInfo& info, LocationLabels labels, std::vector<int> rowOf = {});
-  // How many rows are to be delivered for a block there.
+  // The number of rows to write for a block there.
   std::int64_t deliveredRows(Location location) const;
 
   // Steps keep their order.
@@ -112,7 +111,7 @@ class DatabaseWriter {
   // A field of a step exists in the frames of its blocks, and in those that addFieldFrame() names.
   Field addField(Step step, const std::string& name, const FieldInfo& info);
   void addFieldFrame(Field field, int frame);
-  // What the field says of itself in that frame instead.
+  // How the field differs in that frame.
   void describeField(Field field, int frame, const FieldInfo& info);
   Block addBlock(Field field, Location location, BlockForm form);
 
@@ -120,17 +119,19 @@ class DatabaseWriter {
   // `samples` samples of `width` numbers: of each its abscissae, then the value.
   History addHistory(Region region, const std::string& name, std::int64_t samples, std::int64_t width);
 
-  // Takes room on the disk for all that has been declared and has none yet, and writes labels, sets and meshes. Sets of
-  // one owner and kind are laid out together, and so are the histories of a step: none may be declared afterwards.
+  // Allocates disk space for everything declared so far, and writes labels, sets and meshes. Sets of one owner and kind
+  // are laid out together, and so are the histories of a step: none may be declared afterwards.
   void layOut();
 
-  // The rows of a block in a frame, [delivered rows, width], in the block's precision: each frame once, in any order.
+  // Writes the rows of a block in a frame, [rows to write, width], in the block's precision: each frame once, in any
+  // order.
   void writeRows(Block block, int frame, std::span<const float> rows);
   void writeRows(Block block, int frame, std::span<const double> rows);
   // [samples, width], once; the history must have been laid out.
   void writeSamples(History history, std::span<const float> samples);
 
-  // Completes the file, brings it to the disk and gives it its name. What was declared and has not come is an error.
+  // Completes the file, flushes it to disk and renames it. Rows or samples that were declared and not written are an
+  // error.
   void finish();
 
  private:

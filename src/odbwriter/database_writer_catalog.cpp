@@ -71,7 +71,7 @@ void DatabaseWriter::Impl::describeSets(CatalogBuilder& catalog) const {
 }
 
 void DatabaseWriter::Impl::describeLocations(CatalogBuilder& catalog) {
-  // By the texts of their numbers, as all names are.
+  // Sorted as text, like all names.
   std::map<std::string, std::size_t> order;
   for (std::size_t i = 0; i < model_.locations.size(); ++i) order.emplace(std::to_string(i), i);
   locationPlaces_.resize(order.size());

@@ -1,4 +1,4 @@
-// The writer's inside, shared by its sources.
+// The writer's implementation, shared by its sources.
 #pragma once
 
 #include <memory>
@@ -49,7 +49,7 @@ class DatabaseWriter::Impl {
                   const std::vector<int>& rowOf) const;
   // Makes the file when there is something to put into it.
   void open();
-  // Each makes room for what has none yet, and writes what is known.
+  // Each allocates what is not yet allocated, and writes what is known.
   void layOutMeshes();
   void layOutSets();
   void layOutLocation(std::size_t index);

@@ -1,6 +1,6 @@
 // The second half of the writer: the file itself.
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -44,8 +44,8 @@ void DatabaseWriter::Impl::layOut() {
   takeRoom();
 }
 
-// A full disk shows here at once. Written later, where the file has holes, a row could come to nothing without an error
-// anywhere: HDF5 closes such a file as if nothing were wrong with it.
+// A full disk shows here at once. If the file had holes, a row could be lost later without any error: HDF5 closes such
+// a file as if nothing were wrong.
 void DatabaseWriter::Impl::takeRoom() {
   const std::int64_t end = h5::endOfFile(*root_);
   if (end <= takenEnd_) return;
@@ -53,7 +53,7 @@ void DatabaseWriter::Impl::takeRoom() {
   do {
     status = ::fallocate(file_.get(), 0, takenEnd_, end - takenEnd_);
   } while (status != 0 && errno == EINTR);
-  // Not every file system can do that; then every write that comes short is seen.
+  // Not every file system can do that; every short write is an error there.
   if (status != 0 && errno != EOPNOTSUPP && errno != ENOSYS) {
     fail("", fmt::format("there is no room for it: {}", std::strerror(errno)));
   }
@@ -152,7 +152,7 @@ void DatabaseWriter::Impl::writeRows(Block id, int frame, std::span<const Number
   const DeclaredBlock& block = model_.blocks.at(static_cast<std::size_t>(id.index));
   const DeclaredLocation& location = model_.locations[static_cast<std::size_t>(block.location)];
   const ObjectName path = [&] { return blockData(block); };
-  if (block.form.isDouble != std::is_same_v<Number, double>) fail(path(), "rows come in the other precision");
+  if (block.form.isDouble != std::is_same_v<Number, double>) fail(path(), "rows have the other precision");
   const std::int64_t numbers = location.delivered * block.form.width;
   if (static_cast<std::int64_t>(rows.size()) != numbers) {
     fail(path(),
@@ -166,7 +166,7 @@ void DatabaseWriter::Impl::writeRows(Block id, int frame, std::span<const Number
   if (slab == frames.end() || *slab != frame) fail(path(), fmt::format("does not exist in frame {}", frame));
   const std::size_t array = structure_->places().blocks[static_cast<std::size_t>(id.index)];
   const auto place = static_cast<std::int64_t>(slab - frames.begin());
-  if (numbers > 0 && arrays_->isWritten(array, place)) fail(path(), fmt::format("frame {} has come twice", frame));
+  if (numbers > 0 && arrays_->isWritten(array, place)) fail(path(), fmt::format("frame {} was written twice", frame));
   std::span<const std::byte> bytes = std::as_bytes(rows);
   if (!location.rowOf.empty()) {
     const std::size_t rowBytes = static_cast<std::size_t>(block.form.width) * sizeof(Number);
@@ -187,12 +187,12 @@ void DatabaseWriter::Impl::writeSamples(History id, std::span<const float> sampl
   const DeclaredHistory& history = model_.histories.at(static_cast<std::size_t>(id.index));
   const ObjectName path = [&] { return pathOf(model_, history); };
   const bool hasRoom = structure_ && static_cast<std::size_t>(id.index) < structure_->places().histories.size();
-  if (!hasRoom) fail(path(), "samples can be written when layOut() has been called");
+  if (!hasRoom) fail(path(), "samples can only be written after layOut()");
   if (static_cast<std::int64_t>(samples.size()) != history.samples * history.width) {
     fail(path(), fmt::format("{} numbers are not {} samples of {}", samples.size(), history.samples, history.width));
   }
   const std::size_t array = structure_->places().histories[static_cast<std::size_t>(id.index)];
-  if (!samples.empty() && arrays_->isWritten(array, 0)) fail(path(), "has come twice");
+  if (!samples.empty() && arrays_->isWritten(array, 0)) fail(path(), "was written twice");
   arrays_->write(array, 0, std::as_bytes(samples), path);
 }
 
@@ -202,11 +202,11 @@ void DatabaseWriter::Impl::requireComplete() const {
     const auto missing = std::find(array.isWritten.begin(), array.isWritten.end(), 0);
     if (missing == array.isWritten.end()) continue;
     const int frame = blockFrames_[i][static_cast<std::size_t>(missing - array.isWritten.begin())];
-    fail(blockData(model_.blocks[i]), fmt::format("the rows of frame {} have not come", frame));
+    fail(blockData(model_.blocks[i]), fmt::format("the rows of frame {} were not written", frame));
   }
   for (std::size_t i = 0; i < model_.histories.size(); ++i) {
     if (arrays_->at(structure_->places().histories[i]).left > 0) {
-      fail(pathOf(model_, model_.histories[i]), "its samples have not come");
+      fail(pathOf(model_, model_.histories[i]), "its samples were not written");
     }
   }
 }
@@ -223,7 +223,7 @@ void DatabaseWriter::Impl::finish() {
   if (own_) own_->publish();
 }
 
-// Made after all else and a flush, and allocated late, the catalog is what the file ends with.
+// The catalog is created last, after a flush, and allocated late, so it is at the end of the file.
 std::int64_t DatabaseWriter::Impl::writeCatalog(std::span<const std::byte> catalog) {
   h5::flushFile(*root_);
   std::vector<std::byte> bytes(catalog.begin(), catalog.end());
@@ -242,9 +242,9 @@ void DatabaseWriter::Impl::writeTrailer(std::vector<std::byte> bytes, std::int64
   trailer.catalogSum = crc32c(bytes);
   struct stat status {};
   if (::fstat(file_.get(), &status) != 0)
-    fail("", fmt::format("its size cannot be found out: {}", std::strerror(errno)));
-  if (offset + trailer.length != status.st_size) fail("/catalog", "is not what the file ends with");
-  // Whoever reads it will check it like any other; what this program would refuse is not to get a name.
+    fail("", fmt::format("its size cannot be determined: {}", std::strerror(errno)));
+  if (offset + trailer.length != status.st_size) fail("/catalog", "is not at the end of the file");
+  // Readers check it like any other catalog; a file that they would refuse must not be published.
   const std::size_t catalogBytes = bytes.size();
   const Catalog catalog(std::move(bytes), name_, offset);
   checkContent(catalog, [this](const std::string& object, const std::string& reason) { fail(object, reason); });

@@ -1,4 +1,4 @@
-// What a writer has been told that will be in its file, and what of it the file has room for. Internal to the writer.
+// What has been declared to a writer, and what of it is allocated in the file. Internal to the writer.
 #pragma once
 
 #include <array>
@@ -37,7 +37,7 @@ struct DeclaredLocation {
   std::vector<int> rowOf;  // empty: row i is delivered row i
   std::int64_t rows = 0;
   std::int64_t delivered = 0;
-  bool isIndexed = false;  // else rows are expanded by rowOf as they are written, where there is one
+  bool isIndexed = false;  // otherwise rows are expanded by rowOf, if there is one, when written
 
   std::int64_t stored() const { return isIndexed ? delivered : rows; }
 };
@@ -103,7 +103,7 @@ struct DeclaredModel {
   std::vector<int> framesOf(const DeclaredField& field, const std::vector<std::vector<int>>& blockFrames) const;
 };
 
-// Where the objects of a model will stand, as paths with names made links.
+// Paths of the objects of a model, with names made links.
 std::string pathOf(const DeclaredStep& step);
 std::string pathOf(const DeclaredModel& model, const DeclaredField& field);
 std::string pathOf(const DeclaredModel& model, const DeclaredBlock& block);

@@ -1,4 +1,4 @@
-// Rows that many places share, stored once.
+// An index that stores equal rows once.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ struct RowIndex {
 // stored.
 RowIndex makeRowIndex(std::vector<int> sources, std::int64_t count);
 
-// Whether an index is worth its room, and the indirection of all who read through it.
+// Whether an index saves enough to be worth the indirection for readers.
 constexpr bool isIndexWorthwhile(std::int64_t rows, std::int64_t storedRows) { return 4 * (rows - storedRows) >= rows; }
 
 }  // namespace odbstore

@@ -1,6 +1,6 @@
 #include "odbwriter/structure_writer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

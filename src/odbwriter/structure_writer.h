@@ -44,8 +44,8 @@ struct ModelArrays {
   std::vector<bool> hasHistories;  // by step: whether its histories have room
 };
 
-// Works on a new file. Arrays get room as they are asked for; what the catalog repeats comes at the end, when all is
-// known, so that HDF5 keeps it together.
+// Works on a new file. Arrays are allocated on request; structure that the catalog repeats is written at the end, when
+// everything is known, so that HDF5 keeps it together.
 class StructureWriter {
  public:
   // All must live as long; `root` is the root group.
@@ -53,7 +53,7 @@ class StructureWriter {
 
   const ModelArrays& places() const { return places_; }
 
-  // Each makes data sets with room for what has been declared and has none yet.
+  // Each creates data sets for what has been declared and is not yet allocated.
   void reserveMesh(const std::string& instance);
   void reserveSets(const SetsKey& key);
   void reserveLocation(std::size_t location);

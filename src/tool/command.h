@@ -1,5 +1,4 @@
-// The command line of a program of ours, said once: what it parses, what `--help` prints, the man page and what a shell
-// completes all come from it.
+// The command line of a program, defined once: parsing, `--help`, the man page and completion in the shell all use it.
 //
 //     bool isList = false;
 //     std::string output;
@@ -27,7 +26,7 @@ inline constexpr int kWrongUsage = 2;
 
 struct Option {
   std::string names;  // "-o,--output"; that of an argument without dashes
-  std::string value;  // what its value is called, empty for a flag
+  std::string value;  // the name of its value, empty for a flag
   std::string help;
   std::string group;  // heading in the help, empty for those of the command itself
   Completes completes = Completes::nothing;
@@ -35,20 +34,20 @@ struct Option {
   bool isArgument = false;
   bool isRequired = false;
   bool isRepeated = false;
-  // Takes a value; of a flag "". Throws UsageError for one that is not understood.
+  // Receives a value, "" for a flag. Throws UsageError if it is not understood.
   std::function<void(const std::string&)> take;
 
   // "-o" and "--output".
   std::vector<std::string> allNames() const;
 };
 
-// A value that is not understood; the text says what would be.
+// A value that is not understood; the text says what is expected.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// What is left to do after a command line has been read.
+// What to do after a command line has been parsed.
 struct Outcome {
   bool isDone = false;  // print `text` and exit with `status`
   int status = 0;
@@ -65,18 +64,18 @@ class Command {
 
   // What follows the name in the synopsis; may be called again for another form.
   Command& synopsis(std::string text);
-  // A paragraph of the description; one that starts with blanks is kept as it is.
+  // A paragraph of the description; one that starts with blanks is not re-wrapped.
   Command& describe(std::string paragraph);
   Command& exitStatus(int status, std::string meaning);
   Command& example(std::string line);
-  // A page that tells more, "kolvex-verify(1)".
+  // A related page, "kolvex-verify(1)".
   Command& seeAlso(std::string page);
   // `-h` does not mean `--help`.
   Command& onlyLongHelp();
-  // A program that this one starts with the arguments behind its name.
+  // A program that this one starts with the arguments after its name.
   Command& subcommand(std::string name, std::string summary);
 
-  // The options that follow stand under this heading.
+  // A heading for the options that follow.
   Command& group(std::string title);
   Command& flag(std::string names, bool& to, std::string help);
   Command& flag(std::string names, std::function<void()> take, std::string help);
@@ -101,15 +100,15 @@ class Command {
   Command& repeated();
   // Options that cannot be given together, by one of their names.
   Command& exclusive(std::string one, std::string other);
-  // For options that complete what is computed: gets the last name of the option and the other words of the line, its
-  // own and the value that is being typed not among them; gives all candidates for the value.
+  // For options with computed candidates: called with the last name of the option and the other words of the line,
+  // without the option and the value being typed; returns all candidates for the value.
   Command& completeBy(
       std::function<std::vector<std::string>(const std::string& option, const std::vector<std::string>& words)>
           computed);
 
-  // Reads the arguments, the name not among them. Touches no file, but for what is computed to complete a line.
-  // `--help`, `--version`, `--man` (the page for the man command) and `--complete` (completion.h) are answered; wrong
-  // usage has the status 2.
+  // Parses the arguments, without the program's name. Touches no file, except to compute completions. `--help`,
+  // `--version`, `--man` (the page for the man command) and `--complete` (completion.h) are answered; wrong usage has
+  // the status 2.
   Outcome parse(std::vector<std::string> arguments) const;
 
   // Wrong usage that parsing cannot see.

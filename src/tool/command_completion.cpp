@@ -1,4 +1,4 @@
-// What a shell offers behind a command.
+// What a shell offers to complete a command.
 #include <algorithm>
 
 #include "tool/command.h"
@@ -9,7 +9,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// The option of that name, if it has a value; null where there is none.
+// The option of that name, if it has a value; null if there is none.
 const Option* optionWithValue(const std::vector<Option>& options, const std::string& name) {
   for (const Option& option : options) {
     if (option.isArgument || option.value.empty()) continue;
@@ -21,9 +21,9 @@ const Option* optionWithValue(const std::vector<Option>& options, const std::str
 
 // What the words before the one being typed make of it.
 struct Before {
-  std::size_t arguments = 0;       // that stand there already
+  std::size_t arguments = 0;       // already given
   const Option* option = nullptr;  // whose value it is
-  bool areOptionsPossible = true;  // no "--" stands there
+  bool areOptionsPossible = true;  // no "--" before
 };
 
 Before read(const std::vector<Option>& options, const CompletionRequest& request) {
@@ -43,7 +43,7 @@ Before read(const std::vector<Option>& options, const CompletionRequest& request
   return before;
 }
 
-// The argument behind `count` others; null where there are no more.
+// The argument after `count` others; null if there are no more.
 const Option* argumentBehind(const std::vector<Option>& options, std::size_t count) {
   for (const Option& option : options) {
     if (!option.isArgument) continue;
@@ -110,7 +110,7 @@ Completion Command::complete(const CompletionRequest& request) const {
     Words names;
     for (const auto& [name, summary] : subcommands_) names.push_back(name);
     names = beginningWith(start, std::move(names));
-    // An argument may stand there as well: of that what no command begins like.
+    // It may be an argument as well: anything that no command begins with.
     if (!names.empty() || argumentBehind(options_, 0) == nullptr) return {names, Completes::nothing};
   }
   const Option* const argument = argumentBehind(options_, before.arguments);

@@ -23,7 +23,7 @@ std::string headOf(const Option& option) {
   return head;
 }
 
-// Words in lines of at most `width` characters, each line behind the first after `indent` blanks.
+// Words in lines of at most `width` characters, each line after the first after `indent` blanks.
 std::string wrapped(const std::string& text, std::size_t indent, std::size_t width) {
   std::istringstream words(text);
   std::string out;

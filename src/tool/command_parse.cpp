@@ -1,4 +1,4 @@
-// How a command reads its arguments: what stands in the table of options, told to CLI11.
+// Parses the arguments of a command: passes its table of options to CLI11.
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>

@@ -1,9 +1,9 @@
-// How a shell and a program talk while a user types.
+// The protocol between a shell and a program for completion.
 //
-// The shell runs the command with `--complete INDEX WORD...`: the words of the line behind the command's name, without
+// The shell runs the command with `--complete INDEX WORD...`: the words of the line after the command's name, without
 // their quotes, and which of them is being typed, from 0; it is the number of words where that one is still empty and
 // not among them. The answer's first line says which names of files the shell itself adds: "file" (all), "directory" or
-// "nothing". Each line behind it is a candidate for the word, of an option with "=" for what stands behind that.
+// "nothing". Each further line is a candidate for the word; for an option with "=", for the part after that.
 #pragma once
 
 #include <optional>
@@ -28,7 +28,7 @@ struct Completion {
   Completes files = Completes::nothing;  // or file, or directory
 };
 
-// The arguments behind `--complete`; nothing where they do not begin with an index that fits.
+// The arguments after `--complete`; nothing if they do not begin with an index that fits.
 std::optional<CompletionRequest> completionRequestFrom(const std::vector<std::string>& arguments);
 
 // The answer. A candidate with a line break is left out.

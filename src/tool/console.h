@@ -1,4 +1,4 @@
-// The streams of a command that speaks a line at a time.
+// Standard streams of a command that prints line by line.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@ namespace tool {
 
 // Adds to standard output; what cannot be written shows in finishOutput().
 void print(const std::string& text);
-// A line on standard error. Nobody can be told that it takes nothing.
+// Prints a line on standard error. A failure to do so is ignored: there is nowhere to report it.
 void complain(const std::string& line);
 // Sends what is printed to its reader. Throws std::system_error where not all of it gets there.
 void finishOutput();

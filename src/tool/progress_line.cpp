@@ -1,6 +1,6 @@
 #include "tool/progress_line.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "base/control_characters.h"
 

@@ -1,4 +1,4 @@
-// One line on a terminal that says how far a long run has got.
+// One line on a terminal that shows the progress of a long run.
 #pragma once
 
 #include <chrono>
@@ -13,7 +13,7 @@ namespace tool {
 // "job.frd: 45 %, 210 MB/s, 12 s left". `seconds` have gone by; when all is read, "job.frd: writing the database".
 std::string progressText(const std::string& name, std::uint64_t done, std::uint64_t all, double seconds);
 
-// Draws over its own line a few times a second, and only where `stream` is a terminal. Wipes the line at the end.
+// Redraws its line a few times a second, only if `stream` is a terminal. Clears the line at the end.
 class ProgressLine {
  public:
   ProgressLine(const std::string& name, std::FILE* stream);

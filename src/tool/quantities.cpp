@@ -1,6 +1,6 @@
 #include "tool/quantities.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <charconv>
 #include <cmath>
@@ -13,7 +13,7 @@ namespace tool {
 
 namespace {
 
-// A number, from above 0 to `greatest`, and one of the units behind it.
+// A number, from above 0 to `greatest`, and one of the units after it.
 std::optional<double> quantityFrom(const std::string& text, const std::map<std::string, double>& units,
                                    double greatest) {
   double number = 0;

@@ -7,7 +7,7 @@
 
 namespace tool {
 
-// Does nothing where `stream` is not a terminal. Wipes the line at the end.
+// Does nothing if `stream` is not a terminal. Clears the line at the end.
 class TerminalLine {
  public:
   explicit TerminalLine(std::FILE* stream);
@@ -17,7 +17,7 @@ class TerminalLine {
   TerminalLine(const TerminalLine&) = delete;
   TerminalLine& operator=(const TerminalLine&) = delete;
 
-  // Whether a line that is drawn now would be seen: the stream is a terminal, and the last one has stood for a while.
+  // Whether to draw a line now: the stream is a terminal, and the last line has been visible for a while.
   bool isDue() const;
   // Draws the text, due or not.
   void draw(const std::string& text);

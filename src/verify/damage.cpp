@@ -32,7 +32,7 @@ std::vector<Bytes> runsOf(const std::vector<std::int64_t>& blocks, std::int64_t 
   return runs;
 }
 
-// The data sets whose bytes are among those of a run, with the slabs that are hit, in the order of the file.
+// The data sets whose bytes are among those of a run, with the slabs that are hit, in file order.
 class Hits {
  public:
   Hits(const Bytes& run, const std::vector<DataExtent>& extents, const Bytes& sums) {

@@ -1,6 +1,6 @@
 #include "verify/findings.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace verify {
 
@@ -23,7 +23,7 @@ void Findings::add(const std::string& object, const std::string& reason) {
 
 void Findings::close() {
   if (more_ == 0) return;
-  verdict_.findings.push_back(base::note(placeOf(""), fmt::format("findings that are not shown: {}", more_)));
+  verdict_.findings.push_back(base::note(placeOf(""), fmt::format("further findings, not shown: {}", more_)));
 }
 
 }  // namespace verify

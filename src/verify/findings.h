@@ -1,4 +1,4 @@
-// Gathers what is wrong with a file.
+// Collects the faults of a file.
 #pragma once
 
 #include <exception>
@@ -16,17 +16,17 @@ class Findings {
  public:
   explicit Findings(Verdict& verdict) : verdict_(verdict) {}
 
-  // A finding about an object of the file, or the file as a whole. One fault may be met on several ways.
+  // A finding about an object of the file or the whole file. A fault that is found more than once is kept once.
   void add(const std::string& object, const std::string& reason);
 
-  // What there is to say of a file without damage.
+  // The verdict on a file without damage.
   void concludeWith(State state, const std::string& reason) {
     if (verdict_.state == State::damaged) return;
     verdict_.state = state;
     verdict_.findings.push_back(base::note(placeOf(""), reason));
   }
 
-  // Runs `action`, which throws for what is wrong. Whether it came to its end.
+  // Runs `action`, which throws if it finds a fault; returns whether it did not.
   template <class Action>
   bool guarded(Action&& action) {
     try {
@@ -44,7 +44,7 @@ class Findings {
 
   bool isEmpty() const { return verdict_.state != State::damaged; }
 
-  // Says that there are more than have been kept, where there are.
+  // Adds a note if there are more findings than are kept.
   void close();
 
  private:

@@ -1,6 +1,6 @@
-// `kolvex verify`: reads the arguments, checks each file, says what came of it.
+// `kolvex verify`: reads the arguments, checks each file, prints the result.
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -33,7 +33,7 @@ int statusOf(State state) {
   }
 }
 
-// Findings that nobody hears still count in the status.
+// Findings count in the status even if nobody can read them.
 void complain(const std::string& text) { std::fputs((text + '\n').c_str(), stderr); }
 
 void report(const verify::Verdict& verdict, bool isQuiet) {

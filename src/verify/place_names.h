@@ -1,4 +1,4 @@
-// What the data sets of a database are called by those who use it.
+// Names of data sets as users of a database know them.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "verify/verify_file.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -55,12 +55,12 @@ class Verification {
     findings_.guarded([&] { compareWithChecksums(); });
     findings_.guarded([&] { checkContentOfFile(); });
     if (!hasSums_) {
-      findings_.concludeWith(State::withoutChecksums, "has no checksums: what its numbers were cannot be told");
+      findings_.concludeWith(State::withoutChecksums, "has no checksums: damaged numbers cannot be detected");
     }
   }
 
  private:
-  // What the program that reads HDF5's structure has to say.
+  // What the program that reads the HDF5 structure has to say.
   void inspect() {
     const std::string answer =
         base::runLimited(path_, {odbstore::scanProgramPath(), {"inspect"}, file_.get()}, limitsOfInspection());
@@ -120,7 +120,7 @@ class Verification {
     if (differing.empty()) return;
     const std::string& first = differing.front();
     findings_.add(kCatalogPath,
-                  fmt::format("does not say of {} what the file's structure says", first.substr(0, first.find(": "))));
+                  fmt::format("does not agree with the file's structure about {}", first.substr(0, first.find(": "))));
   }
 
   // The sums of layout 2.
@@ -132,7 +132,7 @@ class Verification {
     hasSums_ = true;
     const odbstore::ChecksumReport report = odbstore::compareChecksums(*scanned_, *place);
     if (report.tableIsDamaged) {
-      return findings_.add("/checksums", "is damaged, so nothing else can be compared with it");
+      return findings_.add("/checksums", "is damaged, so nothing can be compared with it");
     }
     const auto frames = [this](const BlockPlace& block) { return framesOf(block); };
     for (const std::string& text : describeDamage(report.damagedBlocks, *place, bytes_, inspection_->extents, frames)) {
@@ -198,7 +198,7 @@ Verdict verifyFile(const std::string& path) {
       }
     });
   } catch (const std::bad_alloc&) {
-    findings.add("", "there is not memory enough to check it");
+    findings.add("", "there is not enough memory to check it");
   }
   findings.close();
   return verdict;

@@ -14,13 +14,13 @@ tool::Command verifyCommand(VerifyOptions& options) {
       .exitStatus(2, "wrong usage")
       .exitStatus(3, "a file has no checksums; nothing else is wrong with it")
       .exitStatus(4, "a file has layout 1 and can be read; it has no checksums")
-      .exitStatus(5, "a file is not there or cannot be opened")
+      .exitStatus(5, "a file does not exist or cannot be opened")
       .example("kolvex verify job.odb")
       .example("kolvex verify --quiet results/*.odb || echo \"see above\"")
       .seeAlso("kolvex-import(1)")
       .seeAlso("kolvex-quarnish(1)")
       .arguments("FILE", options.files, "a database; several are checked one after the other")
-      .flag("-q,--quiet", options.isQuiet, "say only what is wrong");
+      .flag("-q,--quiet", options.isQuiet, "print faults only");
   return command;
 }
 

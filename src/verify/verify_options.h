@@ -10,7 +10,7 @@ namespace verify {
 
 struct VerifyOptions {
   std::vector<std::string> files;
-  bool isQuiet = false;  // say only what is wrong
+  bool isQuiet = false;  // print faults only
 };
 
 // Fills `options` when it parses; they must live as long.

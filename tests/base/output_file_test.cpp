@@ -112,7 +112,7 @@ TEST_F(OutputFileTest, GoesWhereALinkPoints) {
 
 TEST_F(OutputFileTest, LinksInACircleAreRefused) {
   std::filesystem::create_symlink("job.odb", path_);
-  EXPECT_EQ(refusalOf(path_), path_ + ": cannot be created: it is a link that leads in a circle");
+  EXPECT_EQ(refusalOf(path_), path_ + ": cannot be created: its links form a circle");
 }
 
 TEST_F(OutputFileTest, WhatIsNoFileIsNotReplaced) {

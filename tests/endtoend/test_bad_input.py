@@ -62,7 +62,7 @@ class BadFileTest(ProgramTest):
         size = self.path("model.odb").stat().st_size
         with open(self.path("model.odb"), "ab") as file:
             file.write(b"x" * 5000)
-        self.assert_refused(f"model.odb: has 5000 bytes behind its end, which is at {size}")
+        self.assert_refused(f"model.odb: has 5000 bytes after its end at {size}")
 
     def test_a_file_that_is_still_being_written(self):
         small_database(self.path("model.odb"))
@@ -78,7 +78,7 @@ class BadFileTest(ProgramTest):
             with self.subTest(part):
                 small_database(self.path("model.odb"))
                 os.truncate(self.path("model.odb"), int(size * part))
-                self.assert_refused(f"model.odb: is cut off: {int(size * part)} of its {size} bytes are there")
+                self.assert_refused(f"model.odb: is truncated: {int(size * part)} of its {size} bytes are there")
 
     def test_a_pipe_does_not_block(self):
         os.mkfifo(self.path("model.odb"))
@@ -175,7 +175,7 @@ class BadContentTest(ProgramTest):
 
     def test_a_label_beyond_int32(self):
         self.assert_refused(self.replace("/locations/nodes/nodeLabels", np.array([1, 2, 2**31], "i8")),
-                            "/locations/nodes/nodeLabels: the integer at place 2 is too large")
+                            "/locations/nodes/nodeLabels: the integer at index 2 is too large")
 
     def test_labels_of_different_length(self):
         def change(file):

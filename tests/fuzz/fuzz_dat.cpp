@@ -36,7 +36,7 @@ Deck deckOf(std::initializer_list<Procedure> procedures) {
 
 void placeAll(const std::string& path, const Deck& deck) {
   const importers::WarningSink ignore = [](const base::Diagnostic&) {};
-  Frames frames("", ignore);
+  Frames frames;
   const PrintedTables printed = placePrintedTables(path, deck, true, frames, ignore);
   for (const PrintedTable& table : printed.tables) {
     require(table.step >= 0 && (!table.frame || *table.frame < frames.size()));

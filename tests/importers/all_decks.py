@@ -39,7 +39,7 @@ KNOWN_MESSAGES = [
     r"labels that no (node|element) of the deck has are left out of the sets ",
     r": note: the (node|element) set .* becomes ",  # names that records cannot tell apart
     r"restarts an earlier run and has no mesh",
-    r"the file is cut off here",  # the solver stopped
+    r"the file is truncated here",  # the solver stopped
     r"the file holds no results",  # it had nothing to write
     r"the set \S+ is not known",  # decks that misspell a set
     r" has no rows and is left out",  # flow networks announce what they do not compute

@@ -322,7 +322,7 @@ TEST_F(DeckTest, AChainOfIncludesHasAnEnd) {
   for (int i = 1; i <= 50; ++i) {
     writeText(directory_, std::to_string(i), "*INCLUDE,INPUT=" + std::to_string(i + 1) + "\n");
   }
-  EXPECT_THAT(failure("*INCLUDE,INPUT=1\n"), HasSubstr("files include each other too deep"));
+  EXPECT_THAT(failure("*INCLUDE,INPUT=1\n"), HasSubstr("files include each other too deeply"));
 }
 
 TEST_F(DeckTest, DamageInAnIncludedFileIsNamedThere) {

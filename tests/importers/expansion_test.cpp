@@ -115,8 +115,8 @@ TEST_F(SectorTest, WhatIsNoCopyIsNoSector) {
   EXPECT_FALSE(sectorsOf(deck, lines({-10}, {1, 2})));
   const auto warn = [this](const base::Diagnostic& said) { warnings_.push_back(base::textOf(said)); };
   EXPECT_THAT(setsOfSectors(deck, std::nullopt, warn), IsEmpty());
-  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:9: warning: the copies of the sector (NGRAPH) cannot be told "
-                                              "apart in the results")));
+  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:9: warning: the copies of the sector (NGRAPH) cannot be "
+                                              "distinguished in the results")));
 }
 
 TEST_F(SectorTest, TheirSetsLeaveNamesOfTheDeckAlone) {

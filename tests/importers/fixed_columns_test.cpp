@@ -1,7 +1,7 @@
 // Numbers in the usual columns, read several characters at a time, against the C library and the plain readers.
 #include "importers/input/fixed_columns.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include <cmath>

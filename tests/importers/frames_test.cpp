@@ -1,7 +1,7 @@
 // Frames of a run: heads of blocks and lines of the status file in, numbers, values and descriptions out.
 #include "importers/calculix/steps/frames.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 #include "importers/calculix/steps/rounded.h"
@@ -42,9 +42,10 @@ class FramesTest : public testing::Test {
   std::vector<std::string> frames(const std::vector<Block>& blocks, int step, const StepSpans& spans = {},
                                   const std::vector<RunFrame>& added = {}) {
     writeText(directory_, "job.sta", status_);
-    Frames frames(directory_.file("job.sta"), warn_);
+    Frames frames(readStepTimes(directory_.file("job.sta")));
     for (const Block& block : blocks) frames.find(resultOf(block), {"U"});
     frames.checkStatus();
+    usesStatus_ = !frames.statusTimes().empty();
     for (const RunFrame& frame : added) frames.add(frame);
     frames.settle(spans, warn_);
     std::vector<std::string> found;
@@ -70,6 +71,7 @@ class FramesTest : public testing::Test {
 
   TemporaryDirectory directory_;
   std::string status_;
+  bool usesStatus_ = false;
   std::vector<std::string> said_;
   int counter_ = 0;
   const WarningSink warn_ = [this](const base::Diagnostic& said) { said_.push_back(base::textOf(said)); };
@@ -106,13 +108,13 @@ TEST_F(FramesTest, AStatusFileThatAgreesWithinItsDigitsIsNotBlamed) {
   for (int i = 1; i <= 9; ++i) status(2, i, 1.00001, i * 1e-6);
   EXPECT_THAT(frames({{2, 5, 1.000005}, {2, 9, 1.000009}}, 2),
               ElementsAre("5 5e-06 Increment 5: Step Time = 5e-06", "9 9e-06 Increment 9: Step Time = 9e-06"));
-  EXPECT_THAT(said_, IsEmpty());
+  EXPECT_TRUE(usesStatus_);
 }
 
 TEST_F(FramesTest, AStatusFileThatContradictsTheResultsIsNotUsed) {
   status(1, 1, 5.0, 5.0);
   EXPECT_THAT(frames({{1, 1, 1.0}}, 1), ElementsAre("1 1 Increment 1: Step Time = 1.0000"));
-  EXPECT_THAT(said_, ElementsAre(HasSubstr("its times are not those of the results")));
+  EXPECT_FALSE(usesStatus_);
 }
 
 TEST_F(FramesTest, ModesOfDiametersAreCountedOnAsTheSolverDoes) {
@@ -148,7 +150,7 @@ TEST_F(FramesTest, EqualNumbersOfAStepAreNumberedFromOne) {
 }
 
 TEST_F(FramesTest, TimesWithinAPeriodCountFromItsStart) {
-  Frames frames("", warn_);
+  Frames frames;
   FrdResult result = resultOf({2, 0, 4.2e-6, AnalysisKind::time});
   result.isPeriodic = true;
   const FrameNumber number = frames.find(result, {"U"});

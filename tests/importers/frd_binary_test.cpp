@@ -188,7 +188,7 @@ TEST_F(FrdBinaryTest, DamageIsNamedWithItsByte) {
       frd_bytes::result<float>({}, "NDTEMP", kTemperature, {{1, {1}}, {2, {2}}}) + "surplus\n" + kEnd;
   const std::string before = kHeading + tooMany;
   const std::size_t byte = before.size() - kEnd.size();
-  EXPECT_THAT(failure(before), HasSubstr(fmt::format("job.frd:11: error: no block of a result file starts like this "
+  EXPECT_THAT(failure(before), HasSubstr(fmt::format("job.frd:11: error: this is not the start of a result block "
                                                      "(before byte {})",
                                                      byte)));
   EXPECT_THAT(failure(kHeading + frd_bytes::elements({{1, 13, {1, 2}}})),

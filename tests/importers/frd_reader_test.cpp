@@ -258,8 +258,7 @@ TEST_F(FrdReaderTest, OtherFilesAreRefused) {
               EndsWith("job.frd:1: error: not a CalculiX result file (expected \"    1C\" on line 1)"));
   EXPECT_THAT(failure(std::string("\x89HDF\r\n\x1a\n\0\0\0\0", 12)),
               HasSubstr("job.frd:1: error: not a CalculiX result file (expected"));
-  EXPECT_THAT(failureBehindHeading("*NODE\n"),
-              EndsWith("job.frd:7: error: no block of a result file starts like this"));
+  EXPECT_THAT(failureBehindHeading("*NODE\n"), EndsWith("job.frd:7: error: this is not the start of a result block"));
 }
 
 TEST_F(FrdReaderTest, UnknownFormatsAreRefused) {
@@ -299,7 +298,7 @@ TEST_F(FrdReaderTest, DamagedNodesAreNamedWithTheirLine) {
   EXPECT_THAT(failureBehindHeading(header + " -1         1 0.00000E+00 0.00000E+00\n"),
               EndsWith("job.frd:8: error: the coordinate \"\" is not a number"));
   EXPECT_THAT(failureBehindHeading(header + "  1  0 0 0\n"),
-              EndsWith("job.frd:8: error: a node was expected here (\" -1\")"));
+              EndsWith("job.frd:8: error: expected a node here (\" -1\")"));
   EXPECT_THAT(failureBehindHeading(header + kEndOfBlock),
               EndsWith("job.frd:7: error: 1 nodes are announced here, but there are 0"));
 }
@@ -313,9 +312,9 @@ TEST_F(FrdReaderTest, DamagedElementsAreNamedWithTheirLine) {
               EndsWith("job.frd:9: error: the node \"\" is not a whole number"));
   EXPECT_THAT(failureBehindHeading(header + " -1         1    4    0    1\n -2         1         2         3         4"
                                             "         5         6         7         8         9        10\n -3\n"),
-              EndsWith("job.frd:10: error: the nodes of an element was expected here (\" -2\")"));
+              EndsWith("job.frd:10: error: expected the nodes of an element here (\" -2\")"));
   EXPECT_THAT(failureBehindHeading(header + " -2         1         2\n"),
-              HasSubstr("job.frd:8: error: an element was expected"));
+              HasSubstr("job.frd:8: error: expected an element"));
 }
 
 TEST_F(FrdReaderTest, DamagedFramesAreNamedWithTheirLine) {
@@ -326,9 +325,9 @@ TEST_F(FrdReaderTest, DamagedFramesAreNamedWithTheirLine) {
   EXPECT_THAT(failureBehindHeading(value + " -4\n"),
               EndsWith("job.frd:8: error: the value \" 1.0x000E+00\" is not a number"));
   EXPECT_THAT(failureBehindHeading(frame({}, 1) + " -5  D1\n"),
-              EndsWith("job.frd:9: error: a field name was expected here (\" -4\")"));
+              EndsWith("job.frd:9: error: expected a field name here (\" -4\")"));
   EXPECT_THAT(failureBehindHeading(frame({}, 1) + " -4  DISP        4    1\n -5  D1          1    2    1    0\n -1\n"),
-              EndsWith("job.frd:11: error: a component was expected here (\" -5\")"));
+              EndsWith("job.frd:11: error: expected a component here (\" -5\")"));
   EXPECT_THAT(failureBehindHeading(frame({}, 1) + components("DISP", {{"ALL", 2, true}})),
               EndsWith("job.frd:10: error: DISP has no components"));
   EXPECT_THAT(failureBehindHeading(frame({}, 1) + " -4  DISP        ?    1\n"),
@@ -344,7 +343,7 @@ TEST_F(FrdReaderTest, DamagedRowsAreNamedWithTheirLine) {
   EXPECT_THAT(failureBehindHeading(header + " -1         1 1.00000E+00 1.00000E+00 1.00000E+00 1.00000E+00\n"),
               EndsWith("job.frd:14: error: there are more numbers here than the field has components"));
   EXPECT_THAT(failureBehindHeading(header + " -2         1 1.00000E+00 1.00000E+00 1.00000E+00\n"),
-              EndsWith("job.frd:14: error: a row of results was expected here (\" -1\")"));
+              EndsWith("job.frd:14: error: expected a row of results here (\" -1\")"));
   EXPECT_THAT(failureBehindHeading(header + " -1        1a 1.00000E+00 1.00000E+00 1.00000E+00\n"),
               HasSubstr(":14: error: the node"));
   EXPECT_THAT(failureBehindHeading(header + " -1\n"), HasSubstr(":14: error: the node"));

@@ -1,7 +1,7 @@
 // Small result files, record by record, in the columns that the solver uses.
 #pragma once
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <string>
 #include <vector>

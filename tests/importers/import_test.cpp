@@ -75,9 +75,11 @@ TEST_F(ImportTest, SetsThatRecordsCouldNotTellApartAreRenamedWithANote) {
 
 TEST_F(ImportTest, SetsThatRecordsLeaveOutAreNamed) {
   import(twoBars() + temperature({}) + kEnd, "*NSET,NSET=A\n1\n*NSET,NSET=WarnNodes\n1\n*ELSET,ELSET=MeshInfo\n10\n");
-  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:3: warning: there will be no records of the sets WarnNodes, "
-                                              "MeshInfo: an extraction leaves out sets whose names contain \"Warn\" "
-                                              "or \"Info\"")));
+  EXPECT_THAT(
+      warnings_,
+      ElementsAre(EndsWith("job.inp:3: warning: the sets WarnNodes, "
+                           "MeshInfo will have no records: an extraction leaves out sets whose names contain \"Warn\" "
+                           "or \"Info\"")));
 }
 
 TEST_F(ImportTest, ARestartWithoutAMeshIsNamed) {
@@ -283,12 +285,11 @@ TEST_F(ImportTest, AFileThatIsCutOffGivesWhatIsComplete) {
   const ImportSummary summary = import(text.substr(0, text.size() - 20));
   EXPECT_EQ(summary.frames, 1);
   EXPECT_EQ(summary.cutOffBehind, "step 1, time 0.5");
-  EXPECT_THAT(warnings_,
-              ElementsAre(EndsWith("job.frd:28: warning: the file is cut off here; what is complete in it ends "
-                                   "after step 1, time 0.5")));
+  EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.frd:28: warning: the file is truncated here; complete results end "
+                                              "after step 1, time 0.5")));
   std::filesystem::remove(output_);
   EXPECT_THAT(failure(text, "", true),
-              EndsWith("error: the file is cut off here; what is complete in it ends after step 1, time 1"));
+              EndsWith("error: the file is truncated here; complete results end after step 1, time 1"));
 }
 
 TEST_F(ImportTest, AFileThatIsCutOffInItsModelIsRefused) {
@@ -302,11 +303,11 @@ TEST_F(ImportTest, AModelThatContradictsItselfIsRefused) {
   const std::string bars = nodes({{1, {0, 0, 0}}, {2, {1, 0, 0}}});
   EXPECT_THAT(failure(kHeading + kEnd), EndsWith("job.frd:7: error: there is no model"));
   EXPECT_THAT(failure(kHeading + nodes({{1, {0, 0, 0}}, {1, {1, 0, 0}}}) + kEnd),
-              EndsWith("job.frd:7: error: the node 1 is there twice"));
+              EndsWith("job.frd:7: error: the node 1 occurs twice"));
   EXPECT_THAT(failure(kHeading + bars + elements({{5, 11, {1, 3}}}) + kEnd),
-              EndsWith("job.frd:11: error: the element 5 has the node 3, which is not there"));
+              EndsWith("job.frd:11: error: the element 5 has the node 3, which does not exist"));
   EXPECT_THAT(failure(kHeading + bars + elements({{5, 11, {1, 2}}, {5, 11, {2, 1}}}) + kEnd),
-              EndsWith("job.frd:11: error: the element 5 is there twice"));
+              EndsWith("job.frd:11: error: the element 5 occurs twice"));
   EXPECT_THAT(failure(twoBars() + bars + kEnd),
               EndsWith("job.frd:18: error: a second model in one file cannot be imported"));
   EXPECT_THAT(failure(kHeading + temperature({}) + twoBars()),
@@ -333,7 +334,7 @@ TEST_F(ImportTest, DamageLeavesTheOldDatabaseAlone) {
   import(twoBars() + temperature({}, 1) + kEnd);
   const auto size = std::filesystem::file_size(output_);
   EXPECT_THAT(failureOf([&] { import(twoBars() + temperature({}) + "garbled\n" + kEnd); }),
-              EndsWith("job.frd:24: error: no block of a result file starts like this"));
+              EndsWith("job.frd:24: error: this is not the start of a result block"));
   EXPECT_EQ(std::filesystem::file_size(output_), size);
   EXPECT_EQ(directory_.entries(), 2U) << "the result file and the old database, no temporary ones";
 }

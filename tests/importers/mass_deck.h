@@ -1,7 +1,7 @@
 // Decks whose mass is known, of meshes made by bending a block of elements.
 #pragma once
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include <array>

@@ -96,7 +96,7 @@ TEST_F(MassPropertiesTest, BeamSectionsThatCannotBeToldAreNamed) {
 TEST_F(MassPropertiesTest, ElementsThatAreNotWholeAreNamed) {
   expectNone(
       "*NODE\n1,0,0,0\n*ELEMENT,TYPE=T3D2,ELSET=E\n7,1,2\n" + kMaterial + "*SOLID SECTION,ELSET=E,MATERIAL=STEEL\n1\n",
-      "warning: the node 2 of the element 7 is not there, so the steps have no mass");
+      "warning: the node 2 of the element 7 does not exist, so the steps have no mass");
   expectNone(
       "*NODE\n1,0,0,0\n*ELEMENT,TYPE=T3D2,ELSET=E\n7,1\n" + kMaterial + "*SOLID SECTION,ELSET=E,MATERIAL=STEEL\n1\n",
       "warning: the element 7 has too few nodes, so the steps have no mass");

@@ -217,7 +217,7 @@ class ImportProgramTest(ProgramTest):
         self.write("job.frd", WHOLE)
         self.write("job.inp", DECK)
         for name in ("job.frd", "job.inp", "./job.frd"):
-            self.assert_refused(name + ": error: the database would replace what it is made of", "job", "-o", name)
+            self.assert_refused(name + ": error: the database would replace its own source", "job", "-o", name)
         self.assertEqual(self.path("job.frd").read_text(), WHOLE)
 
     def test_an_output_that_cannot_be_written_is_named(self):
@@ -244,7 +244,7 @@ class ImportProgramTest(ProgramTest):
                 self.assertFalse(self.path("job.odb").exists())
                 continue
             self.assertEqual(run.status, 0, (cut, run.err))
-            self.assertRegex(run.err, rb"^job\.frd:\d+: warning: the file is cut off here; .*\n$")
+            self.assertRegex(run.err, rb"^job\.frd:\d+: warning: the file is truncated here; .*\n$")
             self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end after ")
             self.assertTrue(listed.out.splitlines()[0].endswith(b", cut off"), (cut, listed.out))
             os.remove(self.path("job.odb"))
@@ -353,7 +353,7 @@ class ImportProgramTest(ProgramTest):
             if not run.err and (PRINTED[:cut].rstrip(" ").endswith("\n") or cut == 0):
                 whole += 1
                 continue
-            self.assertRegex(run.err, rb"^job\.dat:\d+: warning: the file is cut off here; ")
+            self.assertRegex(run.err, rb"^job\.dat:\d+: warning: the file is truncated here; ")
             self.assertRegex(run.out.splitlines()[-1], rb"^incomplete: the results end after step 1, time 1")
             self.assertEqual(self.run_import("job", "--strict").status, 1)
         self.assertGreater(whole, 3)

@@ -223,7 +223,7 @@ class StepsTest(TimesTest):
             self.assertEqual(run.status, 0)
             if left > 8:  # only the title and the blank lines around it are left, or less
                 continue
-            self.assertRegex(run.err.decode(), r"^job\.dat:\d+: warning: the file is cut off here")
+            self.assertRegex(run.err.decode(), r"^job\.dat:\d+: warning: the file is truncated here")
             with expanded(self.path("job.odb")) as odb:
                 self.assertEqual([len(g["frames/value"]) for g in odb["steps"].values()], [2])
         # In the first tables of all, which have none before them: the deck knows the nodes, and the points of an element.

@@ -299,7 +299,7 @@ class OddFilesTest(SolverTest):
         run = self.import_job()
         self.assertEqual(run.status, 0)
         line = whole[:cut].count(b"\n") + 1
-        self.assertIn(f"job.frd:{line}: warning: the file is cut off here", run.err.decode())
+        self.assertIn(f"job.frd:{line}: warning: the file is truncated here", run.err.decode())
         self.assertRegex(run.out.decode().splitlines()[-1], r"^incomplete: the results end after step 1, time \S+$")
         self.assert_numbers_equal(len(self.status_times()), 6)
 

@@ -133,7 +133,7 @@ class TrueRecordsTest(ProgramTest):
                 self.write("job.frd", results)
             run = self.run_program("import", "job", program="kolvex")
             self.assertEqual(run.status, 0, run.err)
-            self.assertRegex(run.err, rb"warning: the result file holds no model; the mesh is that of the deck\n")
+            self.assertRegex(run.err, rb"warning: the result file holds no model; the mesh is taken from the deck\n")
             with expanded(self.path("job.odb")) as odb:
                 mesh = odb["assembly/instances/PART-1-1/mesh"]
                 self.assertEqual(mesh["elements/C3D8/connectivity"].shape, (12, 8))

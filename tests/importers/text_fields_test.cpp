@@ -1,6 +1,6 @@
 #include "importers/input/text_fields.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -132,11 +132,11 @@ TEST(CatalogTest, LinesTellEveryChange) {
 }
 
 TEST(CatalogTest, WhatIsNotBuiltAsOneIsRefused) {
-  EXPECT_THAT(failureOf({}), HasSubstr("job.odb: /catalog: is damaged: it is not built as a catalog"));
-  EXPECT_THAT(failureOf(std::vector<std::byte>(100)), HasSubstr("it is not built as a catalog"));
+  EXPECT_THAT(failureOf({}), HasSubstr("job.odb: /catalog: is damaged: not a valid catalog"));
+  EXPECT_THAT(failureOf(std::vector<std::byte>(100)), HasSubstr("not a valid catalog"));
   std::vector<std::byte> cut = wholeCatalog();
   cut.resize(cut.size() / 2);
-  EXPECT_THAT(failureOf(cut), HasSubstr("it is not built as a catalog"));
+  EXPECT_THAT(failureOf(cut), HasSubstr("not a valid catalog"));
 }
 
 TEST(CatalogTest, ColumnsThatDoNotFitAreRefused) {
@@ -227,8 +227,8 @@ TEST(CatalogTest, ContentThatDoesNotFitIsNamed) {
   using columns::CatalogT;
   const std::string block = "job.odb: /steps/Step-1/fields/S/blocks/0";
   const std::vector<std::pair<std::function<void(CatalogT&)>, std::string>> cases = {
-      {[](CatalogT& c) { std::swap(c.parts->name[0], c.parts->name[1]); }, "/parts/P: comes behind a later name"},
-      {[](CatalogT& c) { c.instances->name[1] = c.instances->name[0]; }, "I-1: there are two of this name"},
+      {[](CatalogT& c) { std::swap(c.parts->name[0], c.parts->name[1]); }, "/parts/P: comes after a later name"},
+      {[](CatalogT& c) { c.instances->name[1] = c.instances->name[0]; }, "I-1: there are two objects of this name"},
       {[](CatalogT& c) { c.arrays->format[0] = 9; }, "mesh/nodes/labels: labels must be integers in one dimension"},
       {[](CatalogT& c) { c.arrays->slabNumbers[1] = 8; }, "coordinates: must be three floating-point numbers"},
       {[](CatalogT& c) { c.arrays->slabNumbers[3] = 3; }, "connectivity: must be the node labels of each element"},
@@ -246,15 +246,15 @@ TEST(CatalogTest, ContentThatDoesNotFitIsNamed) {
       {[](CatalogT& c) { c.arrays->slabs[8] = 1; }, "blocks/0/data: holds 1 frames, the block has 2"},
       {[](CatalogT& c) { c.arrays->format[8] = 5; }, "blocks/0/data: must hold floats or doubles"},
       {[](CatalogT& c) { c.fields->changeFrame[0] = 2; }, "fields/S/forms: frame 2 is not one of the field's"},
-      {[](CatalogT& c) { c.forms->type[2] = 6; }, "blocks/0: the field is of another kind in some of its frames"},
+      {[](CatalogT& c) { c.forms->type[2] = 6; }, "blocks/0: the field has another type in some of its frames"},
       {[](CatalogT& c) { c.arrays->format[10] = 5; }, "outputs/U1: must hold floating-point numbers"},
       {[](CatalogT& c) {
          c.outputs->width[1] = 0;
          c.outputs->samples[1] = kFileBytes;
        },
        "outputs/U2: has 100000 samples without numbers, more than a file of its size can need"},
-      {[](CatalogT& c) { c.outputs->name[1] = c.outputs->name[0]; }, "outputs/U1: there are two of this name"},
-      {[](CatalogT& c) { c.fields->name[1] = c.fields->name[0]; }, "fields/NT: there are two of this name"},
+      {[](CatalogT& c) { c.outputs->name[1] = c.outputs->name[0]; }, "outputs/U1: there are two objects of this name"},
+      {[](CatalogT& c) { c.fields->name[1] = c.fields->name[0]; }, "fields/NT: there are two objects of this name"},
   };
   for (std::size_t i = 0; i < cases.size(); ++i) {
     EXPECT_THAT(failureWith(cases[i].first), HasSubstr(cases[i].second)) << "case " << i;

@@ -131,9 +131,9 @@ TEST_P(DatabaseWriterFileTest, WhatSharesAnArrayIsLaidOutTogether) {
   writer.addSet({}, SetKind::node, "A", {});
   writer.layOut();
   EXPECT_THAT(failureOf([&] { writer.addSet({}, SetKind::node, "B", {}); }),
-              HasSubstr("/assembly/nodeSets/B: comes after the sets beside it were laid out"));
+              HasSubstr("/assembly/nodeSets/B: comes after the other sets of its owner were laid out"));
   EXPECT_THAT(failureOf([&] { writer.addHistory(region, "G", 0, 2); }),
-              HasSubstr("/history/R/outputs/G: comes after the histories beside it were laid out"));
+              HasSubstr("/history/R/outputs/G: comes after the other histories of its step were laid out"));
   writer.addSet({}, SetKind::element, "B", {});
   writer.addHistory(writer.addHistoryRegion(writer.addStep("Step-2", {}), "R", {}), "H", 0, 2);
   writer.finish();

@@ -30,9 +30,9 @@ TEST_P(DatabaseWriterRefusals, WhatHasNotComeIsNamed) {
   writer.writeRows(block, 0, std::vector<float>{1});
   writer.writeRows(block, 2, std::vector<float>{1});
   EXPECT_THAT(failureOf([&] { writer.finish(); }),
-              HasSubstr("job.odb: /steps/Step-1/fields/NT/blocks/0/data: the rows of frame 1 have not come"));
+              HasSubstr("job.odb: /steps/Step-1/fields/NT/blocks/0/data: the rows of frame 1 were not written"));
   EXPECT_THAT(failureOf([&] { writer.writeRows(block, 2, std::vector<float>{1}); }),
-              HasSubstr("frame 2 has come twice"));
+              HasSubstr("frame 2 was written twice"));
   EXPECT_THAT(failureOf([&] { writer.writeRows(block, 3, std::vector<float>{1}); }),
               HasSubstr("does not exist in frame 3"));
   EXPECT_THAT(failureOf([&] {
@@ -40,7 +40,7 @@ TEST_P(DatabaseWriterRefusals, WhatHasNotComeIsNamed) {
               }),
               HasSubstr("2 numbers do not fill 1 rows of 1"));
   EXPECT_THAT(failureOf([&] { writer.writeRows(block, 1, std::vector<double>{1}); }),
-              HasSubstr("rows come in the other precision"));
+              HasSubstr("rows have the other precision"));
 }
 
 TEST_P(DatabaseWriterRefusals, SamplesThatDoNotFitAreRefused) {
@@ -53,9 +53,9 @@ TEST_P(DatabaseWriterRefusals, SamplesThatDoNotFitAreRefused) {
   EXPECT_THAT(failureOf([&] { writer.writeSamples(history, std::vector<float>(3)); }),
               HasSubstr("3 numbers are not 2 samples of 2"));
   EXPECT_THAT(failureOf([&] { writer.finish(); }),
-              HasSubstr("/steps/Step-1/history/R/outputs/H: its samples have not come"));
+              HasSubstr("/steps/Step-1/history/R/outputs/H: its samples were not written"));
   writer.writeSamples(history, std::vector<float>(4));
-  EXPECT_THAT(failureOf([&] { writer.writeSamples(history, std::vector<float>(4)); }), HasSubstr("has come twice"));
+  EXPECT_THAT(failureOf([&] { writer.writeSamples(history, std::vector<float>(4)); }), HasSubstr("was written twice"));
 }
 
 TEST_P(DatabaseWriterRefusals, WhatCannotBeIsRefusedWhenItIsDeclared) {

@@ -143,7 +143,7 @@ TEST_F(UnpackTest, WhatFollowsThePackedNumbersIsRefused) {
 TEST_F(UnpackTest, ABombIsLeftAtTheFirstByteTooMany) {
   const Bytes bomb = deflated(Bytes(std::size_t{200} << 20U));
   Bytes out(1000);
-  EXPECT_STREQ(unpack(bomb, Packing::gzip, out), "the packed numbers are more than the frame has");
+  EXPECT_STREQ(unpack(bomb, Packing::gzip, out), "there are more packed numbers than the frame has");
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ TEST(FindingsTest, OfVeryManyTheRestIsCounted) {
   findings.close();
   ASSERT_EQ(verdict.findings.size(), 1001U);
   EXPECT_EQ(verdict.findings.back().severity, base::Severity::note);
-  EXPECT_EQ(verdict.findings.back().reason, "findings that are not shown: 5");
+  EXPECT_EQ(verdict.findings.back().reason, "further findings, not shown: 5");
 }
 
 TEST(FindingsTest, AFileOfSomethingElseIsOneFindingOfTheWholeFile) {

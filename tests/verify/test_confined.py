@@ -83,5 +83,5 @@ class ConfinedTest(ProgramTest):
         lines = run.err.decode().splitlines()
         self.assertEqual(run.status, 1)
         self.assertEqual(lines[0], "job.odb: /assembly/nodeSets/0000/I-1: must hold integers")
-        self.assertEqual(lines[-1], f"job.odb: findings that are not shown: {3000 - (len(lines) - 1)}")
+        self.assertEqual(lines[-1], f"job.odb: further findings, not shown: {3000 - (len(lines) - 1)}")
         self.assertGreater(len(lines), 1000)

@@ -59,7 +59,7 @@ class ProfileTest(ProgramTest):
     def assert_sound(self, change):
         self.change(change)
         run = self.run_program("job.odb", program="verify")
-        self.assertEqual((run.status, run.err), (3, b"job.odb: has no checksums: what its numbers were cannot be told\n"))
+        self.assertEqual((run.status, run.err), (3, b"job.odb: has no checksums: damaged numbers cannot be detected\n"))
 
     def assert_refused(self, change, *findings):
         self.change(change)

@@ -139,12 +139,12 @@ class VerifyTest(ProgramTest):
 
     def test_damaged_checksums_are_told_from_damaged_blocks(self):
         self.damage(place_of_sums(self.path("job.odb"))[0] + 5)
-        self.assertEqual(self.findings(), "job.odb: /checksums: is damaged, so nothing else can be compared with it\n")
+        self.assertEqual(self.findings(), "job.odb: /checksums: is damaged, so nothing can be compared with it\n")
 
     def test_a_file_that_is_cut_off_says_so(self):
         whole = self.path("job.odb").read_bytes()
         self.path("job.odb").write_bytes(whole[:-5000])
-        self.assertEqual(self.findings(), f"job.odb: is cut off: {len(whole) - 5000} of its {len(whole)} bytes are there\n")
+        self.assertEqual(self.findings(), f"job.odb: is truncated: {len(whole) - 5000} of its {len(whole)} bytes are there\n")
 
     def test_packed_frames_are_named_by_their_number(self):
         database(self.path("job.odb"), compression="gzip")
@@ -159,7 +159,7 @@ class VerifyTest(ProgramTest):
         database(self.path("plain.odb"))
         run = self.verify("plain.odb")
         self.assertEqual((run.status, run.out), (3, b""))
-        self.assertEqual(run.err, b"plain.odb: has no checksums: what its numbers were cannot be told\n")
+        self.assertEqual(run.err, b"plain.odb: has no checksums: damaged numbers cannot be detected\n")
 
     def test_without_checksums_those_of_hdf5_are_checked(self):
         database(self.path("job.odb"), fletcher32=True)

@@ -1,4 +1,4 @@
-// How far a batch has got.
+// The progress of a batch.
 #pragma once
 
 #include <map>

@@ -1,4 +1,4 @@
-// What has become of an input of a batch, for those who only look.
+// The state of an input of a batch, for commands that only read.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ enum class InputStatus {
   done,
   failed,
   running,
-  missing  // nobody has begun, or what is there is of other settings, or not whole
+  missing  // not begun, done with other settings, or incomplete
 };
 
 struct InputState {

@@ -17,7 +17,7 @@ class JsonTable : public Table {
 
  private:
   struct Key {
-    std::string text;  // in quotes, with the colon behind it
+    std::string text;  // in quotes, with the colon after it
     bool isValue;
   };
 

@@ -39,7 +39,7 @@ std::string jsonOfWord(std::string_view word) {
   return word == "None" ? "null" : jsonOfText(word);
 }
 
-// A tuple of numbers and of tuples, "((0, 0), (0.5, 12.25))"; empty where it is not one.
+// A tuple of numbers and of tuples, "((0, 0), (0.5, 12.25))"; empty if it is not one.
 std::string jsonOfTuple(std::string_view text) {
   std::string json;
   int depth = 0;

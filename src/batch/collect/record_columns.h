@@ -17,14 +17,13 @@ class RecordColumns {
   explicit RecordColumns(std::vector<std::string> patterns) : patterns_(std::move(patterns)) {}
 
   void beginRow() { ++row_; }
-  // The column of the next record of that name in the row, made where there is none yet; nothing where it is not
-  // wanted.
+  // The column of the next record of that name in the row, created if there is none yet; nothing if it is not wanted.
   std::optional<std::size_t> columnOf(std::string_view name);
   // The same without making one: nothing as well where it has none.
   std::optional<std::size_t> knownColumnOf(std::string_view name);
   bool isWanted(std::string_view name) { return entryOf(name).isWanted; }
 
-  // What the columns are called, in the order in which they were made.
+  // The names of the columns, in the order in which they were created.
   const std::vector<std::string>& names() const { return names_; }
 
  private:

@@ -1,6 +1,6 @@
 #include "batch/collect/sqlite_table.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sqlite3.h>
 
 #include <charconv>
@@ -70,7 +70,7 @@ class DistinctNames {
 SqliteTable::SqliteTable(const std::string& path, std::string name, std::string table)
     : name_(std::move(name)), table_(std::move(table)), connection_(std::make_unique<Connection>()) {
   connection_->name = name_;
-  // Without SQLite's own locks: whoever made the file holds one that they would meet.
+  // Without SQLite's own locks, which would conflict with the lock of the output file.
   const int status = sqlite3_open_v2(path.c_str(), &connection_->database, SQLITE_OPEN_READWRITE, "unix-none");
   connection_->check(status);
   connection_->execute("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA temp_store = MEMORY");

@@ -11,7 +11,7 @@ namespace batch {
 // Numbers of records are REAL, "None" and cells without a value NULL, all else TEXT. All rows are one transaction.
 class SqliteTable : public Table {
  public:
-  // Writes into the empty file `path`, which nobody else has open; errors call it `name`. Nothing is synchronised to
+  // Writes into the empty file `path`, which nobody else has open; errors name it `name`. Nothing is synchronised to
   // the disk. Throws base::FileError.
   SqliteTable(const std::string& path, std::string name, std::string table);
   ~SqliteTable() override;

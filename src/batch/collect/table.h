@@ -13,10 +13,10 @@ struct Column {
   bool isValue = false;  // of records: numbers, tuples of them, or words; otherwise text
 };
 
-// Nothing where a row has no value in a column.
+// Nothing if a row has no value in a column.
 using Cell = std::optional<std::string_view>;
 
-// Every function throws base::FileError where what it writes to takes no more.
+// Every function throws base::FileError if writing fails.
 class Table {
  public:
   Table() = default;

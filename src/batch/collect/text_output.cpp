@@ -1,6 +1,6 @@
 #include "batch/collect/text_output.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-// A program in a process group of its own, which ends as a whole.
+// A program in its own process group, which is ended as a whole.
 #pragma once
 
 #include <sys/types.h>
@@ -10,7 +10,7 @@ namespace batch {
 
 struct ProgramCall {
   std::string path;
-  std::vector<std::string> arguments;  // behind the program's name
+  std::vector<std::string> arguments;  // after the program's name
   std::string directory;               // that it works in
   int log = -1;                        // open file that gets its output and errors
 };

@@ -1,6 +1,6 @@
 #include "batch/run/input_list.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <glob.h>
 
 #include <algorithm>

@@ -9,7 +9,7 @@
 
 namespace batch {
 
-// What is named cannot be a list of inputs; the text says what and why.
+// The given names are not a valid list of inputs; the text says which and why.
 class InputListError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -1,6 +1,6 @@
 #include "batch/run/input_run.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -128,7 +128,7 @@ void InputRun::checkLimits(Clock::time_point now) {
   }
 }
 
-// Whoever ends a whole job asks all its programs to end, the runner now and then last.
+// When a whole job is ended all its programs get the signal, the runner sometimes last.
 bool InputRun::isAskedToEnd(int status) {
   return WIFSIGNALED(status) &&
          (WTERMSIG(status) == SIGTERM || WTERMSIG(status) == SIGINT || WTERMSIG(status) == SIGHUP);
@@ -147,7 +147,7 @@ void InputRun::judge(int status) {
   }
 }
 
-// Its status is 0 even where it has failed: the marker tells.
+// Its status is 0 even if it has failed; the marker shows it.
 void InputRun::judgeExtraction() {
   if (::access(inDirectory(kMarkerName).c_str(), F_OK) != 0) {
     fail("extraction failed", lastWords(lock_.file()));

@@ -1,4 +1,4 @@
-// One input at work: its programs one after the other, its limits, what became of it.
+// A running input: its programs one after the other, its limits, its result.
 #pragma once
 
 #include <chrono>
@@ -17,8 +17,8 @@ class InputRun {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // Clears away what an earlier run has left in `directory`, and starts the first program. The lock is the input's and
-  // is given up with this object. `plan` and `input` must live as long. Throws base::FileError.
+  // Removes what an earlier run has left in `directory`, and starts the first program. The lock is the input's and is
+  // given up with this object. `plan` and `input` must live as long. Throws base::FileError.
   InputRun(const RunPlan& plan, const BatchInput& input, std::string directory, InputLock lock);
   // Ends its programs if they are still at work, and leaves no record: the input is given back.
   ~InputRun();

@@ -1,4 +1,4 @@
-// What a program has said last.
+// The last message of a program.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 namespace batch {
 
 // The last line of an open log that says what went wrong: not empty, not the extraction's closing line, without its
-// "**ERROR**", at most 500 bytes. Empty where there is none.
+// "**ERROR**", at most 500 bytes. Empty if there is none.
 std::string lastWords(int log);
 
 }  // namespace batch

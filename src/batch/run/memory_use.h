@@ -7,7 +7,7 @@
 
 namespace batch {
 
-// Bytes that are resident, of the process and its descendants; what they share counts for each. 0 where they have
+// Bytes that are resident, of the process and its descendants; what they share counts for each. 0 if they have
 // ended.
 std::uint64_t residentMemory(pid_t process);
 

@@ -1,6 +1,6 @@
 #include "batch/run/runner.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <poll.h>
 #include <sys/stat.h>
 
@@ -18,7 +18,7 @@ namespace batch {
 
 namespace {
 
-// How often inputs that another run has are asked for, and how often somebody is told that time has passed.
+// How often inputs locked by another run are tried again, and how often the passing of time is reported.
 constexpr std::chrono::milliseconds kPause{250};
 
 void makeDirectory(const std::string& path) {

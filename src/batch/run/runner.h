@@ -19,7 +19,7 @@ struct Progress {
   std::size_t inputs = 0;
   std::size_t before = 0;  // done by an earlier run, or by one beside this one
   std::size_t done = 0;    // by this run
-  std::size_t failed = 0;  // of all, whoever has tried
+  std::size_t failed = 0;  // of all inputs, by whichever runner
   std::size_t running = 0;
   std::size_t elsewhere = 0;               // that another run has
   std::map<std::string, std::size_t> why;  // failed ones by their reason
@@ -38,15 +38,15 @@ enum class EventKind {
 struct Event {
   EventKind kind = EventKind::started;
   const BatchInput* input = nullptr;
-  const Record* record = nullptr;  // null where it has just started
+  const Record* record = nullptr;  // null if it has just started
 };
 
-// Hears of every event, and (with null) of every moment when time has passed and nothing happened.
+// Called for every event, and with null when time has passed without one.
 using EventSink = std::function<void(const Event*, const Progress&)>;
 
 class Runner {
  public:
-  // All must live as long. `signals` tells of children that end and of interruptions.
+  // All must outlive the runner. `signals` reports ended children and interruptions.
   Runner(const BatchDirectory& directory, const RunPlan& plan, Signals& signals, EventSink tell);
 
   // Runs those of the inputs whose record does not say that they are done, or that another run has failed with since

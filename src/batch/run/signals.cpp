@@ -29,7 +29,7 @@ sigset_t awaited() {
 }  // namespace
 
 Signals::Signals() {
-  // Where SIGCHLD is ignored the system reaps children itself, and nobody learns of their ends.
+  // If SIGCHLD is ignored the system reaps children itself, and their ends go unnoticed.
   std::signal(SIGCHLD, SIG_DFL);
   const sigset_t set = awaited();
   ::sigprocmask(SIG_BLOCK, &set, &before_);

@@ -1,6 +1,6 @@
 #include "batch/slurm/array_job.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -18,7 +18,7 @@ constexpr const char* kTableName = "table.csv";
 
 std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
-// A word that a shell takes as it is.
+// A word quoted for a shell.
 std::string quoted(const std::string& word) {
   std::string text = "'";
   for (const char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
@@ -105,7 +105,7 @@ SubmittedJobs submit(const BatchDirectory& directory, const ArrayRequest& reques
   jobs.array = submitJob({"--job-name=kolvex-batch", fmt::format("--array=0-{}", request.tasks - 1),
                           "--open-mode=append", "--output=" + logPattern(directory, "slurm-%a.log")},
                          request, directory.ownPath(kTaskName));
-  // From here on nobody submits a second one, whatever becomes of the collector.
+  // From here on nobody submits a second array, even if submitting the collector fails.
   writeSmallFile(directory.ownPath(kJobsName), jobs.array + " \n", true);
   try {
     jobs.collector = submitJob({"--job-name=kolvex-collect", "--dependency=afterany:" + jobs.array,

@@ -1,4 +1,4 @@
-// A batch on Slurm: one job array whose tasks run slices, and one job that collects behind it.
+// A batch on Slurm: one job array whose tasks run slices, and one job that collects after it.
 #pragma once
 
 #include <optional>
@@ -28,7 +28,7 @@ struct SubmittedJobs {
   std::string collector;
 };
 
-// The jobs that were submitted last for this directory; nothing where there are none.
+// The jobs that were submitted last for this directory; nothing if there are none.
 std::optional<SubmittedJobs> lastJobs(const BatchDirectory& directory);
 
 // Whether a job, or a task of an array, is waiting or running. Throws SlurmError where Slurm cannot be asked.

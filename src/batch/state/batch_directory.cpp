@@ -1,7 +1,7 @@
 #include "batch/state/batch_directory.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -28,7 +28,7 @@ constexpr const char* kSettingsName = "settings";
 // What bytes of the lock file stand for.
 enum LockedByte : int { kRunners = 0, kInputList = 1 };
 
-// Waits with `isPatient`. False where another one has a lock that excludes this one; a file system without locks says
+// Waits with `isPatient`. False if another one has a lock that excludes this one; a file system without locks says
 // yes to everything.
 bool lock(int file, LockedByte what, short kind, bool isPatient) {
   struct flock range {};
@@ -94,7 +94,8 @@ base::Descriptor BatchDirectory::join(const Settings& settings) const {
   }
   lock(file.get(), kRunners, F_RDLCK, true);
   if (lastSettings() == settings.sum()) return file;
-  throw base::FileError(path_, "", "another run with a different configuration or import options is at work here");
+  throw base::FileError(path_, "",
+                        "another run with a different configuration or other import options is working here");
 }
 
 void BatchDirectory::addInputs(const std::vector<BatchInput>& inputs) const {
@@ -122,7 +123,7 @@ std::vector<BatchInput> BatchDirectory::inputs() const {
   std::vector<BatchInput> inputs;
   for (std::size_t begin = 0; begin < text->size();) {
     const std::size_t end = text->find('\n', begin);
-    if (end == std::string::npos) throw base::FileError(path, "", "the last line is cut off");
+    if (end == std::string::npos) throw base::FileError(path, "", "the last line is incomplete");
     std::string input = text->substr(begin, end - begin);
     std::string id = inputId(input);
     inputs.push_back({std::move(input), std::move(id)});

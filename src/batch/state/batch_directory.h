@@ -56,7 +56,7 @@ class BatchDirectory {
   // All that have ever been added, in their order. Throws base::FileError where the list cannot be read.
   std::vector<BatchInput> inputs() const;
 
-  // The sum of the settings that were used last; empty where there are none.
+  // The sum of the settings that were used last; empty if there are none.
   std::string lastSettings() const;
 
  private:

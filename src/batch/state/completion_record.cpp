@@ -1,6 +1,6 @@
 #include "batch/state/completion_record.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <charconv>

@@ -32,16 +32,16 @@ struct Record {
 
 std::string textOf(const Record& record);
 
-// Nothing where the text is not a whole record.
+// Nothing if the text is not a whole record.
 std::optional<Record> recordFrom(const std::string& text);
 
-// Nothing where there is no record or not a whole one.
+// Nothing if there is no complete record.
 std::optional<Record> readRecord(const std::string& directory);
 
 // Throws base::FileError.
 void writeRecord(const std::string& directory, const Record& record, bool isSynced);
 
-// Whether the params.txt beside the record is the one that it speaks of, and the marker is there.
+// Whether the params.txt beside the record is the one it describes, and the marker exists.
 bool hasItsParams(const std::string& directory, const Record& record);
 
 // What a run has to be for its record to count.

@@ -17,7 +17,7 @@ struct FileStamp {
   friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
 
-// Of what the path leads to. A file that cannot be looked at is taken for one that is not there.
+// The stamp of the file that the path leads to. A file that cannot be examined counts as missing.
 FileStamp stampOf(const std::string& path);
 std::vector<FileStamp> stampsOf(const std::vector<std::string>& paths);
 

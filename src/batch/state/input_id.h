@@ -1,4 +1,4 @@
-// What the directory of an input is called.
+// The name of an input's directory.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // Who is at work on an input: the lock on its log.
 //
-// It is a lock of the open file (F_OFD_SETLK), so that it goes when nobody has that any more. The programs that a
+// It is a lock of the open file (F_OFD_SETLK), so it is released when the last process closes that. The programs that a
 // runner starts have the log as their standard output: the lock stays while they live, be their runner killed.
 #pragma once
 
@@ -28,7 +28,7 @@ class InputLock {
   Claim claim_ = Claim::impossible;
 };
 
-// Whether somebody has the lock of that log. Takes none, so it is in nobody's way.
+// Whether somebody holds the lock of that log. Takes no lock, so it disturbs nobody.
 bool isLocked(const std::string& log);
 
 // Ends the process groups on this machine that a killed runner has left at work with this log: those who have it as

@@ -14,7 +14,7 @@ struct ParamsSum {
   friend bool operator==(const ParamsSum&, const ParamsSum&) = default;
 };
 
-// Reads the file, a piece in memory at a time. Nothing where it is not there, cannot be read or is not a regular file.
+// Reads the file, a piece in memory at a time. Nothing if it is not there, cannot be read or is not a regular file.
 std::optional<ParamsSum> sumOfParams(const std::string& path);
 
 // The same of a text.

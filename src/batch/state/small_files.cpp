@@ -1,7 +1,7 @@
 #include "batch/state/small_files.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -67,7 +67,7 @@ void writeSmallFile(const std::string& path, const std::string& text, bool isSyn
 
 void syncToDisk(const std::string& path) {
   const base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  if (!file || !isSynchronised(file.get())) fail(path, "cannot be brought to the disk");
+  if (!file || !isSynchronised(file.get())) fail(path, "cannot be written to disk");
 }
 
 }  // namespace batch

@@ -6,7 +6,7 @@
 
 namespace batch {
 
-// The content of a regular file, or nothing where it cannot be read, is not one, or has more than `most` bytes. Never
+// The content of a regular file, or nothing if it cannot be read, is not one, or has more than `most` bytes. Never
 // waits, should it be a pipe.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t most = std::size_t{1} << 20U);
 
@@ -15,7 +15,7 @@ std::optional<std::string> readSmallFile(const std::string& path, std::size_t mo
 // base::FileError; what was there before is kept then.
 void writeSmallFile(const std::string& path, const std::string& text, bool isSynced = false);
 
-// Brings a file, or the names in a directory, to the disk. Throws base::FileError.
+// Flushes a file, or the names in a directory, to disk. Throws base::FileError.
 void syncToDisk(const std::string& path);
 
 }  // namespace batch

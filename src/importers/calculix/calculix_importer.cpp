@@ -1,6 +1,6 @@
 #include "importers/calculix/calculix_importer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <filesystem>
 
@@ -51,7 +51,7 @@ class CalculixImporter : public Importer {
             [this](const std::string& place) {
               stressAt_ = place == "nodes" ? StressAt::nodes : StressAt::integrationPoints;
             },
-            "where stresses, strains, ... of the plain names are: nodes (default) or integration-points")
+            "which stresses, strains, ... get the plain names: at nodes (default) or integration-points")
         .number("--history-limit", "N", historyLimit_, 0, 1000000000,
                 "make histories of printed tables with up to N rows (default: 1000)")
         .exclusive("--deck", "--no-deck")

@@ -1,4 +1,4 @@
-// CalculiX among the formats that are imported.
+// The importer of CalculiX results.
 #pragma once
 
 #include <memory>

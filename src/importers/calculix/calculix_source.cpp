@@ -1,6 +1,6 @@
 #include "importers/calculix/calculix_source.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <filesystem>
 #include <optional>
@@ -28,7 +28,7 @@ class CalculixSource : public Source {
  public:
   CalculixSource(const CalculixRun& run, const WarningSink& warn) : run_(run), warn_(onceOnly(warn)) {
     if (isMissing(run_.results) && !run_.printed.empty() && !run_.deck.empty()) return;
-    const FrdReader reader(run_.results);  // refuses what is no such file before anything else is read
+    const FrdReader reader(run_.results);  // rejects other files before anything else is read
     title_ = reader.header().title;
     producer_ = reader.header().program;
     hasResultFile_ = true;
@@ -113,7 +113,7 @@ class CalculixSource : public Source {
   void takeMeshOfDeck(Outline& outline) {
     if (deck_.mesh.coordinates.empty()) readDeckFor(DeckDetail::mass);
     if (deck_.mesh.coordinates.empty()) return;
-    complain(run_.results, contents_->lastLine, "the result file holds no model; the mesh is that of the deck");
+    complain(run_.results, contents_->lastLine, "the result file holds no model; the mesh is taken from the deck");
     hasMeshOfDeck_ = true;
     contents_->nodes = nodesOfDeck(deck_.mesh);
     contents_->mesh = elementsOfDeck(deck_.mesh);
@@ -136,8 +136,7 @@ class CalculixSource : public Source {
   // What is missing at the ends of the files.
   void checkEnd(const Outline& outline) const {
     if (contents_->printed.isCutOff) {
-      complain(run_.printed, contents_->printed.lastLine,
-               "the file is cut off here; what is complete in it is imported");
+      complain(run_.printed, contents_->printed.lastLine, "the file is truncated here; complete tables are imported");
     }
     const bool hasResults = !contents_->blocks.empty() || !contents_->printed.tables.empty();
     if (contents_->isCutOff && contents_->mesh.groups.empty() && !hasResults) {
@@ -147,7 +146,7 @@ class CalculixSource : public Source {
     if (hasMeshOfDeck_) return;
     if (contents_->isCutOff) {
       complain(run_.results, contents_->lastLine,
-               "the file is cut off here; what is complete in it ends after " + outline.truncatedAfter);
+               "the file is truncated here; complete results end after " + outline.truncatedAfter);
     } else if (!hasResults) {
       warn_(base::warning({run_.results}, "the file holds no results"));
     }

@@ -1,6 +1,6 @@
 #include "importers/calculix/contents.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -57,12 +57,16 @@ void readResults(const std::string& results, StressAt stressAt, const Deck& deck
 // The frames are settled then.
 void readPrinted(const RunFiles& files, StressAt stressAt, const Deck& deck, const WarningSink& warn,
                  Contents& contents) {
+  const bool hasStatus = !contents.frames.statusTimes().empty();
   contents.frames.checkStatus();
   const WarningSink note = [&](base::Diagnostic said) {
     said.place.file = files.results;
     warn(said);
   };
   contents.printed = placePrintedTables(files.printed, deck, !contents.isCutOff, contents.frames, note);
+  if (hasStatus && contents.frames.statusTimes().empty()) {
+    warn(base::warning({files.status}, "its times are not those of the results, and are not used"));
+  }
   for (const PrintedTable& table : contents.printed.tables) {
     std::vector<MappedField> fields = mapTable(table, stressAt);
     if (fields.empty() || !table.frame) continue;
@@ -75,7 +79,7 @@ void readPrinted(const RunFiles& files, StressAt stressAt, const Deck& deck, con
 
 Contents readContents(const RunFiles& files, StressAt stressAt, const Deck& deck, const LeaveOut& leaveOut,
                       const std::set<std::size_t>& leftOut, const WarningSink& warn) {
-  Contents contents{{}, {}, false, false, 0, {}, {}, {}, Frames(files.status, warn)};
+  Contents contents{{}, {}, false, false, 0, {}, {}, {}, Frames(readStepTimes(files.status))};
   if (files.results.empty()) {
     contents.isCutOff = true;
   } else {

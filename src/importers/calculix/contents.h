@@ -42,15 +42,15 @@ struct Contents {
   // Blocks without rows, and the line of the first of each.
   std::map<std::string, std::int64_t> emptyBlocks;
   std::vector<ContentsBlock> blocks;  // in file order, those of the result file first
-  PrintedTables printed;              // every one with its place
+  PrintedTables printed;              // each with its step and frame
   Frames frames;
 };
 
 // What the block of stresses holds in the step of a block.
 StressContent stressContentOf(const FrdResult& block, const Deck& deck);
 
-// Passes through all of the files. Throws ImportError for a damaged one, unless `leaveOut` lets a result go. Those
-// whose ordinals are in `leftOut` already are not among the contents.
+// Scans all files. Throws ImportError for a damaged one, unless `leaveOut` accepts losing the result. Results whose
+// ordinals are in `leftOut` are not among the contents.
 Contents readContents(const RunFiles& files, StressAt stressAt, const Deck& deck, const LeaveOut& leaveOut,
                       const std::set<std::size_t>& leftOut, const WarningSink& warn);
 

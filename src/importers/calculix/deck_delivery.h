@@ -11,11 +11,11 @@
 namespace importers::calculix {
 
 // Labels of nodes, and elements as a result file would have them if the solver turned none into another; element codes
-// are 0. Of what comes twice in the deck the last one counts. The deck must have been read with DeckDetail::mass.
+// are 0. Of duplicates in the deck the last one counts. The deck must have been read with DeckDetail::mass.
 std::vector<int> nodesOfDeck(const DeckMesh& mesh);
 FrdElements elementsOfDeck(const DeckMesh& mesh);
 
-// Hands the same over, elements under the deck's names for their types. `path` is that of the deck.
+// Delivers the same, elements under the deck's names for their types. `path` is that of the deck.
 void deliverDeckMesh(const DeckMesh& mesh, const std::string& path, Sink& sink);
 
 }  // namespace importers::calculix

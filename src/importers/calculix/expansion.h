@@ -24,16 +24,16 @@ class Expansion {
   Expansion() = default;
   // Finds the elements of a deck, whose nodes are still there, among those of the result file. A solid under the label
   // of a shell, plane element, beam or truss is its expansion. Elements of layers (*SHELL SECTION, COMPOSITE) stand in
-  // the order of their labels behind the highest label of the deck: layer after layer, the lowest one first.
+  // the order of their labels after the highest label of the deck: layer after layer, the lowest one first.
   Expansion(const Deck& deck, const FrdElements& elements);
 
-  // Labels of the result file that stand for a node or an element of the deck, beside its own label; ascending.
+  // Labels of the result file that represent a node or an element of the deck, besides its own label; ascending.
   std::vector<int> nodesOf(int node) const;
   // Elements are those of the layers, the lowest one first.
   std::vector<int> elementsOf(int element) const;
 
-  // The members of a set of the deck, and all that stand for them: of the nodes of a surface of elements only those on
-  // its faces. Ascending, each once.
+  // The members of a set of the deck and everything that represents them: of the nodes of a surface of elements only
+  // those on its faces. Ascending, each once.
   std::vector<int> membersOf(const DeckSet& set) const;
 
  private:

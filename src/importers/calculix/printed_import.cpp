@@ -1,6 +1,6 @@
 #include "importers/calculix/printed_import.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <map>

@@ -1,4 +1,4 @@
-// Hands the rows of printed tables (.dat) over.
+// Delivers the rows of printed tables (.dat).
 #pragma once
 
 #include <cstdint>
@@ -16,12 +16,12 @@ namespace importers::calculix {
 
 class PrintedImport {
  public:
-  // `plan` says what becomes of the tables. All must live as long.
+  // `plan` says what becomes of the tables. All must outlive this object.
   PrintedImport(const std::string& path, const Contents& contents, const Plan& plan, Sink& sink)
       : path_(path), contents_(contents), plan_(plan), sink_(sink) {}
 
-  // Reads the file once more: rows of tables that `histories` takes go there, those of chosen fields to the sink. A row
-  // that is damaged is an ImportError with its line.
+  // Reads the file once more: rows of tables that `histories` takes go there, those of chosen fields to the sink.
+  // Throws ImportError with the line of a damaged row.
   void run(PrintedHistories& histories, const ProgressSink& progress);
 
  private:

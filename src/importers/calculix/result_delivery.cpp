@@ -1,6 +1,6 @@
 #include "importers/calculix/result_delivery.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-// Hands the blocks of a result file (.frd) over.
+// Delivers the blocks of a result file (.frd).
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ namespace importers::calculix {
 
 class ResultDelivery {
  public:
-  // Result blocks whose ordinals are in `leftOut` are passed over. All must live as long.
+  // Result blocks whose ordinals are in `leftOut` are skipped. All must outlive this object.
   ResultDelivery(const std::string& path, const Deck& deck, const Plan& plan, const std::set<std::size_t>& leftOut,
                  Sink& sink);
 
@@ -36,11 +36,11 @@ class ResultDelivery {
   // What a target takes of all rows of a block: in the block's own memory, in the place of what it held, where nobody
   // else needs it.
   std::span<const float> rowsFor(const Target& target, FrdResult& block);
-  // Labels and values of those rows that a target takes which does not take all; good until the next call.
+  // Labels and values of those rows that a target takes which does not take all; valid until the next call.
   std::pair<std::span<const int>, std::span<const float>> keptRows(const Target& target, std::span<const int> labels,
                                                                    std::span<const float> rows);
   void takePeaks(const FrdResult& block);
-  // Finds out what is wanted of the result block that comes next.
+  // Decides which rows of the next result block are wanted.
   bool startResult(std::size_t ordinal);
 
   std::string path_;

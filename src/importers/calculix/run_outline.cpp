@@ -1,6 +1,6 @@
 #include "importers/calculix/run_outline.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -56,9 +56,9 @@ bool isOfNodes(const ContentsBlock& block, const MappedField& field) {
 
 // The field of the rows in local axes; imaginary parts keep their ending.
 MappedField localField(const MappedField& field) {
-  constexpr std::string_view imaginary = "_IM";
   MappedField local = field;
-  const std::size_t end = field.name.ends_with(imaginary) ? field.name.size() - imaginary.size() : field.name.size();
+  const std::size_t end =
+      field.name.ends_with(kImaginaryEnding) ? field.name.size() - kImaginaryEnding.size() : field.name.size();
   local.name.insert(end, kLocalEnding);
   local.info.description += ", in local axes";
   return local;
@@ -89,7 +89,7 @@ class OutlineMaker {
     for (const PrintedTable& table : contents_.printed.tables) {
       if (table.step > 0) steps.insert(table.step);
     }
-    // A deck of another run, or of one that goes on from somewhere unknown.
+    // A deck of another run, or of a restart from an unknown step.
     const bool isOfRun =
         std::all_of(steps.begin(), steps.end(), [this](int step) { return deck_.steps.find(step) != nullptr; });
     if (contents_.isCutOff || !isOfRun || !deck_.steps.stepsBefore) return steps;
@@ -177,7 +177,7 @@ class OutlineMaker {
 
   void addPeaks() {
     for (const auto& [key, real] : byName_) {
-      const auto imaginary = byName_.find({key.first, key.second + "_IM"});
+      const auto imaginary = byName_.find({key.first, key.second + std::string(kImaginaryEnding)});
       if (imaginary == byName_.end()) continue;
       const std::optional<PeakField> peak = peakOf(*real.second);
       const ContentsBlock& block = *real.first;

@@ -1,4 +1,18 @@
-// What a run's files hold, in the words that all importers share, and where each of their blocks goes.
+// What a run's files hold, in the words that all importers share, and where each of their blocks goes. Decided from the
+// arguments alone; no file is read.
+//
+// Of a deck with two steps, *STATIC and *STEADY STATE DYNAMICS, and of these blocks and one table
+//
+//    result file   0  DISP     step 1, increment 1
+//                  1  STRESS   step 1, increment 1
+//                  2  DISP     step 2, 10 Hz
+//                  3  DISPI    step 2, 10 Hz
+//    printed file  0  displacements (vx,vy,vz) for set TOP ...     step 1, increment 1
+//
+// come the outline and the plan
+//
+//    Step-1   fields S, U, U_PRINT            result 0 -> U, result 1 -> S, table 0 -> U_PRINT
+//    Step-2   fields U, U_IM, U_PEAK          result 2 -> U, result 3 -> U_IM, results 2 and 3 -> U_PEAK
 #pragma once
 
 #include <map>

@@ -14,11 +14,11 @@ namespace importers::calculix {
 class RunSets {
  public:
   // `nodes` are the labels of those of the result file, `mesh` its elements; the deck must still have the nodes of its
-  // own. What is odd about the sets goes to `warn`.
+  // own. Problems with the sets go to `warn`.
   RunSets(const Deck& deck, const std::vector<int>& nodes, const FrdElements& mesh, const WarningSink& warn);
 
   // Appends them in the order of the deck, under every name that it gives them: with their members and all nodes and
-  // elements that the solver has made of those, and behind them sets of the copies of a cyclic sector.
+  // elements that the solver has made of those, and after them sets of the copies of a cyclic sector.
   void addTo(Outline& outline) const;
   // In the same order.
   void deliver(Sink& sink) const;

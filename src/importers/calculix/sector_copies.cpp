@@ -1,6 +1,6 @@
 #include "importers/calculix/sector_copies.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -104,7 +104,7 @@ std::vector<DeckSet> setsOfSectors(const Deck& deck, const std::optional<std::ve
   if (!deck.sectorCopies) return sets;
   const SourcePlace& place = deck.sectorCopies->place;
   if (!sectors) {
-    warn(base::warning(place, "the copies of the sector (NGRAPH) cannot be told apart in the results"));
+    warn(base::warning(place, "the copies of the sector (NGRAPH) cannot be distinguished in the results"));
     return sets;
   }
   const std::string stem = freeStem(deck, "SECTOR-");

@@ -17,12 +17,12 @@ struct Sector {
 };
 
 // The sectors of a deck with DeckSectorCopies, its own one first. In each further one labels are larger by the same
-// number: those of elements by the highest label of the deck. Nothing where the elements of the file are not made so.
+// number: those of elements by the highest label of the deck. Nothing if the elements of the file are not made so.
 std::optional<std::vector<Sector>> sectorsOf(const Deck& deck, const FrdElements& elements);
 
 // Sets for them: SECTOR-1, the deck's own, SECTOR-2, ... of their elements, and each with kNodesSuffix of their nodes;
-// CYCLIC-SECTOR-1, ... where the deck has sets of its own that begin like this.
-// None where the deck has no copies; none, with a warning, where `sectors` says that they cannot be told apart.
+// CYCLIC-SECTOR-1, ... where the deck has sets of its own that begin like this. None if the deck has no copies; none,
+// with a warning, if `sectors` says that they cannot be distinguished.
 std::vector<DeckSet> setsOfSectors(const Deck& deck, const std::optional<std::vector<Sector>>& sectors,
                                    const WarningSink& warn);
 

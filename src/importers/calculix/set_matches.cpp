@@ -1,6 +1,6 @@
 #include "importers/calculix/set_matches.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <unordered_set>

@@ -1,4 +1,4 @@
-// Which sets of a deck nothing in the results belongs to, and why.
+// Finds sets of a deck without members in the results, and the reasons.
 #pragma once
 
 #include <string>

@@ -19,7 +19,7 @@ std::string namesOf(const std::vector<KnownFormat>& formats) {
   return fmt::format("{}", fmt::join(names, ", "));
 }
 
-// The first bytes of a regular file; nothing for what is none.
+// The first bytes of a regular file; nothing for anything else.
 std::string startOf(const std::string& path) {
   std::error_code ignored;
   if (!std::filesystem::is_regular_file(path, ignored)) return {};

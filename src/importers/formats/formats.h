@@ -12,14 +12,14 @@ namespace importers {
 struct Format {
   const char* name;         // of --format
   const char* description;  // of --formats
-  // Null where a build lacks the library that the format needs.
+  // Null if a build lacks the library that the format needs.
   std::unique_ptr<Importer> (*make)();
 };
 
 // A format of the table with its importer.
 struct KnownFormat {
   const Format* format = nullptr;
-  std::unique_ptr<Importer> importer;  // null where it is not in this build
+  std::unique_ptr<Importer> importer;  // null if it is not in this build
 };
 
 // An importer for every row of the table.
@@ -31,8 +31,8 @@ struct FoundFormat {
   std::string results;
 };
 
-// By what stands in the file, or as `forced` says. An ImportError that lists the formats where none or several know the
-// file, where there is none of that name, and where it is not in this build.
+// Recognised by content, or the format called `forced`. Throws ImportError, listing the formats, if none or several
+// recognise the file, if there is no format of that name, or if it is not in this build.
 FoundFormat findFormat(const std::vector<KnownFormat>& formats, const std::string& named, const std::string& forced);
 
 // A line for each format.

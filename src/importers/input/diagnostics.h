@@ -1,4 +1,4 @@
-// What an importer has to say: where a text file is wrong, and what the user should know.
+// Errors, warnings and notes of importers.
 #pragma once
 
 #include <cstdint>
@@ -10,13 +10,13 @@
 
 namespace importers {
 
-// Where in the files of a run something is said of.
+// A place in the files of a run.
 using SourcePlace = base::Place;
 
 // Receives warnings and notes, each once for each time that it comes up.
 using WarningSink = base::DiagnosticSink;
 
-// A file that cannot be imported. what() is "<file>:<line>: error: <reason>", the line left out where there is none.
+// A file that cannot be imported. what() is "<file>:<line>: error: <reason>", without the line if there is none.
 class ImportError : public std::runtime_error {
  public:
   ImportError(SourcePlace place, std::string reason);
@@ -33,10 +33,10 @@ class ImportError : public std::runtime_error {
 // "A, B, C" for a message; of many names the first ones and how many there are more.
 std::string listed(const std::vector<std::string>& names);
 
-// Warns where a name that the database shall have has control characters, which storableText() makes blanks.
+// Warns if a name for the database has control characters, which storableText() replaces by blanks.
 void warnOfControlCharacters(const std::string& name, const SourcePlace& place, const WarningSink& warn);
 
-// Passes each of them on to `warn` once, for files that are read several times. `warn` must live as long.
+// Passes each message on to `warn` once, for files that are read several times. `warn` must outlive the result.
 WarningSink onceOnly(const WarningSink& warn);
 
 }  // namespace importers

@@ -1,6 +1,5 @@
 // Numbers in columns of one width as most lines of a result file have them, all characters of a number at a time in
-// registers. Whatever does not look like that, be it a number or none, is left to text_fields.h, which is the measure
-// of what a text means.
+// registers. Anything else, number or not, is left to text_fields.h, which is the reference of what a text means.
 #pragma once
 
 #include <array>
@@ -58,7 +57,7 @@ inline bool readScientific(const char* text, float& number) {
   const auto signOfExponent = static_cast<char>(tail >> 8U & 0xFFU);
   const bool hasMarks = (head >> 16U & 0xFFU) == '.' && (tail & 0xFFU) == 'E' && (sign == ' ' || sign == '-') &&
                         (signOfExponent == '+' || signOfExponent == '-');
-  // "00", the digit before the point and the five behind it.
+  // "00", the digit before the point and the five after it.
   const std::uint64_t mantissaText =
       (head & 0xFFFFFFFFFF000000U) | (head & 0xFF00U) << 8U | (everywhere('0') & 0xFFFFU);
   const std::uint32_t tens = (tail >> 16U & 0xFFU) - '0';
@@ -84,7 +83,7 @@ inline bool readScientific(const char* text, float& number) {
 
 inline constexpr std::size_t kLabelColumns = 10;
 
-// The same as integerFrom() for the ten characters at `text` where they are blanks and up to eight digits behind them.
+// The same as integerFrom() for the ten characters at `text` where they are blanks and up to eight digits after them.
 // False for any other text.
 inline bool readLabel(const char* text, int& label) {
   using namespace fixed_columns;

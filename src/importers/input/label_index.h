@@ -8,18 +8,18 @@
 
 namespace importers {
 
-// Labels may come in any order and leave gaps. Where one comes several times its first place counts.
+// Labels may be in any order and have gaps. Of duplicates the first index counts.
 class LabelIndex {
  public:
   LabelIndex() = default;
   explicit LabelIndex(std::span<const int> labels);
 
-  // The place of a label in the list, -1 when it is not there.
+  // The index of a label in the list, -1 if it does not occur.
   int placeOf(int label) const;
   bool contains(int label) const { return placeOf(label) >= 0; }
   bool isEmpty() const { return places_.empty() && sorted_.empty(); }
 
-  // A label that comes more than once.
+  // A label that occurs more than once.
   std::optional<int> repeated() const { return repeated_; }
 
  private:

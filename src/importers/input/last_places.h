@@ -12,12 +12,12 @@ class LastPlaces {
  public:
   explicit LastPlaces(std::span<const int> labels);
 
-  // Where a label stands last, -1 when it is not there.
+  // The last index of a label, -1 if it does not occur.
   int placeOf(int label) const;
 
  private:
   LabelIndex index_;
-  std::vector<int> last_;  // for the first place of a label; empty where none comes twice
+  std::vector<int> last_;  // for the first place of a label; empty if none comes twice
 };
 
 }  // namespace importers

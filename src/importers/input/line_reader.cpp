@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 2 * LineReader::kLongestLine;
 
-// What is read at once stays in the processor's cache until it has been looked at.
+// As much as stays in the processor's cache until it has been examined.
 constexpr std::size_t kPieceBytes = std::size_t{1} << 18U;
 
 }  // namespace
@@ -54,7 +54,7 @@ std::size_t LineReader::readSome(char* to, std::size_t size) {
   return static_cast<std::size_t>(got);
 }
 
-// Moves what is left to the front and reads behind it; false when nothing came.
+// Moves what is left to the front and reads after it; false when nothing came.
 bool LineReader::refill() {
   std::memmove(buffer_.get(), buffer_.get() + at_, end_ - at_);
   end_ -= at_;

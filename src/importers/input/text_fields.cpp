@@ -46,7 +46,7 @@ std::optional<Number> parse(std::string_view text) {
   return std::nullopt;
 }
 
-// The text with the letter that its exponent has lost; empty where there is no such place.
+// The text with the letter that its exponent has lost; empty if there is no such place.
 std::string withExponentLetter(std::string_view text) {
   const std::size_t sign = text.find_last_of("+-");
   if (sign == std::string_view::npos || sign == 0) return {};

@@ -1,4 +1,4 @@
-// Numbers and words out of lines of text.
+// Parses numbers and words in lines of text.
 #pragma once
 
 #include <optional>
@@ -15,7 +15,7 @@ constexpr std::string_view columns(std::string_view line, std::size_t column, st
 // Without blanks and tabs at both ends.
 std::string_view trimmed(std::string_view text);
 
-// The whole text as a number, blanks around it passed over; nothing when it is none or does not fit.
+// The whole text as a number, ignoring blanks around it; nothing if it is not a number or does not fit.
 std::optional<int> integerFrom(std::string_view text);
 
 // The same for a decimal number as solvers print it: also "INF", "NaN" and an exponent of three digits without its
@@ -27,10 +27,10 @@ std::optional<float> floatFrom(std::string_view text);
 
 std::string upperCased(std::string_view text);
 
-// Text of unknown origin in UTF-8: what is UTF-8 as it is, any other byte above 127 taken for Latin-1.
+// Text of unknown origin as UTF-8: valid UTF-8 is kept, any other byte above 127 is taken as Latin-1.
 std::string utf8Text(std::string_view text);
 
-// The same as the database can keep it: control characters are blanks.
+// The same in a form that the database can store: control characters become blanks.
 std::string storableText(std::string_view text);
 
 }  // namespace importers

@@ -1,6 +1,6 @@
 #include "importers/run/choice.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -91,7 +91,7 @@ bool Selection::takesStep(int step) const {
 
 Choice choose(const Outline& outline, const Selection& selection, const std::string& file) {
   requireAsked(outline, selection, file);
-  // Whoever names fields or frames wants rows.
+  // Choosing fields or frames means that rows are wanted.
   const bool needsRows = !selection.fields.empty() || selection.frames.kind == FrameChoice::Kind::range;
   Choice choice;
   bool isAny = selection.isEverything();

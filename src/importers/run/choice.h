@@ -23,7 +23,7 @@ std::optional<FrameChoice> frameChoiceFrom(std::string_view text);
 
 // What a user asks for. Empty lists choose everything.
 struct Selection {
-  std::vector<std::string> fields = {};  // names in the database, in any case
+  std::vector<std::string> fields = {};  // names in the database, in upper or lower case
   std::vector<int> steps = {};
   FrameChoice frames = {};
   std::vector<std::string> sets = {};  // likewise names, in any case

@@ -1,6 +1,6 @@
 #include "importers/run/element_groups.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

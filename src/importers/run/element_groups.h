@@ -24,7 +24,7 @@ struct ElementGroup {
 
 class ElementGroups {
  public:
-  // The group of a type, made where there is none yet. `place` is named in errors: a type has one number of nodes.
+  // The group of a type, created if there is none yet. `place` is named in errors: a type has one number of nodes.
   ElementGroup& groupOf(const std::string& type, int nodesPerElement, bool hasTensors, const SourcePlace& place);
 
   const std::vector<std::unique_ptr<ElementGroup>>& all() const { return groups_; }

@@ -16,7 +16,7 @@ namespace importers {
 // What all formats are asked for.
 struct OpenRequest {
   std::string results;    // the file that resultFile() gave
-  bool isStrict = false;  // whether what is cut off or not understood is an error
+  bool isStrict = false;  // whether truncated files and unknown contents are errors
   bool withMass = true;   // whether steps have the mass of the model, where the format knows it
   bool withSets = true;
 };
@@ -32,7 +32,7 @@ class Importer {
   virtual std::string resultFile(const std::string& named) const = 0;
   // Whether a file of this format begins like this; `start` are its first bytes, at most kStartBytes.
   virtual bool recognises(std::string_view start, const std::string& path) const = 0;
-  // How such files begin, for whoever has another: "    1C" on line 1.
+  // How such files begin, for error messages: "    1C" on line 1.
   virtual std::string beginning() const = 0;
   // Adds the options that only this format has.
   virtual void addOptions(tool::Command& command) = 0;

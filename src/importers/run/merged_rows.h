@@ -32,7 +32,7 @@ struct RowLabels {
 
 class MergedRows {
  public:
-  // Appends those rows whose labels have not come yet; the first of several counts. `values` are [rows, width]; all
+  // Appends the rows with new labels; of several with equal labels the first counts. `values` are [rows, width]; all
   // calls have the same position and width.
   void add(odbstore::Position position, const RowLabels& labels, std::span<const double> values);
 

@@ -22,6 +22,11 @@ std::string framesOf(const OutlineStep& step) {
 
 }  // namespace
 
+const char* shapeWord(const odbstore::FieldInfo& info) {
+  if (odbstore::isTensorType(info.type)) return "tensor";
+  return info.type == static_cast<int>(odbstore::FieldType::vector) ? "vector" : "scalar";
+}
+
 std::string whatThereIs(const Outline& outline) {
   if (outline.steps.empty()) return "the file holds no results";
   std::vector<std::string> steps;

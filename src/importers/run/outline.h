@@ -1,8 +1,8 @@
-// What a run's results hold, without rows: what every importer says of its files before it delivers a number. Nothing
-// in it is of one solver; the list that users see, the choice of steps, frames and fields, and the database are made of
-// it.
+// What a run's results hold, without rows: every importer makes an outline of its files before it delivers any numbers.
+// It is independent of the solver. The list that users see, the choice of steps, frames and fields, and the database
+// are made from it.
 //
-// Steps, fields, frames and sets are known by their places here, from 0, for the whole of an import.
+// Steps, fields, frames and sets are identified by their indices here, from 0, throughout an import.
 #pragma once
 
 #include <cstddef>
@@ -16,9 +16,9 @@ namespace importers {
 
 // The rows of a field in one frame.
 struct OutlineRows {
-  std::size_t frame = 0;   // place in the frames of the step
+  std::size_t frame = 0;   // index in the frames of the step
   std::size_t rows = 0;    // as the source has them, before tensors at nodes are spread over elements
-  std::size_t pieces = 1;  // in how many deliveries they come; a row that comes in several counts once
+  std::size_t pieces = 1;  // the number of deliveries; a row in several of them counts once
 };
 
 // A field of a step.
@@ -31,7 +31,7 @@ struct OutlineField {
   std::vector<OutlineRows> frames;  // each frame that has it once, in their order
 };
 
-// What histories are made of: tables of a kind, for one set or none.
+// Sources of histories: tables of one kind, for one set or none.
 struct OutlineTable {
   std::string source;
   std::string set;
@@ -59,18 +59,18 @@ struct OutlineSet {
 struct Outline {
   std::string title;
   std::string producer;   // the program that made the results
-  std::string form;       // "ASCII", "binary", ...; empty where there is but one
+  std::string form;       // "ASCII", "binary", ...; empty if there is but one
   std::size_t nodes = 0;  // of the mesh
   std::size_t elements = 0;
   std::vector<OutlineStep> steps;  // in their order
   std::vector<OutlineSet> sets;    // in the order of the source
-  // Where the results end of files that are cut off, "step 2, time 0.5"; empty for complete ones.
+  // Where the results of truncated files end, "step 2, time 0.5"; empty for complete ones.
   std::string truncatedAfter;
 
   bool isTruncated() const { return !truncatedAfter.empty(); }
 };
 
-// Rows of a field in a frame, by their places in the outline.
+// Identifies the rows of a field in a frame, by indices in the outline.
 struct RowsId {
   std::size_t step = 0;
   std::size_t field = 0;  // of the step
@@ -78,6 +78,9 @@ struct RowsId {
 
   auto operator<=>(const RowsId&) const = default;
 };
+
+// "scalar", "vector" or "tensor".
+const char* shapeWord(const odbstore::FieldInfo& info);
 
 // "the file holds step 1 (frames 1-5), step 2 (no frames) with the fields S, U".
 std::string whatThereIs(const Outline& outline);

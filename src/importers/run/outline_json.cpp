@@ -8,11 +8,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-const char* kindOf(const odbstore::FieldInfo& info) {
-  if (odbstore::isTensorType(info.type)) return "tensor";
-  return info.type == 3 ? "vector" : "scalar";
-}
-
 Json fieldOf(const OutlineStep& step, const OutlineField& field) {
   Json frames = Json::array();
   for (const OutlineRows& rows : field.frames) {
@@ -20,7 +15,7 @@ Json fieldOf(const OutlineStep& step, const OutlineField& field) {
   }
   return {{"name", field.name},
           {"source", field.source},
-          {"kind", kindOf(field.info)},
+          {"kind", shapeWord(field.info)},
           {"description", field.info.description},
           {"components", field.info.componentLabels},
           {"frames", std::move(frames)}};

@@ -1,4 +1,4 @@
-// An outline for other programs.
+// An outline as JSON, for other programs.
 #pragma once
 
 #include <string>

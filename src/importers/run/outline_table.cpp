@@ -29,11 +29,6 @@ std::string aligned(const std::vector<Row>& rows) {
   return text;
 }
 
-const char* kindOf(const odbstore::FieldInfo& info) {
-  if (odbstore::isTensorType(info.type)) return "tensor";
-  return info.type == 3 ? "vector" : "scalar";
-}
-
 // "1-3,5": runs of numbers in ascending order.
 std::string runsOf(const std::set<int>& numbers) {
   std::string text;
@@ -74,7 +69,7 @@ Row fieldRow(const OutlineStep& step, const OutlineField& field) {
   return {step.name,
           field.name,
           field.source,
-          kindOf(field.info),
+          shapeWord(field.info),
           fmt::format("{}", fmt::join(field.info.componentLabels, " ")),
           fewest->rows == most->rows ? fmt::format("{}", most->rows) : fmt::format("{}-{}", fewest->rows, most->rows),
           runsOf(frames)};

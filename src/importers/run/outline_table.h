@@ -1,4 +1,4 @@
-// Shows an outline to a reader.
+// An outline as text, for people.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 #include "importers/run/record_names.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -16,7 +16,7 @@ namespace importers {
 
 namespace {
 
-// What stands between a field's name and its extreme in records.
+// The parts of record names between a field's name and its extreme.
 constexpr std::array<std::string_view, 19> kQuantities = {"mises",
                                                           "mag",
                                                           "1",
@@ -97,7 +97,7 @@ void renameFields(Outline& outline, const std::string& file, const WarningSink& 
       names.take(nameInRecords(name));
       if (name != field.name) {
         warn(base::note(
-            {file}, fmt::format("the field {} is called {}, so that no two records have one name", field.name, name)));
+            {file}, fmt::format("the field {} is called {} because record names must be unique", field.name, name)));
       }
       final.emplace(field.name, name);
     }
@@ -168,7 +168,7 @@ void warnOfHiddenSets(const Outline& outline, const WarningSink& warn) {
     hidden.push_back(set.name);
   }
   if (hidden.empty()) return;
-  warn(base::warning(place, fmt::format("there will be no records of the sets {}: an extraction leaves out sets whose "
+  warn(base::warning(place, fmt::format("the sets {} will have no records: an extraction leaves out sets whose "
                                         "names contain \"Warn\" or \"Info\"",
                                         listed(hidden))));
 }

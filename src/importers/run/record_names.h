@@ -1,4 +1,4 @@
-// Keeps the names apart under which records of an imported run come out of an extraction.
+// Makes names unique in the records of an extraction.
 #pragma once
 
 #include <string>
@@ -12,10 +12,10 @@ namespace importers {
 // is.
 std::string historyRecord(const std::string& output, const std::string& label);
 
-// Makes blanks of control characters in the names of steps, fields and sets, with a warning. Gives frames, sets and
-// fields of an outline other numbers and names where two records would have one name: frames of a step with equal
-// numbers are numbered from 1, of two sets the one of nodes ends in "-NODES", fields get a number. A note tells of
-// every change. `file` is named where nothing else is.
+// Makes blanks of control characters in the names of steps, fields and sets, with a warning. Renumbers or renames
+// frames, sets and fields of an outline if two records would have the same name: frames of a step with equal numbers
+// are numbered from 1, of two sets the one of nodes ends in "-NODES", fields get a number. A note reports every change;
+// it names `file` if it has no other place.
 void keepNamesApart(Outline& outline, const std::string& file, const WarningSink& warn);
 
 }  // namespace importers

@@ -23,18 +23,18 @@ struct ImportSummary {
   int fields = 0;     // different names
   int histories = 0;  // outputs
   int sets = 0;
-  // Where the results end that were imported of files that are cut off, "step 2, time 0.5"; empty for whole ones.
+  // Where the results of truncated files end, "step 2, time 0.5"; empty for complete ones.
   std::string cutOffBehind;
 };
 
-// Asks for the outline, keeps its names apart, chooses, and writes what the source delivers. The database appears under
-// its name when it is complete. Where rows cannot be read, the source leaves them out if it can, and all is written
-// anew. Throws ImportError for what cannot be read or is not there, and odbstore::StoreError for what cannot be
-// written.
+// Gets the outline, makes its names unique, chooses, and writes what the source delivers. The database appears under
+// its name when it is complete. If rows cannot be read, the source leaves them out if it can, and everything is written
+// again. Throws ImportError if something cannot be read or does not exist, odbstore::StoreError if the database cannot
+// be written.
 ImportSummary runImport(Source& source, const ImportRequest& request, const WarningSink& warn,
                         const ProgressSink& progress = {});
 
-// What such an import would take. An ImportError as above for a selection that finds nothing.
+// What such an import would select. Throws ImportError for a selection that finds nothing.
 Outline listImport(Source& source, const ImportRequest& request, const WarningSink& warn);
 
 }  // namespace importers

@@ -26,7 +26,7 @@ struct FinalSetName {
 
 inline constexpr const char* kNodesSuffix = "-NODES";
 
-// The name as it stands in records, where '-' and ' ' are '_'.
+// The name as in records, where '-' and ' ' become '_'.
 std::string nameInRecords(std::string_view name);
 
 // Whether records leave out a set of that name: they do so for names with "Warn" or "Info" in them, in this case.
@@ -37,7 +37,7 @@ bool isLeftOutOfRecords(std::string_view name);
 // - The node set of a surface gets kNodesSuffix, always.
 // - Of element sets with equal names the first keeps its name, one that is of no surface before those of surfaces.
 // - Node sets whose name an element set has get kNodesSuffix; of other node sets with equal names the first keeps it.
-// - What is taken then gets "-2", "-3", ... behind it, the first that no set has.
+// - What is taken then gets "-2", "-3", ... after it, the first that no set has.
 std::vector<FinalSetName> uniqueSetNames(std::span<const NamedSet> sets);
 
 }  // namespace importers

@@ -1,6 +1,6 @@
 #include "importers/run/sink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <bit>
@@ -63,7 +63,7 @@ void gatherRows(std::span<const int> source, std::size_t width, const float* fro
   for (const int row : source) to = std::copy_n(from + static_cast<std::size_t>(row) * width, width, to);
 }
 
-// What the extraction puts behind the name of an output of a region: the last that its place has.
+// What the extraction puts after the name of an output of a region: the last that its place has.
 std::string recordLabel(const odbstore::HistoryRegionInfo& info) {
   if (!info.set.empty()) return info.set;
   if (info.sectionPoint > 0) return std::to_string(info.sectionPoint);
@@ -115,7 +115,7 @@ void Sink::nodes(std::span<const int> labels, std::span<const double> coordinate
   hasNodes_ = true;
   nodes_ = LabelIndex(labels);
   if (const auto twice = nodes_.repeated()) {
-    throw ImportError(place, fmt::format("the node {} is there twice", *twice));
+    throw ImportError(place, fmt::format("the node {} occurs twice", *twice));
   }
   writer_.addNodes(kInstance, {labels.begin(), labels.end()}, {coordinates.begin(), coordinates.end()});
 }
@@ -125,7 +125,7 @@ void Sink::elements(const ElementGroup& group, const SourcePlace& place) {
     if (nodes_.contains(group.connectivity[i])) continue;
     const int element = group.labels[i / static_cast<std::size_t>(group.nodesPerElement)];
     throw ImportError(
-        place, fmt::format("the element {} has the node {}, which is not there", element, group.connectivity[i]));
+        place, fmt::format("the element {} has the node {}, which does not exist", element, group.connectivity[i]));
   }
   elementsPlace_ = place;
   ElementGroup& to = groups_.groupOf(group.type, group.nodesPerElement, group.hasTensors, place);
@@ -137,7 +137,7 @@ void Sink::writeModel() {
   if (std::exchange(isModelWritten_, true)) return;
   groups_.index();
   if (const auto twice = groups_.repeated()) {
-    throw ImportError(elementsPlace_, fmt::format("the element {} is there twice", *twice));
+    throw ImportError(elementsPlace_, fmt::format("the element {} occurs twice", *twice));
   }
   for (const auto& group : groups_.all()) {
     writer_.addElements(kInstance, group->type, group->labels, group->connectivity);
@@ -256,7 +256,7 @@ void Sink::put(const RowsId& id, odbstore::DatabaseWriter::Location location, st
   writer_.writeRows(block.id, *steps_[id.step]->frames[id.frame], rows);
 }
 
-// Frames without a block whose rows will be like those of this one, as far as the outline tells.
+// Frames without a block whose rows will be like those of this one, according to the outline.
 std::vector<std::size_t> Sink::framesLike(const RowsId& id, const Field& field) const {
   if (irregular_.contains({id.step, id.field})) return {id.frame};
   const std::vector<OutlineRows>& all = fieldOf(id).frames;

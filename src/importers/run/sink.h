@@ -1,4 +1,4 @@
-// Takes what a source delivers and makes a database of it, the same way for every format:
+// Writes what a source delivers to a database, in the same way for every format:
 //
 // - one block for each field and frame, whatever the types of elements and however many deliveries its rows come in:
 //   of several blocks the extraction keeps the components of the last one alone;
@@ -36,14 +36,14 @@ inline constexpr const char* kPart = "PART-1";
 // A field of a step, by their places in the outline.
 using FieldId = std::pair<std::size_t, std::size_t>;
 
-// Rows go to the file as they come. A block needs to know its frames before: the Sink takes it that frames of a field
-// with as many rows have rows at the same places, and keeps those in one block. Where that turns out to be wrong the
-// field is irregular, its rows are left out, and the run has to be delivered once more to a Sink that knows: there such
-// a field has a block of its own for each frame.
+// Rows are written as they are delivered. A block must know its frames in advance, so the Sink assumes that frames of a
+// field with equally many rows have them at the same places, and keeps those in one block. If that turns out to be
+// wrong the field is irregular, its rows are left out, and the run must be delivered again to a Sink that knows this
+// and gives the field a block for each frame.
 class Sink {
  public:
-  // All must live as long. `file` is named where no other place is known. `irregular` are the fields that earlier Sinks
-  // have found.
+  // All arguments must outlive the Sink. Messages name `file` if they have no other place. `irregular` are the fields
+  // that earlier Sinks have found.
   Sink(const Outline& outline, const Choice& choice, const std::set<FieldId>& irregular, const std::string& file,
        odbstore::DatabaseWriter& writer, const WarningSink& warn);
 
@@ -51,12 +51,12 @@ class Sink {
   bool takesStep(std::size_t step) const { return choice_.takesStep(step); }
 
   // The mesh, before any rows. `coordinates` are [nodes, 3], `connectivity` [elements, nodesPerElement] labels of
-  // nodes. Elements of one type may come in several calls. A label that comes twice, and a node of an element that is
-  // not there, are an ImportError at `place`.
+  // nodes. Elements of one type may come in several calls. A repeated label and an element's node that does not exist
+  // are an ImportError at `place`.
   void nodes(std::span<const int> labels, std::span<const double> coordinates, const SourcePlace& place);
   void elements(const ElementGroup& group, const SourcePlace& place);
 
-  // The members of a set of the outline, before any rows; of one that is not chosen nothing is kept.
+  // The members of a set of the outline, before any rows; ignored if the set is not chosen.
   void set(std::size_t set, std::span<const int> labels);
 
   // Rows of a chosen field and frame, as often as the outline has pieces of them. `values` are [rows, width]; `labels`
@@ -71,7 +71,7 @@ class Sink {
   void history(std::size_t step, const std::string& region, const odbstore::HistoryRegionInfo& info,
                const std::string& output, const odbstore::HistorySamples& samples);
 
-  // After everything has been delivered: writes the histories, and says what is left to say.
+  // Call after everything has been delivered: writes the histories and reports remaining warnings.
   void finish();
 
   // Fields whose rows could not be written, once finish() has been called.
@@ -103,7 +103,7 @@ class Sink {
     odbstore::DatabaseWriter::Block id;
     int location = -1;
     std::size_t width = 0;
-    std::size_t left = 0;  // frames whose rows have not come
+    std::size_t left = 0;  // frames whose rows are still missing
   };
   struct Field {
     odbstore::DatabaseWriter::Field id;
@@ -122,7 +122,7 @@ class Sink {
     std::size_t count = 0;
     MergedRows rows;
   };
-  // Values of a field that are no numbers.
+  // Values of a field that are not finite.
   struct Strange {
     std::size_t values = 0;
     std::size_t step = 0;

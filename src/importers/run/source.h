@@ -11,7 +11,7 @@ namespace importers {
 
 class Sink;
 
-// Told how many bytes of the files with results have been read, and how many they have.
+// Receives how many bytes of the result files have been read, and their size.
 using ProgressSink = std::function<void(std::uint64_t done, std::uint64_t all)>;
 
 class Source {
@@ -21,17 +21,17 @@ class Source {
   Source(const Source&) = delete;
   Source& operator=(const Source&) = delete;
 
-  // What the files hold, found without reading more rows than it takes. Called once, first. An ImportError for files
+  // What the files hold, found while reading as few rows as possible. Called once, first. Throws ImportError for files
   // that cannot be read.
   virtual Outline outline() = 0;
 
-  // Hands over the mesh and the sets, then the chosen rows in any order of frames, then the histories; one block of
-  // rows in memory at a time. The sink copies what it keeps. May be called again, and then does the same, without
-  // repeating its warnings. An ImportError for rows that cannot be read.
+  // Delivers the mesh and the sets, then the chosen rows in any order of frames, then the histories; one block of rows
+  // in memory at a time. The sink copies what it keeps. A second call does the same without repeating warnings. Throws
+  // ImportError for rows that cannot be read.
   virtual void deliver(const Choice& choice, Sink& sink, const ProgressSink& progress) = 0;
 
-  // After deliver() has failed: reads all rows, leaves those out from now on that cannot be read, each with a warning,
-  // and gives the outline of what is left. False where nothing can be left out, so that the error stands.
+  // Call after deliver() has failed: reads all rows, drops those that cannot be read, each with a warning, and returns
+  // the outline of the rest. False if nothing can be dropped; the error then ends the import.
   virtual bool leaveOutDamage(Outline& /*outline*/) { return false; }
 };
 

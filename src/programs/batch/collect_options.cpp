@@ -14,7 +14,7 @@ tool::Command collectCommand(CollectOptions& options) {
           "A name that an input has several times has several columns, the second called NAME#2. A table that is "
           "written "
           "to a file appears under its name when it is complete.")
-      .exitStatus(0, "the table is written; a line on standard error says where inputs are running or missing")
+      .exitStatus(0, "the table is written; a line on standard error says if inputs are running or missing")
       .exitStatus(1, "DIR is not the directory of a batch, or the table cannot be written")
       .exitStatus(2, "wrong usage")
       .example("kolvex batch collect results > results.csv")

@@ -1,6 +1,6 @@
 #include "run_batch.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sched.h>
 
 #include <algorithm>
@@ -71,7 +71,7 @@ std::size_t processors() {
   return static_cast<std::size_t>(std::max(CPU_COUNT(&set), 1));
 }
 
-// The programs stand beside this one.
+// The programs are in the same directory as this one.
 std::string siblingProgram(const char* name) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
 }
@@ -96,7 +96,7 @@ RunPlan planOf(const RunOptions& options, const BatchDirectory& directory, const
   return plan;
 }
 
-// Tells of a run while it goes on.
+// Reports on a run in progress.
 class Reporter {
  public:
   Reporter(const BatchDirectory& directory, bool isJson) : directory_(directory), isJson_(isJson) {}
@@ -124,7 +124,7 @@ class Reporter {
   }
 
  private:
-  // Whoever reads events wants them when they happen.
+  // Readers of events want them when they happen.
   static void printLine(const std::string& line) {
     tool::print(line + "\n");
     tool::finishOutput();

@@ -1,6 +1,6 @@
 #include "run_options.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -18,14 +18,14 @@ void addPage(tool::Command& command) {
       .synopsis("status DIR [options]")
       .describe(
           "Extracts from each input in a process of its own, several side by side. An input is an output database, or "
-          "the results of a solver, which are imported first. What comes of it stands in DIR/<id>: params.txt and "
+          "the results of a solver, which are imported first. Its results are in DIR/<id>: params.txt and "
           "paramsdone.txt of the extraction, status, log.")
       .describe(
           "The same command again does what is missing and no more: after a crash, a kill, a full disk, and with "
           "inputs "
           "that have changed. Inputs that have failed are tried again. Two at once share the work.")
       .subcommand("collect", "print one table of all records of a batch")
-      .subcommand("status", "show how far a batch has got")
+      .subcommand("status", "show the progress of a batch")
       .exitStatus(0, "all inputs are done")
       .exitStatus(1, "an input has failed, or the batch cannot go on")
       .exitStatus(2, "wrong usage")
@@ -52,16 +52,16 @@ void addLimits(tool::Command& command, RunOptions& options) {
       .flag("--skip-failed", options.skipsFailed, "leave inputs that have failed before as they are")
       .option(
           "--grace", "TIME", [&options](const std::string& text) { options.grace = tool::durationFrom(text); },
-          "when interrupted, let what runs finish for that long (default: end it)");
+          "when interrupted, give running inputs this long to finish (default: end them)");
 }
 
 void addSlurm(tool::Command& command, RunOptions& options) {
   command.group("Slurm")
       .flag("--slurm", options.isSlurm,
-            "submit a job array that runs the inputs in slices, and a job behind it that collects into DIR/table.csv; "
-            "what stands behind -- goes to sbatch")
+            "submit a job array that runs the inputs in slices, and a job after it that collects into DIR/table.csv; "
+            "arguments after -- go to sbatch")
       .number("--tasks", "N", options.tasks, 1, 100'000, "with --slurm: tasks of the array (default: 10)")
-      .flag("--wait", options.isWaiting, "with --slurm: wait until both jobs have ended, and say what came of them");
+      .flag("--wait", options.isWaiting, "with --slurm: wait until both jobs have ended and print the result");
 }
 
 }  // namespace
@@ -76,7 +76,7 @@ tool::Command runCommand(RunOptions& options) {
               tool::Completes::file)
       .option("--config", "FILE", options.configuration, "the configuration file, which says what is extracted",
               tool::Completes::file)
-      .option("--out", "DIR", options.directory, "the directory of the batch; made where there is none",
+      .option("--out", "DIR", options.directory, "the directory of the batch; created if it does not exist",
               tool::Completes::directory)
       .number("-j,--jobs", "N", options.jobs, 1, 4096, "run N inputs side by side (default: one for each processor)");
   addLimits(command, options);
@@ -87,7 +87,7 @@ tool::Command runCommand(RunOptions& options) {
           "hand this to `kolvex import`, as --import-option=--no-mass")
       .repeated()
       .flag("--keep-databases", options.keepsDatabases, "keep databases that are imported, as DIR/<id>/database.odb")
-      .flag("--sync", options.isSynced, "bring each result to the disk before the next is counted")
+      .flag("--sync", options.isSynced, "flush each result to disk before the next is counted")
       .flag("--json", options.isJson, "print every event as a JSON object, one a line")
       .number("--index", "I", options.index, 0, 1'000'000'000, "with --size: run slice I, from 0")
       .number("--size", "N", options.size, 1, 1'000'000'000, "cut the inputs into N slices");

@@ -37,15 +37,15 @@ struct RunOptions {
 // Fills `options` when it parses; they must live as long.
 tool::Command runCommand(RunOptions& options);
 
-// Takes what stands behind "--" out of the arguments, where "--slurm" stands before it: options for sbatch. Without
+// Takes the arguments after "--" if "--slurm" is before it: options for sbatch. Without
 // that
 // "--" has its usual meaning, that no option follows.
 std::vector<std::string> takeSlurmOptions(std::vector<std::string>& arguments);
 
-// How a task on Slurm is told what it is told here, but for its inputs, directory, slice and jobs.
+// The options of this command that a task on Slurm gets too: all but inputs, directory, slice and jobs.
 std::vector<std::string> forwardedArguments(const RunOptions& options);
 
-// What parsing cannot see: what is missing or does not go together; empty where all is well.
+// What parsing cannot see: what is missing or does not go together; empty if all is well.
 std::string refusalOf(const RunOptions& options);
 
 }  // namespace batch

@@ -1,6 +1,6 @@
 #include "run_report.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <nlohmann/json.hpp>
 

@@ -13,7 +13,7 @@ std::string progressText(const Progress& progress, double seconds);
 // "runs/17.odb: time limit: took longer than 30 s (results/17-.../log)", for a failure and another try; else empty.
 std::string lineOf(const Event& event, const std::string& directory);
 
-// The sum at the end, a line for each reason behind it.
+// The sum at the end, a line for each reason after it.
 std::string summaryText(const Progress& progress, double seconds, bool isInterrupted);
 
 // One object, without the line's end. Bytes of names that are not UTF-8 become U+FFFD.

@@ -1,6 +1,6 @@
 #include "show_status.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cstdio>
 #include <nlohmann/json.hpp>

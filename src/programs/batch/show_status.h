@@ -14,7 +14,7 @@ inline constexpr int kUnfinished = 3;
 std::string statusText(const BatchCounts& counts);
 std::string statusJson(const BatchCounts& counts);
 
-// 0 where all are done, 1 where none is left but some have failed, else kUnfinished.
+// 0 if all are done, 1 where none is left but some have failed, else kUnfinished.
 int exitStatusOf(const BatchCounts& counts);
 
 // Prints it, again and again where that is asked for. Returns the exit status. Throws base::FileError.

@@ -6,13 +6,13 @@
 namespace batch {
 
 tool::Command statusCommand(StatusOptions& options) {
-  tool::Command command("kolvex batch status", "show how far a batch has got");
+  tool::Command command("kolvex batch status", "show the progress of a batch");
   command.synopsis("DIR [--json] [--watch [--every TIME]]")
       .describe(
           "Counts the inputs that are done, have failed (by reason), are running, and are missing: not begun, given "
-          "back, or done with another configuration. Takes no lock and is in no runner's way.")
+          "back, or done with another configuration. Takes no lock and does not disturb runners.")
       .exitStatus(0, "all inputs are done")
-      .exitStatus(1, "none is left, and some have failed; or DIR is not the directory of a batch")
+      .exitStatus(1, "no input is left, and some have failed; or DIR is not the directory of a batch")
       .exitStatus(2, "wrong usage")
       .exitStatus(kUnfinished, "inputs are running or missing")
       .example("kolvex batch status results")
@@ -21,10 +21,10 @@ tool::Command statusCommand(StatusOptions& options) {
       .seeAlso("kolvex-batch-collect(1)")
       .argument("DIR", options.directory, "the directory of the batch", tool::Completes::directory)
       .flag("--json", options.isJson, "print a JSON object")
-      .flag("--watch", options.isWatched, "look again and again until no input is running or missing")
+      .flag("--watch", options.isWatched, "repeat until no input is running or missing")
       .option(
           "--every", "TIME", [&options](const std::string& text) { options.pause = tool::durationFrom(text); },
-          "with --watch: the time between two looks (default: 2s)");
+          "with --watch: the time between updates (default: 2s)");
   return command;
 }
 

@@ -1,4 +1,4 @@
-// What shells complete behind `kolvex import`: names of what the results on the line hold.
+// What shells complete after `kolvex import`: names of what the results on the line hold.
 #pragma once
 
 #include <string>

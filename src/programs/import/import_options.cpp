@@ -34,11 +34,10 @@ void addPage(tool::Command& command) {
       .describe(
           "Reads the results of a finite-element run and writes an output database that `kolvex quarnish` extracts "
           "from. "
-          "JOB is the result file or the name of the job; its format is recognised by what stands in it. Nothing is "
+          "JOB is the result file or the name of the job; its format is recognised by content. Nothing is "
           "written under the database's name before the database is complete.")
-      .exitStatus(0, "the database is written, or the list is printed; there may have been warnings")
-      .exitStatus(1,
-                  "a file cannot be read or written, or nothing of what is selected is there; no database is written")
+      .exitStatus(0, "the database is written or the list is printed, possibly with warnings")
+      .exitStatus(1, "a file cannot be read or written, or the selection is empty; no database is written")
       .exitStatus(2, "wrong usage")
       .example("kolvex import job")
       .example("kolvex import job.frd --list")
@@ -60,17 +59,17 @@ tool::Command importCommand(ImportOptions& options, const std::vector<KnownForma
               tool::Completes::file)
       .choice(
           "--format", "NAME", names, [&options](const std::string& name) { options.format = name; },
-          "the format of the results (default: by what stands in the file)")
+          "the format of the results (default: recognised by content)")
       .flag("--formats", options.isFormats, "list the formats and exit")
       .flag("--list", options.isList, "show what would be imported, and write nothing")
       .flag("--json", options.isJson, "with --list: as JSON")
       .option(
           "--field", "NAME", [&selection](const std::string& name) { selection.fields.push_back(name); },
-          "import this field only, in any case", tool::Completes::computed)
+          "import this field only (upper or lower case)", tool::Completes::computed)
       .repeated()
       .option(
           "--set", "NAME", [&selection](const std::string& name) { selection.sets.push_back(name); },
-          "import this set only, in any case", tool::Completes::computed)
+          "import this set only (upper or lower case)", tool::Completes::computed)
       .repeated()
       .option(
           "--step", "N", [&selection](const std::string& text) { takeSteps(selection, text); },

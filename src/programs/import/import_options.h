@@ -13,7 +13,7 @@ namespace importers {
 struct ImportOptions {
   std::string input;   // as given
   std::string output;  // empty: beside the results
-  std::string format;  // empty: by what stands in the file
+  std::string format;  // empty: recognised by content
   bool isStrict = false;
   bool withMass = true;
   bool compress = false;

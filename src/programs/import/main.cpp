@@ -1,6 +1,6 @@
 // `kolvex import`: reads the arguments, imports, says what came of it.
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 #include <chrono>
@@ -27,7 +27,7 @@ namespace {
 
 using importers::ImportOptions;
 
-// Nobody can be told that standard error takes nothing.
+// There is nowhere to report that standard error failed.
 void warn(const std::string& text) { std::fputs((text + "\n").c_str(), stderr); }
 
 void print(const std::string& text) { std::fputs(text.c_str(), stdout); }
@@ -43,7 +43,7 @@ void checkOutput(const std::vector<std::string>& inputs, const std::string& outp
   for (const std::string& input : inputs) {
     std::error_code ignored;
     if (std::filesystem::equivalent(input, output, ignored)) {
-      throw importers::ImportError(output, 0, "the database would replace what it is made of");
+      throw importers::ImportError(output, 0, "the database would replace its own source");
     }
   }
 }

@@ -1,4 +1,4 @@
-// Answers the shell for `kolvex quarnish`: that program has the arguments behind its name to itself, and the launcher
+// Answers the shell for `kolvex quarnish`: that program has the arguments after its name to itself, and the launcher
 // reads no databases.
 
 #include <exception>
@@ -15,7 +15,7 @@
 
 namespace {
 
-// The value of `option` among the words; empty where it is not there. Of several the last counts.
+// The value of `option` among the words; empty if it is not there. Of several the last counts.
 std::string valueOf(const std::string& option, const std::vector<std::string>& words) {
   std::string value;
   for (std::size_t i = 0; i + 1 < words.size(); ++i) {
@@ -40,7 +40,7 @@ std::vector<std::string> setsOnLine(const std::string&, const std::vector<std::s
 
 }  // namespace
 
-// Arguments are those behind the launcher's `--complete`.
+// Arguments are those after the launcher's `--complete`.
 int main(int argc, char** argv) {
   prepareProcess();
   const std::optional<tool::CompletionRequest> request = tool::completionRequestFrom({argv + 1, argv + argc});

@@ -152,7 +152,7 @@ bool readMode(const DatRow& row, std::size_t& at, DatValues& values) {
   return at > 0;
 }
 
-// The columns whose words stand in a heading, in the order in which they do.
+// The columns whose words occur in a heading, in the order of the heading.
 std::vector<std::size_t> columnsNamed(std::string_view words, std::string_view heading) {
   std::map<std::size_t, std::size_t> byPlace;
   for (std::size_t column = 0; !words.empty(); ++column) {

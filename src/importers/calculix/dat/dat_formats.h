@@ -1,4 +1,4 @@
-// The tables that the solver prints: what their rows hold, and under which names it is kept.
+// The tables that the solver prints: what their rows hold, and the names of the results.
 #pragma once
 
 #include <array>
@@ -38,20 +38,20 @@ enum class DatShape {
   scalar,
   vector,    // three components
   tensor,    // xx, yy, zz, xy, xz, yz
-  numbered,  // as many as there are, each for itself
-  named      // each for itself, under names of their own
+  numbered,  // any number of scalars
+  named      // each a scalar with its own name
 };
 
 // What a table begins besides its rows.
 enum class DatBegins { nothing, modes, bucklingModes };
 
-// What only few formats have.
+// Properties of only a few formats.
 struct DatTraits {
   bool isOfNodes = false;  // sums: over a set of nodes, not of elements
   bool isStress = false;   // tensors: has an equivalent stress
   // How many of the first columns a table may lack.
   std::size_t optionalColumns = 0;
-  // How the heading calls the columns, separated by "|", where tables have not always the same ones.
+  // The names of the columns in the heading, separated by "|", for tables whose columns vary.
   std::string_view words = {};
   DatBegins begins = DatBegins::nothing;
 };
@@ -62,9 +62,9 @@ struct DatFormat {
   DatShape shape = DatShape::scalar;
   std::string_view name;  // of the field, and of its outputs without their components
   std::string_view description;
-  // What a deck asks with for such tables, separated by blanks; empty where that is not of interest.
+  // The keys with which a deck requests such tables, separated by blanks; empty if irrelevant.
   std::string_view keys = {};
-  // DatShape::named: what the columns are called, separated by blanks; "-" for what is no result.
+  // DatShape::named: the names of the columns, separated by blanks; "-" for columns that are not results.
   std::string_view columns = {};
   DatTraits traits = {};
 
@@ -72,29 +72,30 @@ struct DatFormat {
   std::size_t labels() const;
   // How many numbers a row has, when it has all of them.
   std::size_t width() const;
-  // What a history of the i-th column of such rows is called: "U1", "S12", "NT", "SDV3"; empty for what is no result.
+  // The name of a history of the i-th column of such rows: "U1", "S12", "NT", "SDV3"; empty if the column is not a
+  // result.
   std::string outputName(std::size_t column) const;
   // Whether the rows are values at places of the mesh, which make a field.
   bool isOfMesh() const;
-  // Whether the table has no rows of its own.
+  // Whether the table never has rows.
   bool isMark() const;
-  // Whether a deck that asks with that key gets such tables; with TOTALS they are sums.
+  // Whether that key of a deck requests such tables; with TOTALS they are sums.
   bool isAskedBy(std::string_view key) const;
 };
 
-// The format of a table; one without a title for a table that is not known. Known ones that are not imported are
+// The format of a table; one without a title for an unknown table. Known tables that are not imported are
 // DatRows::ignored.
 const DatFormat& datFormatOf(const DatTable& table);
 
 // All formats, in the order of the solver's manual.
 std::span<const DatFormat> datFormats();
 
-// Which columns of the format the numbers of a row are, when it has so many of them; nothing where that cannot be
-// found out. `heading` is the text above the rows.
+// The columns of the format that the numbers of a row belong to, for a row of `numbers` numbers; nothing if that is
+// ambiguous. `heading` is the text above the rows.
 std::optional<std::vector<std::size_t>> datColumns(const DatFormat& format, std::string_view heading,
                                                    std::size_t numbers);
 
-// The words of a row taken apart.
+// A parsed row.
 struct DatValues {
   std::array<int, 2> labels{};  // of node; element, point; element; mode and nodal diameter
   std::vector<double> numbers;
@@ -102,10 +103,10 @@ struct DatValues {
   bool isLocal = false;      // in axes of the node or the element: the row ends in "L" or the name of an orientation
 };
 
-// Whether a row is no row of a place: sums under other rows, and the motions of knots.
+// Whether a row is a remark instead of a result: sums under other rows, and the motions of knots.
 bool isRemark(const DatRow& row);
 
-// Takes a row apart. False for one that is damaged.
+// Parses a row. False if it is damaged.
 bool readDatRow(const DatFormat& format, const DatRow& row, DatValues& values);
 
 }  // namespace importers::calculix

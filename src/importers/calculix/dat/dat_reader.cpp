@@ -23,7 +23,7 @@ bool isWordOfRow(std::string_view word) {
   return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// Numbers that are damaged or did not fit (stars) are no text either.
+// Damaged numbers and overflowed ones (stars) do not count as text either.
 bool isRow(std::string_view line) {
   const std::string_view word = firstWord(line);
   const std::size_t first = std::min(word.find_first_not_of("+-."), word.size() - 1);
@@ -63,7 +63,7 @@ std::string joined(std::string_view spaced) {
   return word;
 }
 
-// A title of spaced words, and the number behind them; false for any other line.
+// A title of spaced words, and the number after them; false for any other line.
 bool parseSpacedTitle(std::string_view line, DatTable& table) {
   std::string title;
   for (line = trimmed(line); !line.empty(); line = trimmed(line)) {

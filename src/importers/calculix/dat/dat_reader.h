@@ -11,7 +11,7 @@
 
 namespace importers::calculix {
 
-// What stands above the rows of a table.
+// The lines above the rows of a table.
 struct DatTable {
   // In lower case up to the first parenthesis, blanks squeezed: "stresses", "total force", "statistics". Titles that
   // are spaced out are joined: "eigenvalue output".
@@ -24,7 +24,7 @@ struct DatTable {
   std::int64_t line = 0;
 };
 
-// The words of a row. Good until the next call of the reader.
+// The words of a row. Valid until the next call of the reader.
 using DatRow = std::vector<std::string_view>;
 
 class DatReader {
@@ -32,14 +32,15 @@ class DatReader {
   // Throws ImportError when the file cannot be opened.
   explicit DatReader(const std::string& path) : lines_(path) {}
 
-  // The next table, behind all rows of the one before; nothing at the end of the file.
+  // The next table, after all rows of the one before; nothing at the end of the file.
   std::optional<DatTable> next();
-  // The next row of the table handed out last; false behind the last one. A last line without an end is no row.
+  // The next row of the table returned last; false after its last row. A last line without a line end does not count as
+  // a row.
   bool nextRow(DatRow& row);
   // The same as the whole line.
   bool nextRow(std::string_view& line);
 
-  // How far it has got, in bytes, and how many bytes the file has.
+  // The position in the file and its size, in bytes.
   std::uint64_t offset() const { return lines_.offset(); }
   std::uint64_t size() const { return lines_.size(); }
   // Of the line read last.
@@ -55,7 +56,7 @@ class DatReader {
 
   LineReader lines_;
   std::string_view line_;   // read last, not empty
-  bool isPending_ = false;  // whether that line is still to be handed out
+  bool isPending_ = false;  // whether that line has not been returned yet
   bool inHeadings_ = false;
   bool cutOff_ = false;
 };

@@ -148,7 +148,7 @@ class Matching {
     return trace();
   }
 
-  // The cheapest ways to the candidates of a time; those that none leads to are dropped.
+  // The cheapest ways to the candidates of a time; unreachable candidates are dropped.
   bool advance(std::size_t time) {
     const std::vector<Candidate>& before = candidates_[time - 1];
     std::vector<Candidate> reached;
@@ -158,7 +158,7 @@ class Matching {
     std::size_t last = 0;
     std::size_t next = 0;
     for (Candidate candidate : candidates_[time]) {
-      // All that lie before it, by their cost without what is left out behind them.
+      // All that lie before it, by their cost without what is left out after them.
       for (; next < before.size() && before[next].place < candidate.place; ++next) {
         const int cost = before[next].cost - kLeftOut * expected_[before[next].place];
         if (cost < least) first = next;
@@ -192,7 +192,7 @@ class Matching {
     const Rounded& a = times_[time - 1].time;
     const Rounded& b = times_[time].time;
     if (b.high < a.low && !isPeriodic(places_[place].step)) return std::nullopt;
-    // A step that nobody knows of is charged once.
+    // An unknown step is charged once.
     const int refund = places_[place].step < steps_.size() ? 0 : places_[place].cost;
     return Candidate{place, before[next].cost - refund, 0, 0};
   }

@@ -1,4 +1,4 @@
-// Which increments printed times belong to, where their digits alone do not say it.
+// Finds the increments that printed times belong to when their digits alone are ambiguous.
 //
 // Of a second step from 1 to 1.0001 in increments of 1e-5, printed with FREQUENCY=3, the status file and the tables say
 //
@@ -19,7 +19,7 @@ namespace importers::calculix {
 
 struct PrintedTime {
   Rounded time;
-  std::vector<bool> askedBy;  // for each of the steps whether it prints such tables; empty where nobody says
+  std::vector<bool> askedBy;  // for each step whether it prints such tables; empty if unknown
 };
 
 struct StepInTime {
@@ -30,13 +30,13 @@ struct StepInTime {
 struct TimeMatch {
   int step = 0;
   std::optional<std::size_t> increment;  // of RunStep::increments; nothing for one that is not among them
-  bool isCertain = true;                 // false where another increment or step fits as well
+  bool isCertain = true;                 // false if another increment or step fits as well
 };
 
 // Times and steps come in the order of the run; an increment has one time at most. Matched are times that agree within
-// their digits. Where they leave a choice, all increments after which results are written get a time, and no others; if
-// that cannot be, as few as possible differ. `mayGoOn` says that further steps may follow which nobody knows of: they
-// have the numbers behind the last one. Nothing where the times do not fit the steps.
+// their digits. If several matches are possible, exactly the increments after which results are written get a time, or
+// as nearly so as possible. With `mayGoOn` further, unknown steps may follow, numbered after the last one. Nothing if
+// the times do not fit the steps.
 std::optional<std::vector<TimeMatch>> matchTimes(const std::vector<PrintedTime>& times,
                                                  const std::vector<StepInTime>& steps, bool mayGoOn);
 

@@ -9,9 +9,9 @@ namespace {
 
 // Beside the costs of matching.
 constexpr int kNotWritten = 3;           // the other way round
-constexpr int kUnknown = 1;              // the increment is not known ...
+constexpr int kUnknownIncrement = 1;     // the increment is not known ...
 constexpr int kUnknownBesideFrames = 4;  // ... although the result file has some of its step
-constexpr int kNewStep = 6;              // nobody knows of the step
+constexpr int kNewStep = 6;              // the step is unknown
 
 constexpr double kForever = std::numeric_limits<double>::infinity();
 
@@ -23,7 +23,7 @@ std::vector<MatchPlace> matchPlaces(const std::vector<StepInTime>& steps, std::s
   for (std::size_t i = 0; i < steps.size(); ++i) {
     const RunStep& step = *steps[i].step;
     const std::vector<KnownIncrement>& known = step.increments;
-    const int unknown = step.hasFrames ? kUnknownBesideFrames : kUnknown;
+    const int unknown = step.hasFrames ? kUnknownBesideFrames : kUnknownIncrement;
     const double start = step.start.value_or(-kForever);
     for (std::size_t k = 0; k <= known.size(); ++k) {
       const bool isTail = k == known.size();

@@ -1,4 +1,4 @@
-// Where printed times can belong: at increments of the steps of a run, or between them where there can be others.
+// The candidates for printed times: increments of the steps of a run, or between them if there can be others.
 #pragma once
 
 #include <cstddef>
@@ -11,14 +11,14 @@
 namespace importers::calculix {
 
 struct MatchPlace {
-  std::size_t step = 0;                  // of the list, behind its end for steps that nobody knows of
+  std::size_t step = 0;                  // of the list; beyond its end for unknown steps
   std::optional<std::size_t> increment;  // nothing between two of them
   Rounded range;
   bool isExpected = false;
   int cost = 0;  // of putting a time there
 };
 
-// All places in the order of the run. Of steps that nobody knows of there are so many as `newSteps` says.
+// All places in the order of the run, with `newSteps` unknown steps at the end.
 std::vector<MatchPlace> matchPlaces(const std::vector<StepInTime>& steps, std::size_t newSteps);
 
 }  // namespace importers::calculix

@@ -10,9 +10,10 @@
 
 namespace importers::calculix {
 
-// Reads the tables of a run and gives each its place: the new frames become some of `frames`, which are settled then.
-// Tables of another run are left out, all of them. `problems` of the result tell what was left out or is in doubt.
-// `isComplete` says whether the result file is not cut off.
+// Reads the tables of a run and finds the step and frame of each. New frames are added to `frames`, which are then
+// settled. Tables of another run are left out, all of them; where only the status file is of another run, `frames` lose
+// its times. `problems` of the result list what was left out or is in doubt. `isComplete`: the result file is not
+// truncated.
 PrintedTables placePrintedTables(const std::string& path, const Deck& deck, bool isComplete, Frames& frames,
                                  const WarningSink& note);
 

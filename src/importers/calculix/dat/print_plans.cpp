@@ -6,7 +6,7 @@ namespace importers::calculix {
 
 namespace {
 
-// A set with a comma in its name is printed up to it; pairs of surfaces have a blank behind theirs.
+// A set with a comma in its name is printed up to it; pairs of surfaces have a blank after theirs.
 std::string printedName(const std::string& set) {
   const std::size_t comma = set.find(',');
   const bool isPair = comma != std::string::npos && set.substr(comma).starts_with(", ");

@@ -16,23 +16,23 @@ namespace importers::calculix {
 using TableKind = std::pair<std::string, std::string>;
 TableKind tableKindOf(const PrintedTable& table);
 
-// What steps ask for goes on in the next ones, so there are fewer plans than steps.
+// Requests stay in force in later steps, so there are fewer plans than steps.
 class PrintPlans {
  public:
   explicit PrintPlans(const RunSteps& steps);
 
-  // Those of the plans by which a kind of table can come once more when it has come so often in the same output. A kind
-  // that no plan has can come once by all of them.
+  // Those of `plans` in which a kind of table may occur once more after `count` occurrences in the same output. A kind
+  // that is in no plan may occur once in all of them.
   std::vector<int> thatPrint(const TableKind& kind, int count, const std::vector<int>& plans) const;
   // All plans; none without a deck.
   const std::vector<int>& all() const { return all_; }
-  // The plan of a step, -1 where it is not known.
+  // The plan of a step, -1 if unknown.
   int of(int step) const;
-  // How often a kind of table comes in one output of a step, at least once.
+  // How often a kind of table occurs in one output of a step, at least once.
   int timesIn(int step, const TableKind& kind) const;
 
   // What the n-th table (from 0) of forces on a surface holds in one output: "CFN" for the normal and "CFS" for the
-  // shear forces between surfaces, "" for all forces, a number where the plan does not have it. -1 is no plan.
+  // shear forces between surfaces, "" for all forces, a number where the plan does not have it. -1 means no plan.
   std::string partOfForces(int plan, const PrintedTable& table, int n) const;
 
  private:

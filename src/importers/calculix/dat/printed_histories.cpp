@@ -1,6 +1,6 @@
 #include "importers/calculix/dat/printed_histories.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -24,7 +24,7 @@ bool hasOnlyModes(const PrintedTable& table) {
 }
 
 // The set of the region under a name with which no record has the name of another one. The extraction puts the last
-// thing that a region has behind the name of an output: the node, the element, its point, the set.
+// thing that a region has after the name of an output: the node, the element, its point, the set.
 template <class Region>
 std::string freeSetName(const Region& region, std::set<std::string>& records) {
   const odbstore::HistoryRegionInfo& info = region.info;

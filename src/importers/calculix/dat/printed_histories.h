@@ -1,4 +1,4 @@
-// Collects the histories that printed tables make, until their steps are complete.
+// Collects histories from printed tables until their steps are complete.
 //
 // Of these tables of two sets that share the node 7, printed at the time 0.5 of a step,
 //
@@ -32,25 +32,25 @@
 namespace importers::calculix {
 
 // A region for every node, element or integration point of printed sets, for every set of which sums are printed, for
-// every surface with forces, and one for the whole model: modes, factors, energies of contact. A node or element that
-// several tables show has one region, which is called after the first of their sets. A sample is the value of the frame
-// (time in the step, frequency, factor), of tables of modes their number, and what was printed; an output has one
+// every surface with forces, and one for the whole model: modes, factors, energies of contact. A node or element in
+// several tables has one region, named after the first of their sets. A sample is a pair: the value of the frame (time
+// in the step, frequency, factor; for tables of modes the number of the mode) and the printed number. An output has one
 // sample for each frame.
 class PrintedHistories {
  public:
-  // Tables with more than `limit` rows at the mesh, in any frame, make no histories. A warning, with the line of the
-  // first one, names the set. `path` is that of the printed file.
+  // Tables with more than `limit` rows at the mesh, in any frame, make no histories; a warning with the line of the
+  // first one names the set. `path` is that of the printed file.
   PrintedHistories(const std::string& path, const PrintedTables& printed, std::size_t limit, const Deck& deck,
                    const WarningSink& warn);
 
   // Whether rows of the table make histories.
   bool takes(const PrintedTable& table) const;
-  // The rows that are added from now on are those of this table, which must be taken; `value` is that of its frame.
+  // Rows added from now on belong to this table, for which takes() must be true; `value` is that of its frame.
   void start(const PrintedTable& table, double value);
   void add(const DatValues& row);
 
-  // Hands over the histories of chosen steps; `steps` are their places in the outline, by number. The record of no two
-  // of them has the same name: the label of a set that would make it so gets "-SET".
+  // Delivers the histories of chosen steps; `steps` are their indices in the outline, by number. Record names are
+  // unique: the label of a set that would cause a duplicate gets "-SET".
   void deliver(const std::map<int, std::size_t>& steps, Sink& sink) const;
 
  private:
@@ -70,7 +70,7 @@ class PrintedHistories {
   struct Target {
     std::array<int, 2> labels{};
     bool isLocal = false;
-    std::vector<Output*> outputs;  // null for those that are no results
+    std::vector<Output*> outputs;  // null for numbers that are not results
   };
 
   std::string setName(const PrintedTable& table) const;

@@ -12,13 +12,12 @@ namespace importers::calculix {
 
 // The fields that the rows of a table make; none for tables of sums, sections and modes, and those that are left out.
 // Their columns are those of DatValues::numbers. Rows in axes of the node or the element make fields of their own,
-// which end in "_LOCAL". A name is never that of a field of the result file, which has other rows: values at
-// integration points end in "_IP" (unless `stressAt` says that those have the plain names), values at the nodes of a
-// set in
+// which end in "_LOCAL". Names differ from those of fields of the result file, which have other rows: values at
+// integration points end in "_IP" (unless `stressAt` gives them the plain names), values at the nodes of a set in
 // "_PRINT".
 std::vector<MappedField> mapTable(const PrintedTable& table, StressAt stressAt);
 
-// The name of the history output of a number of a row; empty for one that is no result.
+// The name of the history output of a number of a row; empty if it is not a result.
 std::string outputName(const PrintedTable& table, std::size_t number, const DatValues& row);
 
 }  // namespace importers::calculix

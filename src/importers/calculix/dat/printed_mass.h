@@ -9,10 +9,10 @@
 
 namespace importers::calculix {
 
-// Puts into `info`, which has what was computed of the mass, what the run has printed of it in a step, the last time if
-// it did so several times: sums over a set that has all elements of the deck. Decks with axisymmetric elements, point
-// masses or user elements keep what was computed, because the sums are not those of the model. Second moments ∫ρxx, ...
-// are turned into moments of inertia; computed ones of the same mass stay. What was not printed stays as it is.
+// Replaces computed mass properties in `info` by those that the run has printed in a step, the last ones if there are
+// several: sums over a set that has all elements of the deck. Decks with axisymmetric elements, point masses or user
+// elements keep what was computed, because the sums are not those of the model. Second moments ∫ρxx, ... are turned
+// into moments of inertia; computed ones of the same mass stay. What was not printed stays as it is.
 void takePrintedMass(std::span<const PrintedTable> tables, int step, const Deck& deck, odbstore::StepInfo& info);
 
 }  // namespace importers::calculix

@@ -13,7 +13,7 @@ namespace {
 
 // Forces between two surfaces are printed in up to three tables alike: all, normal and shear forces.
 constexpr int kTablesOfForces = 3;
-// The columns of modes: cycles per time come behind the eigenvalue and radians per time.
+// The columns of modes: cycles per time come after the eigenvalue and radians per time.
 constexpr std::size_t kFrequencyColumn = 2;
 constexpr std::size_t kFactorColumn = 0;
 
@@ -61,7 +61,7 @@ class OutputFinder {
     found_.outputs.emplace_back();
     output().kind = kind;
     output().step = kind == FrameKind::time ? 0 : step_;
-    output().behind = step_;
+    output().after = step_;
     output().line = table().head.line;
     sectionsBefore_.push_back(entered_.size());
     inOutput_.clear();
@@ -81,7 +81,7 @@ class OutputFinder {
     modes_.clear();
   }
 
-  // The next step that does that; where the deck is missing the next one that nothing is known of, or simply the next.
+  // The next step with that procedure; without a deck, the next step of unknown procedure, or simply the next one.
   int nextStepThat(Procedure procedure) {
     const int first = step_ + (hasTimes_ && !steps_.isWhole ? 2 : 1);
     for (auto step = steps_.steps.lower_bound(first); step != steps_.steps.end(); ++step) {
@@ -234,7 +234,7 @@ class OutputFinder {
       case FrameKind::bucklingMode:
         break;
     }
-    // All modes print the same, with the same time; what else comes belongs to the step behind.
+    // All modes print the same, with the same time; what else comes belongs to the step after.
     if (output().tables.empty() && mode_ == 1) modeTime_ = time;
     return count < mostOf(kind) && (mode_ == 1 ? time == modeTime_ : ofFirstMode_.contains(kind));
   }
@@ -276,7 +276,7 @@ class OutputFinder {
   bool isImaginary_ = false;
   std::size_t section_ = 0;  // the table whose forces come
 
-  int step_ = 0;                             // the last one that is known, which is none in time
+  int step_ = 0;                             // the last step that is known and not in time
   std::vector<int> entered_;                 // all of them
   std::vector<std::size_t> sectionsBefore_;  // how many were before each output
   bool hasTimes_ = false;                    // whether there have been times since

@@ -19,7 +19,7 @@
 //    2  time 1, displacements and forces   the same: displacements came again, so this is another increment
 //    3  mode 1 of the step of the modes
 //    4  mode 2 of the step of the modes
-//    5  time 2, displacements              behind the step of the modes
+//    5  time 2, displacements              after the step of the modes
 #pragma once
 
 #include <cstdint>
@@ -45,7 +45,7 @@ struct PrintedOutput {
 
   int step = 0;  // of all but times
   // Times are of a step between these two.
-  int behind = 0;
+  int after = 0;
   std::optional<int> before;
   std::vector<int> plans;  // times: by which such tables are printed
 };
@@ -55,14 +55,14 @@ struct PrintedOutputs {
   // Of each table, where it is known without a frame, as lists of modes are; else 0.
   std::vector<int> steps;
   std::vector<bool> areImaginary;
-  std::vector<std::string> parts;  // what tells a table from others of its kind in the output
+  std::vector<std::string> parts;  // what distinguishes a table from others of its kind in the output
   // The first table that no step of the run can have.
   std::optional<std::size_t> misfit;
 };
 
 // `tables` in file order. Tables of eigenvalues, buckling factors and factors of a steady state begin a step of their
 // kind, or its next mode, diameter or frequency. All others belong together until the time changes or a table comes
-// more often than any plan has it. Without plans a table may come again in other axes or with equal rows.
+// more often than in any plan. Without plans a table may be repeated in other axes or with equal rows.
 PrintedOutputs findOutputs(std::span<const PrintedTable> tables, const RunSteps& steps, const PrintPlans& plans);
 
 }  // namespace importers::calculix

@@ -1,6 +1,6 @@
 #include "importers/calculix/dat/printed_places.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <set>
@@ -23,7 +23,7 @@ class PlaceFinder {
     const PrintedOutputs found = findOutputs(tables_, steps_, plans_);
     if (found.misfit) {
       contradict(tables_[*found.misfit].head.line,
-                 fmt::format("no step of the run is left for {}", tables_[*found.misfit].head.title));
+                 fmt::format("the run has no further step for {}", tables_[*found.misfit].head.title));
     }
     for (std::size_t i = 0; i < tables_.size(); ++i) {
       places_.tables[i] = {found.steps[i], {}, found.areImaginary[i], found.parts[i]};
@@ -45,7 +45,7 @@ class PlaceFinder {
 
  private:
   static bool isTimeBeside(const PrintedOutput& output, const PrintedOutput& first) {
-    return output.kind == FrameKind::time && output.behind == first.behind && output.before == first.before;
+    return output.kind == FrameKind::time && output.after == first.after && output.before == first.before;
   }
 
   void contradict(std::int64_t line, std::string why) {
@@ -110,10 +110,10 @@ class PlaceFinder {
                                         output.mode, output.step, output.value, frame.value));
   }
 
-  // The steps in time between those that come before and behind the outputs.
+  // The steps in time between those that come before and after the outputs.
   std::vector<StepInTime> stepsFor(const PrintedOutput& first) const {
     std::vector<StepInTime> found;
-    for (auto step = steps_.steps.upper_bound(first.behind); step != steps_.steps.end(); ++step) {
+    for (auto step = steps_.steps.upper_bound(first.after); step != steps_.steps.end(); ++step) {
       if (first.before && step->first >= *first.before) break;
       if (step->second.isInTime()) found.push_back({step->first, &step->second});
     }
@@ -173,7 +173,7 @@ class PlaceFinder {
       }
     }
     if (lacking > 0) {
-      contradict(tables_.front().head.line, fmt::format("nothing is printed for any of {} frames", lacking));
+      contradict(tables_.front().head.line, fmt::format("none of {} frames has printed tables", lacking));
     }
   }
 
@@ -181,8 +181,8 @@ class PlaceFinder {
     if (inDoubt_) return;
     inDoubt_ = true;
     places_.problems.push_back(
-        {output.line, fmt::format("the printed times have too few digits to tell increments of step {} apart, and "
-                                  "nothing else does: tables may be at an increment beside theirs",
+        {output.line, fmt::format("the printed times have too few digits to distinguish increments of step {}, and "
+                                  "nothing else helps: tables may be assigned to a neighbouring increment",
                                   step)});
   }
 

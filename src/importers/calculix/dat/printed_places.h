@@ -34,23 +34,23 @@ namespace importers::calculix {
 
 struct TablePlace {
   int step = 0;                      // 0 for none
-  std::optional<FrameNumber> frame;  // of the result file, or behind its last one: the new frames
+  std::optional<FrameNumber> frame;  // of the result file, or after its last one: the new frames
   bool isImaginary = false;
   std::string part;  // see PrintedTable
 };
 
 struct PrintedPlaces {
   std::vector<TablePlace> tables;
-  std::vector<RunFrame> frames;  // that the result file lacks, numbered behind its own
+  std::vector<RunFrame> frames;  // that the result file lacks, numbered after its own
   std::vector<PrintedProblem> problems;
-  // Why the tables cannot be of this run; empty where they can.
+  // Why the tables cannot be of this run; empty if they can.
   std::string contradiction;
   std::int64_t contradictionLine = 0;
 };
 
 // `tables` are all of a file in its order, `steps` what is known of the run, `frames` those of the result file,
-// `isComplete` whether neither file is cut off. Decides by what it is given alone; see printed_outputs.h and
-// increment_matching.h for how.
+// `isComplete` whether neither file is truncated. A pure function; see printed_outputs.h and increment_matching.h for
+// how it decides.
 PrintedPlaces findPlaces(std::span<const PrintedTable> tables, const RunSteps& steps, const Frames& frames,
                          bool isComplete);
 

@@ -1,6 +1,6 @@
 #include "importers/calculix/dat/printed_tables.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -46,7 +46,7 @@ class PrintedTableReader {
 
  private:
   void noteUnknown(const DatTable& head) {
-    // Words between tables are no tables.
+    // Text between tables is not a table.
     DatRow row;
     if (!reader_.nextRow(row) || !noted_.insert(head.title).second) return;
     printed_.problems.push_back(

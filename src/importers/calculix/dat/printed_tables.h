@@ -31,15 +31,15 @@ struct PrintedTable {
   int step = 0;  // 0 for none
   std::optional<FrameNumber> frame;
   bool isImaginary = false;
-  // What tells it from others of its title and set: "CFN" for the normal forces between surfaces.
+  // What distinguishes it from others of its title and set: "CFN" for the normal forces between surfaces.
   std::string part;
 };
 
-// Something that the user should know of the file.
+// Something that the user should know about the file.
 struct PrintedProblem {
   std::int64_t line = 0;  // 0 for the whole file
   std::string text;
-  bool isLoss = true;  // whether something is left out or in doubt, which --strict takes for an error
+  bool isLoss = true;  // whether something is left out or in doubt, which is an error with --strict
 };
 
 struct PrintedTables {
@@ -50,11 +50,11 @@ struct PrintedTables {
   std::vector<PrintedProblem> problems;
 };
 
-// Reads the whole file, which need not exist. Tables that are not known, and those with rows that are not understood,
-// are left out, which `problems` tell. Throws ImportError for a file that cannot be read.
+// Reads the whole file, which need not exist. Unknown tables and tables with rows that are not understood are left out
+// and listed in `problems`. Throws ImportError if the file cannot be read.
 PrintedTables readPrintedTables(const std::string& path, const Deck& deck);
 
-// Tells the problems as warnings with their lines. With `isStrict` the first one that is a loss is an ImportError.
+// Reports the problems as warnings with their lines. With `isStrict` the first loss is an ImportError.
 void reportProblems(const PrintedTables& printed, const std::string& path, bool isStrict, const WarningSink& warn);
 
 }  // namespace importers::calculix

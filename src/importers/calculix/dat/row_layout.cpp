@@ -10,7 +10,7 @@ namespace {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-// What may stand where the learnt row has that character, behind another one.
+// The characters that may take the place of a character of the learnt row, given the one before.
 bool isAlike(char before, char known, char c) {
   if (isDigit(known)) return isDigit(c);
   if (before == 'E' && (known == '+' || known == '-')) return c == '+' || c == '-';

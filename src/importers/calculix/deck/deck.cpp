@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/deck.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <map>
@@ -59,7 +59,7 @@ class DeckReader {
  private:
   enum class Data { none, heading, stepTitle, nodes, elements, nodeSet, elementSet, section, surface, fileRequest };
 
-  // A keyword line that ends in a comma goes on in the next one.
+  // A keyword line that ends with a comma continues on the next line.
   static std::string joined(LineReader& lines, std::string_view line) {
     std::string whole(line);
     std::string_view more;
@@ -73,7 +73,7 @@ class DeckReader {
   void startKeyword(const std::string& line, LineReader& lines) {
     const Keyword keyword = parseKeyword(line);
     if (keyword.name == "INCLUDE") {
-      // What the file begins with goes on with what came before it.
+      // The beginning of the file continues what came before it.
       include(keyword, lines);
       return;
     }
@@ -212,7 +212,7 @@ class DeckReader {
     const DeckMesh& mesh = deck_.mesh;
     if (restart_.isKnown() && mesh.elementLabels.empty()) {
       warn_(base::warning(restart_,
-                          "the deck restarts an earlier run and has no mesh, so the sets of that run are not known"));
+                          "the deck restarts an earlier run and has no mesh, so the sets of that run are unknown"));
     }
     LabelBudget budget(bytesOfDeck_ + includes_.bytes());
     const auto labelsOf = [&](const std::vector<int>& all) { return MeshLabels(all, mesh.isWhole() && !all.empty()); };

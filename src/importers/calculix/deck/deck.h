@@ -27,14 +27,14 @@ struct DeckMesh {
   std::vector<std::size_t> firstNode;  // of each element its first place in elementNodes
   std::vector<int> nodeLabels;
   std::vector<elements::Vector3> coordinates;  // only with DeckDetail::mass
-  // "<file>:<line>" of what the deck does not show: an included file that is missing, the run that it restarts.
+  // "<file>:<line>" of the reason why the deck is incomplete: a missing included file, or the run that it restarts.
   SourcePlace placeOfMissing;
 
   bool isWhole() const { return !placeOfMissing.isKnown(); }
   std::span<const int> nodesOf(std::size_t element) const;
-  // Gives back what mass alone needs.
+  // Frees what only the mass needs.
   void dropCoordinates();
-  // Gives back the nodes of elements too, which the Expansion needs; elements keep their types.
+  // Also frees the nodes of elements, which the Expansion needs; elements keep their types.
   void dropNodes();
 };
 
@@ -49,13 +49,13 @@ struct Deck {
   // By canonical name, from *NSET, *ELSET, NSET= on *NODE, ELSET= on *ELEMENT and *SURFACE.
   std::map<std::string, DeckSet> nodeSets;
   std::map<std::string, DeckSet> elementSets;
-  // By the canonical name of a surface that of its sets.
+  // The canonical name of a surface's sets, by the canonical name of the surface.
   std::map<std::string, std::string> setsOfSurfaces;
   // All of the sets in the order of their first mention; of a surface the elements before the nodes. Pointers into the
   // maps.
   std::vector<const DeckSet*> setsInOrder() const;
-  // The set or the surface that the solver prints (.dat) under a name, which is in capitals, without blanks and cut off
-  // at a comma; null where there is none. A set of that kind comes before one of the other.
+  // The set or the surface that the solver prints (.dat) under a name, which is in capitals, without blanks and cut at
+  // a comma; null if there is none. A set of that kind comes before one of the other.
   const DeckSet* setPrintedAs(std::string_view name, odbstore::SetKind kind) const;
   const DeckSet* surfacePrintedAs(std::string_view name) const;
   DeckMesh mesh;
@@ -64,7 +64,7 @@ struct Deck {
   std::vector<DeckNodalThickness> nodalThicknesses;
   std::vector<std::string> stepTitles;  // of each step its first line of text, or empty
   DeckSteps steps;                      // what each calculates, when it writes, and what it prints
-  // The step that first asks for SECTION FORCES, 0 where none does. From there on the solver writes them instead of
+  // The step that first asks for SECTION FORCES, 0 if none does. From there on the solver writes them instead of
   // stresses, even if a later step asks for stresses again.
   int sectionForcesFrom = 0;
   DeckLocalAxes localAxes;
@@ -79,9 +79,9 @@ struct DeckOptions {
   bool isStrict = false;  // whether an included file that is missing is an error, else a warning
 };
 
-// Reads the deck and the files that it includes, which are looked for where DeckIncludes says. A number that is none, a
-// set without a name, a file that includes itself and more than LabelBudget and DeckIncludes allow are an ImportError;
-// a set that takes in an unknown one or labels that the mesh does not have is a warning. All name file and line.
+// Reads the deck and the files that it includes, which are searched for as DeckIncludes says. A malformed number, a set
+// without a name, a file that includes itself and more than LabelBudget and DeckIncludes allow are an ImportError; a
+// set that takes in an unknown one or labels that the mesh does not have is a warning. All name file and line.
 Deck readDeck(const std::string& path, const WarningSink& warn, const DeckOptions& options = {});
 
 }  // namespace importers::calculix

@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/deck_includes.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <vector>
 
@@ -14,7 +14,7 @@ constexpr std::size_t kDeepest = 32;
 constexpr std::size_t kMostFiles = 1000;
 constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 30;
 
-// What tells files apart whatever they are called; their name where it cannot be found out.
+// Identifies a file whatever its name; its name if it cannot be examined.
 std::string identityOf(const std::filesystem::path& path) {
   std::error_code failed;
   const std::filesystem::path canonical = std::filesystem::weakly_canonical(path, failed);
@@ -54,7 +54,7 @@ std::optional<std::string> DeckIncludes::find(const std::string& name, const Lin
 }
 
 void DeckIncludes::enter(const std::string& path, const std::string& name, const LineReader& line) {
-  if (open_.size() > kDeepest) line.fail("files include each other too deep");
+  if (open_.size() > kDeepest) line.fail("files include each other too deeply");
   if (!open_.insert(identityOf(path)).second) line.fail(fmt::format("{} includes itself", storableText(name)));
   bytes_ += sizeOf(path);
   if (++files_ > kMostFiles) line.fail(fmt::format("the deck includes more than {} files", kMostFiles));

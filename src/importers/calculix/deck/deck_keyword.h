@@ -1,4 +1,4 @@
-// The lines of a CalculiX deck, taken apart.
+// Parses the lines of a CalculiX deck.
 #pragma once
 
 #include <map>

@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/deck_labels.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

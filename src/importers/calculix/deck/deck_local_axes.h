@@ -28,7 +28,7 @@ struct DeckLocalAxes {
   bool has(int step, const std::string& key) const;
 };
 
-// Collects what a deck says of them while it is read.
+// Collects them while a deck is read.
 class DeckLocalAxesReader {
  public:
   // Takes any keyword; the data lines of *NODE FILE and *EL FILE (or OUTPUT) under it are its own if it returns true.
@@ -42,7 +42,7 @@ class DeckLocalAxesReader {
  private:
   using LocalByKey = std::map<std::string, bool>;
 
-  // Requests for nodes and those for elements replace each other apart.
+  // Requests for nodes replace only those for nodes, likewise for elements.
   struct Requests {
     LocalByKey keys;
     bool isNewInStep = true;

@@ -11,7 +11,7 @@
 
 namespace importers::calculix {
 
-// Writes into the mesh of a deck. Numbers that are none are an ImportError.
+// Fills the mesh of a deck. Malformed numbers are an ImportError.
 class DeckMeshReader {
  public:
   // Whether coordinates of nodes are kept, beside their labels.
@@ -24,7 +24,7 @@ class DeckMeshReader {
 
   // The label of the node on a data line of *NODE.
   int takeNode(std::string_view line, const LineReader& lines);
-  // The label of the element that a data line of *ELEMENT begins, nothing for one that goes on with the one before.
+  // The label of the element that a data line of *ELEMENT begins; nothing for a continuation line.
   std::optional<int> takeElement(std::string_view line, const LineReader& lines);
 
  private:

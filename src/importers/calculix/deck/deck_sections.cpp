@@ -10,7 +10,7 @@ namespace importers::calculix {
 
 namespace {
 
-// The number in the i-th item of a line, nothing where the line ends before or the item is empty.
+// The number in the i-th item of a line, nothing if the line ends before or the item is empty.
 std::optional<double> numberAt(std::string_view line, std::size_t i, const LineReader& lines) {
   const std::vector<std::string_view> items = dataItems(line);
   if (i >= items.size() || items[i].empty()) return std::nullopt;
@@ -22,7 +22,7 @@ double parameterNumber(const Keyword& keyword, const std::string& name, const Li
   return text ? realFrom(*text, lines) : 0.0;
 }
 
-std::string profileOf(const Keyword& keyword) {
+std::string profileName(const Keyword& keyword) {
   const std::string given = upperCased(keyword.value("SECTION").value_or(""));
   for (const std::string name : {"RECT", "CIRC", "PIPE", "BOX", "GENERAL"}) {
     if (given.starts_with(name)) return name;
@@ -78,7 +78,7 @@ bool DeckSections::startSection(const Keyword& keyword, SectionKind kind, const 
   }
   if (kind == SectionKind::beam) {
     data_ = Data::beam;
-    section.profile = profileOf(keyword);
+    section.profile = profileName(keyword);
     if (withNumbers_) {
       section.offset = {parameterNumber(keyword, "OFFSET1", lines), parameterNumber(keyword, "OFFSET2", lines)};
     }

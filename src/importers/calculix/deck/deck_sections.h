@@ -1,4 +1,4 @@
-// Materials and sections of a deck, as far as they decide about mass, layers and axes.
+// Materials and sections of a deck, as far as mass, layers and axes depend on them.
 #pragma once
 
 #include <array>
@@ -18,7 +18,7 @@ namespace importers::calculix {
 struct DeckMaterial {
   std::string name;               // as the deck spells it
   std::optional<double> density;  // the first one
-  // Where the second one stands, of a density that depends on temperature.
+  // The place of the second density of a material whose density depends on temperature.
   SourcePlace placeOfSecondDensity;
 };
 
@@ -48,7 +48,7 @@ struct DeckSection {
   std::string profile;
   std::vector<double> dimensions;
   elements::Vector3 direction = {0, 0, -1};
-  // Whether thicknesses stand under *NODAL THICKNESS.
+  // Whether thicknesses are given under *NODAL THICKNESS.
   bool hasNodalThickness = false;
 };
 
@@ -65,9 +65,9 @@ class DeckSections {
   explicit DeckSections(bool withNumbers) : withNumbers_(withNumbers) {}
 
   // Takes a keyword that is one of these. False for any other, which has no data here. A material or section without a
-  // name is passed over: the solver does not run on it.
+  // name is ignored: the solver would not run such a deck.
   bool start(const Keyword& keyword, const LineReader& lines);
-  // A data line under such a keyword. A number that is none is an ImportError.
+  // A data line under such a keyword. A malformed number is an ImportError.
   void takeData(std::string_view line, const LineReader& lines);
 
   // By canonical name.

@@ -32,9 +32,9 @@ struct DeckSet {
 
   bool isOfSurface() const { return origin != DeckSetOrigin::lists; }
 
-  // Where it is not known yet.
+  // Of sets that are not known yet.
   void addName(const std::string& name);
-  // Brings the labels in order.
+  // Sorts the labels.
   void finish();
 };
 

@@ -21,7 +21,7 @@ struct StoredSet {
 // Each of the sets under each of its names, in their order, with names by uniqueSetNames().
 std::vector<StoredSet> storedSets(const std::vector<const DeckSet*>& sets);
 
-// What sets and surfaces that the solver prints (.dat) are called in the database.
+// The names in the database of sets and surfaces that the solver prints (.dat).
 class PrintedSetNames {
  public:
   // The deck must live as long.

@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/deck_sets.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <functional>

@@ -14,7 +14,7 @@
 
 namespace importers::calculix {
 
-// What lines list becomes labels when all of the deck is read, because sets may come before the mesh.
+// Lists become labels when the whole deck has been read, because sets may come before the mesh.
 class DeckSets {
  public:
   // `order` counts all sets of the deck and must live as long.
@@ -26,10 +26,10 @@ class DeckSets {
   void addLabel(DeckSet& set, int label);
 
   // Adds what a data line of labels and names of sets lists: of another set those members that it has so far. A name
-  // that no set has yet is a warning, text that looks like a number and is none an ImportError.
+  // that no set has yet is a warning, a malformed number an ImportError.
   void addMembers(DeckSet& set, std::string_view line, const LineReader& lines, const WarningSink& warn);
 
-  // Adds what a data line of a GENERATE list means: first, last, increment. The last two may be missing.
+  // Adds a data line of a GENERATE list: first, last, increment. The last two may be missing.
   void addRange(DeckSet& set, std::string_view line, const LineReader& lines);
 
   // All sets by canonical name, their labels in order. Labels that the mesh does not have are left out, with a warning
@@ -65,10 +65,10 @@ class DeckSets {
   std::size_t taken_ = 0;  // of labels_, in finish()
 };
 
-// A label out of a data line; an ImportError if it is none.
+// A label from a data line; throws ImportError for anything else.
 int labelFrom(std::string_view item, const LineReader& lines);
 
-// A number out of a data line, its exponent written with E or D; an ImportError if it is none.
+// A number from a data line, with an exponent written with E or D; throws ImportError for anything else.
 double realFrom(std::string_view item, const LineReader& lines);
 
 }  // namespace importers::calculix

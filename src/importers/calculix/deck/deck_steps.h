@@ -1,4 +1,4 @@
-// What the steps of a CalculiX deck say of their times, of when they write results, and of what they print.
+// The steps of a CalculiX deck: their times, when they write results, and what they print.
 #pragma once
 
 #include <compare>
@@ -28,8 +28,8 @@ struct PrintRequest {
   auto operator<=>(const PrintRequest&) const = default;
 };
 
-// A step has what the ones before it have asked for until it asks anew, as in the solver: the first request of a kind
-// in a step takes the place of all earlier ones of that kind.
+// As in the solver, requests stay in force in later steps: the first request of a kind in a step replaces all earlier
+// ones of that kind.
 struct DeckStep {
   Procedure procedure = Procedure::time;
   // Results are written after every n-th increment and after the last one. All requests of a step, for printing and for
@@ -39,21 +39,21 @@ struct DeckStep {
   std::vector<double> timePoints;
   bool timePointsAreTotal = false;  // from the start of the run, not of the step
 
-  std::optional<double> period = 0;  // how long it goes in total time; nothing where the deck does not say
+  std::optional<double> period = 0;  // how long it goes in total time; nothing if the deck does not say
   std::optional<double> startsAt;    // the total time that the step sets, with TIME RESET 0
   bool isPeriodic = false;           // in time, but within periods of a steady state, which take no total time
   bool isFluid = false;              // prints at times of its own, which the status file does not know
   bool isUncoupled = false;          // temperatures and displacements in turn: each has a line in the status file
-  double lastFrequency = 0.0;        // of a steady state: the end of its range, 0 where the deck does not say
+  double lastFrequency = 0.0;        // of a steady state: the end of its range, 0 if the deck does not say
   std::pair<int, int> diameters;     // of the modes of a cyclic model, first and last
   bool isCyclic = false;             // whether it names nodal diameters
   std::vector<PrintRequest> prints;  // in the order in which they are printed
-  bool knowsPrints = true;           // false where a restart takes over requests that the deck does not show
+  bool knowsPrints = true;           // false if a restart takes over requests that the deck does not show
 };
 
 struct DeckSteps {
   std::vector<DeckStep> steps;
-  // A deck that goes on with an earlier run counts its steps from there. Nothing: the deck does not say from where.
+  // A deck that restarts an earlier run continues its step numbers. Nothing: the deck does not say where it starts.
   std::optional<int> stepsBefore = 0;
   bool removesElements = false;  // *MODEL CHANGE
 
@@ -61,12 +61,12 @@ struct DeckSteps {
   const DeckStep* find(int step) const;
 };
 
-// Collects the steps of a deck while it is read. Every keyword and every line of data is to be shown.
+// Collects the steps of a deck while it is read. Must be given every keyword and every data line.
 class DeckStepReader {
  public:
   void start(const Keyword& keyword);
   void takeData(std::string_view line);
-  // To be called once, behind the last line.
+  // Call once, after the last line.
   DeckSteps finish();
 
  private:

@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/deck_surfaces.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <map>
 #include <optional>
@@ -20,7 +20,7 @@ namespace {
 using odbstore::SetKind;
 using Sets = std::map<std::string, DeckSet>;
 
-// What a face takes in memory: up to eight nodes and what tells the face itself.
+// The memory of a face: up to eight nodes and the face itself.
 constexpr std::size_t kLabelsOfFace = 10;
 
 // The sets that surfaces make, until all of them are made: surfaces take in sets of the deck, not those of surfaces.
@@ -66,7 +66,7 @@ class FaceNodes {
  public:
   explicit FaceNodes(const DeckMesh& mesh) : mesh_(mesh), elements_(mesh.elementLabels), kinds_(kindsOfTypes(mesh)) {}
 
-  // Adds those of one face of all the elements to a set; false where an element has no such face. Elements that are not
+  // Adds those of one face of all the elements to a set; false if an element has no such face. Elements that are not
   // there have none.
   bool collect(const std::vector<int>& elements, const std::string& face, DeckSet& set) const {
     bool isKnown = true;

@@ -25,8 +25,8 @@ class DeckSurfaces {
   void takeData(std::string_view line, const LineReader& lines);
 
   // Gives the deck, whose sets and mesh are complete, a set for every surface: of nodes a node set; of elements a set
-  // of them and one of the nodes of their faces. They are called like the surface, with kSurfaceSuffix where the deck
-  // has a set of that name. A set or a face that is not known is a warning.
+  // of them and one of the nodes of their faces. They have the name of the surface, with kSurfaceSuffix if the deck has
+  // a set of that name. An unknown set or face is a warning.
   void addSets(Deck& deck, LabelBudget& budget, const WarningSink& warn) const;
 
  private:

@@ -8,7 +8,7 @@
 
 namespace importers::calculix {
 
-// What an element is made of: this decides how its section gives it mass.
+// The body of an element, which decides how its section gives it mass.
 enum class Family {
   unknown,  // also elements of the user
   massless,
@@ -24,7 +24,7 @@ enum class Family {
 
 struct ElementKind {
   Family family = Family::unknown;
-  int nodes = 0;                         // 0 where that is not known
+  int nodes = 0;                         // 0 if that is not known
   std::optional<elements::Shape> shape;  // where it has one: not of points, springs and their like
 
   // Whether the element has stresses of its own. Springs, dashpots, gaps, couplings and points have none: what the

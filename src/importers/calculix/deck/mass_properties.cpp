@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/mass_properties.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -82,13 +82,14 @@ class MassOfDeck {
     if (labels.size() < count) throw UnknownMass{{}, fmt::format("the element {} has too few nodes", label)};
     for (std::size_t k = 0; k < count; ++k) {
       const int place = nodes_.placeOf(labels[k]);
-      if (place < 0) throw UnknownMass{{}, fmt::format("the node {} of the element {} is not there", labels[k], label)};
+      if (place < 0)
+        throw UnknownMass{{}, fmt::format("the node {} of the element {} does not exist", labels[k], label)};
       corners_[k] = deck_.mesh.coordinates[static_cast<std::size_t>(place)];
     }
     return std::span(corners_).first(count);
   }
 
-  // Of the nodes of an element; empty where they are all those of its section.
+  // Of the nodes of an element; empty if they are all those of its section.
   std::span<const std::array<double, 2>> thicknessesOf(std::size_t element, const DeckSection& section) {
     if (!section.hasNodalThickness) return {};
     const auto labels = deck_.mesh.nodesOf(element).first(static_cast<std::size_t>(kindOf(element).nodes));

@@ -1,6 +1,6 @@
 #include "importers/calculix/deck/section_masses.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <optional>
 #include <utility>
@@ -65,7 +65,7 @@ double SectionMasses::densityOf(const std::string& material, const DeckSection& 
   const SourcePlace& second = known->second.placeOfSecondDensity;
   if (second.isKnown() && warnedOf_.insert(material).second) {
     warn_(base::warning(second,
-                        fmt::format("the density of {} depends on temperature; masses are made with the first one",
+                        fmt::format("the density of {} depends on temperature; masses are computed with the first one",
                                     known->second.name)));
   }
   return *known->second.density;

@@ -1,4 +1,4 @@
-// What the sections of a deck give to each of their elements.
+// The mass data that the sections of a deck give their elements.
 #pragma once
 
 #include <array>
@@ -14,7 +14,7 @@
 
 namespace importers::calculix {
 
-// Why the mass of a deck cannot be told, and where in the deck that is to be seen; the place need not be known.
+// Why the mass of a deck is unknown, and the place in the deck, if known.
 struct UnknownMass {
   SourcePlace place;
   std::string reason;
@@ -33,10 +33,10 @@ class SectionMasses {
   SectionMasses(const Deck& deck, const WarningSink& warn);
 
   // Of the section at a place in the deck, found once. Throws UnknownMass for a section without a density or thickness
-  // and for a profile that is not known. A density that depends on temperature is a warning, once.
+  // and for an unknown profile. A density that depends on temperature is a warning, once.
   const SectionMass& of(std::size_t section);
 
-  // Two thicknesses of a node out of *NODAL THICKNESS. Throws UnknownMass where the deck gives none.
+  // Two thicknesses of a node from *NODAL THICKNESS. Throws UnknownMass if the deck gives none.
   const std::array<double, 2>& thicknessAt(int node, const DeckSection& section);
 
  private:
@@ -51,7 +51,7 @@ class SectionMasses {
   std::map<int, std::array<double, 2>> nodalThicknesses_;  // once they are asked for
 };
 
-// Ends with an UnknownMass for that section.
+// Throws UnknownMass for that section.
 [[noreturn]] void failFor(const DeckSection& section, const std::string& reason);
 
 }  // namespace importers::calculix

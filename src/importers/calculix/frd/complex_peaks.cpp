@@ -6,10 +6,8 @@ namespace importers::calculix {
 
 namespace {
 
-constexpr std::string_view kImaginaryEnding = "_IM";
 // An estimate of the error of the mesh has no phase.
 constexpr std::string_view kEstimate = "S_ERROR";
-constexpr std::size_t kTensorComponents = 6;
 
 double dot(const float* a, const float* b, std::size_t components) {
   double sum = 0.0;

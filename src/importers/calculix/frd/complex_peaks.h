@@ -24,8 +24,7 @@ struct PeakField {
   std::vector<int> columns;  // of both blocks
 };
 
-// What is made of a field that has an imaginary part; nothing for one that is an imaginary part itself,
-// and for estimates of errors.
+// The peak field of a field with an imaginary part; nothing for an imaginary part itself and for error estimates.
 std::optional<PeakField> peakOf(const MappedField& real);
 
 // One number a row. `real` and `imaginary` are [rows, components]: one component for an amplitude, any number for a

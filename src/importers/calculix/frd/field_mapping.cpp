@@ -14,7 +14,6 @@ constexpr int kScalar = 2;
 constexpr int kVector = 3;
 constexpr int kFullTensor = 5;
 constexpr std::size_t kVectorComponents = 3;
-constexpr std::size_t kTensorComponents = 6;
 
 // Codes of the invariants that make sense for a field.
 const std::vector<int> kMagnitude = {8};
@@ -45,7 +44,6 @@ constexpr std::array kKnownBlocks = {
     KnownBlock{"ERROR", "S_ERROR", "Estimated relative error of the stress, percent"},
 };
 
-constexpr std::string_view kImaginaryEnding = "_IM";
 constexpr std::string_view kImaginaryDescription = ", imaginary part";
 
 struct BlockName {

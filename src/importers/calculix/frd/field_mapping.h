@@ -1,13 +1,21 @@
 // Which fields of the database a result block becomes.
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "importers/calculix/frd/frd_reader.h"
 #include "odbstore/schema.h"
 
 namespace importers::calculix {
+
+// The suffix of the names of imaginary parts.
+inline constexpr std::string_view kImaginaryEnding = "_IM";
+
+// A symmetric tensor in three dimensions: 11, 22, 33, 12, 13, 23.
+inline constexpr std::size_t kTensorComponents = 6;
 
 // One field made of columns of a result block.
 struct MappedField {
@@ -30,15 +38,15 @@ MappedField vectorField(const std::string& name, const std::string& description,
 MappedField tensorField(const std::string& name, const std::string& description, bool isStress,
                         std::vector<int> columns);
 
-// What the block of stresses holds: the file does not tell, the deck does.
+// What the block of stresses holds: only the deck knows.
 enum class StressContent { stress, sectionForces };
 
-// Known blocks under the names that users of field outputs know, all others under their own. What a block holds is told
-// by its components: six named ..XX, ..YY, ..ZZ, ..XY, ..YZ, ..ZX are a tensor; three named ..1, ..2, ..3 that the file
-// declares as a vector are one, and more may follow. All else becomes one scalar per component, "<block>_<component>",
-// or "<block>" when there is one component. Imaginary parts end in "_IM". No two fields of a block have the same name.
-// Section forces are two vectors in the axes of the beam: SF with shear along 1, shear along 2 and the normal force, SM
-// with bending about 1, bending about 2 and the torque.
+// Known blocks get the names that users of field outputs know, all others their own. The components say what a block
+// holds: six named ..XX, ..YY, ..ZZ, ..XY, ..YZ, ..ZX are a tensor; three named ..1, ..2, ..3 that the file declares as
+// a vector are one, and more may follow. All else becomes one scalar per component, "<block>_<component>", or "<block>"
+// if there is only one component. Imaginary parts end in "_IM". Field names of a block are unique. Section forces are
+// two vectors in the axes of the beam: SF with shear along 1, shear along 2 and the normal force, SM with bending about
+// 1, bending about 2 and the torque.
 std::vector<MappedField> mapResult(const FrdResult& result, StressContent content = StressContent::stress,
                                    StressAt stressAt = StressAt::nodes);
 

@@ -1,6 +1,6 @@
 #include "importers/calculix/frd/frd_binary.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -107,7 +107,7 @@ void readBinaryElements(FrdLines& lines, std::size_t count, FrdElements& element
   ElementGatherer gatherer(lines, elements);
   std::vector<int> nodes;
   for (std::size_t i = 0; i < count || !isBlockStart(lines.reader().peekAt(0, kKeyLength)); ++i) {
-    // Behind the last element of a file that is cut off there is nothing to tell whether there would be more.
+    // After the last element of a truncated file it is unknown whether there were more.
     if (i >= count && lines.reader().bytesLeft() < kKeyLength) return;
     std::array<std::int32_t, 4> head{};
     lines.requireBytes(head.data(), sizeof(head));

@@ -9,13 +9,13 @@
 
 namespace importers::calculix {
 
-// Each reads what follows the header of its block, of as many records as `count`.
+// Each reads the `count` records after the header of its block.
 
 // A record is the label and three doubles.
 void readBinaryNodes(FrdLines& lines, std::size_t count, FrdNodes& nodes);
 
-// A record is label, type code, group, material and the nodes. Elements go on behind the last one announced as long as
-// no text follows: layered shells are several, announced as one.
+// A record is label, type code, group, material and the nodes. More elements than announced follow until text begins: a
+// layered shell is several elements, announced as one.
 void readBinaryElements(FrdLines& lines, std::size_t count, FrdElements& elements);
 
 // A record is the label and the numbers, floats or doubles by the result's format; doubles are rounded to floats. A

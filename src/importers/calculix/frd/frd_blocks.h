@@ -64,7 +64,7 @@ struct FrdResult {
   bool isPeriodic = false;           // the value is a time within a period of a steady state
   std::int64_t line = 0;             // of its header
   RowFormat format = RowFormat::text;
-  std::size_t rows = 0;                // also of those that were passed over
+  std::size_t rows = 0;                // also counts skipped ones
   base::UnfilledVector<int> labels;    // of nodes
   base::UnfilledVector<float> values;  // [labels, components]
 };

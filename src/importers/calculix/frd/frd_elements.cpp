@@ -1,6 +1,6 @@
 #include "importers/calculix/frd/frd_elements.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace importers::calculix {
 

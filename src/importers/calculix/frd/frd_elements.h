@@ -14,9 +14,9 @@ class ElementGatherer {
  public:
   ElementGatherer(const FrdLines& lines, FrdElements& elements) : lines_(lines), elements_(elements) {}
 
-  // How many nodes an element of that code has; a code that is none is an ImportError.
+  // How many nodes an element of that code has; an unknown code is an ImportError.
   std::size_t nodesOf(int code) const;
-  // `nodes` are as many as nodesOf(code), in the order of the file.
+  // `nodes` are as many as nodesOf(code), in file order.
   void add(int label, int code, std::span<const int> nodes);
 
  private:

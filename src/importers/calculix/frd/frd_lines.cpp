@@ -1,6 +1,6 @@
 #include "importers/calculix/frd/frd_lines.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "importers/input/diagnostics.h"
 #include "importers/input/fixed_columns.h"
@@ -16,7 +16,7 @@ std::string_view FrdLines::require() {
 
 std::string_view FrdLines::requireKey(std::string_view key, const char* what) {
   const std::string_view line = require();
-  if (!line.starts_with(key)) fail(fmt::format("{} was expected here (\"{}\")", what, key));
+  if (!line.starts_with(key)) fail(fmt::format("expected {} here (\"{}\")", what, key));
   return line;
 }
 

@@ -1,4 +1,4 @@
-// The lines and bytes of a CalculiX result file that is expected to go on.
+// Reads lines and bytes that a CalculiX result file must still have.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 
 namespace importers::calculix {
 
-// What all readers of blocks share. Whatever finds the file at its end throws CutOff, whatever finds it damaged throws
-// ImportError with the line, and with the byte where there is anything but text before it.
+// What all readers of blocks share. At an unexpected end of file they throw CutOff, for a damaged file ImportError with
+// the line, and with the byte where there is anything but text before it.
 class FrdLines {
  public:
   struct CutOff {};
@@ -24,9 +24,9 @@ class FrdLines {
   const std::string& path() const { return reader_.path(); }
   [[noreturn]] void fail(const std::string& reason) const { reader_.fail(reason); }
 
-  // The next line, good until the next call.
+  // The next line, valid until the next call.
   std::string_view require();
-  // The next line, which must start with `key`; `what` says what that would be.
+  // The next line, which must start with `key`; `what` describes it in messages.
   std::string_view requireKey(std::string_view key, const char* what);
   // The next `size` bytes.
   void requireBytes(void* to, std::size_t size);
@@ -56,10 +56,10 @@ inline constexpr std::string_view kEndOfRows = " -3";
 // Counts in headers are trusted no further than this before the rows themselves have been seen.
 inline constexpr std::size_t kLargestReserve = 1U << 20;
 
-// What a binary block is followed by is known by this many characters.
+// This many characters identify what follows a binary block.
 inline constexpr std::size_t kKeyLength = 6;
 
-// Whether a record of text starts here that begins a block, a frame or the end of the file.
+// Whether a text record that begins a block, a frame or the end of the file starts here.
 bool isBlockStart(std::string_view text);
 
 }  // namespace importers::calculix

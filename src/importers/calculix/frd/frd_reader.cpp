@@ -1,6 +1,6 @@
 #include "importers/calculix/frd/frd_reader.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -14,7 +14,7 @@ namespace importers::calculix {
 
 namespace {
 
-// The keys of heading records that are no title.
+// The keys of heading records other than the title.
 bool isRunRecord(std::string_view text) {
   constexpr std::array keys = {"USER", "DATE", "TIME", "HOST", "PGM", "VERSION", "COMPILETIME", "DIR", "DBN", "MAT"};
   return std::any_of(keys.begin(), keys.end(), [&](std::string_view key) { return text.starts_with(key); });
@@ -84,7 +84,7 @@ std::optional<FrdBlock> FrdReader::nextBlock(const ResultFilter& isWanted) {
     if (line.starts_with("    2C")) return readNodes(line);
     if (line.starts_with("    3C")) return readElements(line);
     if (line.starts_with("  100C")) return readResult(line, isWanted);
-    if (!line.starts_with("    1")) lines_.fail("no block of a result file starts like this");
+    if (!line.starts_with("    1")) lines_.fail("this is not the start of a result block");
     takeFrameLine(line);
   }
 }
@@ -116,7 +116,7 @@ RowFormat FrdReader::formatOf(std::string_view header) const {
 }
 
 std::size_t FrdReader::requireBinaryCount(std::optional<std::size_t> announced) const {
-  // Without its end a block is read as one that is cut off; a file that goes on has to say where the block ends.
+  // A block without an end counts as truncated; if the file continues, the end of the block must be marked.
   if (!announced) lines_.fail("the block is binary, and its count is missing");
   if (!lines_.reader().isTerminated()) throw FrdLines::CutOff{};
   return *announced;

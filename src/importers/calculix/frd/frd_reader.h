@@ -11,7 +11,7 @@
 
 namespace importers::calculix {
 
-// Whether the rows of a result are wanted; asked when all is known of it but its rows.
+// Whether the rows of a result are wanted; called when everything but its rows is known.
 using ResultFilter = std::function<bool(const FrdResult&)>;
 
 // Whether a result that cannot be read is left out; asked with its ordinal among the results of the file, from 0.
@@ -20,22 +20,22 @@ using LeaveOut = std::function<bool(std::size_t ordinal, const ImportError& erro
 // Reads the blocks in their order, one in memory at a time.
 class FrdReader {
  public:
-  // Opens the file and reads its header. Throws ImportError for what is no .frd file.
+  // Opens the file and reads its header. Throws ImportError if it is not an .frd file.
   explicit FrdReader(const std::string& path);
 
   const FrdHeader& header() const { return header_; }
   std::int64_t lineNumber() const { return lines_.lineNumber(); }
-  // How far it has got, in bytes, and how many bytes the file has.
+  // The position in the file and its size, in bytes.
   std::uint64_t offset() const { return lines_.reader().offset(); }
   std::uint64_t size() const { return lines_.reader().size(); }
 
   // The next complete block; nothing at the end of the file. A damaged line, rows that are not as many as announced and
   // an unknown format are an ImportError with its line. A file that ends inside a line or a block, or without its last
-  // line, is cut off: that block is not handed out. A result that `isWanted` refuses comes without labels and values.
+  // line, is truncated: that block is not returned. A result that `isWanted` rejects has no labels and values.
   std::optional<FrdBlock> next(const ResultFilter& isWanted = {});
 
-  // The same, but passes over results that cannot be read if `leaveOut`, told what is wrong with the result of that
-  // ordinal, returns true. The error of the mesh or of a binary block says nothing about what follows, and stays one.
+  // The same, but skips results that cannot be read if `leaveOut`, called with the ordinal and the error, returns true.
+  // After an error in the mesh or in a binary block the rest of the file cannot be found, so it is always thrown.
   std::optional<FrdBlock> next(const ResultFilter& isWanted, const LeaveOut& leaveOut);
 
   // After next() has returned nothing: whether the file ended before its last line.

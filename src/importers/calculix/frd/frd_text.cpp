@@ -1,6 +1,6 @@
 #include "importers/calculix/frd/frd_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <vector>
@@ -86,7 +86,7 @@ void readTextNodes(FrdLines& lines, std::optional<std::size_t> announced, FrdNod
   nodes.labels.reserve(std::min(announced.value_or(0), kLargestReserve));
   nodes.coordinates.reserve(3 * nodes.labels.capacity());
   for (std::string_view line = lines.require(); !line.starts_with(kEndOfRows); line = lines.require()) {
-    if (!line.starts_with(kRow)) lines.fail("a node was expected here (\" -1\")");
+    if (!line.starts_with(kRow)) lines.fail("expected a node here (\" -1\")");
     nodes.labels.push_back(lines.integerAt(line, 4, 10, "the node"));
     for (std::size_t i = 0; i < 3; ++i) {
       const std::string_view text = columns(line, kFirstNumberColumn + i * kNumberWidth, kNumberWidth);
@@ -102,7 +102,7 @@ void readTextElements(FrdLines& lines, FrdElements& elements) {
   ElementGatherer gatherer(lines, elements);
   std::vector<int> nodes;
   for (std::string_view line = lines.require(); !line.starts_with(kEndOfRows); line = lines.require()) {
-    if (!line.starts_with(kRow)) lines.fail("an element was expected here (\" -1\")");
+    if (!line.starts_with(kRow)) lines.fail("expected an element here (\" -1\")");
     const int label = lines.integerAt(line, 4, 10, "the element");
     const int code = lines.integerAt(line, 14, 5, "the type code");
     const std::size_t count = gatherer.nodesOf(code);
@@ -124,7 +124,7 @@ void readTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResu
     takeUsualRows(lines.reader(), width, result);
     std::string_view line = lines.require();
     if (line.starts_with(kEndOfRows)) break;
-    if (!line.starts_with(kRow)) lines.fail("a row of results was expected here (\" -1\")");
+    if (!line.starts_with(kRow)) lines.fail("expected a row of results here (\" -1\")");
     result.labels.push_back(lines.integerAt(line, 4, 10, "the node"));
     result.values.resize(result.values.size() + width);
     float* const row = result.values.data() + result.values.size() - width;
@@ -141,7 +141,8 @@ void readTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResu
 }
 
 void skipTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResult& result) {
-  // Rows have one length: where the end of the block stands right behind as many as announced, it is that.
+  // All rows have the same length: if the end of the block follows right after the announced rows, the block ends
+  // there.
   const RowSize row = rowSize(result.components.size());
   if (announced && *announced <= lines.reader().bytesLeft() / row.bytes) {
     const std::size_t bytes = *announced * row.bytes;
@@ -154,7 +155,7 @@ void skipTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResu
     if (line.starts_with(kRow)) {
       ++result.rows;
     } else if (!line.starts_with(kMore)) {
-      lines.fail("a row of results was expected here (\" -1\")");
+      lines.fail("expected a row of results here (\" -1\")");
     }
   }
   lines.endBlock();

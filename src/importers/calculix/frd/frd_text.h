@@ -8,9 +8,9 @@
 
 namespace importers::calculix {
 
-// Each reads what follows the header of its block, its last line included. `announced` is the count of that header.
-// Rows that are not as many are an ImportError, but a result may have none, and elements are not counted: layered
-// shells are several, announced as one.
+// Each reads everything after the header of its block, including its last line. `announced` is the count of that
+// header. Rows that are not as many are an ImportError, but a result may have none, and elements are not counted:
+// layered shells are several, announced as one.
 void readTextNodes(FrdLines& lines, std::optional<std::size_t> announced, FrdNodes& nodes);
 void readTextElements(FrdLines& lines, FrdElements& elements);
 void readTextRows(FrdLines& lines, std::optional<std::size_t> announced, FrdResult& result);

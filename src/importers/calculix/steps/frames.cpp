@@ -1,6 +1,6 @@
 #include "importers/calculix/steps/frames.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>
@@ -50,7 +50,7 @@ bool saysTheSame(const RunFrame& frame, const IncrementTime& time) {
          rounded(time.total, kDigitsOfStatus).meets(rounded(frame.value, frame.digits));
 }
 
-// Whether a frame comes behind one that the result file lacks.
+// Whether a frame comes after one that the result file lacks.
 bool isBehind(const RunFrame& frame, const RunFrame& added) {
   // Times of the next period are smaller again.
   if (added.isPeriodic) return false;
@@ -122,11 +122,6 @@ FrameNumber Frames::add(const RunFrame& frame) {
   added_.push_back(frames_.size());
   frames_.push_back(frame);
   return added_.back();
-}
-
-void Frames::dropStatus() {
-  (*warn_)(base::warning({statusPath_}, "its times are not those of the results, and are not used"));
-  times_.clear();
 }
 
 void Frames::checkStatus() {

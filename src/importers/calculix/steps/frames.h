@@ -1,4 +1,4 @@
-// Steps and frames of a CalculiX run, out of what each result block and each printed table says of itself.
+// Steps and frames of a CalculiX run, derived from the heads of its result blocks and printed tables.
 //
 // Of these heads of a result file (.frd) and these lines of a status file (.sta)
 //
@@ -64,7 +64,7 @@ struct RunFrame {
 // The number of a frame among all that are known, in the order in which they became known.
 using FrameNumber = std::size_t;
 
-// When a step starts in total time, and how long it goes, as far as the deck says it.
+// When a step starts in total time, and how long it takes, as far as the deck says.
 struct StepSpan {
   double start = 0.0;
   std::optional<double> period;
@@ -74,25 +74,22 @@ using StepSpans = std::map<int, StepSpan>;
 // Blocks with the same step and frame counter make one frame. Modes and buckling factors are numbered as the solver
 // counts them in their step, frequencies of a steady state from 1; the state that a buckling step starts from has 0;
 // all others keep their increment. The value of a frame is the time in its step, the frequency or the buckling factor.
-// All blocks have to be shown, also those that are not imported: what the frames of a step are is known from all of
-// them.
+// find() must be called for all blocks, also those that are not imported: the frames of a step depend on all of them.
 class Frames {
  public:
-  // `statusPath` names the status file, which need not exist.
-  Frames(const std::string& statusPath, const WarningSink& warn)
-      : statusPath_(statusPath), times_(readStepTimes(statusPath)), warn_(&warn) {}
+  // `statusTimes` are those of the status file, empty if there is none.
+  explicit Frames(StepTimes statusTimes = {}) : times_(std::move(statusTimes)) {}
 
-  // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is
-  // another one than the block's.
+  // The frame that a block belongs to; `fields` are the names it brings. A frame that has one of them already is not
+  // the block's.
   FrameNumber find(const FrdResult& block, const std::vector<std::string>& fields);
 
-  // A frame that the result file lacks; settle() puts it at its place in the step.
+  // Adds a frame that the result file lacks; settle() puts it in its place in the step.
   FrameNumber add(const RunFrame& frame);
 
-  // When all blocks are known: passes over a status file that contradicts them, with a warning.
+  // When all blocks are known: drops the times of a status file that contradicts them.
   void checkStatus();
-  // Passes over the status file, with the same warning.
-  void dropStatus();
+  void dropStatus() { times_.clear(); }
 
   // When all frames are known: orders those of each step, and finds their numbers, values and descriptions. Where
   // frames of a step would have equal numbers they are numbered from 1, and `note` receives a text that says so.
@@ -114,9 +111,7 @@ class Frames {
   void order(FrameNumber frame);
   void numberStep(const std::vector<FrameNumber>& frames, const WarningSink& note);
 
-  std::string statusPath_;
   StepTimes times_;
-  const WarningSink* warn_;
   std::vector<RunFrame> frames_;
   std::vector<FrameNumber> added_;
   std::map<int, std::vector<FrameNumber>> order_;
@@ -125,7 +120,7 @@ class Frames {
   std::string lastPlace_;
 };
 
-// Where each frame stands in its step, from 0.
+// The index of each frame in its step, from 0.
 std::vector<int> placesInSteps(const Frames& frames);
 
 }  // namespace importers::calculix

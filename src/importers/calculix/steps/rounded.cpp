@@ -1,6 +1,6 @@
 #include "importers/calculix/steps/rounded.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>
@@ -11,7 +11,7 @@ namespace importers::calculix {
 
 namespace {
 
-// Files round half a unit up or down, and cut off instead in places.
+// Files round half a unit up or down, and sometimes truncate.
 constexpr double kUnitsOff = 0.501;
 constexpr double kLargestOfTenDigits = 1e10;
 

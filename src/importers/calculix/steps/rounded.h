@@ -1,9 +1,9 @@
-// Numbers that are known by the digits with which a file prints them.
+// Numbers that are known only to the digits that a file prints.
 #pragma once
 
 namespace importers::calculix {
 
-// All that rounds to a printed number.
+// The interval of numbers that round to a printed one.
 struct Rounded {
   double low = 0.0;
   double high = 0.0;
@@ -12,7 +12,7 @@ struct Rounded {
   bool contains(double value) const { return low <= value && value <= high; }
 };
 
-// Digits that count of the times in each file: seven in printed tables, six in the status file. Result files have six
+// Significant digits of the times in each file: seven in printed tables, six in the status file. Result files have six
 // below 1, and ten from there on.
 inline constexpr int kDigitsOfTables = 7;
 inline constexpr int kDigitsOfStatus = 6;
@@ -20,11 +20,10 @@ int digitsOfResults(double value);
 
 Rounded rounded(double value, int digits);
 
-// The number with so many digits: what a file prints of it.
+// The number rounded to so many digits, as a file prints it.
 double withDigits(double value, int digits);
 
-// What is left of `total` behind `start`, without the digits that the subtraction makes up; `digits` are those of
-// `total`.
+// `total` - `start`, without digits that only the subtraction produces; `digits` are those of `total`.
 double difference(double total, double start, int digits);
 
 }  // namespace importers::calculix

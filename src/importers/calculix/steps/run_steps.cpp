@@ -1,6 +1,6 @@
 #include "importers/calculix/steps/run_steps.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <limits>

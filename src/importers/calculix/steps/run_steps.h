@@ -1,5 +1,5 @@
-// What is known of the steps of a run before its printed tables are looked at: by the deck, the status file and the
-// result file.
+// What the deck, the status file and the result file say about the steps of a run, before its printed tables are
+// considered.
 #pragma once
 
 #include <map>
@@ -14,7 +14,7 @@
 
 namespace importers::calculix {
 
-// An increment that is known to have ended.
+// An increment that is known to have been completed.
 struct KnownIncrement {
   std::optional<int> number;  // nothing for the end of a step by the deck
   Rounded total;
@@ -26,13 +26,13 @@ struct KnownIncrement {
 struct RunStep {
   std::optional<Procedure> procedure;
   const DeckStep* deck = nullptr;
-  // Total times by the deck.
+  // Total times according to the deck.
   std::optional<double> start;
   std::optional<double> end;
   // Of a step in time, in the order of the run.
   std::vector<KnownIncrement> increments;
   bool knowsAll = false;    // whether there are no others before the last one of them
-  bool mayGoOn = true;      // whether there may be others behind it
+  bool mayGoOn = true;      // whether there may be others after it
   bool hasFrames = false;   // in the result file
   std::set<int> diameters;  // of its modes in the result file
 

@@ -14,11 +14,11 @@ struct IncrementTime {
   double step = 0.0;
 };
 
-// By step, from 1, in the order of the file: a deck that starts a second analysis in a step has some increments twice.
+// By step, from 1, in file order: a deck that starts a second analysis in a step has some increments twice.
 // Modes, buckling factors, steady states and modal dynamics are not in the file.
 using StepTimes = std::map<int, std::vector<IncrementTime>>;
 
-// Lines that are no increments, and attempts that failed, are passed over; a file that is not there gives no times.
+// Lines other than increments and failed attempts are skipped; a missing file gives no times.
 StepTimes readStepTimes(const std::string& path);
 
 }  // namespace importers::calculix
