@@ -38,7 +38,7 @@ struct SqliteTable::Connection {
 
 namespace {
 
-std::string quoted(const std::string& name) {
+std::string quotedIdentifier(const std::string& name) {
   std::string text = "\"";
   for (const char c : name) text += c == '"' ? std::string("\"\"") : std::string(1, c);
   return text + "\"";
@@ -91,13 +91,14 @@ void SqliteTable::begin(const std::vector<Column>& columns) {
   std::string definitions;
   std::string places;
   for (const Column& column : columns) {
-    definitions += (definitions.empty() ? "" : ", ") + quoted(names.add(column.name)) + (column.isValue ? "" : " TEXT");
+    definitions +=
+        (definitions.empty() ? "" : ", ") + quotedIdentifier(names.add(column.name)) + (column.isValue ? "" : " TEXT");
     places += places.empty() ? "?" : ", ?";
     isValue_.push_back(column.isValue);
   }
   connection_->execute("BEGIN");
-  connection_->execute(fmt::format("CREATE TABLE {} ({})", quoted(table_), definitions));
-  const std::string insertion = fmt::format("INSERT INTO {} VALUES ({})", quoted(table_), places);
+  connection_->execute(fmt::format("CREATE TABLE {} ({})", quotedIdentifier(table_), definitions));
+  const std::string insertion = fmt::format("INSERT INTO {} VALUES ({})", quotedIdentifier(table_), places);
   connection_->check(
       sqlite3_prepare_v2(connection_->database, insertion.c_str(), -1, &connection_->insertion, nullptr));
 }

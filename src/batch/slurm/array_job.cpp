@@ -19,7 +19,7 @@ constexpr const char* kTableName = "table.csv";
 std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
 // A word quoted for a shell.
-std::string quoted(const std::string& word) {
+std::string shellWord(const std::string& word) {
   std::string text = "'";
   for (const char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return text + "'";
@@ -85,16 +85,16 @@ bool isInQueue(const std::string& job) {
 }
 
 std::string taskScript(const ArrayRequest& request) {
-  std::string command = quoted(request.program);
-  for (const std::string& argument : request.arguments) command += " " + quoted(argument);
+  std::string command = shellWord(request.program);
+  for (const std::string& argument : request.arguments) command += " " + shellWord(argument);
   return fmt::format(
       "#!/bin/sh\nexec {} --index \"$SLURM_ARRAY_TASK_ID\" --size {} --jobs \"${{SLURM_CPUS_PER_TASK:-1}}\"\n", command,
       request.tasks);
 }
 
 std::string collectorScript(const ArrayRequest& request, const BatchDirectory& directory) {
-  return fmt::format("#!/bin/sh\nexec {} collect {} --to csv -o {}\n", quoted(request.program),
-                     quoted(directory.path()), quoted(directory.path() + "/" + kTableName));
+  return fmt::format("#!/bin/sh\nexec {} collect {} --to csv -o {}\n", shellWord(request.program),
+                     shellWord(directory.path()), shellWord(directory.path() + "/" + kTableName));
 }
 
 SubmittedJobs submit(const BatchDirectory& directory, const ArrayRequest& request) {
