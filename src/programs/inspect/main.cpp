@@ -19,6 +19,8 @@ int show(const Arguments& arguments) {
   const tool::Command command = inspect::showCommand(options);
   const tool::Outcome outcome = command.parse(arguments);
   if (outcome.isDone) return outcome.finish();
+  const std::string refusal = inspect::refusalOf(options);
+  if (!refusal.empty()) return command.refuse(refusal).finish();
   return inspect::show(options);
 }
 
