@@ -66,7 +66,7 @@ using S = ExtractionSwitches;
 
 void remarkOnFields(const ExtractionSwitches& switches, KeywordRemarks& remarks) {
   constexpr std::array kOfFields = {&S::allFieldOutputs, &S::stress,         &S::spatial,         &S::element,
-                              &S::engineeringMin,  &S::engineeringMax, &S::tensorInvariants};
+                                    &S::engineeringMin,  &S::engineeringMax, &S::tensorInvariants};
   if (!switches.field) {
     for (const auto target : kOfFields) remarks.say(target, "has no effect without EXTRACT_FIELD");
     return;
@@ -82,9 +82,6 @@ void remarkOnFields(const ExtractionSwitches& switches, KeywordRemarks& remarks)
       remarks.say(target, fmt::format("has no effect beside {}, which takes all fields", beside));
     }
   }
-  if (!switches.tensorInvariants) return;
-  remarks.say(&S::allFieldOutputs, "has no effect beside TENSOR_INVARIANTS, which takes all fields");
-  remarks.say(&S::fieldSets, "has no effect beside TENSOR_INVARIANTS, which visits all sets");
 }
 
 void remarkOnPercentage(const ExtractionSwitches& switches, KeywordRemarks& remarks) {

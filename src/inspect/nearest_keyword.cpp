@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "result/configuration_keywords.h"
@@ -41,10 +42,15 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
 
 NearestKeyword nearestKeyword(std::string_view word) {
   const std::string capitals = inCapitals(word);
+  // "STRESS" is meant for EXTRACT_STRESS, whatever is fewer letters away.
+  const auto rankOf = [&](const NearestKeyword& near) {
+    const bool isPart = near.keyword.find(capitals) != std::string_view::npos;
+    return std::pair(near.distance > 1 && !isPart, near.distance);
+  };
   NearestKeyword nearest{kPercentageKeyword, editDistance(capitals, kPercentageKeyword)};
   for (const SwitchKeyword& keyword : kSwitchKeywords) {
-    const std::size_t distance = editDistance(capitals, keyword.text);
-    if (distance < nearest.distance) nearest = {keyword.text, distance};
+    const NearestKeyword candidate{keyword.text, editDistance(capitals, keyword.text)};
+    if (rankOf(candidate) < rankOf(nearest)) nearest = candidate;
   }
   return nearest;
 }

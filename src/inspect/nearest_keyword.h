@@ -15,7 +15,8 @@ struct NearestKeyword {
   std::size_t distance = 0;  // in capitals
 };
 
-// The keyword of the configuration, PERCENTAGE among them, that is nearest to a word in capitals or not.
+// The keyword of the configuration, PERCENTAGE among them, that is nearest to a word, be it in capitals or not: one
+// that is a letter away, else one that the word is a part of, else the one with the least distance.
 NearestKeyword nearestKeyword(std::string_view word);
 
 }  // namespace inspect

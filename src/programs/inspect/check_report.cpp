@@ -22,8 +22,8 @@ using Row = std::vector<std::string>;
 // Why a field is taken, or not.
 std::string reasonOf(const FieldChoice& choice) {
   if (choice.isTaken) return fmt::format("{}", fmt::join(choice.keywords, ", "));
-  const std::string would = fmt::format("{}", fmt::join(choice.keywords, " or "));
-  return fmt::format("not taken: its description, \"{}\", asks for {}", escaped(choice.field->info.description), would);
+  return fmt::format("not taken; {} would take it: {}", fmt::join(choice.keywords, " or "),
+                     escaped(choice.field->info.description));
 }
 
 std::string countText(const DatabaseReport& database) {

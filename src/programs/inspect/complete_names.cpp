@@ -4,6 +4,7 @@
 #include <set>
 
 #include "inspect/model_sets.h"
+#include "inspect/open_database.h"
 #include "odbstore/reader.h"
 #include "show_options.h"
 
@@ -33,7 +34,7 @@ std::vector<std::string> completeNames(const std::string& option, const std::vec
     if (showCommand(options).parse(words).isDone || options.database.empty()) return {};
     tool::endAfterPatience();
     // One of an older layout would have to be upgraded first.
-    const auto database = odbstore::Reader::openIfNewest(options.database);
+    const auto database = odbstore::Reader::openIfNewest(databasePath(options.database));
     if (!database) return {};
     if (option == "--step") return database->steps();
     const std::set<std::string> names = option == "--field" ? fieldsOf(*database) : setsOf(*database);

@@ -4,7 +4,7 @@ namespace inspect {
 
 tool::Command paramsCommand(ParamsOptions& options) {
   tool::Command command("kolvex params", "turn the records of a run into a table");
-  command.synopsis("FILE [PATTERN]... --to FORM [-o FILE] [--odb DATABASE [--config CONFIG]] [--require NAME]...")
+  command.synopsis("FILE [PATTERN]... [--to FORM] [-o FILE] [--odb DATABASE [--config CONFIG]] [--require NAME]...")
       .describe(
           "Reads params.txt as the extraction has written it and writes its records, or those whose names match a "
           "pattern, as a table with the columns name and value. Nothing is written unless paramsdone.txt stands beside "
