@@ -70,6 +70,8 @@ class Reader {
   std::vector<std::string> steps() const;
   // Throws StoreError if there is no step of that name.
   std::shared_ptr<const StoredStep> step(const std::string& name) const;
+  // Step `place` of steps().
+  std::shared_ptr<const StoredStep> stepAt(std::size_t place) const;
 
  private:
   // The indices of an owner's sets of a kind in the catalog's table, [first, end).
