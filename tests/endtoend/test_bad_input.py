@@ -248,5 +248,5 @@ class BadContentTest(ProgramTest):
             with open(self.path("model.odb"), "r+b") as raw:
                 raw.seek(self.offset)
                 raw.write(b"\xff")
-        self.assert_refused(damage, f"{self.BLOCK}/data: slab 1 cannot be read (the packed numbers do not agree "
+        self.assert_refused(damage, f"{self.BLOCK}/data: slab 1 cannot be read (the packed numbers do not match "
                             "with their checksum)", sets=False)
