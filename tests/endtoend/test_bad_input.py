@@ -249,4 +249,4 @@ class BadContentTest(ProgramTest):
                 raw.seek(self.offset)
                 raw.write(b"\xff")
         self.assert_refused(damage, f"{self.BLOCK}/data: slab 1 cannot be read (the packed numbers do not match "
-                            "with their checksum)", sets=False)
+                            "their checksum)", sets=False)
