@@ -248,5 +248,5 @@ class BadContentTest(ProgramTest):
             with open(self.path("model.odb"), "r+b") as raw:
                 raw.seek(self.offset)
                 raw.write(b"\xff")
-        self.assert_refused(damage, f"{self.BLOCK}/data: slab 1 cannot be read (the packed numbers do not agree "
-                            "with their checksum)", sets=False)
+        self.assert_refused(damage, f"{self.BLOCK}/data: slab 1 cannot be read (the packed numbers do not match "
+                            "their checksum)", sets=False)

@@ -34,7 +34,7 @@ class ResultsTest(ProgramTest):
         run = self.extract()
         self.assertEqual(run.status, 0)
         self.assertEqual(run.err, b"model.odb: /steps/Bad/fields/NT/blocks/0/data: slab 0 cannot be read (the packed "
-                         b"numbers do not agree with their checksum)\n" + FAILED)
+                         b"numbers do not match their checksum)\n" + FAILED)
         self.assertEqual(run.text("params.txt"), b"Good__Frame_1__NT__max\t1\nGood__Frame_1__NT__min\t1\n")
         self.assertIsNone(run.text("paramsdone.txt"))
 

@@ -152,8 +152,8 @@ class UpgradeTest(ProgramTest):
             with self.subTest(name):
                 run = self.run_program("-odb", name, "-config", "config.txt")
                 path = str(name) + ("" if str(name).endswith(".odb") else ".odb")
-                self.assertEqual(run.err.decode(), f"{path}: is of an older layout, and its upgraded copy upgradedOdb.odb would replace "
-                                 f"it: give it another name\n{FAILED.decode()}")
+                self.assertEqual(run.err.decode(), f"{path}: has an older layout, and the upgraded copy upgradedOdb.odb would replace "
+                                 f"it: choose another name\n{FAILED.decode()}")
                 self.assertEqual(self.path("upgradedOdb.odb").read_bytes(), before)
                 self.assertIsNone(run.text("paramsdone.txt"))
 

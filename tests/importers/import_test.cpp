@@ -86,7 +86,7 @@ TEST_F(ImportTest, ARestartWithoutAMeshIsNamed) {
   import(twoBars() + temperature({.step = 2}) + kEnd,
          "** a comment\n*RESTART,READ,STEP=1\n*STEP\n*STATIC\n*END STEP\n");
   EXPECT_THAT(warnings_, ElementsAre(EndsWith("job.inp:2: warning: the deck restarts an earlier run and has no mesh, "
-                                              "so the sets of that run are not known")));
+                                              "so the sets of that run are unknown")));
   import(twoBars() + temperature({}) + kEnd, "*RESTART,WRITE\n*STEP\n*STATIC\n*END STEP\n");
   EXPECT_THAT(warnings_, IsEmpty());
 }

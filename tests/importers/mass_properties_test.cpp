@@ -59,8 +59,9 @@ TEST_F(MassPropertiesTest, AnElementThatIsDefinedAgainCountsOnce) {
 TEST_F(MassPropertiesTest, ADensityThatDependsOnTemperatureIsTheFirstOne) {
   const auto found = massOfText(cube() + "*MATERIAL,NAME=Steel\n*DENSITY\n2,20.\n3,100.\n4,200.\n" + kSection);
   EXPECT_NEAR(found.value().mass, 2, 1e-12);
-  EXPECT_THAT(warnings_, ElementsAre(EndsWith("the density of Steel depends on temperature; masses are made with the "
-                                              "first one")));
+  EXPECT_THAT(warnings_,
+              ElementsAre(EndsWith("the density of Steel depends on temperature; masses are computed with the "
+                                   "first one")));
 }
 
 TEST_F(MassPropertiesTest, WhatIsMissingIsNamed) {

@@ -232,7 +232,7 @@ class StepsTest(TimesTest):
         for left in range(3, first):
             self.path("job.dat").write_text("".join(lines[:left]))
             whole = {titles[1] - 1, titles[1], first - 1, first}
-            self.assertEqual("cut off here" in self.import_all(), left not in whole, left)
+            self.assertEqual("truncated here" in self.import_all(), left not in whole, left)
 
 
 if __name__ == "__main__":

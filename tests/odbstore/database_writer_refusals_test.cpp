@@ -48,7 +48,7 @@ TEST_P(DatabaseWriterRefusals, SamplesThatDoNotFitAreRefused) {
   const auto region = writer.addHistoryRegion(writer.addStep("Step-1", {}), "R", {});
   const auto history = writer.addHistory(region, "H", 2, 2);
   EXPECT_THAT(failureOf([&] { writer.writeSamples(history, std::vector<float>(4)); }),
-              HasSubstr("when layOut() has been called"));
+              HasSubstr("samples can only be written after layOut()"));
   writer.layOut();
   EXPECT_THAT(failureOf([&] { writer.writeSamples(history, std::vector<float>(3)); }),
               HasSubstr("3 numbers are not 2 samples of 2"));
@@ -104,7 +104,7 @@ TEST_P(DatabaseWriterRefusals, WhatCannotBeIsRefusedWhenItIsDeclared) {
       {[&] {
          writer.addLocation(kNodal, {{1, 2}, {}, {}}, {0});
        },
-       "not one number for each row"},
+       "must have one number for each row"},
       {[&] {
          writer.addLocation(kNodal, {{1, 2}, {}, {}}, {1, 0});
        },
@@ -117,7 +117,7 @@ TEST_P(DatabaseWriterRefusals, WhatCannotBeIsRefusedWhenItIsDeclared) {
       {[&] { writer.addField(step, "S", kStress); }, "/steps/Step-1/fields/S: is there already"},
       {[&] { writer.addFieldFrame(field, 1); }, "frame 1 is out of range 0..0"},
       {[&] { writer.addBlock(field, nodes, {.width = 4}); }, "rows of 4 numbers do not fit 6 component labels"},
-      {[&] { writer.addBlock(field, nodes, {.width = 0}); }, "rows of 0 numbers are not possible"},
+      {[&] { writer.addBlock(field, nodes, {.width = 0}); }, "rows cannot have 0 numbers"},
       {[&] { writer.addBlock(field, nodes, {.width = 6, .frames = std::vector<int>{1}}); }, "frame 1 is out of range"},
       {[&] {
          writer.addBlock(field, nodes, {.width = 6, .frames = std::vector<int>{0, 0}});
@@ -129,7 +129,7 @@ TEST_P(DatabaseWriterRefusals, WhatCannotBeIsRefusedWhenItIsDeclared) {
        },
        "the name of its set has a control character"},
       {[&] { writer.addHistory(region, "H", 1, 1); }, "/outputs/H: is there already"},
-      {[&] { writer.addHistory(region, "G", -1, 1); }, "-1 samples of 1 numbers are not possible"},
+      {[&] { writer.addHistory(region, "G", -1, 1); }, "there cannot be -1 samples of 1 numbers"},
   };
   for (const auto& [action, message] : cases) EXPECT_THAT(failureOf(action), HasSubstr(message)) << message;
 }

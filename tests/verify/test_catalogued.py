@@ -181,7 +181,7 @@ class CataloguedTest(ProgramTest):
         path.write_bytes(sealed(content[:at] + b"FUNNY" + content[at + 5:], extents_of(path)))
         done = self.verify(path.name)
         self.assertEqual(done.status, 1)
-        self.assertRegex(done.err, rb"/catalog: does not say of \S+ what the file's structure says")
+        self.assertRegex(done.err, rb"/catalog: does not agree with the file's structure about \S+")
 
     def test_the_sums_of_this_test_are_the_published_ones(self):
         self.assertEqual(crc32c(b"123456789"), 0xE3069283)
