@@ -139,7 +139,7 @@ class CheckTest(ProgramTest):
         self.assertEqual(first["name"], "Step_1__Frame_1__TOP__S__mises__max")
         self.assertEqual([record["setKind"] for record in first["records"]], ["elements", "nodes"])
         shown = self.run_program("check", "e.cfg", "m", program="kolvex").out.decode()
-        self.assertIn("    step Step-1, frame 1, field S over element set TOP of the assembly\n", shown)
+        self.assertIn("    step Step-1, frame 1, field S over the elements of set TOP of the assembly\n", shown)
 
     def test_a_run_that_would_end_with_an_error(self):
         with Database(self.path("m.odb")) as odb:
