@@ -13,6 +13,9 @@ namespace inspect {
 
 namespace {
 
+// Nobody writes a keyword as long as that.
+constexpr std::size_t kLongestWord = 100;
+
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 bool isOfWord(char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '_'; }
 
@@ -123,6 +126,7 @@ class WordReader {
     const std::string_view word = words_[i].text;
     if (isKeyword(word)) return 1;
     const std::string_view contained = keywordIn(word);
+    if (word.size() > kLongestWord) return 1;
     const NearestKeyword nearest = nearestKeyword(word);
     if (!contained.empty()) {
       const std::string meant =
@@ -198,12 +202,13 @@ class WordReader {
     return nearest == 0 ? reason : reason + fmt::format("; line {} comes nearest", nearest);
   }
 
-  // Of the part of a line that comes nearest.
+  // Of the part of a line that comes nearest; of lines that have neither word, and long ones, more than any slip.
   static std::size_t distanceToStart(std::string_view line) {
+    constexpr std::size_t kLongest = 200;
     std::string capitals;
     for (const char c : line) capitals += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    constexpr std::size_t kLongest = 200;  // what a person writes
-    capitals.resize(std::min(capitals.size(), kLongest));
+    const bool isLike = capitals.find("ODB") != std::string::npos || capitals.find("EXTRACT") != std::string::npos;
+    if (!isLike || capitals.size() > kLongest) return kConfigurationStart.size();
     std::size_t least = editDistance(capitals, kConfigurationStart);
     for (std::size_t at = 0; at + kConfigurationStart.size() <= capitals.size(); ++at) {
       const std::string_view part = std::string_view(capitals).substr(at, kConfigurationStart.size());

@@ -43,6 +43,13 @@ std::vector<ModelSet> modelSets(const odbstore::DatabaseFile& file) {
   return all;
 }
 
+const char* ownerWord(OwnerKind kind) {
+  if (kind == OwnerKind::assembly) return "assembly";
+  return kind == OwnerKind::part ? "part" : "instance";
+}
+
+const char* memberWord(odbstore::SetKind kind) { return kind == odbstore::SetKind::node ? "nodes" : "elements"; }
+
 std::int64_t memberCount(const odbstore::DatabaseFile& file, std::size_t set) {
   const odbstore::columns::Sets& sets = *file.catalog().columns().sets();
   const odbstore::Places places = odbstore::Catalog::placesOf(sets.memberEnd(), set);

@@ -28,6 +28,11 @@ struct ModelSet {
 // part, element sets before node sets, each by name, bytes ascending.
 std::vector<ModelSet> modelSets(const odbstore::DatabaseFile& file);
 
+// "assembly", "instance", "part".
+const char* ownerWord(odbstore::OwnerKind kind);
+// "elements", "nodes".
+const char* memberWord(odbstore::SetKind kind);
+
 // How many labels a set names, in all instances together. `set` is a place in modelSets(), as below.
 std::int64_t memberCount(const odbstore::DatabaseFile& file, std::size_t set);
 

@@ -47,12 +47,10 @@ std::string fieldText(const DatabaseReport& database) {
 std::string regionText(const Record& record) {
   if (record.kind != RecordKind::field) return "history " + escaped(record.region);
   if (record.set == nullptr) return fmt::format("field {} over the whole model", escaped(record.field));
-  const char* const kind = record.set->kind == odbstore::SetKind::node ? "node" : "element";
-  const std::string owner =
-      record.set->ownerKind == odbstore::OwnerKind::assembly
-          ? "the assembly"
-          : (record.set->ownerKind == odbstore::OwnerKind::part ? "part " : "instance ") + escaped(record.set->owner);
-  return fmt::format("field {} over {} set {} of {}", escaped(record.field), kind, escaped(record.set->name), owner);
+  const ModelSet& set = *record.set;
+  const std::string owner = set.ownerKind == odbstore::OwnerKind::assembly ? "" : " " + escaped(set.owner);
+  return fmt::format("field {} over the {} of set {} of the {}{}", escaped(record.field), memberWord(set.kind),
+                     escaped(set.name), ownerWord(set.ownerKind), owner);
 }
 
 std::string repeatedText(const RepeatedNames& repeated) {
@@ -75,9 +73,7 @@ Json jsonOfRecord(const Record& record) {
   if (record.kind == RecordKind::field) {
     json.update({{"frame", record.increment}, {"frameValue", record.frameValue}, {"field", record.field}});
     if (record.set != nullptr) {
-      json.update({{"setKind", record.set->kind == odbstore::SetKind::node ? "nodes" : "elements"},
-                   {"owner", record.set->owner},
-                   {"set", record.set->name}});
+      json.update({{"setKind", memberWord(record.set->kind)}, {"owner", record.set->owner}, {"set", record.set->name}});
     }
   } else if (record.kind == RecordKind::history) {
     json.update({{"region", record.region}, {"output", record.output}});

@@ -86,14 +86,9 @@ Json fieldOf(const FieldContents& field, const ChosenContents& contents) {
   return json;
 }
 
-const char* ownerWord(odbstore::OwnerKind kind) {
-  if (kind == odbstore::OwnerKind::assembly) return "assembly";
-  return kind == odbstore::OwnerKind::part ? "part" : "instance";
-}
-
 Json setOf(const SetContents& set) {
   Json json = {{"name", set.set.name},   {"ownerKind", ownerWord(set.set.ownerKind)},
-               {"owner", set.set.owner}, {"of", set.set.kind == odbstore::SetKind::node ? "nodes" : "elements"},
+               {"owner", set.set.owner}, {"of", memberWord(set.set.kind)},
                {"members", set.members}, {"leftOut", set.set.isLeftOut}};
   for (const SetLabels& group : set.labels) {
     json["labels"].push_back({{"instance", group.instance}, {"labels", group.labels}});

@@ -190,14 +190,13 @@ std::string invariantLines(const ChosenContents& contents) {
 
 std::string ownerText(const ModelSet& set) {
   if (set.ownerKind == odbstore::OwnerKind::assembly) return "assembly";
-  return (set.ownerKind == odbstore::OwnerKind::part ? "part " : "instance ") + escaped(set.owner);
+  return fmt::format("{} {}", ownerWord(set.ownerKind), escaped(set.owner));
 }
 
 std::string setTable(const ChosenContents& contents, bool isAll) {
   Rows rows;
   for (const SetContents& set : contents.sets) {
-    rows.push_back({escaped(set.set.name), ownerText(set.set),
-                    set.set.kind == odbstore::SetKind::node ? "nodes" : "elements", fmt::format("{}", set.members),
+    rows.push_back({escaped(set.set.name), ownerText(set.set), memberWord(set.set.kind), fmt::format("{}", set.members),
                     set.set.isLeftOut ? "left out of the records" : ""});
   }
   return section({"set", "owner", "of", "members", ""}, rows, isAll, "sets");
@@ -206,9 +205,8 @@ std::string setTable(const ChosenContents& contents, bool isAll) {
 std::string labelText(const SetContents& set) {
   std::string text;
   for (const SetLabels& group : set.labels) {
-    text += fmt::format("\n{} {} in {}:\n  {}\n", set.set.kind == odbstore::SetKind::node ? "nodes" : "elements",
-                        escaped(set.set.name), escaped(group.instance),
-                        tool::runsOf({group.labels.begin(), group.labels.end()}));
+    text += fmt::format("\n{} {} in {}:\n  {}\n", memberWord(set.set.kind), escaped(set.set.name),
+                        escaped(group.instance), tool::runsOf({group.labels.begin(), group.labels.end()}));
   }
   return text;
 }

@@ -11,11 +11,6 @@ const char* kindWordOf(RecordKind kind) {
   return kind == RecordKind::history ? "history" : "field";
 }
 
-const char* ownerWordOf(odbstore::OwnerKind kind) {
-  if (kind == odbstore::OwnerKind::assembly) return "assembly";
-  return kind == odbstore::OwnerKind::part ? "part" : "instance";
-}
-
 // A text for each column; empty where the record has no such part.
 std::vector<std::string> partsOf(const Record& record) {
   const bool isField = record.kind == RecordKind::field;
@@ -23,9 +18,8 @@ std::vector<std::string> partsOf(const Record& record) {
                                     isField ? fmt::format("{}", record.increment) : "",
                                     isField ? fmt::format("{}", record.frameValue) : ""};
   if (record.set != nullptr) {
-    parts.insert(parts.end(),
-                 {record.set->kind == odbstore::SetKind::node ? "nodes" : "elements",
-                  ownerWordOf(record.set->ownerKind), std::string(record.set->owner), std::string(record.set->name)});
+    parts.insert(parts.end(), {memberWord(record.set->kind), ownerWord(record.set->ownerKind),
+                               std::string(record.set->owner), std::string(record.set->name)});
   } else {
     parts.insert(parts.end(), 4, std::string());
   }
