@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace importers {
+namespace base {
 
 // Labels may come in any order and leave gaps. Where one comes several times its first place counts.
 class LabelIndex {
@@ -33,4 +33,4 @@ class LabelIndex {
   std::optional<int> repeated_;
 };
 
-}  // namespace importers
+}  // namespace base
