@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::array kSubcommands = {
     Subcommand{"batch", "extract from many databases or results"},
+    Subcommand{"export", "write a database for viewers of pictures"},
     Subcommand{"import", "bring the results of a solver into an output database"},
     Subcommand{"quarnish", "extract named scalars from an output database"},
     Subcommand{"verify", "check an output database for damage"},
