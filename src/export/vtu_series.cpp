@@ -17,6 +17,7 @@
 #include "base/descriptor.h"
 #include "base/file_error.h"
 #include "base/output_file.h"
+#include "base/stale_files.h"
 #include "export/field_arrays.h"
 #include "export/set_arrays.h"
 #include "export/vtu_file.h"
@@ -57,11 +58,15 @@ void clearSeries(const std::string& output, const std::string& directory, const 
   try {
     fs::remove(output);
     fs::create_directory(directory);
-    std::vector<fs::path> old;
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-      if (isFrameName(entry.path().filename().string(), stem)) old.push_back(entry.path());
+    std::vector<fs::path> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) names.push_back(entry.path());
+    for (const fs::path& path : names) {
+      const std::string name = path.filename().string();
+      const std::size_t mark = name.rfind(base::kTemporaryMark);
+      if (isFrameName(name, stem)) fs::remove(path);
+      if (mark != std::string::npos && isFrameName(name.substr(0, mark), stem))
+        base::clearStaleFiles(directory + "/" + name.substr(0, mark));
     }
-    for (const fs::path& path : old) fs::remove(path);
   } catch (const fs::filesystem_error& error) {
     throw base::FileError(directory, "", error.code().message());
   }
