@@ -5,48 +5,24 @@
 
 #include <algorithm>
 
+#include "inspect/model_sets.h"
 #include "odbstore/database_file.h"
 
 namespace vtk_export {
 
 namespace {
 
-using odbstore::Owner;
-using odbstore::OwnerKind;
-using odbstore::SetKind;
-
-std::vector<Owner> ownersIn(const odbstore::Reader& reader) {
-  std::vector<Owner> owners = {{OwnerKind::assembly, ""}};
-  for (const odbstore::InstanceInfo& instance : reader.instances())
-    owners.push_back({OwnerKind::instance, instance.name});
-  for (const std::string& part : reader.parts()) owners.push_back({OwnerKind::part, part});
-  return owners;
-}
-
-// The instances in which members of a set of the owner lie.
-std::vector<std::string> instancesOf(const odbstore::Reader& reader, const Owner& owner,
-                                     const odbstore::SetMembers& members) {
-  if (owner.kind == OwnerKind::assembly) return {members.instance};
-  if (owner.kind == OwnerKind::instance) return {owner.name};
-  std::vector<std::string> names;
-  for (const odbstore::InstanceInfo& instance : reader.instances()) {
-    if (instance.part == owner.name) names.push_back(instance.name);
-  }
-  return names;
-}
-
-SetArray arrayOf(const odbstore::Reader& reader, const inspect::ModelMesh& mesh, const Owner& owner, SetKind kind,
-                 const std::string& set) {
-  const bool isOfCells = kind == SetKind::element;
-  SetArray array = {"set " + (owner.name.empty() ? set : owner.name + "." + set),
+SetArray arrayOf(const odbstore::DatabaseFile& file, const inspect::ModelMesh& mesh, const inspect::ModelSet& set,
+                 std::size_t place) {
+  const bool isOfCells = set.kind == odbstore::SetKind::element;
+  SetArray array = {fmt::format("set {}{}{}", set.owner, set.owner.empty() ? "" : ".", set.name),
                     isOfCells ? Association::cells : Association::points,
                     std::vector<std::uint8_t>(isOfCells ? mesh.elementLabels.size() : mesh.nodeLabels.size())};
-  for (const odbstore::SetMembers& members : reader.setMembers(owner, kind, set)) {
-    for (const std::string& instance : instancesOf(reader, owner, members)) {
-      for (const int label : members.labels) {
-        const std::int64_t place = isOfCells ? mesh.cellOf(instance, label) : mesh.pointOf(instance, label);
-        if (place >= 0) array.isMember[static_cast<std::size_t>(place)] = 1;
-      }
+  for (const inspect::SetLabels& members : inspect::setLabels(file, place)) {
+    const std::string instance(members.instance);
+    for (const int label : members.labels) {
+      const std::int64_t at = isOfCells ? mesh.cellOf(instance, label) : mesh.pointOf(instance, label);
+      if (at >= 0) array.isMember[static_cast<std::size_t>(at)] = 1;
     }
   }
   return array;
@@ -61,22 +37,19 @@ std::vector<SetArray> setArrays(const odbstore::Reader& reader, const inspect::M
   const auto isChosen = [&](const std::string& set) {
     bool isAny = patterns.empty();
     for (std::size_t i = 0; i < patterns.size(); ++i) {
-      if (patterns[i] != set && ::fnmatch(patterns[i].c_str(), set.c_str(), 0) != 0) continue;
-      isAny = fitsOne[i] = true;
+      if (patterns[i] == set || ::fnmatch(patterns[i].c_str(), set.c_str(), 0) == 0) isAny = fitsOne[i] = true;
     }
     return isAny;
   };
-  for (const Owner& owner : ownersIn(reader)) {
-    for (const SetKind kind : {SetKind::element, SetKind::node}) {
-      for (const std::string& set : reader.sets(owner, kind)) {
-        if (isChosen(set)) arrays.push_back(arrayOf(reader, mesh, owner, kind, set));
-      }
-    }
+  const odbstore::DatabaseFile& file = *reader.file();
+  const std::vector<inspect::ModelSet> sets = inspect::modelSets(file);
+  for (std::size_t i = 0; i < sets.size(); ++i) {
+    if (isChosen(std::string(sets[i].name))) arrays.push_back(arrayOf(file, mesh, sets[i], i));
   }
   const auto unused = std::find(fitsOne.begin(), fitsOne.end(), false);
   if (unused == fitsOne.end()) return arrays;
   const std::string& pattern = patterns[static_cast<std::size_t>(unused - fitsOne.begin())];
-  throw odbstore::StoreError(reader.file()->name(), "", fmt::format("there is no set {}", pattern));
+  throw odbstore::StoreError(file.name(), "", fmt::format("there is no set {}", pattern));
 }
 
 }  // namespace vtk_export

@@ -8,6 +8,7 @@
 #include "base/control_characters.h"
 #include "base/diagnostic.h"
 #include "export_options.h"
+#include "inspect/open_database.h"
 #include "process/prepare_process.h"
 #include "tool/console.h"
 #include "tool/terminal_line.h"
@@ -32,8 +33,8 @@ void write(ExportOptions options) {
   const auto show = [&](std::size_t done, std::size_t all) {
     if (line.isDue()) line.draw(fmt::format("{}: {} of {} frames", named, done, all));
   };
-  const odbstore::Reader reader(options.database);
-  const vtk_export::ExportSummary summary = vtk_export::exportVtu(reader, options.request, warn, show);
+  const auto database = inspect::openDatabase(options.database);
+  const vtk_export::ExportSummary summary = vtk_export::exportVtu(*database, options.request, warn, show);
   line.wipe();
   tool::print(fmt::format("{}: {} frames, {} fields, {} sets, {} points, {} cells, {} bytes\n", named, summary.frames,
                           summary.fields, summary.sets, summary.points, summary.cells, summary.bytes));
