@@ -104,7 +104,7 @@ class Expansion::Finder {
       : deck_(deck), elements_(deck.mesh.elementLabels), kinds_(kindsOfTypes(deck.mesh)), found_(found) {
     for (const ElementKind& kind : kinds_) patterns_.push_back(nodesOfExpanded(kind));
     for (const FrdElementGroup& group : elements.groups) {
-      if (isSolid(group.code)) groups_.push_back({&group, LabelIndex(group.labels)});
+      if (isSolid(group.code)) groups_.push_back({&group, base::LabelIndex(group.labels)});
     }
   }
 
@@ -236,7 +236,7 @@ class Expansion::Finder {
   LastPlaces elements_;
   std::vector<ElementKind> kinds_;          // of the deck's types
   std::vector<std::vector<int>> patterns_;  // of the deck's types
-  std::vector<std::pair<const FrdElementGroup*, LabelIndex>> groups_;
+  std::vector<std::pair<const FrdElementGroup*, base::LabelIndex>> groups_;
   Expansion& found_;
   std::size_t fullAt_ = kFewPairs;
 };

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <map>
 
-#include "importers/input/label_index.h"
+#include "base/label_index.h"
 #include "importers/run/merged_rows.h"
 
 namespace importers::calculix {
@@ -92,7 +92,7 @@ void PrintedImport::deliver(const PrintedTable& table, const Target& target) {
     }
   }
   // A set that lists a node twice has it printed twice.
-  if (!hasPoints && LabelIndex(first).repeated()) {
+  if (!hasPoints && base::LabelIndex(first).repeated()) {
     MergedRows once;
     once.add(position, labels, numbers);
     labels = once.labels();

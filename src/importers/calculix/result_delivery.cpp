@@ -7,9 +7,9 @@
 #include <span>
 #include <tuple>
 
+#include "base/label_index.h"
 #include "importers/calculix/deck/element_kinds.h"
 #include "importers/calculix/frd/element_codes.h"
-#include "importers/input/label_index.h"
 
 namespace importers::calculix {
 
@@ -106,7 +106,7 @@ class GroupsByType {
   }
 
   const DeckMesh& mesh_;
-  LabelIndex ofDeck_;
+  base::LabelIndex ofDeck_;
 };
 
 }  // namespace
@@ -219,7 +219,7 @@ void checkAllRows(const std::string& path, const LeaveOut& leaveOut) {
   while (const std::optional<FrdBlock> block = reader.next({}, leaveOut)) {
     const auto* const result = std::get_if<FrdResult>(&*block);
     if (result == nullptr) continue;
-    const std::optional<int> twice = LabelIndex(result->labels).repeated();
+    const std::optional<int> twice = base::LabelIndex(result->labels).repeated();
     if (!twice) continue;
     const ImportError error(path, result->line, fmt::format("{} has two rows for the node {}", result->name, *twice));
     if (!leaveOut(result->ordinal, error)) throw ImportError(error);

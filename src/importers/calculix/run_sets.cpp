@@ -1,20 +1,20 @@
 #include "importers/calculix/run_sets.h"
 
+#include "base/label_index.h"
 #include "importers/calculix/expansion.h"
 #include "importers/calculix/sector_copies.h"
 #include "importers/calculix/set_matches.h"
-#include "importers/input/label_index.h"
 
 namespace importers::calculix {
 
 namespace {
 
-LabelIndex elementsOf(const FrdElements& mesh) {
+base::LabelIndex elementsOf(const FrdElements& mesh) {
   std::vector<int> labels;
   for (const FrdElementGroup& group : mesh.groups) {
     labels.insert(labels.end(), group.labels.begin(), group.labels.end());
   }
-  return LabelIndex(labels);
+  return base::LabelIndex(labels);
 }
 
 }  // namespace
@@ -24,7 +24,7 @@ RunSets::RunSets(const Deck& deck, const std::vector<int>& nodes, const FrdEleme
   for (const DeckSet* const set : deck.setsInOrder()) add(*set, expansion.membersOf(*set));
   for (const DeckSet& set : setsOfSectors(deck, sectorsOf(deck, mesh), warn)) add(set, set.labels);
   for (const base::Diagnostic& warning :
-       warningsOfUnmatchedSets(deck, expansion, LabelIndex(nodes), elementsOf(mesh))) {
+       warningsOfUnmatchedSets(deck, expansion, base::LabelIndex(nodes), elementsOf(mesh))) {
     warn(warning);
   }
 }

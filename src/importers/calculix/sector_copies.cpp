@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "importers/input/label_index.h"
+#include "base/label_index.h"
 #include "importers/run/set_names.h"
 
 namespace importers::calculix {
@@ -20,7 +20,7 @@ class SectorFinder {
 
   // Whether all elements of the group are the deck's or copies of them.
   bool take(const FrdElementGroup& group) {
-    const LabelIndex places(group.labels);
+    const base::LabelIndex places(group.labels);
     const auto width = static_cast<std::size_t>(group.nodesPerElement);
     for (std::size_t i = 0; i < group.labels.size(); ++i) {
       const auto sector = static_cast<std::size_t>((group.labels[i] - 1) / highest_);
@@ -65,7 +65,7 @@ class SectorFinder {
   }
 
   int highest_;
-  LabelIndex elements_;
+  base::LabelIndex elements_;
   std::vector<Sector> sectors_;
   std::vector<std::optional<long>> offsets_;
 };

@@ -25,14 +25,14 @@ struct Group {
   }
 };
 
-bool isIn(const std::vector<int>& members, const LabelIndex& labels) {
+bool isIn(const std::vector<int>& members, const base::LabelIndex& labels) {
   return std::any_of(members.begin(), members.end(), [&](int label) { return labels.contains(label); });
 }
 
 }  // namespace
 
 std::vector<base::Diagnostic> warningsOfUnmatchedSets(const Deck& deck, const Expansion& expansion,
-                                                      const LabelIndex& nodes, const LabelIndex& elements) {
+                                                      const base::LabelIndex& nodes, const base::LabelIndex& elements) {
   Group empty;
   Group loose;
   Group nodesNotWritten;

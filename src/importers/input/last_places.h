@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "importers/input/label_index.h"
+#include "base/label_index.h"
 
 namespace importers {
 
@@ -16,7 +16,7 @@ class LastPlaces {
   int placeOf(int label) const;
 
  private:
-  LabelIndex index_;
+  base::LabelIndex index_;
   std::vector<int> last_;  // for the first place of a label; empty if none comes twice
 };
 

@@ -27,7 +27,7 @@ void ElementGroups::index() {
     labels.insert(labels.end(), group->labels.begin(), group->labels.end());
     ends_.push_back(labels.size());
   }
-  elements_ = LabelIndex(labels);
+  elements_ = base::LabelIndex(labels);
 }
 
 const std::string& ElementGroups::typeOf(int element) const {
@@ -47,7 +47,7 @@ std::string ElementGroups::commonType(std::span<const int> elements) const {
 }
 
 SpreadRows spreadOverElements(const std::vector<std::unique_ptr<ElementGroup>>& groups, std::span<const int> labels) {
-  const LabelIndex rowOfNode(labels);
+  const base::LabelIndex rowOfNode(labels);
   std::vector<char> isUsed(labels.size(), 0);
   SpreadRows spread;
   std::size_t most = 0;

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "base/label_index.h"
 #include "importers/input/diagnostics.h"
-#include "importers/input/label_index.h"
 
 namespace importers {
 
@@ -40,7 +40,7 @@ class ElementGroups {
   const std::string& typeOf(int element) const;
 
   std::vector<std::unique_ptr<ElementGroup>> groups_;  // in the order in which they came
-  LabelIndex elements_;
+  base::LabelIndex elements_;
   std::vector<std::size_t> ends_;  // of each group among all elements, once they are indexed
 };
 

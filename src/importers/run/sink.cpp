@@ -113,7 +113,7 @@ void Sink::addSteps() {
 void Sink::nodes(std::span<const int> labels, std::span<const double> coordinates, const SourcePlace& place) {
   if (hasNodes_) throw ImportError(place, "a second model in one file cannot be imported");
   hasNodes_ = true;
-  nodes_ = LabelIndex(labels);
+  nodes_ = base::LabelIndex(labels);
   if (const auto twice = nodes_.repeated()) {
     throw ImportError(place, fmt::format("the node {} occurs twice", *twice));
   }
@@ -301,7 +301,7 @@ Sink::NodeRows& Sink::nodeRows(const RowsId& id, std::span<const int> labels, co
     return std::equal(known->labels.begin(), known->labels.end(), labels.begin(), labels.end());
   });
   if (found == nodeRows_.end()) {
-    if (const auto twice = LabelIndex(labels).repeated()) {
+    if (const auto twice = base::LabelIndex(labels).repeated()) {
       throw ImportError(place, fmt::format("{} has two rows for the node {}", fieldOf(id).source, *twice));
     }
     if (nodeRows_.size() == kKeptNodeRows) nodeRows_.pop_back();

@@ -18,9 +18,9 @@
 #include <string>
 #include <vector>
 
+#include "base/label_index.h"
 #include "base/unfilled.h"
 #include "importers/input/diagnostics.h"
-#include "importers/input/label_index.h"
 #include "importers/run/choice.h"
 #include "importers/run/element_groups.h"
 #include "importers/run/merged_rows.h"
@@ -159,7 +159,7 @@ class Sink {
   const WarningSink& warn_;
 
   std::vector<std::optional<Step>> steps_;
-  LabelIndex nodes_;
+  base::LabelIndex nodes_;
   bool hasNodes_ = false;
   ElementGroups groups_;
   SourcePlace elementsPlace_;

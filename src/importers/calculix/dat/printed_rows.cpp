@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "importers/input/label_index.h"
+#include "base/label_index.h"
 
 namespace importers::calculix {
 
@@ -54,7 +54,7 @@ bool PrintedRows::areMissing() const {
 bool PrintedRows::lackNodes() const {
   const DeckSet* const set = deck_->setPrintedAs(set_, odbstore::SetKind::node);
   if (set == nullptr || set->kind != odbstore::SetKind::node || count_ >= set->labels.size()) return false;
-  const LabelIndex nodes(deck_->mesh.elementNodes);
+  const base::LabelIndex nodes(deck_->mesh.elementNodes);
   const std::vector<int>& labels = set->labels;
   const auto used = std::count_if(labels.begin(), labels.end(), [&](int node) { return nodes.contains(node); });
   return count_ < static_cast<std::size_t>(used);
@@ -65,7 +65,7 @@ bool PrintedRows::lackElements() const {
   const DeckSet* const set = deck_->setPrintedAs(set_, odbstore::SetKind::element);
   if (set == nullptr || set->kind != odbstore::SetKind::element || deck_->steps.removesElements) return false;
   const DeckMesh& mesh = deck_->mesh;
-  const LabelIndex index(mesh.elementLabels);
+  const base::LabelIndex index(mesh.elementLabels);
   const auto isSolid = [&](int label) {
     const int place = index.placeOf(label);
     if (place < 0) return false;
@@ -81,7 +81,7 @@ bool PrintedRows::lackElements() const {
 bool PrintedRows::lackPoints() const {
   if (elements_.empty()) return false;
   const DeckMesh& mesh = deck_->mesh;
-  const LabelIndex index(mesh.elementLabels);
+  const base::LabelIndex index(mesh.elementLabels);
   const auto typeOf = [&](int label) {
     const int place = index.placeOf(label);
     return place < 0 ? -1 : mesh.typeOfElement[static_cast<std::size_t>(place)];

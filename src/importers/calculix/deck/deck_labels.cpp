@@ -31,7 +31,7 @@ void LabelBudget::take(std::uint64_t labels, const SourcePlace& place) {
 
 MeshLabels::MeshLabels(std::span<const int> labels, bool isWhole) : isWhole_(isWhole) {
   if (!isWhole) return;
-  index_ = LabelIndex(labels);
+  index_ = base::LabelIndex(labels);
   sorted_.assign(labels.begin(), labels.end());
   std::sort(sorted_.begin(), sorted_.end());
   sorted_.erase(std::unique(sorted_.begin(), sorted_.end()), sorted_.end());

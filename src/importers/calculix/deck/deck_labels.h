@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/label_index.h"
 #include "importers/input/diagnostics.h"
-#include "importers/input/label_index.h"
 
 namespace importers::calculix {
 
@@ -39,7 +39,7 @@ class MeshLabels {
 
  private:
   bool isWhole_;
-  LabelIndex index_;
+  base::LabelIndex index_;
   std::vector<int> sorted_;
 };
 

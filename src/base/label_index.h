@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace importers {
+namespace base {
 
 // Labels may be in any order and have gaps. Of duplicates the first index counts.
 class LabelIndex {
@@ -33,4 +33,4 @@ class LabelIndex {
   std::optional<int> repeated_;
 };
 
-}  // namespace importers
+}  // namespace base

@@ -1,8 +1,8 @@
-#include "importers/input/label_index.h"
+#include "base/label_index.h"
 
 #include <algorithm>
 
-namespace importers {
+namespace base {
 
 namespace {
 
@@ -57,4 +57,4 @@ int LabelIndex::placeOf(int label) const {
   return found != sorted_.end() && found->first == label ? found->second : -1;
 }
 
-}  // namespace importers
+}  // namespace base

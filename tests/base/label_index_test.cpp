@@ -1,11 +1,11 @@
-#include "importers/input/label_index.h"
+#include "base/label_index.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <vector>
 
-namespace importers {
+namespace base {
 namespace {
 
 TEST(LabelIndex, OfNothingFindsNothing) {
@@ -49,4 +49,4 @@ TEST(LabelIndex, KeepsTheFirstPlaceOfALabelThatComesTwiceAndNamesIt) {
 }
 
 }  // namespace
-}  // namespace importers
+}  // namespace base
