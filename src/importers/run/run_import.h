@@ -5,6 +5,7 @@
 
 #include "importers/input/diagnostics.h"
 #include "importers/run/choice.h"
+#include "importers/run/field_names.h"
 #include "importers/run/source.h"
 #include "odbwriter/database_writer.h"
 
@@ -15,6 +16,7 @@ struct ImportRequest {
   std::string output;   // the database to write
   odbstore::WriterOptions storage;
   Selection selection;
+  FieldNaming naming = {};
 };
 
 struct ImportSummary {
@@ -27,10 +29,10 @@ struct ImportSummary {
   std::string cutOffBehind;
 };
 
-// Asks for the outline, keeps its names apart, chooses, and writes what the source delivers. The database appears under
-// its name when it is complete. Where rows cannot be read, the source leaves them out if it can, and all is written
-// anew. Throws ImportError for what cannot be read or is not there, and odbstore::StoreError for what cannot be
-// written.
+// Asks for the outline, names its fields, keeps names apart, chooses, and writes what the source delivers. The database
+// appears under its name when it is complete. Where rows cannot be read, the source leaves them out if it can, and all
+// is written anew. Throws ImportError for what cannot be read or is not there, and odbstore::StoreError for what cannot
+// be written.
 ImportSummary runImport(Source& source, const ImportRequest& request, const WarningSink& warn,
                         const ProgressSink& progress = {});
 
