@@ -3,7 +3,7 @@ import pathlib
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "endtoend"))
-from support import BIN, ProgramTest  # noqa: E402,F401
+from support import BIN, ROOT, ProgramTest  # noqa: E402,F401
 
 HERE = pathlib.Path(__file__).resolve().parent
 SWITCHES = ("EXTRACT_ALL", "EXTRACT_FIELD", "EXTRACT_FIELD_SETS", "EXTRACT_FIELD_COMPONENTS", "EXTRACT_HISTORY")
