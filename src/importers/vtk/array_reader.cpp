@@ -166,7 +166,8 @@ ArrayReader::ArrayReader(const InputFile& file, const StoredArray& array) : file
     words_ = std::make_unique<Words>(file, array.begin, array.end);
     return;
   }
-  if (array.numbers() > mostBytes() / sizeOf(array.type)) {
+  // What is packed becomes numbers of eight bytes, whatever it was.
+  if (array.numbers() > mostBytes() / (array.isPacked ? sizeof(double) : sizeOf(array.type))) {
     if (!array.isPacked && array.encoding == Encoding::raw) failCut();
     fail(fmt::format("would hold {} numbers, more than {}", array.numbers(),
                      array.isPacked ? "so small a file may unpack to" : "its text has room for"));

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -133,7 +133,7 @@ class RunReader {
                  RunFrame& frame) {
     const SourcePlace place{by, named.line};
     if (depth > kDeepest) throw ImportError(place, "files name each other too deeply");
-    if (++uses_[named.path] > kMostUses) {
+    if (++uses_[fs::path(named.path).lexically_normal().string()] > kMostUses) {
       throw ImportError(place, fmt::format("{} is named more than {} times", named.path, kMostUses));
     }
     blocks.insert(blocks.end(), named.blocks.begin(), named.blocks.end());
@@ -204,7 +204,7 @@ class RunReader {
         continue;
       }
       if (values.size() == 1 && isTime(array.name)) {
-        if (!frame.time) frame.time = values.front();
+        if (!frame.time && std::isfinite(values.front())) frame.time = values.front();
         continue;
       }
       addValues(utf8Text(array.name), values, frame);
@@ -275,12 +275,21 @@ RunFrames readRun(const std::string& path, bool isSeries, const WarningSink& war
 
 std::vector<std::string> filesOf(const std::string& path, bool isSeries) {
   std::set<std::string> files = {path};
-  try {
-    for (const RunFrame& frame : readRun(path, isSeries, [](const base::Diagnostic&) {}).frames) {
-      for (const GridFile& file : frame.files) files.insert(file.path);
+  std::vector<std::string> due = {path};
+  if (isSeries) {
+    for (const auto& [number, one] : seriesOf(path)) due.push_back(one);
+  }
+  while (!due.empty()) {
+    const std::string next = std::move(due.back());
+    due.pop_back();
+    files.insert(next);
+    try {
+      for (std::string& named : filesNamedBy(InputFile(next))) {
+        if (!files.contains(named)) due.push_back(std::move(named));
+      }
+    } catch (const ImportError&) {
+      // Reading it will say so.
     }
-  } catch (const ImportError&) {
-    // Reading it will say so.
   }
   return {files.begin(), files.end()};
 }

@@ -71,4 +71,7 @@ bool isLegacyStart(std::string_view start);
 // damaged, or of a kind that is not imported, which it names; CutOff for a file that ends too early.
 VtkFile readVtkFile(const InputFile& file);
 
+// Paths of the files that a collection names; none for a grid, which is not read. Throws as above.
+std::vector<std::string> filesNamedBy(const InputFile& file);
+
 }  // namespace importers::vtk

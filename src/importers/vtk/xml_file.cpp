@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <limits>
 
@@ -16,6 +17,12 @@ namespace importers::vtk {
 namespace {
 
 constexpr std::size_t kMostComponents = 1U << 20U;
+
+// What VTKFile says of itself.
+constexpr std::string_view kGridType = "UnstructuredGrid";
+constexpr std::string_view kPiecesType = "PUnstructuredGrid";
+constexpr std::string_view kTimeType = "Collection";
+constexpr std::string_view kBlocksType = "vtkMultiBlockDataSet";
 
 // Where arrays stand that the file holds behind all tags.
 struct Appended {
@@ -34,9 +41,9 @@ class XmlFile : public XmlHandler {
       takeRoot(element);
     } else if (element.name == "AppendedData") {
       return takeAppended(element);
-    } else if (element.name == "Piece" && type_ == "UnstructuredGrid") {
+    } else if (element.name == "Piece" && type_ == kGridType) {
       takePiece(element);
-    } else if (element.name == "Piece" && type_ == "PUnstructuredGrid") {
+    } else if (element.name == "Piece" && type_ == kPiecesType) {
       name(element, required(element, "Source"), {});
     } else if (element.name == "DataSet") {
       takeDataSet(element);
@@ -60,7 +67,7 @@ class XmlFile : public XmlHandler {
   VtkFile finish() {
     for (Piece& piece : grid_.pieces) finishPiece(piece);
     placeAppended(grid_.fieldData);
-    if (type_ == "UnstructuredGrid") {
+    if (type_ == kGridType) {
       if (grid_.pieces.empty()) fail(0, "the file holds no grid");
       grid_.form = form();
       return std::move(grid_);
@@ -74,9 +81,7 @@ class XmlFile : public XmlHandler {
     throw ImportError(file_.path(), line, reason);
   }
 
-  bool isBlock(const std::string& name) const {
-    return type_ == "vtkMultiBlockDataSet" && (name == "Block" || name == "Piece");
-  }
+  bool isBlock(const std::string& name) const { return type_ == kBlocksType && (name == "Block" || name == "Piece"); }
 
   const std::string& required(const XmlElement& element, std::string_view name) const {
     const std::string* const value = element.attribute(name);
@@ -104,8 +109,7 @@ class XmlFile : public XmlHandler {
     if (element.name != "VTKFile")
       fail(element.line, fmt::format("the first tag is <{}>, not <VTKFile>", element.name));
     type_ = required(element, "type");
-    constexpr std::array<std::string_view, 4> known = {"UnstructuredGrid", "PUnstructuredGrid", "Collection",
-                                                       "vtkMultiBlockDataSet"};
+    constexpr std::array known = {kGridType, kPiecesType, kTimeType, kBlocksType};
     if (std::find(known.begin(), known.end(), type_) == known.end()) {
       fail(element.line, fmt::format("files of the type {} are not imported: only unstructured grids, multi-block data "
                                      "sets and collections of them",
@@ -129,9 +133,7 @@ class XmlFile : public XmlHandler {
       }
       isPacked_ = true;
     }
-    collection_.form = type_ == "Collection"          ? "collection in time"
-                       : type_ == "PUnstructuredGrid" ? "pieces"
-                                                      : "multi-block";
+    collection_.form = type_ == kTimeType ? "collection in time" : type_ == kPiecesType ? "pieces" : "multi-block";
   }
 
   void takePiece(const XmlElement& element) {
@@ -147,7 +149,7 @@ class XmlFile : public XmlHandler {
     const std::string* const named = element.attribute("file");
     if (named == nullptr || named->empty()) return;
     std::vector<std::string> blocks = blocks_;
-    if (type_ == "vtkMultiBlockDataSet") {
+    if (type_ == kBlocksType) {
       blocks.push_back(blockName(element));
     } else if (const std::string* const text = element.attribute("name"); text != nullptr && !text->empty()) {
       blocks.push_back(*text);
@@ -155,10 +157,11 @@ class XmlFile : public XmlHandler {
       blocks.push_back("part_" + *part);
     }
     name(element, *named, std::move(blocks));
-    if (type_ != "Collection") return;
+    if (type_ != kTimeType) return;
     const std::string& time = required(element, "timestep");
     collection_.files.back().time = numberFrom(time);
-    if (!collection_.files.back().time) fail(element.line, fmt::format("\"{}\" is not a time", time.substr(0, 40)));
+    if (!std::isfinite(collection_.files.back().time.value_or(NAN)))
+      fail(element.line, fmt::format("\"{}\" is not a time", time.substr(0, 40)));
   }
 
   void name(const XmlElement& element, const std::string& named, std::vector<std::string> blocks) {
@@ -323,7 +326,26 @@ class XmlFile : public XmlHandler {
   Collection collection_;
 };
 
+// Reads the first tag alone.
+class FirstTag : public XmlHandler {
+ public:
+  bool start(const XmlElement& element) override {
+    const std::string* const type = element.attribute("type");
+    isGrid = type != nullptr && *type == kGridType;
+    return false;
+  }
+  void end(const std::string& /*name*/, std::uint64_t /*contentEnd*/) override {}
+
+  bool isGrid = false;
+};
+
 }  // namespace
+
+bool isGridOfXml(const InputFile& file) {
+  FirstTag tag;
+  readXml(file, tag);
+  return tag.isGrid;
+}
 
 VtkFile readXmlFile(const InputFile& file) {
   XmlFile handler(file);

@@ -189,6 +189,12 @@ class HarmTest(VtkTest):
             self.assertNotIn(b"top", run.err)
         self.assert_error(rb"pipe\.vtu: error: is not a regular file", "pipe.vtu")
 
+    def test_times_are_numbers(self):
+        self.write("s.vtu", vtu(sample()))
+        for time in ("nan", "inf", "x", ""):
+            self.write("job.pvd", collection([(0, "s.vtu", ""), (time, "s.vtu", ""), (1, "s.vtu", 'part="1"')]))
+            self.assert_error(rb'^job\.pvd:5: error: "' + time.encode() + rb'" is not a time$', "job.pvd")
+
     def test_other_kinds_of_files_are_named(self):
         self.write("a.vti", '<VTKFile type="ImageData" version="0.1"></VTKFile>')
         self.assert_error(rb"^a\.vti:1: error: files of the type ImageData are not imported", "a.vti")
