@@ -1,5 +1,6 @@
 # The libraries that are linked in instead of loaded, where that is possible: loading shared libraries takes most of the
-# time of a small extraction. Targets: kolvex_hdf5, kolvex_zlib, kolvex_sqlite, kolvex_fmt.
+# time of a small extraction. Targets: kolvex_hdf5, kolvex_zlib, kolvex_sqlite, kolvex_expat,
+# kolvex_fmt.
 option(KOLVEX_STATIC_LIBRARIES "Link HDF5, fmt and the C++ library into the programs, and the C library into quarnish, where there are archives" ON)
 
 pkg_check_modules(HDF5 REQUIRED IMPORTED_TARGET hdf5-serial)
@@ -45,6 +46,16 @@ if(KOLVEX_STATIC_LIBRARIES AND KOLVEX_ARCHIVE_sqlite3)
   target_link_libraries(kolvex_sqlite INTERFACE ${KOLVEX_ARCHIVE_sqlite3} ${CMAKE_DL_LIBS} m Threads::Threads)
 else()
   target_link_libraries(kolvex_sqlite INTERFACE SQLite::SQLite3)
+endif()
+
+find_package(EXPAT REQUIRED)
+find_library(KOLVEX_ARCHIVE_expat libexpat.a)
+add_library(kolvex_expat INTERFACE)
+if(KOLVEX_STATIC_LIBRARIES AND KOLVEX_ARCHIVE_expat)
+  target_include_directories(kolvex_expat SYSTEM INTERFACE ${EXPAT_INCLUDE_DIRS})
+  target_link_libraries(kolvex_expat INTERFACE ${KOLVEX_ARCHIVE_expat} m)
+else()
+  target_link_libraries(kolvex_expat INTERFACE EXPAT::EXPAT)
 endif()
 
 if(KOLVEX_STATIC_LIBRARIES)

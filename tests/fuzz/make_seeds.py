@@ -10,6 +10,9 @@ sys.path.insert(0, str(HERE.parent / "mutants"))
 import catalogs  # noqa: E402
 import seeds  # noqa: E402
 
+sys.path.insert(0, str(HERE.parent / "importers" / "vtk"))
+import by_hand  # noqa: E402
+
 CONFIGURATION = """remarks
 ODB EXTRACTIONS
 EXTRACT_MASS EXTRACT_HISTORY MINMAX_HISTORY
@@ -41,6 +44,10 @@ def main():
     write("deck", "deck", files["inp"])
     write("status", "status", STATUS)
     write("configuration", "everything", CONFIGURATION)
+    for name, content in seeds.vtk_files().items():
+        write("vtk", name, content)
+    write("vtk", "collection.pvd", by_hand.collection([(0.5, "none.vtu", 'part="0"'), (1, "none.vtu", 'part="1"')]))
+    write("vtk", "pieces.pvtu", by_hand.pieces("none.vtu", "none.vtu"))
     with tempfile.TemporaryDirectory() as directory:
         for number, database in enumerate(seeds.catalogued(pathlib.Path(directory))):
             write("catalog", str(number), catalogs.split(database)[1])

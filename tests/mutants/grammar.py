@@ -89,7 +89,32 @@ DAT = [move_part(r" [a-z]"), move_part(r"\s+[EMB] "), exchange(r"[a-z]+(?: \w+)*
        exchange(r"(?<=time )\s*[-+.\dE]+", lambda chance: chance.choice(["  0.1", " -1.0", " nan", " 1E400", "", " 0.5000000E+00"])),
        exchange(r"(?<=set )\S+", lambda chance: plain(chance.choice(NAMES))), exchange(r"^ +\d+", lambda chance: " " + chance.choice(LABELS)),
        exchange(r" +[-+.\dE]+$", lambda chance: chance.choice(["", " 1.0 2.0", " x", " 1E999"]))]
-CHANGES = {"inp": INP, "frd": FRD, "dat": DAT}
+COUNTS = ["0", "1", "2", "11", "13", "-1", "2147483647", "2147483648", "18446744073709551615", "1152921504606846976", "99999999999999999999", "x", ""]
+WORDS = {"type": ["Float32", "Float64", "Int8", "UInt64", "String", "UnstructuredGrid", "PUnstructuredGrid", "Collection", "vtkMultiBlockDataSet", "ImageData", ""],
+         "format": ["ascii", "binary", "appended", ""], "encoding": ["raw", "base64", "x"], "byte_order": ["LittleEndian", "BigEndian", "x"],
+         "header_type": ["UInt32", "UInt64", "x"], "compressor": ["vtkZLibDataCompressor", "vtkLZ4DataCompressor", ""],
+         "Name": ["u", "stress", "connectivity", "offsets", "types", "TimeValue", "vtkGhostType", "n&#133;", "x" * 300, ""],
+         "NumberOfComponents": COUNTS + ["3", "6", "9", "65"], "NumberOfPoints": COUNTS, "NumberOfCells": COUNTS, "NumberOfTuples": COUNTS, "offset": COUNTS}
+TAGS = ["<DataArray type=\"Float32\" Name=\"u\" format=\"ascii\">1 2</DataArray>", "</Piece>", "<Piece NumberOfPoints=\"1\" NumberOfCells=\"1\">", "<Points>",
+        "<AppendedData encoding=\"raw\">_", "<DataSet timestep=\"0\" file=\"job.vtu\"/>", "<Piece Source=\"job.vtu\"/>", "<!DOCTYPE a>", "<!-- > -->", "&lt;", "<![CDATA[<]]>"]
+SECTIONS = ["POINTS 2 float", "CELLS 1 2", "CELL_TYPES 1", "POINT_DATA 12", "CELL_DATA 6", "FIELD FieldData 2", "SCALARS a float", "LOOKUP_TABLE default",
+            "VECTORS v double", "TENSORS t double", "METADATA", "DATASET UNSTRUCTURED_GRID", "SCALARS a bit 1", "s 1 2 string", "BINARY", "ASCII"]
+
+
+def attribute(lines, chance):
+    """Another value of an attribute."""
+    name = chance.choice(sorted(WORDS))
+    exchange(rf'(?<=\b{name}=")[^"]*', lambda chance: plain(chance.choice(WORDS[name])))(lines, chance)
+
+
+def insert_of(words):
+    return lambda lines, chance: lines.insert(chance.randrange(len(lines) + 1), chance.choice(words))
+
+
+VTK = [attribute, attribute, attribute, attribute, insert_of(TAGS), insert_of(SECTIONS), move_part(r"<[A-Z]"), move_part(r"</[A-Z]"), move_part(r"[A-Z_]{5}"),
+       exchange(r"(?<=[A-Z] )\d+", lambda chance: chance.choice(COUNTS)), exchange(r"\b\d+\b", lambda chance: chance.choice(COUNTS)),
+       exchange(r"\b(float|double|int|vtktypeint64)\b", lambda chance: chance.choice(["float", "char", "unsigned_long", "vtkIdType", "string", "bit", "x"]))]
+CHANGES = {"inp": INP, "frd": FRD, "dat": DAT, "vtk": VTK}
 
 
 def changed(whole, seed, kind):

@@ -10,8 +10,8 @@ marker, or gives the records of the whole one; other records are allowed where n
 sound and can be extracted from. Mutants are numbered; --first and --count choose. "forged" mutants have checksums made
 again, as only an enemy does: what they do to the extraction is counted and no failure; `kolvex verify` stands them.
 "catalog" mutants have a changed catalog and sums that agree with it, and are held to all that is promised.
-"structure" mutants are changed through HDF5's interface, so that every sum of its is right; "frd-words", "dat-words" and
-"inp-words" by what stands in the text. Memory of each program is limited in proportion to the file it reads.
+"structure" mutants are changed through HDF5's interface, so that every sum of its is right; those that end in "-words"
+by what stands in the text. Memory of each program is limited in proportion to the file it reads.
 
 Prints what became of them, and the failures; the status is 1 when there is one.
 """
@@ -43,7 +43,8 @@ SANITIZER_STATUS = 99
 ENVIRONMENT = {**os.environ, "ASAN_OPTIONS": f"detect_leaks=0:exitcode={SANITIZER_STATUS}",
                "UBSAN_OPTIONS": f"halt_on_error=1:exitcode={SANITIZER_STATUS}"}
 RESULTS = ("params.txt", "paramsdone.txt", "upgradedOdb.odb", "out.odb")
-IMPORTS = {"frd": "frd", "binary": "frd", "dat": "dat", "inp": "inp", "frd-words": "frd", "dat-words": "dat", "inp-words": "inp"}
+IMPORTS = {"frd": "frd", "binary": "frd", "dat": "dat", "inp": "inp", "vtk": "vtk", "frd-words": "frd", "dat-words": "dat",
+           "inp-words": "inp", "vtk-words": "vtk"}
 
 
 class Broken(Exception):
@@ -179,9 +180,10 @@ class Worker:
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         pathlib.Path("config.txt").write_text(CONFIG)
         if kind in IMPORTS:
-            self.files = seeds.job_files()
-            self.whole = [(self.files[kind.split("-")[0]], True)]
-            self.files.pop("binary")
+            self.files = {} if IMPORTS[kind] == "vtk" else seeds.job_files()
+            whole = list(seeds.vtk_files().values()) if IMPORTS[kind] == "vtk" else [self.files[kind.split("-")[0]]]
+            self.whole = [(data, True) for data in whole]
+            self.files.pop("binary", None)
         else:
             self.whole = self.databases(kind)
         self.expected = []
@@ -212,7 +214,8 @@ class Worker:
             return which, is_protected, structure.changed(data, number, self.directory / "changed.odb")
         if self.kind.endswith("-words"):
             return which, is_protected, grammar.changed(data, number, IMPORTS[self.kind])
-        kinds = mutate.TEXT if self.kind in ("frd", "dat", "inp") else mutate.BINARY
+        is_text = self.kind in ("frd", "dat", "inp") or self.kind == "vtk" and number % 2 == 0
+        kinds = mutate.TEXT if is_text else mutate.BINARY
         return which, is_protected, mutate.mutant(data, number, kinds)
 
     def check(self, number):

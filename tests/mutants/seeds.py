@@ -5,9 +5,10 @@ import subprocess
 import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
-for folder in ("endtoend", "importers", "oracle"):
+for folder in ("endtoend", "importers", "importers/vtk", "oracle"):
     sys.path.insert(0, str(HERE.parent / folder))
 
+import by_hand  # noqa: E402
 import test_import_program as texts  # noqa: E402
 from generate import Generator  # noqa: E402
 from test_upgrade import old_database  # noqa: E402
@@ -22,6 +23,19 @@ def job_files():
         "           1           1          \n", "           2           1          \n")
     text = texts.HEADING + texts.NODES + texts.ELEMENTS + texts.RESULTS + more + " 9999\n"
     return {"frd": text.encode(), "binary": texts.BINARY, "dat": texts.PRINTED.encode(), "inp": DECK.encode()}
+
+
+def vtk_files():
+    """Grids with arrays of every shape, in every encoding."""
+    forms = {"text": {"form": "ascii"}, "base64": {"form": "binary"}, "packed64": {"form": "binary", "packed": True, "header": "UInt64"},
+             "raw": {"form": "appended-raw"}, "big": {"form": "appended-raw", "order": ">", "header": "UInt64"},
+             "packed": {"form": "appended-raw", "packed": True}, "appended": {"form": "appended-base64"}}
+    grid = by_hand.sample(1, points=12, cells=6)
+    grid.field_data = {"TIME": by_hand.np.array([0.5]), "energy": by_hand.np.array([2.5])}
+    files = {name + ".vtu": by_hand.vtu(grid, **options) for name, options in forms.items()}
+    files.update({f"{'binary' if is_binary else 'ascii'}_{version}.vtk": by_hand.legacy(grid, is_binary, version=version)
+                  for is_binary in (False, True) for version in ("3.0", "5.1")})
+    return files
 
 
 DECK = (texts.DECK + "*NODE\n1,0.,0.,0.\n2,1.,0.,0.\n3,2.,0.,0.\n*ELEMENT,TYPE=T3D2,ELSET=Eall\n1,1,2\n2,2,3\n"

@@ -69,7 +69,8 @@ class MutateTest(unittest.TestCase):
     def test_changes_of_words_differ_and_come_again(self):
         texts = {"inp": b"*NSET,NSET=Ends\n1,3\n*ELEMENT,TYPE=T3D2,ELSET=Bars\n1,1,2\n",
                  "frd": b"    1C\n    2C                             3\n -1         1 0.00000E+00\n -3\n  100CL  101 1.0000000000           3\n -4  DISP        4    1\n",
-                 "dat": b" displacements (vx,vy,vz) for set TOP and time  0.1\n\n         3  1.0  2.0  3.0\n"}
+                 "dat": b" displacements (vx,vy,vz) for set TOP and time  0.1\n\n         3  1.0  2.0  3.0\n",
+                 "vtk": seeds.vtk_files()["text.vtu"]}
         for kind, text in texts.items():
             for seed in range(200):
                 self.assertNotEqual(grammar.changed(text, seed, kind), text)

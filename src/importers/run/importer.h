@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "importers/input/diagnostics.h"
+#include "importers/run/field_shapes.h"
 #include "importers/run/source.h"
 #include "tool/command.h"
 
@@ -19,6 +20,8 @@ struct OpenRequest {
   bool isStrict = false;  // whether truncated files and unknown contents are errors
   bool withMass = true;   // whether steps have the mass of the model, where the format knows it
   bool withSets = true;
+  // For formats that name components: which ones become vectors and tensors.
+  ShapeChoice shapes = {};
 };
 
 class Importer {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,10 @@ struct OutlineField {
   odbstore::FieldInfo info;
   // Whether rows at nodes are repeated for every element at their node, as those of tensors are in any case.
   bool isSpread = false;
-  std::vector<OutlineRows> frames;  // each frame that has it once, in their order
+  std::vector<OutlineRows> frames = {};  // each frame that has it once, in their order
+  // Where one name may stand for fields at several positions; nothing where the source tells them apart itself.
+  std::optional<odbstore::Position> position = {};
+  std::string standardName = {};  // by which users know such a field, where the source has another one
 };
 
 // Sources of histories: tables of one kind, for one set or none.

@@ -55,25 +55,30 @@ ImportSummary write(Source& source, const Outline& outline, const ImportRequest&
   }
 }
 
+void giveNames(Outline& outline, const ImportRequest& request, const WarningSink& warn) {
+  nameFields(outline, request.naming, request.results, warn);
+  keepNamesApart(outline, request.results, warn);
+}
+
 }  // namespace
 
 ImportSummary runImport(Source& source, const ImportRequest& request, const WarningSink& warnOfAll,
                         const ProgressSink& progress) {
   const WarningSink warn = onceOnly(warnOfAll);
   Outline outline = source.outline();
-  keepNamesApart(outline, request.results, warn);
+  giveNames(outline, request, warn);
   try {
     return write(source, outline, request, warn, progress);
   } catch (const ImportError&) {
     if (!source.leaveOutDamage(outline)) throw;
   }
-  keepNamesApart(outline, request.results, warn);
+  giveNames(outline, request, warn);
   return write(source, outline, request, warn, progress);
 }
 
 Outline listImport(Source& source, const ImportRequest& request, const WarningSink& warn) {
   Outline outline = source.outline();
-  keepNamesApart(outline, request.results, warn);
+  giveNames(outline, request, warn);
   const Choice choice = choose(outline, request.selection, request.results);
   keepChosen(outline, choice);
   return outline;

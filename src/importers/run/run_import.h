@@ -5,6 +5,7 @@
 
 #include "importers/input/diagnostics.h"
 #include "importers/run/choice.h"
+#include "importers/run/field_names.h"
 #include "importers/run/source.h"
 #include "odbwriter/database_writer.h"
 
@@ -15,6 +16,7 @@ struct ImportRequest {
   std::string output;   // the database to write
   odbstore::WriterOptions storage;
   Selection selection;
+  FieldNaming naming = {};
 };
 
 struct ImportSummary {
@@ -27,10 +29,10 @@ struct ImportSummary {
   std::string cutOffBehind;
 };
 
-// Gets the outline, makes its names unique, chooses, and writes what the source delivers. The database appears under
-// its name when it is complete. If rows cannot be read, the source leaves them out if it can, and everything is written
-// again. Throws ImportError if something cannot be read or does not exist, odbstore::StoreError if the database cannot
-// be written.
+// Gets the outline, names its fields, makes its names unique, chooses, and writes what the source delivers. The
+// database appears under its name when it is complete. If rows cannot be read, the source leaves them out if it can,
+// and everything is written again. Throws ImportError if something cannot be read or does not exist,
+// odbstore::StoreError if the database cannot be written.
 ImportSummary runImport(Source& source, const ImportRequest& request, const WarningSink& warn,
                         const ProgressSink& progress = {});
 

@@ -15,8 +15,8 @@ Outline outlineOf(const ImportOptions& options, const std::vector<KnownFormat>& 
   const FoundFormat found = findFormat(formats, options.input, options.format);
   const WarningSink silent = [](const base::Diagnostic&) {};
   const std::unique_ptr<Source> source =
-      found.format->importer->open({found.results, options.isStrict, options.withMass, true}, silent);
-  return listImport(*source, {found.results, "", {}, {}}, silent);
+      found.format->importer->open({found.results, options.isStrict, options.withMass, true, options.shapes}, silent);
+  return listImport(*source, {found.results, "", {}, {}, options.naming}, silent);
 }
 
 std::vector<std::string> fieldsOf(const Outline& outline) {

@@ -27,6 +27,14 @@ void takeFrames(Selection& selection, const std::string& text) {
   selection.frames = *choice;
 }
 
+void takeRename(FieldNaming& naming, const std::string& text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
+    throw tool::UsageError("\"" + text + "\" is not an old and a new name, \"stress=S\"");
+  }
+  naming.renames.emplace_back(text.substr(0, equals), text.substr(equals + 1));
+}
+
 void addPage(tool::Command& command) {
   command.synopsis("JOB [-o DATABASE] [options]")
       .synopsis("JOB --list [--json] [options]")
@@ -83,7 +91,18 @@ tool::Command importCommand(ImportOptions& options, const std::vector<KnownForma
       .flag("--strict", options.isStrict, "treat results that are truncated or not understood as an error")
       .flag("--compress", options.compress, "store results packed: a small file that is slower to read")
       .flag("--checksum", options.checksum, "store a checksum with every frame of results")
-      .completeBy(completeNames);
+      .option(
+          "--rename", "OLD=NEW", [&options](const std::string& text) { takeRename(options.naming, text); },
+          "give a field another name")
+      .repeated()
+      .completeBy(completeNames)
+      .group("Formats with a name for each component")
+      .flag("--keep-names", options.naming.keepNames, "do not call stresses S, strains E and displacements U")
+      .flag(
+          "--no-group", [&options] { options.shapes.isGrouped = false; }, "leave all components scalars of their own")
+      .flag("--group-numbers", options.shapes.withNumbers,
+            "take names with numbers, _1 _2 _3 and _11 to _33, for components too")
+      .exclusive("--no-group", "--group-numbers");
   for (const KnownFormat& known : formats) {
     if (known.importer) known.importer->addOptions(command);
   }

@@ -6,6 +6,7 @@
 
 #include "importers/formats/formats.h"
 #include "importers/run/choice.h"
+#include "importers/run/field_names.h"
 #include "tool/command.h"
 
 namespace importers {
@@ -22,6 +23,8 @@ struct ImportOptions {
   bool isJson = false;     // show it as JSON
   bool isFormats = false;  // show the formats
   Selection selection;
+  ShapeChoice shapes;
+  FieldNaming naming;
 };
 
 // Fills `options` and those of the formats when it parses; both must live as long.

@@ -61,9 +61,12 @@ void printSummary(const std::string& output, const importers::ImportSummary& sum
 void import(const ImportOptions& options, const std::vector<importers::KnownFormat>& formats) {
   const auto begin = std::chrono::steady_clock::now();
   const importers::FoundFormat found = importers::findFormat(formats, options.input, options.format);
-  const importers::OpenRequest job = {found.results, options.isStrict, options.withMass, true};
-  const importers::ImportRequest request = {
-      found.results, outputOf(options, found.results), {options.compress, options.checksum}, options.selection};
+  const importers::OpenRequest job = {found.results, options.isStrict, options.withMass, true, options.shapes};
+  const importers::ImportRequest request = {found.results,
+                                            outputOf(options, found.results),
+                                            {options.compress, options.checksum},
+                                            options.selection,
+                                            options.naming};
   tool::ProgressLine progress(found.results, stderr);
   std::set<std::string> heard;  // reading a file twice does not say everything twice
   const importers::WarningSink warnOnce = [&](const base::Diagnostic& said) {
