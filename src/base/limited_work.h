@@ -4,6 +4,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace base {
 
@@ -13,5 +14,9 @@ namespace base {
 // (limited_protocol.h). Ends the process, but where it was not started by runLimited(): then it does nothing and
 // returns an exit status that is not 0.
 int serveLimited(int argc, char** argv, const std::function<std::string(std::span<char*> arguments)>& work);
+
+// The same of a program that LimitedSession has started: answers one request after the other, until there are no more.
+// What `answer` throws is the answer to that request alone.
+int serveLimitedRequests(int argc, char** argv, const std::function<std::string(std::string_view request)>& answer);
 
 }  // namespace base
