@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -171,7 +172,9 @@ void prepareLibrary() {
 
 Dataset::Dataset(std::span<const std::byte> bytes) {
   // Opened without NC_WRITE, the memory is not written to.
-  check(nc_open_mem("results", NC_NOWRITE, bytes.size(), const_cast<std::byte*>(bytes.data()), &id_), "");
+  const int status = nc_open_mem("results", NC_NOWRITE, bytes.size(), const_cast<std::byte*>(bytes.data()), &id_);
+  if (status == EPERM) throw base::FileError("", "", "the file ends inside its description");
+  check(status, "");
 }
 
 Description Dataset::describe() const {

@@ -53,7 +53,7 @@ class ExodusImporter : public Importer {
 
   // job.e is of one run with job.e-s002, and job.e.4.0 with job.e.4.1.
   std::string databaseName(const std::string& results) const override {
-    static const std::regex several(R"((.*)\.[^./]*?((?:-s\d+)?)((?:\.\d+\.\d+)?))");
+    static const std::regex several(R"((.*?)\.[^./]*?((?:-s\d+)?)((?:\.\d+\.\d+)?))");
     std::smatch found;
     const bool isOneOfSeveral =
         std::regex_match(results, found, several) && (found[2].length() > 0 || found[3].length() > 0);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <regex>
 
 #include "base/control_characters.h"
@@ -53,16 +52,16 @@ class ExodusSource : public Source {
 
   bool leaveOutDamage(Outline& outline) override {
     if (run_.isStrict) return false;
-    const std::size_t before = plans_.fields.size();
-    std::erase_if(plans_.fields, [&](const FieldPlan& plan) { return isDamaged(plan); });
+    bool isAny = std::erase_if(plans_.fields, [&](const FieldPlan& plan) { return isDamaged(plan); }) > 0;
     try {
       if (!globals_.empty()) file_.reals(kGlobals);
     } catch (const ImportError& error) {
       leaveOut("the global variables are", error);
       globals_.clear();
+      isAny = true;
     }
     outline = madeOutline();
-    return plans_.fields.size() != before || globals_.empty();
+    return isAny;
   }
 
  private:
