@@ -41,7 +41,8 @@ SANITIZER_STATUS = 99
 ENVIRONMENT = {**os.environ, "ASAN_OPTIONS": f"detect_leaks=0:exitcode={SANITIZER_STATUS}",
                "UBSAN_OPTIONS": f"halt_on_error=1:exitcode={SANITIZER_STATUS}"}
 RESULTS = ("params.txt", "paramsdone.txt", "upgradedOdb.odb", "out.odb")
-IMPORTS = {"frd": "frd", "binary": "frd", "dat": "dat", "inp": "inp", "frd-words": "frd", "dat-words": "dat", "inp-words": "inp"}
+IMPORTS = {"frd": "frd", "binary": "frd", "dat": "dat", "inp": "inp", "frd-words": "frd", "dat-words": "dat", "inp-words": "inp",
+           "exodus": "e", "exodus4": "e"}
 
 
 class Broken(Exception):
@@ -146,7 +147,8 @@ def check_import(files, kind, data):
     for name, content in files.items():
         pathlib.Path(f"job.{name}").write_bytes(content)
     pathlib.Path(f"job.{IMPORTS[kind]}").write_bytes(data)
-    status, messages = run("import", "job", "-o", "out.odb")
+    points = ["--integration-points"] if kind.startswith("exodus") else []
+    status, messages = run("import", "job", "-o", "out.odb", *points)
     if any(".tmp." in name for name in os.listdir()):
         raise Broken("a temporary file stays")
     if status != 0:
@@ -174,7 +176,10 @@ class Worker:
         signal.signal(signal.SIGALRM, late)
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         pathlib.Path("config.txt").write_text(CONFIG)
-        if kind in IMPORTS:
+        if kind.startswith("exodus"):
+            self.files = {}
+            self.whole = [(seeds.exodus_files(self.directory)[kind], True)]
+        elif kind in IMPORTS:
             self.files = seeds.job_files()
             self.whole = [(self.files[kind.split("-")[0]], True)]
             self.files.pop("binary")
@@ -208,7 +213,7 @@ class Worker:
             return which, is_protected, structure.changed(data, number, self.directory / "changed.odb")
         if self.kind.endswith("-words"):
             return which, is_protected, grammar.changed(data, number, IMPORTS[self.kind])
-        kinds = mutate.TEXT if self.kind in ("frd", "dat", "inp") else mutate.BINARY
+        kinds = {"frd": mutate.TEXT, "dat": mutate.TEXT, "inp": mutate.TEXT, "exodus": mutate.NETCDF}.get(self.kind, mutate.BINARY)
         return which, is_protected, mutate.mutant(data, number, kinds)
 
     def check(self, number):
