@@ -379,6 +379,39 @@ class ExodusTest(ProgramTest):
         keys = {line.split("__")[1:-1][0] + " " + line.split("__")[2] for line in self.path("params.txt").read_text().splitlines()}
         self.assertEqual(keys, {"Frame_3 S", "Frame_3 wet"})
 
+    def test_files_that_claim_more_than_they_hold_are_refused_at_once(self):
+        def write(name, nodes, records, variables):
+            with netCDF4.Dataset(self.path(name), "w") as file:
+                file.api_version = np.float32(5.1)
+                for dimension, length in (("num_dim", 3), ("num_nodes", nodes), ("num_elem", 0), ("time_step", None), ("num_nod_var", variables), ("len_string", 33)):
+                    file.createDimension(dimension, length)
+                file.createVariable("time_whole", "f8", ("time_step",), zlib=True)[:] = np.arange(records)
+                file.createVariable("name_nod_var", "S1", ("num_nod_var", "len_string"))
+                for v in range(variables):
+                    file.createVariable(f"vals_nod_var{v + 1}", "f8", ("time_step", "num_nodes"), zlib=True)
+        for name, sizes, reason in (("wide.e", (2**31 - 2, 1, 1), b"num_nodes: error: 2147483646 is too large"),
+                                    ("long.e", (10**6, 10**5, 10), b"time_step: error: there are more results than a file"),
+                                    ("thin.e", (1, 10**6, 100), b"time_step: error: there are more results than a file")):
+            write(name, *sizes)
+            run = self.run_import(name, status=1)
+            self.assertIn(name.encode() + b": " + reason, run.err)
+            self.assertFalse(self.path(name).with_suffix(".odb").exists())
+
+    def test_what_is_no_variable_of_the_format_is_left_out_with_a_warning(self):
+        with self.new() as file:
+            file.mesh(CUBES, BLOCKS)
+            file.times([1])
+            file.nodal(["u", "temp"], values := self.draw(2, 1, 16))
+            file.data.renameVariable("vals_nod_var1", "aside")
+            file.data.createVariable("vals_nod_var1", "f8", ("time_step", "num_nodes", "num_dim"))[:] = 1
+        self.assertIn(b"job.e: vals_nod_var1: warning: does not hold a number for each time step and entity", self.run_import("job.e").err)
+        self.check(self.records("job.e"), "Step_1__Frame_1__temp", values[1, 0])
+        with netCDF4.Dataset(self.path("bare.e"), "w", format="NETCDF3_CLASSIC") as file:
+            file.api_version = np.float32(5.1)
+            file.createDimension("x", 40)
+            file.createVariable("y", "f8", ("x",))[:] = 1
+        self.assertIn(b"bare.e: num_nodes: error: is not there, and so there is no model", self.run_import("bare.e", status=1).err)
+
     def test_only_the_reading_program_loads_the_library(self):
         for program in ("import", "quarnish", "odbscan", "netcdfread"):
             loaded = subprocess.run(["ldd", str(BIN / program)], stdout=subprocess.PIPE, text=True, check=False).stdout

@@ -46,8 +46,8 @@ struct Variables {
 
 class Planner {
  public:
-  Planner(ExodusFile& file, const Model& model, std::size_t records, const FieldChoice& choice)
-      : file_(file), model_(model), records_(records), choice_(choice) {}
+  Planner(ExodusFile& file, const Model& model, std::size_t records, const FieldChoice& choice, const WarningSink& warn)
+      : file_(file), model_(model), records_(records), choice_(choice), warn_(warn) {}
 
   FieldPlans plan() {
     planNodes();
@@ -55,10 +55,25 @@ class Planner {
     for (const Set& set : model_.nodeSets) planSet(set, kOfNodeSets);
     for (const Set& set : model_.sideSets) planSet(set, kOfSideSets);
     for (const Set& set : model_.elementSets) planSet(set, kOfElementSets);
+    requireRoom();
     return std::move(plans_);
   }
 
  private:
+  // Values that are packed, or that nobody has written, take next to no room in a file; no file of results is packed to
+  // less than a thousandth.
+  void requireRoom() const {
+    constexpr double kMostPacked = 1032.0;  // zlib, Technical Details
+    double values = 0.0;
+    for (const FieldPlan& plan : plans_.fields) values += static_cast<double>(plan.rows * plan.components);
+    const double bytes = values * sizeof(float) * static_cast<double>(records_);
+    const double frames = static_cast<double>(plans_.fields.size()) * static_cast<double>(records_);
+    const double most = static_cast<double>(file_.mostBytes());
+    if (bytes <= most + kMostPacked * static_cast<double>(file_.bytes()) && frames * sizeof(OutlineRows) <= most)
+      return;
+    throw ImportError(file_.place("time_step"), "there are more results than a file of that size can hold");
+  }
+
   void planNodes() {
     RowPlaces places;
     places.nodes = model_.nodeLabels;
@@ -140,6 +155,11 @@ class Planner {
     const netcdf::Variable* const own =
         file_.variable(holder.number == 0 ? plain : fmt::format("{}{}{}", plain, what.of, holder.number));
     if (own != nullptr && hasShape(*own, {holder.entities})) return {own, std::nullopt};
+    if (own != nullptr) {
+      warn_(base::warning(file_.place(own->name),
+                          "does not hold a number for each time step and entity; it is left out"));
+      return {};
+    }
     const netcdf::Variable* const all = holder.number == 0 ? file_.variable(what.values) : nullptr;
     if (all == nullptr || all->dimensions.size() != 3) return {};
     const std::uint64_t planes = file_.shapeOf(*all)[1];
@@ -277,6 +297,7 @@ class Planner {
   const Model& model_;
   std::size_t records_;
   const FieldChoice& choice_;
+  const WarningSink& warn_;
   FieldPlans plans_;
   std::vector<std::vector<std::size_t>> sources_;  // variables of each component, by point
   std::set<std::pair<std::string, std::optional<Position>>> taken_;
@@ -321,7 +342,7 @@ FieldPlans planFields(ExodusFile& file, const Model& model, std::size_t records,
     if (file.variable(others) == nullptr) continue;
     warn(base::warning(file.place(others), "variables of edges and faces are left out"));
   }
-  return Planner(file, model, records, choice).plan();
+  return Planner(file, model, records, choice, warn).plan();
 }
 
 void readPart(ExodusFile& file, const FieldPart& part, std::size_t components, std::size_t record,

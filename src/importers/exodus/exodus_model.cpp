@@ -364,6 +364,9 @@ Model readModel(ExodusFile& file, const WarningSink& warn) {
   model.title = trimmed(file.text("title"));
   model.producer = producerOf(file);
   model.dimensions = file.length("num_dim");
+  if (file.description().dimension("num_nodes") == nullptr) {
+    throw ImportError(file.place("num_nodes"), "is not there, and so there is no model");
+  }
   model.nodeLabels = labelsOf(file, "node_num_map", checkedCount(file, "num_nodes"), "nodes", warn);
   model.elementLabels = labelsOf(file, "elem_num_map", checkedCount(file, "num_elem"), "elements", warn);
   readBlocks(file, model, warn);
