@@ -1,6 +1,6 @@
 # The libraries that are linked in instead of loaded, where that is possible: loading shared libraries takes most of the
-# time of a small extraction. Targets: kolvex_hdf5, kolvex_zlib, kolvex_sqlite, kolvex_expat,
-# kolvex_fmt.
+# time of a small extraction. Targets: kolvex_hdf5, kolvex_zlib, kolvex_sqlite, kolvex_expat, kolvex_fmt, and kolvex_netcdf, which is
+# loaded.
 option(KOLVEX_STATIC_LIBRARIES "Link HDF5, fmt and the C++ library into the programs, and the C library into quarnish, where there are archives" ON)
 
 pkg_check_modules(HDF5 REQUIRED IMPORTED_TARGET hdf5-serial)
@@ -64,4 +64,14 @@ if(KOLVEX_STATIC_LIBRARIES)
 else()
   add_library(kolvex_fmt INTERFACE)
   target_link_libraries(kolvex_fmt INTERFACE fmt::fmt)
+endif()
+
+# For Exodus II; without it that format is not in the build. Only one small program is linked with it.
+option(KOLVEX_NETCDF "Import formats that are netCDF files, where the netCDF library is there" ON)
+pkg_check_modules(NETCDF IMPORTED_TARGET netcdf)
+if(KOLVEX_NETCDF AND NETCDF_FOUND)
+  add_library(kolvex_netcdf INTERFACE)
+  target_link_libraries(kolvex_netcdf INTERFACE PkgConfig::NETCDF)
+else()
+  set(KOLVEX_NETCDF OFF)
 endif()

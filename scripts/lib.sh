@@ -21,12 +21,12 @@ give_up() {
 trap 'give_up "line $LINENO failed: $BASH_COMMAND"' ERR
 
 # What building takes, what the demo runs, and what the tests want besides.
-build_packages=(g++ cmake ninja-build pkg-config libhdf5-dev zlib1g-dev libexpat1-dev libflatbuffers-dev flatbuffers-compiler libcli11-dev libfmt-dev libsqlite3-dev nlohmann-json3-dev)
+build_packages=(g++ cmake ninja-build pkg-config libhdf5-dev zlib1g-dev libexpat1-dev libflatbuffers-dev flatbuffers-compiler libcli11-dev libfmt-dev libsqlite3-dev nlohmann-json3-dev libnetcdf-dev)
 demo_packages=(calculix-ccx)
-bench_packages=(libbenchmark-dev python3 python3-h5py python3-numpy)
-test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-numpy hdf5-tools strace clang-format man-db shellcheck zsh)
+bench_packages=(libbenchmark-dev python3 python3-h5py python3-netcdf4 python3-numpy)
+test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-netcdf4 python3-numpy hdf5-tools netcdf-bin strace clang-format man-db shellcheck zsh)
 slurm_packages=(slurmctld slurmd slurm-client munge)
-soak_packages=(clang llvm libclang-rt-14-dev valgrind python3-vtk9)
+soak_packages=(clang llvm libclang-rt-14-dev valgrind python3-vtk9 libexodusii-dev)
 arm64_packages=(g++-aarch64-linux-gnu gcc-aarch64-linux-gnu qemu-user-static debootstrap)
 
 # How long another apt is waited for, in seconds.

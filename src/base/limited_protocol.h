@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace base {
 
@@ -14,6 +15,12 @@ enum LimitedArgument : int { kParentArgument = 1, kMemoryArgument, kSecondsArgum
 
 // The first byte of an answer says how the work ended. An error of a file is its object, a NUL and the reason.
 enum class Ending : char { value = 'V', fileError = 'F', otherError = 'E', memory = 'M' };
+
+// Before each answer to a request. A request has its length, 4 bytes, before it.
+struct AnswerHead {
+  std::uint64_t bytes = 0;
+  Ending ending = Ending::value;
+};
 
 // A crash may send garbage; the last byte confirms that the answer is complete.
 inline constexpr char kEndMark = '.';

@@ -11,6 +11,7 @@
 #include <exception>
 #include <fstream>
 #include <new>
+#include <string_view>
 
 #include "base/file_error.h"
 #include "base/limited_protocol.h"
@@ -55,12 +56,47 @@ bool confine(char** argv) {
   return true;
 }
 
-void send(Ending ending, const std::string& text) {
-  const std::string message = static_cast<char>(ending) + text + kEndMark;
+bool sendAll(std::string_view message) {
   for (std::size_t sent = 0; sent < message.size();) {
     const ssize_t written = ::write(kLimitedPipe, message.data() + sent, message.size() - sent);
-    if (written <= 0 && errno != EINTR) return;
+    if (written <= 0 && errno != EINTR) return false;
     sent += written > 0 ? static_cast<std::size_t>(written) : 0;
+  }
+  return true;
+}
+
+void send(Ending ending, const std::string& text) { sendAll(static_cast<char>(ending) + text + kEndMark); }
+
+bool sendPart(Ending ending, std::string_view text) {
+  AnswerHead head;
+  head.ending = ending;
+  head.bytes = text.size();
+  return sendAll({reinterpret_cast<const char*>(&head), sizeof(head)}) && sendAll(text);
+}
+
+bool receiveAll(std::span<char> to) {
+  while (!to.empty()) {
+    const ssize_t count = ::read(kLimitedPipe, to.data(), to.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    to = to.subspan(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
+// Does `work` and tells `send` what came of it.
+template <class Work, class Send>
+auto sendResult(const Work& work, const Send& send) {
+  try {
+    return send(Ending::value, work());
+  } catch (const FileError& error) {
+    return send(Ending::fileError, error.object() + '\0' + error.reason());
+  } catch (const std::bad_alloc&) {
+    return send(Ending::memory, "");
+  } catch (const std::exception& error) {
+    return send(Ending::otherError, error.what());
+  } catch (...) {
+    return send(Ending::otherError, "unknown exception");
   }
 }
 
@@ -69,18 +105,20 @@ void send(Ending ending, const std::string& text) {
 int serveLimited(int argc, char** argv, const std::function<std::string(std::span<char*> arguments)>& work) {
   const bool isStartedRight = argc >= kFirstOwnArgument && ::fcntl(kLimitedPipe, F_GETFD) >= 0;
   if (!isStartedRight || !confine(argv)) return EXIT_FAILURE;
-  try {
-    send(Ending::value, work({argv + kFirstOwnArgument, argv + argc}));
-  } catch (const FileError& error) {
-    send(Ending::fileError, error.object() + '\0' + error.reason());
-  } catch (const std::bad_alloc&) {
-    send(Ending::memory, "");
-  } catch (const std::exception& error) {
-    send(Ending::otherError, error.what());
-  } catch (...) {
-    send(Ending::otherError, "unknown exception");
-  }
+  sendResult([&] { return work({argv + kFirstOwnArgument, argv + argc}); }, send);
   // Destructors could touch memory that was damaged while reading.
+  std::_Exit(EXIT_SUCCESS);
+}
+
+int serveLimitedRequests(int argc, char** argv, const std::function<std::string(std::string_view request)>& answer) {
+  const bool isStartedRight = argc >= kFirstOwnArgument && ::fcntl(kLimitedPipe, F_GETFD) >= 0;
+  if (!isStartedRight || !confine(argv)) return EXIT_FAILURE;
+  std::uint32_t bytes = 0;
+  while (receiveAll({reinterpret_cast<char*>(&bytes), sizeof(bytes)})) {
+    std::string request(bytes, '\0');
+    if (!receiveAll(request)) break;
+    if (!sendResult([&] { return answer(request); }, sendPart)) break;
+  }
   std::_Exit(EXIT_SUCCESS);
 }
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace base {
 
@@ -12,5 +13,9 @@ namespace base {
 // descriptor kLimitedFile (limited_protocol.h). Ends the process, unless it was not started by runLimited(): then it
 // does nothing and returns a non-zero exit status.
 int serveLimited(int argc, char** argv, const std::function<std::string(std::span<char*> arguments)>& work);
+
+// The same of a program that LimitedSession has started: answers one request after the other, until there are no more.
+// What `answer` throws is the answer to that request alone.
+int serveLimitedRequests(int argc, char** argv, const std::function<std::string(std::string_view request)>& answer);
 
 }  // namespace base

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include <map>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 #include <vector>
 
 #include "base/descriptor.h"
@@ -126,6 +128,24 @@ const std::map<std::string, std::string (*)(Arguments)> kDeeds = {
 
 }  // namespace
 
+namespace {
+
+// A request has the words of a command line.
+std::string answerTo(std::string_view request) {
+  std::vector<std::string> words;
+  for (std::size_t begin = 0; begin <= request.size();) {
+    const std::size_t end = std::min(request.find(' ', begin), request.size());
+    words.emplace_back(request.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  return kDeeds.at(words.front())(arguments);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  if (std::string_view(argv[argc - 1]) == "requests") return base::serveLimitedRequests(argc, argv, answerTo);
   return base::serveLimited(argc, argv, [](Arguments arguments) { return kDeeds.at(arguments.front())(arguments); });
 }

@@ -32,7 +32,7 @@ TEST(ImportOptions, AreReadWithoutTouchingFiles) {
   const Read read({"no such directory/job.frd", "-o", "out.odb", "--deck", "other.inp", "--compress"});
   EXPECT_FALSE(read.outcome.isDone) << read.outcome.text;
   EXPECT_EQ(read.options.input, "no such directory/job.frd");
-  EXPECT_EQ(outputOf(read.options, "no such directory/job.frd"), "out.odb");
+  EXPECT_EQ(outputOf(read.options, *read.formats.front().importer, "no such directory/job.frd"), "out.odb");
   EXPECT_EQ(read.inputs()[1], "other.inp");
   EXPECT_TRUE(read.options.compress);
   EXPECT_FALSE(read.options.checksum);
@@ -69,9 +69,11 @@ TEST(ImportOptions, HelpAndVersionEndWithoutAnError) {
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.text, HasSubstr("kolvex import"));
   EXPECT_THAT(help.text, testing::Not(HasSubstr("{")));
-  for (const char* option : {"--output", "--deck", "--no-deck", "--no-mass", "--strict", "--compress", "--checksum",
-                             "--list", "--field", "--step", "--frames", "--dat", "--no-dat", "--stress-at",
-                             "--history-limit", "--version", "--format", "--formats", "--json"}) {
+  for (const char* option :
+       {"--output",   "--deck",      "--no-deck",       "--no-mass",  "--strict",       "--compress",
+        "--checksum", "--list",      "--field",         "--step",     "--frames",       "--dat",
+        "--no-dat",   "--stress-at", "--history-limit", "--version",  "--format",       "--formats",
+        "--json",     "--rename",    "--keep-names",    "--no-group", "--group-numbers"}) {
     EXPECT_THAT(help.text, HasSubstr(option));
   }
   const tool::Outcome version = Read({"--version"}).outcome;
@@ -97,7 +99,7 @@ TEST(ImportOptions, FilesAreFoundByTheNameOfTheJob) {
   for (const char* input : {"runs.2/job", "runs.2/job.", "runs.2/job.frd", "runs.2/job.inp"}) {
     const Read read({input});
     EXPECT_THAT(read.inputs(), ElementsAre("runs.2/job.frd", "runs.2/job.inp", "runs.2/job.sta", "runs.2/job.dat"));
-    EXPECT_EQ(outputOf(read.options, read.inputs()[0]), "runs.2/job.odb");
+    EXPECT_EQ(outputOf(read.options, *read.formats.front().importer, read.inputs()[0]), "runs.2/job.odb");
   }
 }
 

@@ -59,6 +59,12 @@ def extreme_integer(data, chance):
     data[at:at + size] = struct.pack("<Q", number % 2**64)[:size]
 
 
+def extreme_count(data, chance):
+    """An integer as netCDF's classic files have them, the most significant byte first, at a place of four bytes."""
+    at = chance.randrange(0, max(1, min(len(data), 4096) - 8), 4)
+    data[at:at + 4] = struct.pack(">I", chance.choice(INTEGERS) % 2**32)
+
+
 def text_bytes(data, chance):
     for _ in range(chance.choice([1, 1, 2, 4])):
         data[chance.randrange(len(data))] = chance.choice(TEXT_BYTES)
@@ -116,6 +122,7 @@ def change_number(data, chance):
 
 BINARY = [flip_bits, flip_bits, set_bytes, set_bytes, cut, append, zero_page, double_page, copy_page, drop_page,
           extreme_integer, extreme_integer]
+NETCDF = BINARY + [extreme_count] * 4
 TEXT = [text_bytes, text_bytes, flip_bits, cut, zero_page, double_page, copy_page, drop_page, drop_line, double_line,
         move_line, long_line, change_number, change_number, change_number]
 

@@ -44,7 +44,8 @@ ENVIRONMENT = {**os.environ, "ASAN_OPTIONS": f"detect_leaks=0:exitcode={SANITIZE
                "UBSAN_OPTIONS": f"halt_on_error=1:exitcode={SANITIZER_STATUS}"}
 RESULTS = ("params.txt", "paramsdone.txt", "upgradedOdb.odb", "out.odb")
 IMPORTS = {"frd": "frd", "binary": "frd", "dat": "dat", "inp": "inp", "vtk": "vtk", "frd-words": "frd", "dat-words": "dat",
-           "inp-words": "inp", "vtk-words": "vtk"}
+           "inp-words": "inp", "vtk-words": "vtk",
+           "exodus": "e", "exodus4": "e"}
 
 
 class Broken(Exception):
@@ -151,7 +152,8 @@ def check_import(files, kind, data):
     for name, content in files.items():
         pathlib.Path(f"job.{name}").write_bytes(content)
     pathlib.Path(f"job.{IMPORTS[kind]}").write_bytes(data)
-    status, messages = run("import", "job", "-o", "out.odb")
+    points = ["--integration-points"] if kind.startswith("exodus") else []
+    status, messages = run("import", "job", "-o", "out.odb", *points)
     if any(".tmp." in name for name in os.listdir()):
         raise Broken("a temporary file stays")
     if status != 0:
@@ -179,7 +181,10 @@ class Worker:
         signal.signal(signal.SIGALRM, late)
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         pathlib.Path("config.txt").write_text(CONFIG)
-        if kind in IMPORTS:
+        if kind.startswith("exodus"):
+            self.files = {}
+            self.whole = [(seeds.exodus_files(self.directory)[kind], True)]
+        elif kind in IMPORTS:
             self.files = {} if IMPORTS[kind] == "vtk" else seeds.job_files()
             whole = list(seeds.vtk_files().values()) if IMPORTS[kind] == "vtk" else [self.files[kind.split("-")[0]]]
             self.whole = [(data, True) for data in whole]
@@ -215,7 +220,7 @@ class Worker:
         if self.kind.endswith("-words"):
             return which, is_protected, grammar.changed(data, number, IMPORTS[self.kind])
         is_text = self.kind in ("frd", "dat", "inp") or self.kind == "vtk" and number % 2 == 0
-        kinds = mutate.TEXT if is_text else mutate.BINARY
+        kinds = mutate.TEXT if is_text else mutate.NETCDF if self.kind == "exodus" else mutate.BINARY
         return which, is_protected, mutate.mutant(data, number, kinds)
 
     def check(self, number):

@@ -9,6 +9,8 @@ for folder in ("endtoend", "importers", "importers/vtk", "oracle"):
     sys.path.insert(0, str(HERE.parent / folder))
 
 import by_hand  # noqa: E402
+import exodus_files as exodus  # noqa: E402
+import numpy as np  # noqa: E402
 import test_import_program as texts  # noqa: E402
 from generate import Generator  # noqa: E402
 from test_upgrade import old_database  # noqa: E402
@@ -36,6 +38,29 @@ def vtk_files():
     files.update({f"{'binary' if is_binary else 'ascii'}_{version}.vtk": by_hand.legacy(grid, is_binary, version=version)
                   for is_binary in (False, True) for version in ("3.0", "5.1")})
     return files
+
+
+def exodus_files(directory):
+    """Exodus files by the kind of mutants that are made of them: of netCDF's own formats, and of HDF5."""
+    found = {}
+    for kind, form in (("exodus", "NETCDF3_64BIT_OFFSET"), ("exodus4", "NETCDF4")):
+        path = directory / (kind + ".e")
+        with exodus.Exodus(path, form) as file:
+            file.mesh(exodus.CUBES, exodus.BLOCKS)
+            file.ids("eb", "num_el_blk", [1, 2], ["left", ""])
+            file.integers("node_num_map", ("num_nodes",), np.arange(16) + 3)
+            file.node_sets([[1, 5], [4, 8]], [3, 4], ["clamp", "tip"])
+            file.side_sets([([1, 2, 2], [4, 2, 3])], None, ["clamp"])
+            file.times([0, 1, 0.5])
+            wave = np.sin(np.arange(4 * 3 * 16.0)).reshape(4, 3, 16)
+            file.nodal(["disp_x", "disp_y", "disp_z", "temp"], wave)
+            file.elemental([f"stress_{c}_{p}" for c in ("xx", "yy", "zz", "xy", "yz", "zx") for p in (1, 2)],
+                           {(v, b): np.cos(np.full((3, 3 - b), v * b)) for v in range(1, 13) for b in (1, 2)})
+            file.of_side_sets(["flux"], {(1, 1): wave[0, :, :3]})
+            file.global_values(["energy"], [[1], [2], [3]])
+        found[kind] = path.read_bytes()
+        path.unlink()
+    return found
 
 
 DECK = (texts.DECK + "*NODE\n1,0.,0.,0.\n2,1.,0.,0.\n3,2.,0.,0.\n*ELEMENT,TYPE=T3D2,ELSET=Eall\n1,1,2\n2,2,3\n"

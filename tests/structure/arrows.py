@@ -7,6 +7,7 @@ import subprocess
 
 # Libraries of others, by the headers that belong to them.
 FOREIGN = {"CLI/": "CLI11::CLI11", "fmt/": "kolvex_fmt", "hdf5.h": "kolvex_hdf5", "nlohmann/": "nlohmann_json::nlohmann_json", "expat.h": "kolvex_expat",
+           "netcdf.h": "kolvex_netcdf", "netcdf_mem.h": "kolvex_netcdf",
            "sqlite3.h": "kolvex_sqlite", "zlib.h": "kolvex_zlib", "catalog_columns.h": "catalog_schema"}
 # Linked for its flags: it has no headers.
 UNTOLD = {"kolvex_build"}

@@ -78,11 +78,14 @@ std::vector<std::string> filesMeant(const std::vector<KnownFormat>& formats, con
     throw ImportError(file, 0, "this is a database already; it needs no import");
   }
   std::vector<std::string> expected;
+  std::string absent;
   for (const KnownFormat& known : formats) {
     if (known.importer) expected.push_back(fmt::format("{}: {}", known.format->name, known.importer->beginning()));
+    if (!known.importer) absent += fmt::format("; {} is not in this build", known.format->name);
   }
-  throw ImportError(file, 0,
-                    fmt::format("not a result file of a known format (expected {})", fmt::join(expected, ", or ")));
+  throw ImportError(
+      file, 0,
+      fmt::format("not a result file of a known format (expected {}){}", fmt::join(expected, ", or "), absent));
 }
 
 }  // namespace

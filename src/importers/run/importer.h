@@ -33,6 +33,8 @@ class Importer {
 
   // The file with the results of what a user names: a run may have several files, or be named without an ending.
   virtual std::string resultFile(const std::string& named) const = 0;
+  // The database beside a result file: its path with another ending, unless that would be the same for several runs.
+  virtual std::string databaseName(const std::string& results) const;
   // Whether a file of this format begins like this; `start` are its first bytes, at most kStartBytes.
   virtual bool recognises(std::string_view start, const std::string& path) const = 0;
   // How such files begin, for error messages: "    1C" on line 1.

@@ -1,6 +1,5 @@
 #include "import_options.h"
 
-#include <filesystem>
 #include <optional>
 #include <sstream>
 
@@ -109,9 +108,8 @@ tool::Command importCommand(ImportOptions& options, const std::vector<KnownForma
   return command;
 }
 
-std::string outputOf(const ImportOptions& options, const std::string& results) {
-  if (!options.output.empty()) return options.output;
-  return std::filesystem::path(results).replace_extension(".odb").string();
+std::string outputOf(const ImportOptions& options, const Importer& importer, const std::string& results) {
+  return options.output.empty() ? importer.databaseName(results) : options.output;
 }
 
 }  // namespace importers

@@ -30,7 +30,7 @@ struct ImportOptions {
 // Fills `options` and those of the formats when it parses; both must live as long.
 tool::Command importCommand(ImportOptions& options, const std::vector<KnownFormat>& formats);
 
-// The database beside the results where no other is named: their path with the ending ".odb".
-std::string outputOf(const ImportOptions& options, const std::string& results);
+// The database that is asked for, else the one that the format puts beside the results.
+std::string outputOf(const ImportOptions& options, const Importer& importer, const std::string& results);
 
 }  // namespace importers

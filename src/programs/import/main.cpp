@@ -63,7 +63,7 @@ void import(const ImportOptions& options, const std::vector<importers::KnownForm
   const importers::FoundFormat found = importers::findFormat(formats, options.input, options.format);
   const importers::OpenRequest job = {found.results, options.isStrict, options.withMass, true, options.shapes};
   const importers::ImportRequest request = {found.results,
-                                            outputOf(options, found.results),
+                                            outputOf(options, *found.format->importer, found.results),
                                             {options.compress, options.checksum},
                                             options.selection,
                                             options.naming};
