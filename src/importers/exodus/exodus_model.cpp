@@ -48,7 +48,7 @@ std::string problemOf(const std::vector<std::int64_t>& map, std::size_t count) {
   if (map.size() != count) return fmt::format("there are {} of them", map.size());
   const auto bad = std::find_if(map.begin(), map.end(), [](std::int64_t n) { return n < 1 || n > kLargestLabel; });
   if (bad != map.end()) return fmt::format("one is {}", *bad);
-  const std::optional<int> twice = LabelIndex(std::vector<int>(map.begin(), map.end())).repeated();
+  const std::optional<int> twice = base::LabelIndex(std::vector<int>(map.begin(), map.end())).repeated();
   return twice ? fmt::format("{} comes twice", *twice) : "";
 }
 
