@@ -1,10 +1,10 @@
 // A JSON array of objects, one a line.
 #pragma once
 
-#include "batch/collect/table.h"
-#include "batch/collect/text_output.h"
+#include "tables/table.h"
+#include "tables/text_output.h"
 
-namespace batch {
+namespace tables {
 
 // The keys are the names of the columns; cells without a value are left out.
 class JsonTable : public Table {
@@ -27,4 +27,4 @@ class JsonTable : public Table {
   bool isFirst_ = true;
 };
 
-}  // namespace batch
+}  // namespace tables

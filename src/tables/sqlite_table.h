@@ -4,11 +4,12 @@
 #include <memory>
 #include <string>
 
-#include "batch/collect/table.h"
+#include "tables/table.h"
 
-namespace batch {
+namespace tables {
 
-// Numbers of records are REAL, "None" and cells without a value NULL, all else TEXT. All rows are one transaction.
+// Numbers of records are REAL, in columns of whole ones INTEGER, "None" and cells without a value NULL, all else TEXT.
+// All rows are one transaction.
 class SqliteTable : public Table {
  public:
   // Writes into the empty file `path`, which nobody else has open; errors call it `name`. Nothing is synchronised to
@@ -24,10 +25,12 @@ class SqliteTable : public Table {
  private:
   struct Connection;
 
+  void bindValue(int place, std::string_view text, const Column& column) const;
+
   std::string name_;
   std::string table_;
-  std::vector<bool> isValue_;
+  std::vector<Column> columns_;
   std::unique_ptr<Connection> connection_;
 };
 
-}  // namespace batch
+}  // namespace tables

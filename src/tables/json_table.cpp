@@ -1,8 +1,8 @@
-#include "batch/collect/json_table.h"
+#include "tables/json_table.h"
 
-#include "batch/collect/json_value.h"
+#include "tables/json_value.h"
 
-namespace batch {
+namespace tables {
 
 void JsonTable::begin(const std::vector<Column>& columns) {
   for (const Column& column : columns) keys_.push_back({jsonOfText(column.name) + ":", column.isValue});
@@ -27,4 +27,4 @@ void JsonTable::end() {
   output_.flush();
 }
 
-}  // namespace batch
+}  // namespace tables

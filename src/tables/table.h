@@ -6,11 +6,12 @@
 #include <string_view>
 #include <vector>
 
-namespace batch {
+namespace tables {
 
 struct Column {
   std::string name;
   bool isValue = false;  // of records: numbers, tuples of them, or words; otherwise text
+  bool isWhole = false;  // values that are whole numbers
 };
 
 // Nothing where a row has no value in a column.
@@ -32,4 +33,4 @@ class Table {
   virtual void end() = 0;
 };
 
-}  // namespace batch
+}  // namespace tables

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace batch {
+namespace tables {
 
 class TextOutput {
  public:
@@ -23,4 +23,4 @@ class TextOutput {
   std::string collected_;
 };
 
-}  // namespace batch
+}  // namespace tables

@@ -1,4 +1,4 @@
-#include "batch/collect/text_output.h"
+#include "tables/text_output.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 
 #include "base/file_error.h"
 
-namespace batch {
+namespace tables {
 
 namespace {
 
@@ -32,4 +32,4 @@ void TextOutput::flush() {
   collected_.clear();
 }
 
-}  // namespace batch
+}  // namespace tables

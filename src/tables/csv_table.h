@@ -1,10 +1,10 @@
 // Comma-separated values as RFC 4180 has them, with a line feed at the end of a line.
 #pragma once
 
-#include "batch/collect/table.h"
-#include "batch/collect/text_output.h"
+#include "tables/table.h"
+#include "tables/text_output.h"
 
-namespace batch {
+namespace tables {
 
 // A cell is in quotes where it has a comma, a quote or a line's end; numbers are as params.txt has them; one without a
 // value is empty.
@@ -21,4 +21,4 @@ class CsvTable : public Table {
   std::string line_;
 };
 
-}  // namespace batch
+}  // namespace tables

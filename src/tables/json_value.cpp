@@ -1,8 +1,8 @@
-#include "batch/collect/json_value.h"
+#include "tables/json_value.h"
 
 #include <nlohmann/json.hpp>
 
-namespace batch {
+namespace tables {
 
 namespace {
 
@@ -76,4 +76,4 @@ std::string jsonOfValue(std::string_view value) {
   return jsonOfWord(value);
 }
 
-}  // namespace batch
+}  // namespace tables

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace batch {
+namespace tables {
 
 // Numbers as they stand, tuples as arrays, "None" as null, everything else as a string: "inf", "nan" too, which JSON
 // has no numbers for. Bytes that are not UTF-8 become U+FFFD.
@@ -12,4 +12,4 @@ std::string jsonOfValue(std::string_view value);
 
 std::string jsonOfText(std::string_view text);
 
-}  // namespace batch
+}  // namespace tables

@@ -1,8 +1,8 @@
-#include "batch/collect/record_lines.h"
+#include "tables/record_lines.h"
 
 #include <algorithm>
 
-namespace batch {
+namespace tables {
 
 void forEachRecord(std::string_view params,
                    const std::function<void(std::string_view name, std::string_view value)>& take) {
@@ -17,4 +17,4 @@ void forEachRecord(std::string_view params,
   }
 }
 
-}  // namespace batch
+}  // namespace tables

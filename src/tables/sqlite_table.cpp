@@ -1,14 +1,16 @@
-#include "batch/collect/sqlite_table.h"
+#include "tables/sqlite_table.h"
 
 #include <fmt/format.h>
 #include <sqlite3.h>
 
 #include <charconv>
+#include <cstdint>
+#include <optional>
 #include <set>
 
 #include "base/file_error.h"
 
-namespace batch {
+namespace tables {
 
 // The border to SQLite: each call is checked, failures name the file.
 struct SqliteTable::Connection {
@@ -87,13 +89,13 @@ void SqliteTable::begin(const std::vector<Column>& columns) {
                     "or write the long form",
                     columns.size(), most));
   }
+  columns_ = columns;
   DistinctNames names;
   std::string definitions;
   std::string places;
   for (const Column& column : columns) {
     definitions += (definitions.empty() ? "" : ", ") + quoted(names.add(column.name)) + (column.isValue ? "" : " TEXT");
     places += places.empty() ? "?" : ", ?";
-    isValue_.push_back(column.isValue);
   }
   connection_->execute("BEGIN");
   connection_->execute(fmt::format("CREATE TABLE {} ({})", quoted(table_), definitions));
@@ -102,23 +104,40 @@ void SqliteTable::begin(const std::vector<Column>& columns) {
       sqlite3_prepare_v2(connection_->database, insertion.c_str(), -1, &connection_->insertion, nullptr));
 }
 
+namespace {
+
+// The whole of a text as a number; nothing where it is none. What is not a number to SQLite would be stored as NULL.
+template <class Number>
+std::optional<Number> numberIn(std::string_view text) {
+  Number number{};
+  const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool isWhole = failure == std::errc() && end == text.data() + text.size() && number == number;
+  return isWhole ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+void SqliteTable::bindValue(int place, std::string_view text, const Column& column) const {
+  const Connection& connection = *connection_;
+  const auto whole = column.isWhole ? numberIn<std::int64_t>(text) : std::nullopt;
+  const auto number = column.isValue && !whole ? numberIn<double>(text) : std::nullopt;
+  if (whole) {
+    connection.check(sqlite3_bind_int64(connection.insertion, place, *whole));
+  } else if (number) {
+    connection.check(sqlite3_bind_double(connection.insertion, place, *number));
+  } else {
+    connection.bindText(place, text);
+  }
+}
+
 void SqliteTable::row(const std::vector<Cell>& cells) {
   const Connection& connection = *connection_;
   for (std::size_t i = 0; i < cells.size(); ++i) {
     const int place = static_cast<int>(i) + 1;
-    double number = 0;
-    if (!cells[i] || (isValue_[i] && *cells[i] == "None")) {
+    if (!cells[i] || (columns_[i].isValue && *cells[i] == "None")) {
       connection.check(sqlite3_bind_null(connection.insertion, place));
-      continue;
-    }
-    const std::string_view text = *cells[i];
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isNumber = failure == std::errc() && end == text.data() + text.size();
-    // What is not a number to SQLite would be stored as NULL.
-    if (isValue_[i] && isNumber && number == number) {
-      connection.check(sqlite3_bind_double(connection.insertion, place, number));
     } else {
-      connection.bindText(place, text);
+      bindValue(place, *cells[i], columns_[i]);
     }
   }
   connection.check(sqlite3_step(connection.insertion));
@@ -130,4 +149,4 @@ void SqliteTable::end() {
   connection_.reset();
 }
 
-}  // namespace batch
+}  // namespace tables

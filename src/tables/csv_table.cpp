@@ -1,6 +1,6 @@
-#include "batch/collect/csv_table.h"
+#include "tables/csv_table.h"
 
-namespace batch {
+namespace tables {
 
 namespace {
 
@@ -36,4 +36,4 @@ void CsvTable::row(const std::vector<Cell>& cells) {
   output_.write(line_);
 }
 
-}  // namespace batch
+}  // namespace tables
