@@ -1,6 +1,6 @@
 #include "importers/exodus/exodus_model.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>
@@ -8,6 +8,7 @@
 #include <numeric>
 #include <optional>
 
+#include "base/label_index.h"
 #include "importers/exodus/element_shapes.h"
 
 namespace importers::exodus {

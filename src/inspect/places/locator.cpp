@@ -5,10 +5,8 @@
 #include <tuple>
 
 #include "inspect/mesh/model_mesh.h"
-#include "odbaccess/database_storage.h"
 #include "odbaccess/odb_Exception.h"
-#include "odbaccess/odb_Odb.h"
-#include "odbaccess/set_storage.h"
+#include "odbaccess/odb_of_reader.h"
 #include "odbstore/database_file.h"
 #include "reduce/engineering_extremes.h"
 
@@ -47,9 +45,7 @@ struct Selected {
 class Locator::Model {
  public:
   Model(std::shared_ptr<const odbstore::Reader> database, const ExtractionSwitches& switches)
-      : reader_(std::move(database)),
-        switches_(switches),
-        odb_(std::make_shared<odb_detail::DatabaseStorage>(reader_)) {}
+      : reader_(std::move(database)), switches_(switches), odb_(odbOfReader(reader_)) {}
 
   LocatedExtreme locateField(const Record& record, int frame, std::size_t next);
   LocatedExtreme locateHistory(const Record& record);
@@ -67,6 +63,7 @@ class Locator::Model {
   using ValuesKey = std::tuple<const ModelSet*, std::string_view, bool, bool>;
 
   const odb_FieldOutput& fieldOf(const Record& record, int frame);
+  odb_Set setOf(const ModelSet& set);
   const odb_FieldOutput& subsetOf(const Record& record, int frame);
   const std::vector<RowValues>& valuesOf(const Record& record, int frame, const WantedValues& wanted);
   void locatePlain(const std::vector<RowValues>& blocks, const WantedValues& wanted, std::size_t next,
@@ -104,12 +101,22 @@ const odb_FieldOutput& Locator::Model::fieldOf(const Record& record, int frame) 
   return *field_;
 }
 
+odb_Set Locator::Model::setOf(const ModelSet& set) {
+  const odb_String owner{std::string(set.owner)};
+  odb_Assembly& assembly = odb_.rootAssembly();
+  const odb_DiscreteEntity& entity = set.ownerKind == odbstore::OwnerKind::assembly
+                                         ? static_cast<const odb_DiscreteEntity&>(assembly)
+                                     : set.ownerKind == odbstore::OwnerKind::instance
+                                         ? static_cast<const odb_DiscreteEntity&>(assembly.instances()[owner])
+                                         : static_cast<const odb_DiscreteEntity&>(odb_.parts()[owner]);
+  const bool isOfElements = set.kind == odbstore::SetKind::element;
+  return (isOfElements ? entity.elementSets(false) : entity.nodeSets(false))[odb_String(std::string(set.name))];
+}
+
 const odb_FieldOutput& Locator::Model::subsetOf(const Record& record, int frame) {
   const odb_FieldOutput& field = fieldOf(record, frame);
   if (subset_ && subsetOf_ == record.set) return *subset_;
-  const odbstore::Owner owner = {record.set->ownerKind, std::string(record.set->owner)};
-  subset_ = field.getSubset(odb_Set(
-      std::make_shared<odb_detail::SetStorage>(reader_, owner, record.set->kind, std::string(record.set->name))));
+  subset_ = field.getSubset(setOf(*record.set));
   subsetOf_ = record.set;
   return *subset_;
 }
