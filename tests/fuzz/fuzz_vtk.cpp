@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const ::InputFile file(data, size);
   const importers::WarningSink silent = [](const base::Diagnostic&) {};
   try {
-    const RunFrames run = readRun(file.path(), false, silent);
+    const RunFrames run = readRun(file.path(), false, false, silent);
     const std::vector<FieldPlan> plans = planFields(run, {}, silent);
     Mesh mesh;
     for (const RunFrame& frame : run.frames) readFrame(frame, plans, mesh);

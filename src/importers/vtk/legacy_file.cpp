@@ -97,7 +97,8 @@ class LegacyFile {
   void takeDataSet() {
     const std::string kind = upperCased(needed("its first lines"));
     if (kind != "UNSTRUCTURED_GRID") {
-      text_.fail(fmt::format("the data set is {}; only UNSTRUCTURED_GRID is imported", kind.substr(0, 40)));
+      throw OtherKind(text_.place(),
+                      fmt::format("the data set is {}; only UNSTRUCTURED_GRID is imported", kind.substr(0, 40)));
     }
   }
 

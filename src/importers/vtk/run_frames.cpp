@@ -30,7 +30,7 @@ bool isTime(std::string_view name) {
 
 class RunReader {
  public:
-  explicit RunReader(const WarningSink& warn) : warn_(warn) {}
+  RunReader(bool isStrict, const WarningSink& warn) : isStrict_(isStrict), warn_(warn) {}
 
   RunFrames read(const std::string& path) {
     const InputFile file(path);
@@ -43,12 +43,14 @@ class RunReader {
         const std::string& named = files.front().path;
         add(run, {named, files.front().time}, [&](RunFrame& frame) {
           for (const NamedFile& one : files) takeNamed(one, path, {}, 1, frame);
+          requireGrid(frame);
         });
       }
     } else {
       RunFrame& frame = run.frames.emplace_back();
       frame.path = path;
       take(file, std::move(found), {}, 0, frame);
+      requireGrid(frame);
       run.form = collection != nullptr ? collection->form : frame.files.front().grid.form;
     }
     requireFrames(run, path);
@@ -62,6 +64,7 @@ class RunReader {
       add(run, {one, {}}, [&, &named = one](RunFrame& frame) {
         const InputFile file(named);
         take(file, readVtkFile(file), {}, 1, frame);
+        requireGrid(frame);
       });
       if (!run.endsWithDamage && !run.frames.back().time) numbers_.emplace_back(run.frames.size() - 1, number);
     }
@@ -142,7 +145,18 @@ class RunReader {
       throw ImportError(place, fmt::format("the file {} does not exist", named.path));
     }
     const InputFile file(named.path);
-    take(file, readVtkFile(file), blocks, depth, frame);
+    try {
+      take(file, readVtkFile(file), blocks, depth, frame);
+    } catch (const OtherKind& other) {
+      if (isStrict_) throw;
+      warn_(base::warning(other.place(), other.reason() + "; the file is left out"));
+      others_.emplace(other);
+    }
+  }
+
+  // Blocks may be of other kinds, but not all of them.
+  void requireGrid(const RunFrame& frame) const {
+    if (frame.files.empty() && others_) throw *others_;
   }
 
   void take(const InputFile& file, VtkFile found, const std::vector<std::string>& blocks, int depth, RunFrame& frame) {
@@ -220,8 +234,10 @@ class RunReader {
     }
   }
 
+  bool isStrict_;
   const WarningSink& warn_;
   std::map<std::string, std::size_t> uses_;
+  std::optional<OtherKind> others_;                      // the last file that is left out
   std::vector<std::pair<std::size_t, double>> numbers_;  // frames without a time
 };
 
@@ -268,8 +284,8 @@ std::vector<std::pair<double, std::string>> seriesOf(const std::string& path) {
   return series;
 }
 
-RunFrames readRun(const std::string& path, bool isSeries, const WarningSink& warn) {
-  RunReader reader(warn);
+RunFrames readRun(const std::string& path, bool isSeries, bool isStrict, const WarningSink& warn) {
+  RunReader reader(isStrict, warn);
   return isSeries ? reader.readSeries(path) : reader.read(path);
 }
 

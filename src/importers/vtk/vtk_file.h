@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "importers/input/diagnostics.h"
 #include "importers/vtk/stored_array.h"
 
 namespace importers::vtk {
@@ -62,6 +63,12 @@ struct Collection {
 using VtkFile = std::variant<Grid, Collection>;
 
 class InputFile;
+
+// A file of VTK of a kind that is not imported.
+class OtherKind : public ImportError {
+ public:
+  using ImportError::ImportError;
+};
 
 // Whether a file that starts like this is XML of VTK, or a legacy file.
 bool isXmlStart(std::string_view start);

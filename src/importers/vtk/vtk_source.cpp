@@ -32,7 +32,7 @@ class VtkSource : public Source {
   VtkSource(const VtkRun& run, const WarningSink& warn) : run_(run), warn_(onceOnly(warn)) {}
 
   Outline outline() override {
-    frames_ = readRun(run_.results, run_.isSeries, warn_);
+    frames_ = readRun(run_.results, run_.isSeries, run_.isStrict, warn_);
     for (const ImportError& damage : frames_.damage) complain(damage, "; the frame is left out");
     fillTimes();
     offerMore();

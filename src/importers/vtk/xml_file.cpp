@@ -111,9 +111,11 @@ class XmlFile : public XmlHandler {
     type_ = required(element, "type");
     constexpr std::array known = {kGridType, kPiecesType, kTimeType, kBlocksType};
     if (std::find(known.begin(), known.end(), type_) == known.end()) {
-      fail(element.line, fmt::format("files of the type {} are not imported: only unstructured grids, multi-block data "
-                                     "sets and collections of them",
-                                     type_));
+      throw OtherKind(
+          file_.path(), element.line,
+          fmt::format("files of the type {} are not imported: only unstructured grids, multi-block data sets "
+                      "and collections of them",
+                      type_));
     }
     const std::string* const order = element.attribute("byte_order");
     isBigEndian_ = order != nullptr && *order == "BigEndian";
@@ -200,6 +202,13 @@ class XmlFile : public XmlHandler {
   }
 
   void takeArray(const XmlElement& element) {
+    // Writers of several steps of time list each array once for each.
+    if (const std::string* const step = element.attribute("TimeStep"); step != nullptr && trimmed(*step) != "0") {
+      if (!hasMoreSteps_)
+        grid_.remarks.emplace_back(element.line, "of the steps of time in this file the first is imported alone");
+      hasMoreSteps_ = true;
+      return;
+    }
     const std::string* const word = element.attribute("type");
     const std::optional<NumberType> type = word == nullptr ? std::nullopt : typeOfXml(*word);
     if (!type) return;  // text, bits
@@ -319,6 +328,7 @@ class XmlFile : public XmlHandler {
   bool isPacked_ = false;
   std::size_t headerBytes_ = 4;
   bool hasBase64_ = false;
+  bool hasMoreSteps_ = false;
   bool hasAppended_ = false;
   Appended appended_;
   StoredArray* open_ = nullptr;

@@ -135,6 +135,18 @@ class DamageTest(VtkTest):
                 self.assertRegex(run.stderr, rb"(?m)^%s(:\d+)?: (warning|error): " % name.encode())
                 self.assertNotIn(b"out of memory", run.stderr)
 
+    def test_of_several_steps_of_time_in_one_file_the_first_is_imported(self):
+        grid = sample(14)
+        raw = vtu(grid)
+        for name in (b"u", b"flux"):
+            begin = raw.index(b'<DataArray type="Float64" Name="' + name)
+            end = raw.index(b"</DataArray>", begin) + len(b"</DataArray>\n")
+            one = raw[begin:end]
+            raw = raw[:begin] + b"".join(one.replace(b"Name=", b'TimeStep="%d" Name=' % i).replace(b".", b".0" * i or b".") for i in range(3)) + raw[end:]
+        self.write("job.vtu", raw)
+        self.assert_whole(self.records("job.vtu"), expected(grid))
+        self.assertEqual(self.last.err.count(b"of the steps of time in this file the first is imported alone"), 1)
+
     def test_cells_that_make_no_sense(self):
         grid = sample(13)
         text = vtu(grid).decode()
@@ -200,6 +212,15 @@ class HarmTest(VtkTest):
         self.assert_error(rb"^a\.vti:1: error: files of the type ImageData are not imported", "a.vti")
         self.write("a.vtk", "# vtk DataFile Version 3.0\nt\nASCII\nDATASET STRUCTURED_POINTS\n")
         self.assert_error(rb"^a\.vtk:4: error: the data set is STRUCTURED_POINTS; only UNSTRUCTURED_GRID", "a.vtk")
+        grid = sample(41)
+        self.write("s.vtu", vtu(grid))
+        self.write("some.pvtu", pieces("a.vti", "s.vtu", "a.vtk"))
+        self.assert_whole(self.records("some.pvtu"), expected(grid))
+        self.assertIn(b"a.vti:1: warning: files of the type ImageData are not imported", self.last.err)
+        self.assertIn(b"a.vtk:4: warning: the data set is STRUCTURED_POINTS", self.last.err)
+        self.assert_error(rb"^a\.vti:1: error: files of the type ImageData", "some.pvtu", "--strict")
+        self.write("none.pvtu", pieces("a.vti", "a.vtk"))
+        self.assert_error(rb"^a\.vtk:4: error: the data set is STRUCTURED_POINTS", "none.pvtu")
         self.write("a.xml", "<?xml version='1.0'?><other/>")
         self.assert_error(rb"^a\.xml: error: not a result file of a known format", "a.xml")
 
