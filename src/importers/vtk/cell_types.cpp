@@ -91,15 +91,31 @@ constexpr std::array kSameCells = {
     SameCell{70, 9, 28}, SameCell{71, 4, 10}, SameCell{71, 10, 24}, SameCell{72, 8, 12},
 };
 
+// Places in kCellTypes by number, and behind them for numbers that no cell has.
+constexpr std::size_t kCodes = 82;
+constexpr std::array<unsigned char, kCodes> kPlaces = [] {
+  std::array<unsigned char, kCodes> places{};
+  places.fill(kCellTypes.size());
+  for (std::size_t place = 0; place < kCellTypes.size(); ++place) {
+    places[static_cast<std::size_t>(kCellTypes[place].code)] = static_cast<unsigned char>(place);
+  }
+  return places;
+}();
+
+const CellType* typeOf(std::int64_t code) {
+  if (code < 0 || code >= static_cast<std::int64_t>(kCodes)) return nullptr;
+  const std::size_t place = kPlaces[static_cast<std::size_t>(code)];
+  return place < kCellTypes.size() ? &kCellTypes[place] : nullptr;
+}
+
 }  // namespace
 
 const CellType* cellType(std::int64_t code, std::size_t points) {
+  const CellType* const type = typeOf(code);
+  if (type == nullptr || type->nodes > 0) return type;
   const auto same = std::find_if(kSameCells.begin(), kSameCells.end(),
                                  [&](const SameCell& one) { return one.code == code && one.points == points; });
-  if (same != kSameCells.end()) code = same->plain;
-  const auto found =
-      std::find_if(kCellTypes.begin(), kCellTypes.end(), [&](const CellType& type) { return type.code == code; });
-  return found == kCellTypes.end() ? nullptr : &*found;
+  return same == kSameCells.end() ? type : typeOf(same->plain);
 }
 
 std::string elementType(const CellType& type, std::size_t points) {

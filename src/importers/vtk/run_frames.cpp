@@ -221,7 +221,9 @@ class RunReader {
         if (!frame.time && std::isfinite(values.front())) frame.time = values.front();
         continue;
       }
-      addValues(utf8Text(array.name), values, frame);
+      warnOfControlCharacters(array.name, {file.path(), array.line}, warn_);
+      const std::string name = storableText(array.name);
+      addValues(trimmed(name).empty() ? "unnamed" : name, values, frame);
     }
   }
 

@@ -229,6 +229,13 @@ class HarmTest(VtkTest):
         self.assertEqual(self.records("job.vtk")["Step_1__Frame_1__a_b__max"], "1")
         self.assertIn(rb"a\x1bb", self.last.err)
 
+    def test_numbers_of_the_field_data_without_a_good_name(self):
+        grid = Grid(np.eye(3), [], {"t": np.ones(3)}, {}, {"": np.array([2.5]), "&#133;e": np.array([3.5])})
+        self.write("job.vtu", vtu(grid))
+        records = self.records("job.vtu")
+        self.assertEqual((records["Step_1__History__unnamed"], records["Step_1__History___e"]), ("((0, 2.5))", "((0, 3.5))"))
+        self.assertIn(b"has control characters, which become blanks", self.last.err)
+
     def test_the_database_does_not_replace_what_it_is_made_of(self):
         self.write("s.vtu", vtu(sample()))
         self.write("job.pvd", collection([(0, "s.vtu", "")]))
