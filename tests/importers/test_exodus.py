@@ -318,6 +318,22 @@ class ExodusTest(ProgramTest):
         self.path("cut.e").write_bytes(self.path(self.plain("four.e", form="NETCDF4")).read_bytes()[:-2000])
         self.assertRegex(self.run_import("cut.e", status=1).err, rb"cut\.e: error: ")
 
+    def test_a_file_that_is_still_being_written_gives_what_is_there(self):
+        for form in ("NETCDF3_64BIT_OFFSET", "NETCDF4"):
+            file = self.new("open.e", form=form)
+            file.mesh(CUBES, BLOCKS)
+            file.times([1, 2])
+            file.nodal(["temp"], values := self.draw(1, 2, 16))
+            file.data.sync()
+            self.check(self.records("open.e"), "Step_1__Frame_2__temp", values[0, 1])
+            file.data.close()
+        name = self.plain()
+        data = bytearray(self.path(name).read_bytes())
+        data[4:8] = b"\xff" * 4  # the number of time steps is not known yet
+        self.write(name, bytes(data))
+        self.assertIn(b"job.e: warning: the file was not finished: 3 time steps are complete", self.run_import(name).err)
+        self.assertEqual([len(f["frames"]) for f in self.listed(name)["steps"][0]["fields"]], [3] * 5)
+
     def test_a_variable_that_is_damaged_costs_itself(self):
         name = self.plain(form="NETCDF4")
         with netCDF4.Dataset(self.path("packed.e"), "w") as to, netCDF4.Dataset(self.path(name)) as of:

@@ -73,8 +73,12 @@ class ExodusSource : public Source {
     const std::uint64_t declared = file_.description().dimensions[time->dimensions[0]].length;
     if (declared <= times_.size()) return;
     truncatedAfter_ = steps_.empty() ? "the model" : fmt::format("step {}, time {:.6g}", steps_.size(), times_.back());
-    complain(fmt::format("the file is cut off: {} of its {} time steps are complete, what is imported ends after {}",
-                         times_.size(), declared, truncatedAfter_));
+    // A classic file in which the number of records is still to be written, all bits 1.
+    constexpr std::uint64_t kOpenEnd = 0xFFFFFFFF;
+    const std::string what = declared == kOpenEnd ? "was not finished" : "is cut off";
+    const std::string of = declared == kOpenEnd ? "" : fmt::format(" of its {}", declared);
+    complain(fmt::format("the file {}: {}{} time steps are complete, what is imported ends after {}", what,
+                         times_.size(), of, truncatedAfter_));
   }
 
   void complain(const std::string& reason) const {
