@@ -24,17 +24,14 @@ bool endsExtraction(const StoredBlock& block, const Components& components, cons
 
 }  // namespace
 
-FieldShape::FieldShape(const odbstore::StoredField& field, int frame, const ExtractionSwitches& switches, SetRows& rows)
-    : info_(field.infoIn(frame)), isFirstBlockMeant_(!switches.computeValues), rows_(&rows) {
-  std::vector<const StoredBlock*> there;
-  for (const StoredBlock& block : field.blocks) {
-    exists_.push_back(block.existsIn(frame));
-    if (exists_.back()) there.push_back(&block);
-  }
-  isTaken_ = wantsFieldOutput(switches, info_->description);
+FieldShape::FieldShape(const std::string& name, const odbstore::FieldInfo& info,
+                       const std::vector<const StoredBlock*>& there, const ExtractionSwitches& switches, SetRows& rows)
+    : isTaken_(wantsFieldOutput(switches, info.description)),
+      isFirstBlockMeant_(!switches.computeValues),
+      rows_(&rows) {
   if (!isTaken_) return;
   Components ofLabels;
-  ofLabels.addEndings(info_->componentLabels);
+  ofLabels.addEndings(info.componentLabels);
   if (switches.computeValues) {
     Components ofBlocks;
     for (const StoredBlock* block : there) {
@@ -47,8 +44,8 @@ FieldShape::FieldShape(const odbstore::StoredField& field, int frame, const Extr
     ofWholeModel_ = endingsOf(there.front()->type(), ofLabels, Reduction::listing, switches);
   }
   if (!switches.fieldSets && !switches.tensorInvariants) return;
-  if (switches.tensorInvariants && field.name == "S") {
-    invariants_ = invariantEndings(info_->validInvariants, switches);
+  if (switches.tensorInvariants && name == "S") {
+    invariants_ = invariantEndings(info.validInvariants, switches);
   }
   for (const StoredBlock* block : there) addBlock(*block, ofLabels, switches);
 }
@@ -63,14 +60,6 @@ void FieldShape::addBlock(const StoredBlock& block, const Components& components
       endingsOf(block.type(), components, switches.computeValues ? Reduction::set : Reduction::listing, switches);
   endings.insert(switches.computeValues ? endings.end() : endings.begin(), invariants_.begin(), invariants_.end());
   ofSets_.push_back(std::move(endings));
-}
-
-bool FieldShape::fits(const odbstore::StoredField& field, int frame) const {
-  for (std::size_t i = 0; i < field.blocks.size(); ++i) {
-    if (field.blocks[i].existsIn(frame) != exists_[i]) return false;
-  }
-  const std::shared_ptr<const odbstore::FieldInfo> info = field.infoIn(frame);
-  return info == info_ || *info == *info_;
 }
 
 const std::vector<Ending>& FieldShape::ofSet(std::size_t set) const {
@@ -103,13 +92,33 @@ const FieldShape::OverSets& FieldShape::overSets(const std::vector<ModelSet>& se
   return *overSets_;
 }
 
+std::size_t FieldShapes::formIn(int frame) {
+  const std::shared_ptr<const odbstore::FieldInfo> info = field_->infoIn(frame);
+  if (lastForm_ < forms_.size() && forms_[lastForm_] == info) return lastForm_;
+  const auto found = std::find_if(forms_.begin(), forms_.end(), [&](const auto& form) { return *form == *info; });
+  lastForm_ = static_cast<std::size_t>(found - forms_.begin());
+  if (found == forms_.end()) forms_.push_back(info);
+  return lastForm_;
+}
+
+const std::vector<std::size_t>& FieldShapes::blocksIn(int frame) {
+  if (!blocks_) {
+    blocks_.emplace();
+    for (std::size_t i = 0; i < field_->blocks.size(); ++i) {
+      for (const int of : field_->blocks[i].frames()) (*blocks_)[of].push_back(i);
+    }
+  }
+  return (*blocks_)[frame];
+}
+
 const FieldShape& FieldShapes::in(int frame) {
-  if (last_ < shapes_.size() && shapes_[last_]->fits(*field_, frame)) return *shapes_[last_];
-  const auto found =
-      std::find_if(shapes_.begin(), shapes_.end(), [&](const auto& s) { return s->fits(*field_, frame); });
-  last_ = static_cast<std::size_t>(found - shapes_.begin());
-  if (found == shapes_.end()) shapes_.push_back(std::make_unique<FieldShape>(*field_, frame, *switches_, *rows_));
-  return *shapes_[last_];
+  Key key = {formIn(frame), blocksIn(frame)};
+  const auto known = shapes_.find(key);
+  if (known != shapes_.end()) return known->second;
+  std::vector<const StoredBlock*> there;
+  for (const std::size_t i : key.second) there.push_back(&field_->blocks[i]);
+  FieldShape shape(field_->name, *forms_[key.first], there, *switches_, *rows_);
+  return shapes_.emplace(std::move(key), std::move(shape)).first->second;
 }
 
 }  // namespace inspect

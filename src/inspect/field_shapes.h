@@ -3,8 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "inspect/record_endings.h"
@@ -16,11 +20,10 @@ namespace inspect {
 // What decides over the records of a field in a frame, and the records themselves. Most frames of a step have the same.
 class FieldShape {
  public:
-  // The field as it is in `frame`, in which it exists; what `rows` knows of its locations is used as long as this.
-  FieldShape(const odbstore::StoredField& field, int frame, const ExtractionSwitches& switches, SetRows& rows);
-
-  // Whether the field looks the same in `frame` as in the one that this was made of.
-  bool fits(const odbstore::StoredField& field, int frame) const;
+  // Of the blocks that there are in the frame, and what the field says of itself there. What `rows` knows of their
+  // locations is used as long as this.
+  FieldShape(const std::string& name, const odbstore::FieldInfo& info,
+             const std::vector<const odbstore::StoredBlock*>& there, const ExtractionSwitches& switches, SetRows& rows);
 
   // Empty where the field is not taken.
   const std::vector<Ending>& ofWholeModel() const { return ofWholeModel_; }
@@ -50,8 +53,6 @@ class FieldShape {
 
   void addBlock(const odbstore::StoredBlock& block, const Components& components, const ExtractionSwitches& switches);
 
-  std::shared_ptr<const odbstore::FieldInfo> info_;
-  std::vector<bool> exists_;  // by block of the field
   bool isTaken_ = false;
   bool isFirstBlockMeant_ = false;  // that gives the type; else the last one
   std::vector<Ending> ofWholeModel_;
@@ -63,7 +64,8 @@ class FieldShape {
   mutable std::optional<OverSets> overSets_;
 };
 
-// The shapes of a field, found as they are asked for.
+// The shapes of a field, found as they are asked for. A field may have a block for each of many frames: no look-up
+// takes longer for that.
 class FieldShapes {
  public:
   // All live as long.
@@ -75,11 +77,19 @@ class FieldShapes {
   const FieldShape& in(int frame);
 
  private:
+  // What tells shapes apart: what the field says of itself, in forms_, and its blocks.
+  using Key = std::pair<std::size_t, std::vector<std::size_t>>;
+
+  std::size_t formIn(int frame);
+  const std::vector<std::size_t>& blocksIn(int frame);
+
   const odbstore::StoredField* field_;
   const ExtractionSwitches* switches_;
   SetRows* rows_;
-  std::vector<std::unique_ptr<FieldShape>> shapes_;
-  std::size_t last_ = 0;
+  std::vector<std::shared_ptr<const odbstore::FieldInfo>> forms_;
+  std::size_t lastForm_ = 0;
+  std::optional<std::unordered_map<int, std::vector<std::size_t>>> blocks_;  // by frame
+  std::map<Key, FieldShape> shapes_;
 };
 
 }  // namespace inspect

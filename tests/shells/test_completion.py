@@ -107,6 +107,14 @@ class CompletionTest(ProgramTest):
                              f"kolvex quarnish -odb {name} -elset A")
         self.assert_silent()
 
+    def test_fields_sets_and_steps_of_the_database_on_the_line(self):
+        self.assertEqual(self.shell.completed("kolvex show model.odb --field N"), "kolvex show model.odb --field NT")
+        self.assertEqual(self.shell.completed("kolvex show model --step St"), "kolvex show model --step Step-1")
+        self.assertEqual(self.shell.completed("kolvex show model --set SIDE:L"), "kolvex show model --set SIDE:LEFT")
+        self.assertEqual(self.shell.completed("kolvex show nonsense --set A"), "kolvex show nonsense --set A")
+        self.assertEqual(self.shell.completed("kolvex params --to da"), "kolvex params --to dakota")
+        self.assert_silent()
+
     def test_an_unknown_command_has_nothing(self):
         self.assertEqual(self.shell.completed("kolvex frobnicate --f"), "kolvex frobnicate --f")
         self.assert_silent()
