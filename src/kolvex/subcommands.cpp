@@ -11,6 +11,7 @@ namespace {
 constexpr std::array kSubcommands = {
     Subcommand{"batch", "extract from many databases or results", "batch"},
     Subcommand{"check", "check a configuration before a run", "inspect"},
+    Subcommand{"diff", "compare the records of two runs", "diff"},
     Subcommand{"export", "write a database for viewers of pictures", "export"},
     Subcommand{"import", "bring the results of a solver into an output database", "import"},
     Subcommand{"locate", "say where and when the extremes of records are", "locate"},

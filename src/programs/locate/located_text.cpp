@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -9,9 +10,54 @@
 
 namespace inspect {
 
+using nlohmann::ordered_json;
+
 namespace {
 
-using nlohmann::ordered_json;
+// JSON has no numbers for what is not finite.
+ordered_json numberOf(double value) {
+  if (std::isfinite(value)) return value;
+  return std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf";
+}
+
+}  // namespace
+
+std::string escapedLines(const std::string& text) {
+  std::string escaped;
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    escaped += base::escaped(text.substr(begin, end - begin));
+    if (end < text.size()) escaped += '\n';
+    begin = end + 1;
+  }
+  return escaped;
+}
+
+std::string placeText(const LocatedPlace& located) {
+  const RankedPlace& place = located.place;
+  std::string text = fmt::format("{:<16} {}", place.value, place.instance);
+  if (place.node >= 0) text += fmt::format(" node {}", place.node);
+  if (place.element >= 0) text += fmt::format(" element {}", place.element);
+  if (place.integrationPoint > 0) text += fmt::format(" point {}", place.integrationPoint);
+  if (located.coordinates) {
+    const auto& [x, y, z] = *located.coordinates;
+    text += fmt::format(" at ({:.6g}, {:.6g}, {:.6g})", x, y, z);
+  }
+  return text;
+}
+
+ordered_json jsonOfPlace(const LocatedPlace& located) {
+  const RankedPlace& place = located.place;
+  ordered_json json = {{"value", numberOf(place.value)}, {"instance", place.instance}};
+  json["label"] = place.node >= 0 ? place.node : place.element;
+  if (place.node >= 0) json["node"] = place.node;
+  if (place.element >= 0) json["element"] = place.element;
+  if (place.integrationPoint > 0) json["integrationPoint"] = place.integrationPoint;
+  json["coordinates"] = located.coordinates ? ordered_json(*located.coordinates) : ordered_json();
+  return json;
+}
+
+namespace {
 
 std::string_view kindOf(const ModelSet& set) {
   return set.kind == odbstore::SetKind::element ? "element set" : "node set";
@@ -39,19 +85,6 @@ std::string subjectOf(const Record& record) {
                      record.field, over);
 }
 
-std::string placeText(const LocatedPlace& located) {
-  const RankedPlace& place = located.place;
-  std::string text = fmt::format("{:<16} {}", place.value, place.instance);
-  if (place.node >= 0) text += fmt::format(" node {}", place.node);
-  if (place.element >= 0) text += fmt::format(" element {}", place.element);
-  if (place.integrationPoint > 0) text += fmt::format(" point {}", place.integrationPoint);
-  if (located.coordinates) {
-    const auto& [x, y, z] = *located.coordinates;
-    text += fmt::format(" at ({:.6g}, {:.6g}, {:.6g})", x, y, z);
-  }
-  return text;
-}
-
 std::string listOf(const std::vector<LocatedPlace>& places, std::size_t from) {
   std::string text;
   for (std::size_t i = from; i < places.size(); ++i) text += "    " + placeText(places[i]) + "\n";
@@ -74,23 +107,6 @@ std::string overTimeText(const std::vector<FrameExtreme>& frames) {
                         frame.found.places.empty() ? "no value" : placeText(frame.found.places.front()));
   }
   return text;
-}
-
-// JSON has no numbers for what is not finite.
-ordered_json numberOf(double value) {
-  if (std::isfinite(value)) return value;
-  return std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf";
-}
-
-ordered_json jsonOfPlace(const LocatedPlace& located) {
-  const RankedPlace& place = located.place;
-  ordered_json json = {{"value", numberOf(place.value)}, {"instance", place.instance}};
-  json["label"] = place.node >= 0 ? place.node : place.element;
-  if (place.node >= 0) json["node"] = place.node;
-  if (place.element >= 0) json["element"] = place.element;
-  if (place.integrationPoint > 0) json["integrationPoint"] = place.integrationPoint;
-  json["coordinates"] = located.coordinates ? ordered_json(*located.coordinates) : ordered_json();
-  return json;
 }
 
 ordered_json jsonOfPlaces(const std::vector<LocatedPlace>& places, std::size_t from) {
@@ -139,7 +155,7 @@ void addFound(const Record& record, const LocatedExtreme& found, ordered_json& j
 std::string textOf(const ChosenRecord& chosen, const Located& located) {
   const LocatedExtreme& found = located.found;
   std::string text = fmt::format("{}\n{}", chosen.name, subjectOf(located.record));
-  if (!found.hasValue()) return base::escaped(text) + "  no value\n";
+  if (!found.hasValue()) return escapedLines(text) + "  no value\n";
   if (found.sample >= 0)
     text += fmt::format("  {} at {} (sample {} of {})\n", found.value, found.abscissa, found.sample + 1, found.rows);
   if (!found.places.empty()) text += "  " + placeText(found.places.front()) + "\n";
@@ -147,7 +163,7 @@ std::string textOf(const ChosenRecord& chosen, const Located& located) {
     text += fmt::format("  {} {} have this value\n", found.equal, found.sample >= 0 ? "samples" : "places");
   text += engineeringText(located.record, found);
   if (found.places.size() > 1) text += "  next:\n" + listOf(found.places, 1);
-  return text + overTimeText(located.overTime);
+  return escapedLines(text + overTimeText(located.overTime));
 }
 
 std::string jsonOf(const ChosenRecord& chosen, const Located& located) {

@@ -1,7 +1,7 @@
 // What `kolvex locate` prints.
 #pragma once
 
-#include <optional>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -23,6 +23,14 @@ struct Located {
   LocatedExtreme found;
   std::vector<FrameExtreme> overTime;
 };
+
+// The text with control characters escaped (base/control_characters.h) but for line ends.
+std::string escapedLines(const std::string& text);
+
+// "439.75 PART-1-1 node 156 element 60 at (0, 10, 12)".
+std::string placeText(const LocatedPlace& located);
+// The same with the keys of --json.
+nlohmann::ordered_json jsonOfPlace(const LocatedPlace& located);
 
 // In words, several lines.
 std::string textOf(const ChosenRecord& chosen, const Located& located);

@@ -12,10 +12,10 @@
 
 #include "base/control_characters.h"
 #include "base/file_error.h"
-#include "tables/record_lines.h"
 #include "batch/run/single_run.h"
 #include "programs/batch/program_files.h"
 #include "programs/batch/recognise.h"
+#include "tables/record_lines.h"
 #include "tool/console.h"
 #include "tool/terminal_line.h"
 
@@ -39,14 +39,14 @@ Records readRecords(const std::string& directory, const std::vector<std::string>
   Records records;
   std::vector<bool> isThere(required.size());
   tables::forEachRecord(batch::textOfFile(directory + "/" + batch::kParamsName),
-                       [&](std::string_view name, std::string_view) {
-                         ++records.count;
-                         const std::string text(name);
-                         for (std::size_t i = 0; i < required.size(); ++i) {
-                           if (!isThere[i])
-                             isThere[i] = required[i] == text || ::fnmatch(required[i].c_str(), text.c_str(), 0) == 0;
-                         }
-                       });
+                        [&](std::string_view name, std::string_view) {
+                          ++records.count;
+                          const std::string text(name);
+                          for (std::size_t i = 0; i < required.size(); ++i) {
+                            if (!isThere[i])
+                              isThere[i] = required[i] == text || ::fnmatch(required[i].c_str(), text.c_str(), 0) == 0;
+                          }
+                        });
   for (std::size_t i = 0; i < required.size(); ++i) {
     if (!isThere[i]) records.missing.push_back(required[i]);
   }
