@@ -17,6 +17,7 @@ file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/man)
 kolvex_add_page(kolvex kolvex --man)
 kolvex_add_page(kolvex-batch batch --man)
 kolvex_add_page(kolvex-batch-collect batch collect --man)
+kolvex_add_page(kolvex-batch-show batch show --man)
 kolvex_add_page(kolvex-batch-status batch status --man)
 kolvex_add_page(kolvex-import import_program --man)
 # The extraction has the arguments behind its name to itself, so the launcher has its page.

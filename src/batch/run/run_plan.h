@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "batch/packs/pack_writer.h"
 #include "batch/state/batch_directory.h"
 
 namespace batch {
@@ -24,6 +25,9 @@ struct RunPlan {
   std::string extraction;     // path of the program
   std::string import;         // likewise
   std::function<Recognised(const std::string& path)> recognise;
+
+  Slice slice;                 // that the inputs are
+  PackWriter* pack = nullptr;  // where results go; null: into directories of their own. Claimed
 
   std::size_t jobs = 1;
   std::chrono::milliseconds timeout{0};  // of one input, 0 for none
