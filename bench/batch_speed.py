@@ -8,7 +8,8 @@ extraction again and again; the columns are the best of several rounds, taken in
 Then the batch runs them one after the other and two side by side, in turn: how much faster two cores are.
 Then a batch of many inputs is made up, as complete as a real one, and collected.
 
-Needs a build with the preset release and KOLVEX_BENCH, or its programs in the directory KOLVEX_BIN; xargs and GNU parallel are measured where they are installed.
+Needs a build with the preset release and KOLVEX_BENCH, or its programs in the directory KOLVEX_BIN; xargs and GNU parallel are
+measured where they are installed.
 """
 import argparse
 import json
