@@ -7,8 +7,9 @@ namespace batch {
 BatchCounts countInputs(const BatchDirectory& directory) {
   BatchCounts counts;
   const std::string settings = directory.lastSettings();
+  const Results results(directory);
   for (const BatchInput& input : directory.inputs()) {
-    const InputState state = stateOf(directory, input, settings);
+    const InputState state = stateOf(directory, results, input, settings);
     ++counts.inputs;
     if (state.status == InputStatus::done) ++counts.done;
     if (state.status == InputStatus::running) ++counts.running;

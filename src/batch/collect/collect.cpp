@@ -19,6 +19,7 @@ class Collector {
       : directory_(directory),
         request_(request),
         table_(table),
+        results_(directory),
         inputs_(directory.inputs()),
         settings_(directory.lastSettings()),
         records_(request.patterns) {}
@@ -26,7 +27,7 @@ class Collector {
   CollectSummary run() {
     table_.begin(columns());
     for (const BatchInput& input : inputs_) {
-      const InputState state = stateWithParams(directory_, input, settings_, params_);
+      const InputState state = stateWithParams(directory_, results_, input, settings_, params_);
       count(state);
       putHead(input, state);
       if (request_.isLong) {
@@ -48,7 +49,7 @@ class Collector {
       return columns;
     }
     for (const BatchInput& input : inputs_) {
-      stateWithParams(directory_, input, settings_, params_);
+      stateWithParams(directory_, results_, input, settings_, params_);
       records_.beginRow();
       tables::forEachRecord(params_, [&](std::string_view name, std::string_view) { records_.columnOf(name); });
     }
@@ -102,6 +103,7 @@ class Collector {
   const BatchDirectory& directory_;
   const CollectRequest& request_;
   tables::Table& table_;
+  Results results_;
   std::vector<BatchInput> inputs_;
   std::string settings_;
   RecordColumns records_;

@@ -1,30 +1,33 @@
 #include "batch/collect/input_state.h"
 
-#include <limits>
 #include <optional>
+#include <utility>
 
-#include "batch/state/completion_record.h"
 #include "batch/state/input_lock.h"
-#include "batch/state/small_files.h"
 
 namespace batch {
 
 namespace {
 
-std::optional<Record> recordOf(const BatchInput& input, const std::string& directory, const std::string& settings) {
-  std::optional<Record> record = readRecord(directory);
-  if (!record || record->input != input.path) return std::nullopt;
-  if (!settings.empty() && record->settings != settings) return std::nullopt;
-  return record;
+// Nothing for an input without a result, also for one with a packed result that is done once more.
+std::optional<Result> resultOf(const Results& results, const BatchInput& input, const std::string& settings,
+                               const std::string& log) {
+  std::optional<Result> result = results.newest(input, [&](const Result& found) {
+    return found.record.input == input.path && (settings.empty() || found.record.settings == settings);
+  });
+  if (result && result->isPacked() && isLocked(log)) result.reset();
+  return result;
 }
 
-InputState stateOf(const std::optional<Record>& record, const std::string& directory) {
-  if (!record) {
-    const bool isRunning = isLocked(directory + "/" + kLogName);
-    return {isRunning ? InputStatus::running : InputStatus::missing, "", "", 0};
-  }
-  if (record->isDone) return {InputStatus::done, "", "", record->seconds};
-  return {InputStatus::failed, record->reason, record->detail, record->seconds};
+InputState stateOf(const std::optional<Result>& result, const std::string& log) {
+  if (!result) return {isLocked(log) ? InputStatus::running : InputStatus::missing, "", "", 0};
+  const Record& record = result->record;
+  if (record.isDone) return {InputStatus::done, "", "", record.seconds};
+  return {InputStatus::failed, record.reason, record.detail, record.seconds};
+}
+
+std::string logOf(const BatchDirectory& directory, const BatchInput& input) {
+  return directory.directoryOf(input) + "/" + kLogName;
 }
 
 }  // namespace
@@ -42,20 +45,21 @@ const char* nameOf(InputStatus status) {
   }
 }
 
-InputState stateOf(const BatchDirectory& directory, const BatchInput& input, const std::string& settings) {
-  const std::string place = directory.directoryOf(input);
-  return stateOf(recordOf(input, place, settings), place);
+InputState stateOf(const BatchDirectory& directory, const Results& results, const BatchInput& input,
+                   const std::string& settings) {
+  const std::string log = logOf(directory, input);
+  return stateOf(resultOf(results, input, settings, log), log);
 }
 
-InputState stateWithParams(const BatchDirectory& directory, const BatchInput& input, const std::string& settings,
-                           std::string& params) {
-  const std::string place = directory.directoryOf(input);
-  const std::optional<Record> record = recordOf(input, place, settings);
-  const InputState state = stateOf(record, place);
+InputState stateWithParams(const BatchDirectory& directory, const Results& results, const BatchInput& input,
+                           const std::string& settings, std::string& params) {
+  const std::string log = logOf(directory, input);
+  const std::optional<Result> result = resultOf(results, input, settings, log);
+  const InputState state = stateOf(result, log);
   params.clear();
   if (state.status != InputStatus::done) return state;
-  std::optional<std::string> text = readSmallFile(place + "/" + kParamsName, std::numeric_limits<std::size_t>::max());
-  if (!text || sumOfText(*text) != record->params) return {};
+  std::optional<std::string> text = result->params();
+  if (!text) return {};
   params = std::move(*text);
   return state;
 }

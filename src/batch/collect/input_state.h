@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "batch/packs/results.h"
 #include "batch/state/batch_directory.h"
 
 namespace batch {
@@ -24,12 +25,13 @@ struct InputState {
 // "done", "failed", ...
 const char* nameOf(InputStatus status);
 
-// What the record says; params.txt is not looked at. A record that is not of `settings` (empty: of any) does not count.
-// Whether the input itself has changed since is not asked: it may be gone when its results are wanted.
-InputState stateOf(const BatchDirectory& directory, const BatchInput& input, const std::string& settings);
+// What the newest record says; params.txt is not looked at. A record that is not of `settings` (empty: of any) does not
+// count. Whether the input itself has changed since is not asked: it may be gone when its results are wanted.
+InputState stateOf(const BatchDirectory& directory, const Results& results, const BatchInput& input,
+                   const std::string& settings);
 
 // The same, and the whole of params.txt where it is done. One that is not what the record speaks of is missing.
-InputState stateWithParams(const BatchDirectory& directory, const BatchInput& input, const std::string& settings,
-                           std::string& params);
+InputState stateWithParams(const BatchDirectory& directory, const Results& results, const BatchInput& input,
+                           const std::string& settings, std::string& params);
 
 }  // namespace batch

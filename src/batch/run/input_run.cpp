@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <initializer_list>
+#include <limits>
 #include <system_error>
 #include <utility>
 
@@ -15,6 +16,7 @@
 #include "base/stale_files.h"
 #include "batch/run/log_tail.h"
 #include "batch/run/memory_use.h"
+#include "batch/run/working_files.h"
 #include "batch/state/small_files.h"
 
 namespace batch {
@@ -59,9 +61,10 @@ InputRun::InputRun(const RunPlan& plan, const BatchInput& input, std::string dir
 }
 
 InputRun::~InputRun() {
-  if (child_ == nullptr) return;
+  const bool isAtWork = child_ != nullptr;
   child_.reset();
-  removeDatabase();
+  if (isAtWork) removeDatabase();
+  if (plan_.pack != nullptr) removeWorkingFiles(directory_);
 }
 
 void InputRun::beginTry() {
@@ -163,11 +166,32 @@ void InputRun::judgeExtraction() {
 }
 
 void InputRun::removeDatabase() {
-  if (plan_.keepsDatabases) return;
+  if (plan_.keepsDatabases && !recognised_.isDatabase) return;
   ::unlink(inDirectory(kDatabaseName).c_str());
   // Only an import that was ended leaves such.
   if (!recognised_.isDatabase) base::clearStaleFiles(inDirectory(kDatabaseName));
   ::unlink(inDirectory(kUpgradedName).c_str());
+}
+
+void InputRun::writeResult() {
+  if (plan_.isSynced && record_.isDone) {
+    for (const char* name : {kParamsName, kMarkerName}) syncToDisk(inDirectory(name));
+  }
+  writeRecord(directory_, record_, plan_.isSynced);
+  if (plan_.isSynced) syncToDisk(directory_.substr(0, directory_.rfind('/')));
+}
+
+void InputRun::packResult() {
+  PackTexts texts;
+  if (record_.isDone) {
+    const std::string path = inDirectory(kParamsName);
+    std::optional<std::string> params = readSmallFile(path, std::numeric_limits<std::size_t>::max());
+    if (!params || sumOfText(*params) != record_.params) throw base::FileError(path, "", "cannot be read");
+    texts[kParamsPart] = std::move(*params);
+  }
+  texts[kStatusPart] = textOf(record_);
+  texts[kLogPart] = logText(lock_.file());
+  plan_.pack->append(input_.id, texts, plan_.isSynced);
 }
 
 Record InputRun::finish() {
@@ -178,11 +202,11 @@ Record InputRun::finish() {
   if (record_.isDone && plan_.findMissing) record_.missing = plan_.findMissing(directory_);
   record_.seconds = std::chrono::duration<double>(Clock::now() - begin_).count();
   record_.ended = nanosecondsSince1970();
-  if (plan_.isSynced && record_.isDone) {
-    for (const char* name : {kParamsName, kMarkerName}) syncToDisk(inDirectory(name));
+  if (plan_.pack != nullptr) {
+    packResult();
+  } else {
+    writeResult();
   }
-  writeRecord(directory_, record_, plan_.isSynced);
-  if (plan_.isSynced) syncToDisk(directory_.substr(0, directory_.rfind('/')));
   isOver_ = true;
   return record_;
 }

@@ -20,7 +20,8 @@ class InputRun {
   // Removes what an earlier run has left in `directory`, and starts the first program. The lock is the input's and is
   // given up with this object. `plan` and `input` must live as long. Throws base::FileError.
   InputRun(const RunPlan& plan, const BatchInput& input, std::string directory, InputLock lock);
-  // Ends its programs if they are still at work, and leaves no record: the input is given back.
+  // Ends its programs if they are still at work, and leaves no record: the input is given back. If results are packed
+  // its working files are removed.
   ~InputRun();
   InputRun(const InputRun&) = delete;
   InputRun& operator=(const InputRun&) = delete;
@@ -56,6 +57,8 @@ class InputRun {
   std::string databaseArgument();
   std::string inDirectory(const char* name) const { return directory_ + "/" + name; }
   void removeDatabase();
+  void writeResult();
+  void packResult();
   Record finish();
 
   const RunPlan& plan_;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "batch/packs/pack_writer.h"
 #include "batch/state/batch_directory.h"
 
 namespace batch {
@@ -26,6 +27,9 @@ struct RunPlan {
   std::function<Recognised(const std::string& path)> recognise;
   // What the records in a directory lack of what was wanted, to stand in its record; may be empty.
   std::function<std::string(const std::string& directory)> findMissing;
+
+  Slice slice;                 // that the inputs are
+  PackWriter* pack = nullptr;  // where results go; null: into directories of their own. Claimed
 
   std::size_t jobs = 1;
   std::chrono::milliseconds timeout{0};  // of one input, 0 for none

@@ -3,14 +3,17 @@
 #include <fmt/core.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <optional>
 #include <utility>
 
 #include "base/file_error.h"
+#include "batch/run/working_files.h"
 #include "batch/state/completion_record.h"
 #include "batch/state/input_lock.h"
 
@@ -35,7 +38,7 @@ std::vector<std::string> pathsOf(const std::vector<FileStamp>& files) {
 }  // namespace
 
 Runner::Runner(const BatchDirectory& directory, const RunPlan& plan, Signals& signals, EventSink tell)
-    : directory_(directory), plan_(plan), signals_(signals), tell_(std::move(tell)) {}
+    : directory_(directory), plan_(plan), results_(directory, plan.slice), signals_(signals), tell_(std::move(tell)) {}
 
 void Runner::tell(EventKind kind, const BatchInput& input, const Record* record) {
   progress_.running = running_.size();
@@ -44,24 +47,49 @@ void Runner::tell(EventKind kind, const BatchInput& input, const Record* record)
   tell_(&event, progress_);
 }
 
-// Whether there is nothing left to do; counts it then.
-bool Runner::isFinished(const BatchInput& input, const std::string& directory) {
-  const std::optional<Record> record = readRecord(directory);
-  if (!record || !isOf(*record, {input.path, plan_.settings.sum(), plan_.version})) return false;
-  if (record->files != stampsOf(pathsOf(record->files))) return false;
-  if (record->isDone && !hasItsParams(directory, *record)) return false;
+bool Runner::isStillTrue(const Result& result, const BatchInput& input) const {
+  const Record& record = result.record;
+  if (!isOf(record, {input.path, plan_.settings.sum(), plan_.version})) return false;
+  if (record.files != stampsOf(pathsOf(record.files))) return false;
+  if (record.isDone) return result.hasItsParams();
   // A failure of an earlier run may have had a reason that is gone; one from beside this run has not.
-  if (!record->isDone && !plan_.skipsFailed && record->ended < began_) return false;
-  ++(record->isDone ? progress_.before : progress_.failed);
-  if (!record->isDone) ++progress_.why[record->reason];
-  if (!record->isDone && !plan_.keepsGoing && !plan_.skipsFailed) isStopping_ = true;
-  tell(EventKind::kept, input, &*record);
+  return plan_.skipsFailed || record.ended >= began_;
+}
+
+// Whether there is nothing left to do; counts it then.
+bool Runner::isFinished(const BatchInput& input) {
+  const auto result = results_.find(input, [&](const Result& found) { return isStillTrue(found, input); });
+  if (!result) return false;
+  const Record& record = result->record;
+  ++(record.isDone ? progress_.before : progress_.failed);
+  if (!record.isDone) ++progress_.why[record.reason];
+  if (!record.isDone && !plan_.keepsGoing && !plan_.skipsFailed) isStopping_ = true;
+  tell(EventKind::kept, input, &record);
   return true;
 }
 
-Runner::Taken Runner::take(const BatchInput& input) {
+void Runner::findLeftBehind() {
+  if (plan_.pack == nullptr) return;
+  std::error_code none;
+  for (const auto& entry : std::filesystem::directory_iterator(directory_.path(), none)) {
+    leftBehind_.insert(entry.path().filename().string());
+  }
+}
+
+// Removes what a runner has left that was killed after packing a result.
+void Runner::tidy(const BatchInput& input) {
   const std::string directory = directory_.directoryOf(input);
-  if (isFinished(input, directory)) return Taken::finished;
+  if (::access((directory + "/" + kStatusName).c_str(), F_OK) == 0) return;
+  const InputLock lock(directory + "/" + kLogName);
+  if (lock.claim() == Claim::taken) removeWorkingFiles(directory);
+}
+
+Runner::Taken Runner::take(const BatchInput& input) {
+  if (isFinished(input)) {
+    if (leftBehind_.erase(input.id) > 0) tidy(input);
+    return Taken::finished;
+  }
+  const std::string directory = directory_.directoryOf(input);
   makeDirectory(directory);
   const std::string log = directory + "/" + kLogName;
   InputLock lock(log);
@@ -70,7 +98,11 @@ Runner::Taken Runner::take(const BatchInput& input) {
   }
   if (lock.claim() == Claim::elsewhere) return Taken::elsewhere;
   // It may have been finished since, by the one who had the lock.
-  if (isFinished(input, directory)) return Taken::finished;
+  results_.refresh();
+  if (isFinished(input)) {
+    if (::access((directory + "/" + kStatusName).c_str(), F_OK) != 0) removeWorkingFiles(directory);
+    return Taken::finished;
+  }
   running_.emplace_back(plan_, input, directory, std::move(lock));
   tell(EventKind::started, input, nullptr);
   return Taken::started;
@@ -147,6 +179,7 @@ Progress Runner::run(const std::vector<BatchInput>& inputs) {
   progress_.inputs = inputs.size();
   began_ =
       std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+  findLeftBehind();
   std::size_t next = 0;
   const auto hasMore = [&] { return isFree() && next < inputs.size(); };
   while (!isOver(inputs.size() - next)) {

@@ -5,8 +5,10 @@
 #include <list>
 #include <map>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
+#include "batch/packs/results.h"
 #include "batch/run/input_run.h"
 #include "batch/run/run_plan.h"
 #include "batch/run/signals.h"
@@ -62,7 +64,10 @@ class Runner {
   enum class Taken { finished, started, elsewhere };
 
   Taken take(const BatchInput& input);
-  bool isFinished(const BatchInput& input, const std::string& directory);
+  bool isStillTrue(const Result& result, const BatchInput& input) const;
+  bool isFinished(const BatchInput& input);
+  void findLeftBehind();
+  void tidy(const BatchInput& input);
   void lookAfterAll();
   void lookAtOthers();
   void conclude(InputRun& run, const Record& record);
@@ -74,6 +79,8 @@ class Runner {
 
   const BatchDirectory& directory_;
   const RunPlan& plan_;
+  Results results_;
+  std::unordered_set<std::string> leftBehind_;  // directories, by id, that were there before, if results are packed
   Signals& signals_;
   EventSink tell_;
   Progress progress_;

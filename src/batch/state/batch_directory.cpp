@@ -60,7 +60,18 @@ std::string hexSum(const std::string& text) {
   return fmt::format("{:08x}.{}", sum.sum, sum.length);
 }
 
+bool isDigits(const std::string& text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
 }  // namespace
+
+std::string packName(const Slice& slice) { return fmt::format("{}-of-{}", slice.index, slice.size); }
+
+bool isPackName(const std::string& name) {
+  const std::size_t middle = name.find("-of-");
+  return middle != std::string::npos && isDigits(name.substr(0, middle)) && isDigits(name.substr(middle + 4));
+}
 
 std::string Settings::sum() const {
   std::string options;

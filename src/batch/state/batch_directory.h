@@ -1,6 +1,7 @@
 // The directory that a batch writes into.
 //
 //     DIR/<id>/             of each input: status, log, params.txt, paramsdone.txt
+//     DIR/packs/            instead, the results of many inputs in one file for each slice
 //     DIR/.kolvex-batch/    of the batch: inputs, settings, lock, the configuration as it is used
 #pragma once
 
@@ -22,6 +23,16 @@ struct BatchInput {
   std::string id;
 };
 
+// The inputs that one run does: those whose number, from 0, leaves the remainder `index` when divided by `size`.
+struct Slice {
+  std::size_t index = 0;
+  std::size_t size = 1;
+};
+
+// The file in DIR/packs with the results of a slice: "3-of-50".
+std::string packName(const Slice& slice);
+bool isPackName(const std::string& name);
+
 // What decides about the records besides the inputs.
 struct Settings {
   std::string configuration;               // the text of the configuration file
@@ -37,6 +48,7 @@ class BatchDirectory {
 
   // Of an input.
   std::string directoryOf(const BatchInput& input) const { return path_ + "/" + input.id; }
+  std::string packsPath() const { return path_ + "/packs"; }
   // Of the batch itself.
   std::string ownPath(const std::string& name) const { return own_ + "/" + name; }
   const std::string& path() const { return path_; }

@@ -28,6 +28,12 @@ Claim lock(int file) {
   return errno == EAGAIN || errno == EACCES ? Claim::elsewhere : Claim::taken;
 }
 
+// A lock on a file without a name excludes nobody.
+bool isRemoved(int file) {
+  struct stat status {};
+  return ::fstat(file, &status) == 0 && status.st_nlink == 0;
+}
+
 // A number in the name of a directory entry.
 std::optional<int> numberIn(const std::filesystem::path& path) {
   const std::string name = path.filename().string();
@@ -62,8 +68,11 @@ Holding holdingOf(const std::filesystem::path& process, const struct stat& log) 
 }  // namespace
 
 InputLock::InputLock(const std::string& log)
-    : file_(::open(log.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0666)),
-      claim_(file_ ? lock(file_.get()) : Claim::impossible) {}
+    : file_(::open(log.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0666)) {
+  if (!file_ && errno != ENOENT) return;
+  claim_ = file_ ? lock(file_.get()) : Claim::elsewhere;
+  if (claim_ == Claim::taken && isRemoved(file_.get())) claim_ = Claim::elsewhere;
+}
 
 bool isLocked(const std::string& log) {
   const base::Descriptor file(::open(log.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));

@@ -17,6 +17,7 @@ class InputLock {
   InputLock() = default;
   // Makes the log where there is none, opens it to append, and takes the lock without waiting. On a file system without
   // locks it is taken for free.
+  // It counts as elsewhere if whoever had it is removing the log and its directory.
   explicit InputLock(const std::string& log);
 
   // `impossible`: the log cannot be opened, errno says why.

@@ -10,6 +10,7 @@
 #include "collect_table.h"
 #include "process/prepare_process.h"
 #include "run_batch.h"
+#include "show_result.h"
 #include "show_status.h"
 #include "tool/completion.h"
 #include "tool/console.h"
@@ -51,6 +52,14 @@ int status(const Arguments& arguments) {
   return outcome.isDone ? outcome.finish() : batch::showStatus(options);
 }
 
+int show(const Arguments& arguments) {
+  batch::ShowOptions options;
+  const tool::Outcome outcome = batch::showCommand(options).parse(arguments);
+  if (outcome.isDone) return outcome.finish();
+  batch::showResult(options);
+  return 0;
+}
+
 // `--complete INDEX batch-command WORD...`, with the command's name taken out.
 Arguments completionWithout(const Arguments& arguments) {
   const std::optional<tool::CompletionRequest> request =
@@ -65,9 +74,10 @@ int run(const Arguments& arguments) {
   const auto wordAt = [&](std::size_t place) { return place < arguments.size() ? arguments[place] : ""; };
   const bool isCompletion = wordAt(0) == "--complete";
   const std::string command = wordAt(isCompletion ? 2 : 0);
-  if (command != "collect" && command != "status") return runInputs(arguments);
+  if (command != "collect" && command != "show" && command != "status") return runInputs(arguments);
   const Arguments own = isCompletion ? completionWithout(arguments) : Arguments(arguments.begin() + 1, arguments.end());
   if (isCompletion && own.empty()) return runInputs(arguments);
+  if (command == "show") return show(own);
   return command == "collect" ? collect(own) : status(own);
 }
 

@@ -10,13 +10,17 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <limits>
+#include <optional>
 #include <thread>
 
 #include "base/file_error.h"
 #include "batch/run/input_list.h"
+#include "batch/run/pack_claim.h"
 #include "batch/run/runner.h"
 #include "batch/slurm/array_job.h"
 #include "batch/state/small_files.h"
+#include "importers/formats/table.h"
 #include "program_files.h"
 #include "recognise.h"
 #include "run_report.h"
@@ -72,6 +76,7 @@ RunPlan planOf(const RunOptions& options, const BatchDirectory& directory, const
   plan.version = KOLVEX_VERSION;
   plan.extraction = siblingProgram("quarnish");
   plan.import = siblingProgram("import");
+  plan.slice = {options.index, options.size};
   plan.recognise = [&formats](const std::string& path) { return formats.recognise(path); };
   plan.jobs = options.jobs > 0 ? options.jobs : processors();
   plan.timeout = options.timeout;
@@ -88,7 +93,8 @@ RunPlan planOf(const RunOptions& options, const BatchDirectory& directory, const
 // Reports on a run in progress.
 class Reporter {
  public:
-  Reporter(const BatchDirectory& directory, bool isJson) : directory_(directory), isJson_(isJson) {}
+  Reporter(const BatchDirectory& directory, const RunOptions& options)
+      : directory_(directory), isJson_(options.isJson), isPacked_(options.isPacked) {}
 
   void begin(std::size_t inputs) {
     if (isJson_) printLine(jsonOfStart(directory_.path(), inputs));
@@ -96,7 +102,7 @@ class Reporter {
 
   void tell(const Event* event, const Progress& progress) {
     if (event != nullptr && isJson_) printLine(jsonOf(*event));
-    const std::string line = event == nullptr ? "" : lineOf(*event, directory_.directoryOf(*event->input));
+    const std::string line = event == nullptr ? "" : lineOf(*event, logOf(*event));
     if (!line.empty() && !isJson_) {
       line_.wipe();
       tool::complain(line);
@@ -113,6 +119,12 @@ class Reporter {
   }
 
  private:
+  // A packed log is no file.
+  std::string logOf(const Event& event) const {
+    if (!isPacked_ || event.kind != EventKind::failed) return directory_.directoryOf(*event.input) + "/" + kLogName;
+    return fmt::format("kolvex batch show {} {} --log", directory_.path(), event.input->id);
+  }
+
   // Readers of events want them when they happen.
   static void printLine(const std::string& line) {
     tool::print(line + "\n");
@@ -121,6 +133,7 @@ class Reporter {
 
   const BatchDirectory& directory_;
   bool isJson_;
+  bool isPacked_;
   tool::TerminalLine line_ = tool::TerminalLine::onErrors();
   Clock::time_point begin_ = Clock::now();
 };
@@ -166,16 +179,23 @@ int runOnSlurm(const RunOptions& options, const BatchDirectory& directory, const
 
 int runBatch(const RunOptions& options) {
   const BatchDirectory directory(options.directory);
-  const InputFormats formats;
-  const RunPlan plan = planOf(options, directory, formats);
+  const InputFormats formats(importers::allFormats());
+  RunPlan plan = planOf(options, directory, formats);
   const std::vector<BatchInput> all = inputsNamed(namesOf(options));
   if (all.empty()) throw InputListError("the list of inputs is empty");
   const base::Descriptor membership = directory.join(plan.settings);
   directory.addInputs(all);
   if (options.isSlurm) return runOnSlurm(options, directory, plan, all);
   const std::vector<BatchInput> inputs = sliceOf(all, options.index, options.size);
-  Reporter reporter(directory, options.isJson);
+  Reporter reporter(directory, options);
   Signals signals;
+  std::optional<PackWriter> pack;
+  if (options.isPacked) {
+    pack.emplace(directory.packsPath() + "/" + packName(plan.slice));
+    plan.pack = &*pack;
+    const auto wait = [&] { tool::complain(pack->path() + ": another run writes this pack; waiting for its end"); };
+    if (!claimPatiently(*pack, signals, wait)) return kInterrupted;
+  }
   Runner runner(directory, plan, signals,
                 [&reporter](const Event* event, const Progress& progress) { reporter.tell(event, progress); });
   reporter.begin(inputs.size());

@@ -15,6 +15,7 @@ void addPage(tool::Command& command) {
       .synopsis("--from LIST --config FILE --out DIR [options]")
       .synopsis("PATH... --config FILE --out DIR --slurm [options] [-- SBATCH-OPTION...]")
       .synopsis("collect DIR [options]")
+      .synopsis("show DIR INPUT [options]")
       .synopsis("status DIR [options]")
       .describe(
           "Extracts from each input in a process of its own, several side by side. An input is an output database, or "
@@ -25,6 +26,7 @@ void addPage(tool::Command& command) {
           "inputs "
           "that have changed. Inputs that have failed are tried again. Two at once share the work.")
       .subcommand("collect", "print one table of all records of a batch")
+      .subcommand("show", "print what one input of a batch has left")
       .subcommand("status", "show the progress of a batch")
       .exitStatus(0, "all inputs are done")
       .exitStatus(1, "an input has failed, or the batch cannot go on")
@@ -34,6 +36,7 @@ void addPage(tool::Command& command) {
       .example("kolvex batch --from list.txt --config extract.cfg --out results -j 8 --timeout 10m --memory 4G")
       .example("kolvex batch collect results --to csv -o results.csv")
       .seeAlso("kolvex-batch-collect(1)")
+      .seeAlso("kolvex-batch-show(1)")
       .seeAlso("kolvex-batch-status(1)")
       .seeAlso("kolvex-quarnish(1)")
       .seeAlso("kolvex-import(1)");
@@ -88,6 +91,8 @@ tool::Command runCommand(RunOptions& options) {
       .repeated()
       .flag("--keep-databases", options.keepsDatabases, "keep databases that are imported, as DIR/<id>/database.odb")
       .flag("--sync", options.isSynced, "flush each result to disk before the next is counted")
+      .flag("--pack", options.isPacked,
+            "append the results to one file for each slice, DIR/packs/I-of-N, instead of a directory for each input")
       .flag("--json", options.isJson, "print every event as a JSON object, one a line")
       .number("--index", "I", options.index, 0, 1'000'000'000, "with --size: run slice I, from 0")
       .number("--size", "N", options.size, 1, 1'000'000'000, "cut the inputs into N slices");
@@ -125,6 +130,7 @@ std::vector<std::string> forwardedArguments(const RunOptions& options) {
   if (options.skipsFailed) arguments.emplace_back("--skip-failed");
   if (options.keepsDatabases) arguments.emplace_back("--keep-databases");
   if (options.isSynced) arguments.emplace_back("--sync");
+  if (options.isPacked) arguments.emplace_back("--pack");
   if (options.grace.count() > 0) arguments.push_back("--grace=" + seconds(options.grace));
   for (const std::string& option : options.importOptions) arguments.push_back("--import-option=" + option);
   return arguments;

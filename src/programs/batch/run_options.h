@@ -24,6 +24,7 @@ struct RunOptions {
   std::vector<std::string> importOptions;
   bool keepsDatabases = false;
   bool isSynced = false;
+  bool isPacked = false;
   std::chrono::milliseconds grace{0};
   bool isJson = false;
   std::size_t index = 0;

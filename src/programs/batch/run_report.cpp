@@ -52,10 +52,10 @@ std::string progressText(const Progress& progress, double seconds) {
   return text;
 }
 
-std::string lineOf(const Event& event, const std::string& directory) {
+std::string lineOf(const Event& event, const std::string& log) {
   if (event.kind != EventKind::failed && event.kind != EventKind::triedAgain) return "";
   const char* const again = event.kind == EventKind::triedAgain ? ", trying again" : "";
-  return fmt::format("{}: {}{} ({}/{})", event.input->path, reasonText(*event.record), again, directory, kLogName);
+  return fmt::format("{}: {}{} ({})", event.input->path, reasonText(*event.record), again, log);
 }
 
 std::string summaryText(const Progress& progress, double seconds, bool isInterrupted) {

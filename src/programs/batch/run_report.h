@@ -11,7 +11,8 @@ namespace batch {
 std::string progressText(const Progress& progress, double seconds);
 
 // "runs/17.odb: time limit: took longer than 30 s (results/17-.../log)", for a failure and another try; else empty.
-std::string lineOf(const Event& event, const std::string& directory);
+// `log` is what leads to the log.
+std::string lineOf(const Event& event, const std::string& log);
 
 // The sum at the end, a line for each reason after it.
 std::string summaryText(const Progress& progress, double seconds, bool isInterrupted);
