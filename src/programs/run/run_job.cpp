@@ -151,7 +151,7 @@ int runJob(const RunOptions& options) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point begin = Clock::now();
   const auto secondsGone = [begin] { return std::chrono::duration<double>(Clock::now() - begin).count(); };
-  const batch::InputFormats formats;
+  const batch::InputFormats formats(importers::allFormats());
   Summary summary = {inputOf(options, formats), {}, {}, {}};
   if (!fs::exists(summary.input)) throw base::NoFileError(options.input, "does not exist");
   summary.directory = directoryOf(options, summary.input);
