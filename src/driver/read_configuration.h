@@ -13,7 +13,3 @@ void readConfiguration(const std::string& path, ExtractionSwitches& switches);
 
 // Sets the switches of the keywords that `line` contains.
 void applyConfigurationLine(const std::string& line, ExtractionSwitches& switches);
-
-// The decimal number at the start of `text`, blanks before it and anything behind it passed over, "." as the decimal
-// point whatever the locale; 0 when none starts there (hexadecimal numbers, "inf" and "nan" are none).
-double leadingNumber(const std::string& text);

@@ -35,7 +35,8 @@ int say(std::FILE* stream, const std::string& text) {
 
 int sayVersion(const std::string& name) { return say(stdout, fmt::format("{} {}\n", name, KOLVEX_VERSION)); }
 
-// `arguments` stand behind the place of the program's name and end with a null.
+// `arguments` stand behind the place of the program's name and end with a null. A program of several commands is told
+// by that name which one is meant.
 int runSubcommand(const std::string& name, char** arguments) {
   std::error_code failure;
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", failure);
@@ -43,15 +44,17 @@ int runSubcommand(const std::string& name, char** arguments) {
     say(stderr, fmt::format("kolvex: cannot find out where it is installed: {}\n", failure.message()));
     return kCannotRun;
   }
-  const std::optional<std::string> program = kolvex::programPath(self.string(), name);
+  const std::optional<kolvex::Subcommand> known = kolvex::findSubcommand(name);
+  const std::optional<std::string> program =
+      kolvex::programPath(self.string(), known ? known->program : std::string_view(name));
   if (!program) {
     say(stderr, fmt::format("kolvex: the program of '{}' is not installed with {}\n", name, self.string()));
     return kNotFound;
   }
-  std::string path = *program;
-  arguments[0] = path.data();
-  ::execv(path.c_str(), arguments);
-  say(stderr, fmt::format("kolvex: {} cannot be run: {}\n", path, std::strerror(errno)));
+  std::string called = known && known->program != name ? name : *program;
+  arguments[0] = called.data();
+  ::execv(program->c_str(), arguments);
+  say(stderr, fmt::format("kolvex: {} cannot be run: {}\n", *program, std::strerror(errno)));
   return kCannotRun;
 }
 

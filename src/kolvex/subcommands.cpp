@@ -9,10 +9,11 @@ namespace kolvex {
 namespace {
 
 constexpr std::array kSubcommands = {
-    Subcommand{"batch", "extract from many databases or results"},
-    Subcommand{"import", "bring the results of a solver into an output database"},
-    Subcommand{"quarnish", "extract named scalars from an output database"},
-    Subcommand{"verify", "check an output database for damage"},
+    Subcommand{"batch", "extract from many databases or results", "batch"},
+    Subcommand{"import", "bring the results of a solver into an output database", "import"},
+    Subcommand{"quarnish", "extract named scalars from an output database", "quarnish"},
+    Subcommand{"show", "show what is in an output database", "inspect"},
+    Subcommand{"verify", "check an output database for damage", "verify"},
 };
 
 }  // namespace
@@ -26,14 +27,14 @@ std::optional<Subcommand> findSubcommand(std::string_view name) {
   return *found;
 }
 
-std::optional<std::string> programPath(const std::string& launcher, std::string_view name) {
+std::optional<std::string> programPath(const std::string& launcher, std::string_view program) {
   const std::filesystem::path beside = std::filesystem::path(launcher).parent_path();
   const std::filesystem::path installed = (beside / KOLVEX_PROGRAMS).lexically_normal();
   std::error_code ignored;
   const bool isInstalled = std::filesystem::is_directory(installed, ignored);
-  const std::filesystem::path program = (isInstalled ? installed : beside) / name;
-  if (!std::filesystem::is_regular_file(program, ignored)) return std::nullopt;
-  return program.string();
+  const std::filesystem::path path = (isInstalled ? installed : beside) / program;
+  if (!std::filesystem::is_regular_file(path, ignored)) return std::nullopt;
+  return path.string();
 }
 
 }  // namespace kolvex

@@ -169,9 +169,13 @@ std::vector<std::string> Reader::steps() const {
 std::shared_ptr<const StoredStep> Reader::step(const std::string& name) const {
   const flatbuffers::Vector<std::int32_t>& names = *file_->catalog().columns().steps()->name();
   for (flatbuffers::uoffset_t i = 0; i < names.size(); ++i) {
-    if (file_->catalog().text(names.Get(i)) == name) return std::make_shared<const StoredStep>(locations_, i);
+    if (file_->catalog().text(names.Get(i)) == name) return stepAt(i);
   }
   file_->fail("/", fmt::format("there is no step \"{}\"", name));
+}
+
+std::shared_ptr<const StoredStep> Reader::stepAt(std::size_t place) const {
+  return std::make_shared<const StoredStep>(locations_, place);
 }
 
 }  // namespace odbstore

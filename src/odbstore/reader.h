@@ -71,6 +71,8 @@ class Reader {
   std::vector<std::string> steps() const;
   // An error when there is none of the name.
   std::shared_ptr<const StoredStep> step(const std::string& name) const;
+  // Step `place` of steps().
+  std::shared_ptr<const StoredStep> stepAt(std::size_t place) const;
 
  private:
   // The places of an owner's sets of a kind in the catalog's table, [first, end).

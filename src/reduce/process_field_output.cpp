@@ -1,11 +1,10 @@
 #include "reduce/process_field_output.h"
 
-#include <string_view>
-
 #include "reduce/extremes_records.h"
 #include "reduce/list_record_names.h"
 #include "reduce/reduce_field_output_values.h"
 #include "reduce/write_bulk_field_records.h"
+#include "result/configuration_keywords.h"
 #include "result/extraction_switches.h"
 #include "result/indentation.h"
 
@@ -13,11 +12,7 @@ namespace {
 
 bool isWanted(const odb_FieldOutput& field) {
   const ExtractionSwitches& switches = extractionSwitches();
-  if (switches.allFieldOutputs || switches.tensorInvariants) return true;
-  const odb_String text = field.description();
-  const auto names = [&](std::string_view word) { return text.view().find(word) != std::string_view::npos; };
-  return (switches.stress && names("Stress")) || (switches.spatial && names("Spatial")) ||
-         (switches.element && names("Element"));
+  return switches.wantsAllFieldOutputs() || wantsFieldOutput(switches, field.description().view());
 }
 
 // Nothing depends on the section points; the read stays because a damaged location is to end the run here.

@@ -26,6 +26,8 @@ struct ExtractionSwitches {
 
   // Whether either engineering extreme is asked for.
   bool wantsEngineering() const { return engineeringMin || engineeringMax; }
+  // Whether every field output is taken, whatever its description.
+  bool wantsAllFieldOutputs() const { return allFieldOutputs || tensorInvariants; }
 };
 
 // The one set of switches of the process.

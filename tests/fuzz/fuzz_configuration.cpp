@@ -4,6 +4,7 @@
 
 #include "driver/read_configuration.h"
 #include "fuzz_input.h"
+#include "result/configuration_keywords.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::istringstream text(std::string(reinterpret_cast<const char*>(data), size));

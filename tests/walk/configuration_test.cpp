@@ -2,6 +2,7 @@
 #include <limits>
 
 #include "driver/read_configuration.h"
+#include "result/configuration_keywords.h"
 #include "support/temporary_directory.h"
 #include "walk_test.h"
 
