@@ -18,6 +18,7 @@ kolvex_add_page(kolvex kolvex --man)
 kolvex_add_page(kolvex-batch batch --man)
 kolvex_add_page(kolvex-batch-collect batch collect --man)
 kolvex_add_page(kolvex-batch-status batch status --man)
+kolvex_add_page(kolvex-export export_program --man)
 kolvex_add_page(kolvex-import import_program --man)
 # The extraction has the arguments behind its name to itself, so the launcher has its page.
 kolvex_add_page(kolvex-quarnish kolvex --man quarnish)

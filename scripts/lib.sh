@@ -26,7 +26,7 @@ demo_packages=(calculix-ccx)
 bench_packages=(libbenchmark-dev python3 python3-h5py python3-numpy)
 test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-numpy hdf5-tools strace clang-format man-db shellcheck zsh)
 slurm_packages=(slurmctld slurmd slurm-client munge)
-soak_packages=(clang llvm libclang-rt-14-dev valgrind)
+soak_packages=(clang llvm libclang-rt-14-dev valgrind python3-vtk9)
 arm64_packages=(g++-aarch64-linux-gnu gcc-aarch64-linux-gnu qemu-user-static debootstrap)
 
 # How long another apt is waited for, in seconds.

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::array kSubcommands = {
     Subcommand{"batch", "extract from many databases or results", "batch"},
+    Subcommand{"export", "write a database for viewers of pictures", "export"},
     Subcommand{"import", "bring the results of a solver into an output database", "import"},
     Subcommand{"quarnish", "extract named scalars from an output database", "quarnish"},
     Subcommand{"show", "show what is in an output database", "inspect"},
