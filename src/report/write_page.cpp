@@ -9,6 +9,7 @@
 #include "base/file_error.h"
 #include "base/output_file.h"
 #include "inspect/mesh/model_mesh.h"
+#include "inspect/open_database.h"
 #include "odbstore/database_file.h"
 #include "odbstore/reader.h"
 #include "report/mesh_sets.h"
@@ -31,7 +32,7 @@ constexpr std::size_t kShareOfRecords = 3;
 class Page {
  public:
   Page(const PageRequest& request, const base::DiagnosticSink& warn)
-      : request_(request), warn_(warn), reader_(request.database), data_(request.mostBytes) {
+      : request_(request), warn_(warn), reader_(inspect::openDatabase(request.database)), data_(request.mostBytes) {
     const PageTemplate page = pageTemplate();
     data_.reserve(page.beforeTitle.size() + page.beforeData.size() + page.afterData.size() + kMargin);
   }
@@ -39,10 +40,10 @@ class Page {
   PageSummary make() {
     description_ = {{"format", 1},
                     {"file", std::filesystem::path(request_.database).filename().string()},
-                    {"title", reader_.title()},
-                    {"producer", reader_.producer()},
-                    {"bytes", reader_.file()->size()},
-                    {"steps", stepsPart(reader_)}};
+                    {"title", reader_->title()},
+                    {"producer", reader_->producer()},
+                    {"bytes", reader_->file()->size()},
+                    {"steps", stepsPart(*reader_)}};
     addMessages();
     addModel();
     addHistories();
@@ -71,7 +72,7 @@ class Page {
 
   const PageRequest& request_;
   const base::DiagnosticSink& warn_;
-  odbstore::Reader reader_;
+  std::shared_ptr<const odbstore::Reader> reader_;
   PageData data_;
   inspect::ModelMesh mesh_;
   Surface surface_;
@@ -88,8 +89,8 @@ void Page::addMessages() {
 }
 
 void Page::addModel() {
-  mesh_ = inspect::readMesh(reader_);
-  sets_ = meshSets(reader_, mesh_);
+  mesh_ = inspect::readMesh(*reader_);
+  sets_ = meshSets(*reader_, mesh_);
   surface_ = surfaceOf(mesh_, sets_);
   summary_.triangles = surface_.triangles();
   PageData trial(data_.room());
@@ -110,22 +111,23 @@ void Page::addModel() {
 
 void Page::addHistories() {
   std::size_t leftOut = 0;
-  description_["histories"] = historiesPart(reader_, request_.mostBytes / kShareOfHistories, data_, leftOut);
+  description_["histories"] = historiesPart(*reader_, request_.mostBytes / kShareOfHistories, data_, leftOut);
   if (leftOut > 0) note(fmt::format("{} histories are left out for want of room", leftOut));
 }
 
 void Page::addRecords() {
   if (request_.params.empty()) return;
-  RecordsPart records =
-      recordsPart(request_.params, reader_, mesh_, surface_, request_.mostBytes / kShareOfRecords, data_);
+  RecordsPart records = recordsPart(request_.params, reader_, request_.mostBytes / kShareOfRecords, data_);
   summary_.records = records.shown;
   description_["records"] = std::move(records.json);
+  if (records.unknown > 0)
+    note(fmt::format("{} of {} records are not of this database", records.unknown, records.shown));
   if (records.leftOut > 0) note(fmt::format("{} records are left out for want of room", records.leftOut));
 }
 
 void Page::addFields() {
   data_.reserve(scriptText(description_).size());
-  FieldsPart part = fieldsPart(reader_, mesh_, surface_, data_);
+  FieldsPart part = fieldsPart(*reader_, mesh_, surface_, data_);
   summary_.frames = part.frames.size();
   description_["fields"] = std::move(part.fields);
   description_["frames"] = std::move(part.frames);

@@ -16,6 +16,7 @@ export class ModelCamera {
     this.radius = radiusOf(points);
     this.width = 1;
     this.height = 1;
+    this.inset = 0; // pixels at the right side that something else covers
     this.lookDown(defaultDirections(points));
   }
 
@@ -63,8 +64,9 @@ export class ModelCamera {
     }
     if (!(low[0] <= high[0])) return;
     this.centre.set(...low.map((l, c) => (l + high[c]) / 2)).applyQuaternion(this.turn.clone().invert());
-    const half = Math.max((high[1] - low[1]) / 2, ((high[0] - low[0]) / 2) * (this.height / this.width));
-    this.halfHeight = 1.06 * half || 1;
+    const free = Math.max(this.width - this.inset, this.width / 2);
+    this.halfHeight = 1.06 * Math.max((high[1] - low[1]) / 2, ((high[0] - low[0]) / 2) * (this.height / free)) || 1;
+    this.pan((free - this.width) / 2 / this.height, 0);
   }
 
   update() {

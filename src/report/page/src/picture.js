@@ -37,7 +37,7 @@ export class Picture {
     };
     this.checkMarks = debounced(() => this.hideMarksBehind(), 80);
     control(view.canvas, view.camera, this.drawSoon);
-    new ResizeObserver(() => { this.view.resize(); if (!this.isFitted) this.view.camera.fit(); this.drawSoon(); }).observe(view.canvas);
+    new ResizeObserver(() => this.resized()).observe(view.canvas);
   }
 
   async begin() {
@@ -49,7 +49,7 @@ export class Picture {
     byId('field').value = main;
     this.fieldChanged(false);
     await this.show();
-    this.view.camera.fit();
+    this.fit();
     this.draw();
     this.hideMarksBehind();
   }
@@ -64,9 +64,21 @@ export class Picture {
     byId('mesh').onchange = () => { this.view.wantsMesh = byId('mesh').checked; this.drawSoon(); };
     byId('edges').onchange = () => { this.view.edges.visible = byId('edges').checked; this.drawSoon(); };
     byId('marks').onchange = () => this.draw();
-    byId('fit').onclick = () => { this.view.camera.fit(); this.drawSoon(); };
+    byId('fit').onclick = () => { this.fit(); this.drawSoon(); };
     for (const button of document.querySelectorAll('[data-view]')) button.onclick = () => this.lookAlong(button.dataset.view);
     this.view.wantsMesh = byId('mesh').checked;
+  }
+
+  // The legend stands at the right side.
+  fit() {
+    this.view.resize();
+    this.view.camera.inset = byId('legend').offsetWidth + 16;
+    this.view.camera.fit();
+  }
+
+  resized() {
+    this.fit();
+    this.drawSoon();
   }
 
   // Keeps the frame that is shown, where the field has it.
@@ -92,10 +104,11 @@ export class Picture {
     slider.disabled = this.choices.length < 2;
   }
 
-  // The one with the largest value.
+  // The one with the largest value. Those of modes mean nothing beside others.
   bestFrame() {
-    const largest = this.choices.map((frame) => this.extremesIn(frame)?.max.value ?? -Infinity);
-    return largest.indexOf(Math.max(...largest));
+    const isMode = (frame) => /^Mode\b/.test(steps[frame.step].frames[frame.frame].description);
+    const largest = this.choices.map((frame) => (isMode(frame) ? -Infinity : (this.extremesIn(frame)?.max.value ?? -Infinity)));
+    return Math.max(0, largest.indexOf(Math.max(...largest)));
   }
 
   extremesIn(frame) {
@@ -331,7 +344,6 @@ export class Picture {
 
   pick(place) {
     this.picked = this.view.pick(place);
-    this.isFitted = true;
     this.tellPicked();
     this.draw();
   }

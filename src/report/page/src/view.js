@@ -42,6 +42,7 @@ export class View {
     this.target = new WebGLRenderTarget(1, 1);
     this.addObjects();
     this.showElements(null, false);
+    this.showNodes(null);
   }
 
   addObjects() {
@@ -133,6 +134,7 @@ export class View {
 
   // Marks nodes with dots.
   showNodes(vertices) {
+    this.dots.visible = Boolean(vertices?.length);
     this.dots.geometry.setIndex(new BufferAttribute(new Uint32Array(vertices ?? []), 1));
   }
 
