@@ -13,6 +13,7 @@ constexpr std::array kSubcommands = {
     Subcommand{"export", "write a database for viewers of pictures", "export"},
     Subcommand{"import", "bring the results of a solver into an output database", "import"},
     Subcommand{"quarnish", "extract named scalars from an output database", "quarnish"},
+    Subcommand{"report", "show a database in one page for the browser", "report"},
     Subcommand{"show", "show what is in an output database", "inspect"},
     Subcommand{"verify", "check an output database for damage", "verify"},
 };

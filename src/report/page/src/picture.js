@@ -36,7 +36,7 @@ export class Picture {
       this.isDue = true;
     };
     this.checkMarks = debounced(() => this.hideMarksBehind(), 80);
-    control(view.canvas, view.camera, this.drawSoon);
+    control(view.canvas, view.camera, () => { this.isMoved = true; this.drawSoon(); });
     new ResizeObserver(() => this.resized()).observe(view.canvas);
   }
 
@@ -74,10 +74,12 @@ export class Picture {
     this.view.resize();
     this.view.camera.inset = byId('legend').offsetWidth + 16;
     this.view.camera.fit();
+    this.isMoved = false;
   }
 
+  // What the user has chosen to see stays.
   resized() {
-    this.fit();
+    if (!this.isMoved) this.fit();
     this.drawSoon();
   }
 

@@ -33,7 +33,10 @@ export class View {
   constructor(canvas, model, bands) {
     this.canvas = canvas;
     this.model = model;
-    this.renderer = new WebGLRenderer({ canvas, antialias: true, alpha: true, preserveDrawingBuffer: true });
+    const options = { antialias: true, alpha: true, preserveDrawingBuffer: true };
+    const context = canvas.getContext('webgl2', options);
+    if (!context) throw new Error('no WebGL');
+    this.renderer = new WebGLRenderer({ canvas, context, ...options });
     this.camera = new ModelCamera(model.coordinates);
     this.scene = new Scene();
     this.uniforms = {
