@@ -23,6 +23,7 @@ kolvex_add_page(kolvex-import import_program --man)
 # The extraction has the arguments behind its name to itself, so the launcher has its page.
 kolvex_add_page(kolvex-quarnish kolvex --man quarnish)
 kolvex_add_page(kolvex-report report_program --man)
+kolvex_add_page(kolvex-run run --man)
 kolvex_add_page(kolvex-verify verify --man)
 add_custom_target(man_pages ALL DEPENDS ${pages})
 install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT documentation)

@@ -14,6 +14,7 @@ constexpr std::array kSubcommands = {
     Subcommand{"import", "bring the results of a solver into an output database", "import"},
     Subcommand{"quarnish", "extract named scalars from an output database", "quarnish"},
     Subcommand{"report", "show a database in one page for the browser", "report"},
+    Subcommand{"run", "import results and extract from them", "run"},
     Subcommand{"show", "show what is in an output database", "inspect"},
     Subcommand{"verify", "check an output database for damage", "verify"},
 };

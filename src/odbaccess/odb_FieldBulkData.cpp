@@ -9,6 +9,10 @@ int odb_FieldBulkData::precision() const {
   return storage_->content()->block().isDouble() ? odb_Enum::doublePrecision : odb_Enum::singlePrecision;
 }
 
+odb_String odb_FieldBulkData::instanceName() const {
+  return odb_String(storage_->content()->block().location()->info().instance);
+}
+
 int odb_FieldBulkData::valueCount() const { return storage_->rows(); }
 int odb_FieldBulkData::width() const { return storage_->bulkWidth(); }
 float* odb_FieldBulkData::data() const { return storage_->bulkRows<float>(); }

@@ -26,6 +26,8 @@ class odb_FieldBulkData {
   int type() const;
   // odb_PrecisionEnum: 0 when data() holds the rows, else dataDouble() does.
   int precision() const;
+  // The instance that the rows lie in.
+  odb_String instanceName() const;
   // Number of rows.
   int valueCount() const;
   // Number of columns of data() or dataDouble().

@@ -42,6 +42,9 @@ TEST(CompletionRecord, ComesBackAsItWas) {
   failed.reason = "extraction failed";
   failed.detail = "a\tb\nc\\";
   EXPECT_EQ(recordFrom(textOf(failed)), failed);
+  Record incomplete = doneRecord();
+  incomplete.missing = "the file is cut off;\nno record X*";
+  EXPECT_EQ(recordFrom(textOf(incomplete)), incomplete);
 }
 
 TEST(CompletionRecord, IsNoneWhereAnyPieceIsMissing) {

@@ -41,7 +41,7 @@ class CompletionTest(ProgramTest):
 
     def test_commands(self):
         self.assertEqual(self.shell.completed("kolvex imp"), "kolvex import")
-        self.assertEqual(self.shell.candidates("kolvex "), ["batch", "import", "quarnish", "verify"])
+        self.assertEqual(self.shell.candidates("kolvex "), ["batch", "export", "import", "quarnish", "run", "show", "verify"])
         self.assertEqual(self.shell.completed("kolvex --vers"), "kolvex --version")
 
     def test_options(self):

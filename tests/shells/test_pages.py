@@ -9,7 +9,7 @@ from support import ROOT, ProgramTest, installed_prefix
 
 MAN = shutil.which("man")
 PAGES = {"kolvex": "kolvex.md", "kolvex-batch": "batch.md", "kolvex-batch-collect": "batch-collect.md",
-         "kolvex-batch-status": "batch-status.md", "kolvex-export": "export.md", "kolvex-import": "import.md", "kolvex-quarnish": "extraction.md", "kolvex-report": "report.md", "kolvex-verify": "verify.md"}
+         "kolvex-batch-status": "batch-status.md", "kolvex-export": "export.md", "kolvex-import": "import.md", "kolvex-quarnish": "extraction.md", "kolvex-report": "report.md", "kolvex-run": "run.md", "kolvex-verify": "verify.md"}
 
 
 def section(text, title):

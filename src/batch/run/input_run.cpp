@@ -175,6 +175,7 @@ Record InputRun::finish() {
   removeDatabase();
   record_.isDone = !hasFailed_;
   if (record_.isDone) record_.reason = record_.detail = "";
+  if (record_.isDone && plan_.findMissing) record_.missing = plan_.findMissing(directory_);
   record_.seconds = std::chrono::duration<double>(Clock::now() - begin_).count();
   record_.ended = nanosecondsSince1970();
   if (plan_.isSynced && record_.isDone) {

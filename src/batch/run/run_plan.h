@@ -24,6 +24,8 @@ struct RunPlan {
   std::string extraction;     // path of the program
   std::string import;         // likewise
   std::function<Recognised(const std::string& path)> recognise;
+  // What the records in a directory lack of what was wanted, to stand in its record; may be empty.
+  std::function<std::string(const std::string& directory)> findMissing;
 
   std::size_t jobs = 1;
   std::chrono::milliseconds timeout{0};  // of one input, 0 for none

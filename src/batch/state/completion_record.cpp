@@ -106,6 +106,7 @@ bool readLine(std::string_view key, std::string_view value, Record& to) {
   if (key == "state") return readState(value, to.isDone);
   if (key == "reason") return readText(value, to.reason);
   if (key == "detail") return readText(value, to.detail);
+  if (key == "missing") return readText(value, to.missing);
   if (key == "input") return readText(value, to.input);
   if (key == "file") return readStamp(value, to.files);
   if (key == "settings") return readText(value, to.settings);
@@ -126,6 +127,7 @@ std::string textOf(const Record& record) {
   text += fmt::format("settings\t{}\nversion\t{}\ntries\t{}\nseconds\t{:.6f}\nended\t{}\n", escaped(record.settings),
                       escaped(record.version), record.tries, record.seconds, record.ended);
   if (record.isDone) text += fmt::format("params\t{} {:08x}\n", record.params.length, record.params.sum);
+  if (record.isDone && !record.missing.empty()) text += fmt::format("missing\t{}\n", escaped(record.missing));
   return text + "end\t\n";
 }
 

@@ -26,6 +26,7 @@ struct Record {
   double seconds = 0;      // that all tries took
   std::int64_t ended = 0;  // nanoseconds since 1970
   ParamsSum params;        // of params.txt, where it is done
+  std::string missing;     // where it is done: what params.txt does not have of what was wanted
 
   friend bool operator==(const Record&, const Record&) = default;
 };

@@ -10,7 +10,6 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <limits>
 #include <thread>
 
 #include "base/file_error.h"
@@ -18,6 +17,7 @@
 #include "batch/run/runner.h"
 #include "batch/slurm/array_job.h"
 #include "batch/state/small_files.h"
+#include "program_files.h"
 #include "recognise.h"
 #include "run_report.h"
 #include "show_status.h"
@@ -31,12 +31,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 double secondsSince(Clock::time_point begin) { return std::chrono::duration<double>(Clock::now() - begin).count(); }
-
-std::string textOfFile(const std::string& path) {
-  const auto text = readSmallFile(path, std::numeric_limits<std::size_t>::max());
-  if (text) return *text;
-  throw base::NoFileError(path, std::filesystem::exists(path) ? "cannot be read" : "does not exist");
-}
 
 // A list may come through a pipe.
 std::string textOfList(const std::string& path) {
@@ -69,11 +63,6 @@ std::size_t processors() {
   CPU_ZERO(&set);
   if (::sched_getaffinity(0, sizeof set, &set) != 0) return 1;
   return static_cast<std::size_t>(std::max(CPU_COUNT(&set), 1));
-}
-
-// The programs stand beside this one.
-std::string siblingProgram(const char* name) {
-  return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
 }
 
 RunPlan planOf(const RunOptions& options, const BatchDirectory& directory, const InputFormats& formats) {
