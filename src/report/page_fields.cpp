@@ -151,7 +151,7 @@ class Filler {
       entry["columns"][column.name] = {column.lowest, column.highest, data_.add(column.array)};
     if (candidate.isDetail) return;
     entry["extremes"] = extremes;
-    ++part_.shown;
+    part_.shown.emplace(candidate.step, candidate.frame, candidate.field);
   }
 
   const inspect::ModelMesh& mesh_;

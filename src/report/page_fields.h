@@ -3,7 +3,9 @@
 
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "odbstore/reader.h"
@@ -13,6 +15,9 @@
 
 namespace report {
 
+// A field in a frame: step, frame, name.
+using ShownField = std::tuple<std::size_t, int, std::string>;
+
 struct FieldsPart {
   // [{name, description, kind, on: "vertices" or "elements", halvedShear, quantities}]
   Json fields;
@@ -20,7 +25,7 @@ struct FieldsPart {
   // {quantity: {max: place, min: place}}}]}]. Columns are those of docs/report.md: of a vector 1, 2, 3; of a tensor
   // mises and, where they have had room, its components; of a scalar "".
   Json frames;
-  std::size_t shown = 0;           // fields in frames
+  std::set<ShownField> shown;
   std::size_t leftOut = 0;         // those for which there was no room
   std::size_t withoutDetails = 0;  // tensors of which only the equivalent stress had room
 };

@@ -1,5 +1,6 @@
 #include "report/page_records.h"
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <unordered_map>
@@ -15,6 +16,9 @@ namespace {
 constexpr std::size_t kMostOfValue = 120;
 // Of records on the page.
 constexpr std::size_t kMostLines = 100'000;
+// How many times smaller lines get by packing, at least; and what a record takes besides its line, at most.
+constexpr std::size_t kPackedTimes = 4;
+constexpr std::size_t kBytesOfColumns = 12;
 
 std::ifstream openText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
@@ -31,7 +35,9 @@ std::string shortened(const std::string& line, std::size_t tab) {
 
 class RecordColumns {
  public:
-  explicit RecordColumns(const std::vector<RecordMeaning>& meanings) {
+  // What is told of places goes by the page's numbers.
+  RecordColumns(const std::vector<RecordMeaning>& meanings, const inspect::ModelMesh& mesh, const Surface& surface)
+      : mesh_(mesh), surface_(surface) {
     for (const RecordMeaning& meaning : meanings) add(meaning);
   }
 
@@ -52,6 +58,7 @@ class RecordColumns {
     columns_["quantity"].push_back(isField ? placeOf(meaning.quantity) : -1);
     columns_["set"].push_back(isField ? placeOf(meaning.set) : -1);
     columns_["extreme"].push_back(isField ? placeOf(meaning.extreme) : -1);
+    addPlace(meaning.place.value_or(Place()));
   }
 
   std::int32_t placeOf(const std::string& text) {
@@ -60,6 +67,26 @@ class RecordColumns {
     return entry->second;
   }
 
+  void addPlace(const Place& place) {
+    const auto number = [](const std::vector<std::int32_t>& numbers, std::int64_t at) {
+      return at < 0 ? -1 : numbers[static_cast<std::size_t>(at)];
+    };
+    columns_["vertex"].push_back(number(surface_.vertexOf, place.point));
+    columns_["element"].push_back(number(surface_.elementOf, place.cell));
+    columns_["node"].push_back(place.node);
+    columns_["cell"].push_back(place.element);
+    columns_["point"].push_back(place.integrationPoint);
+    if (mesh_.parts.size() > 1) columns_["instance"].push_back(partOf(place.instance));
+  }
+
+  std::int32_t partOf(const std::string& instance) const {
+    for (std::size_t i = 0; i < mesh_.parts.size(); ++i)
+      if (mesh_.parts[i].instance == instance) return static_cast<std::int32_t>(i);
+    return -1;
+  }
+
+  const inspect::ModelMesh& mesh_;
+  const Surface& surface_;
   std::map<std::string, std::vector<std::int32_t>> columns_;
   std::vector<std::string> texts_;
   std::unordered_map<std::string, std::int32_t> places_;
@@ -67,33 +94,48 @@ class RecordColumns {
 
 }  // namespace
 
-RecordsPart recordsPart(const std::string& params, const std::shared_ptr<const odbstore::Reader>& reader,
-                        std::size_t most, PageData& data) {
-  std::ifstream in = openText(params);
-  RecordsPart part;
-  std::string lines;
-  std::vector<std::string> names;
+PageRecords::PageRecords(const RecordsSource& source, std::shared_ptr<const odbstore::Reader> reader, std::size_t most)
+    : source_(source), most_(most) {
+  read();
+  packed_ = pack(lines_);
+  meanings_.emplace(std::move(reader), names_);
+}
+
+void PageRecords::read() {
+  std::ifstream in = openText(source_.params);
   std::int64_t number = 0;
   for (std::string line; std::getline(in, line);) {
     ++number;
     if (!line.empty() && line.back() == '\r') line.pop_back();
     const std::size_t tab = line.find('\t');
     if (tab == std::string::npos)
-      throw base::FileError(params, "line " + std::to_string(number), "no tab between a name and a value");
-    if (names.size() >= kMostLines || lines.size() > most * 4) {
-      ++part.leftOut;
+      throw base::FileError(source_.params, "line " + std::to_string(number), "no tab between a name and a value");
+    if (names_.size() >= kMostLines || lines_.size() > most_ * kPackedTimes) {
+      ++leftOut_;
       continue;
     }
-    lines += shortened(line, tab);
-    lines += '\n';
-    names.push_back(line.substr(0, tab));
+    lines_ += shortened(line, tab);
+    lines_ += '\n';
+    names_.push_back(line.substr(0, tab));
   }
-  part.shown = names.size();
-  const std::vector<RecordMeaning> meanings = recordMeanings(reader, names);
-  const RecordColumns columns(meanings);
-  for (const RecordMeaning& meaning : meanings) part.unknown += meaning.step < 0 ? 1U : 0U;
-  part.json = {{"lines", data.add(pack(lines))}, {"texts", columns.texts()}, {"columns", columns.json(data)}};
-  return part;
+}
+
+std::size_t PageRecords::unknown() const {
+  const std::vector<RecordMeaning>& all = meanings_->all();
+  return static_cast<std::size_t>(
+      std::count_if(all.begin(), all.end(), [](const RecordMeaning& meaning) { return meaning.step < 0; }));
+}
+
+std::size_t PageRecords::bytes() const { return packed_->text.size() + names_.size() * kBytesOfColumns; }
+
+Json PageRecords::json(const inspect::ModelMesh& mesh, const Surface& surface, const std::set<ShownField>& shown,
+                       PageData& data) {
+  meanings_->locate(mesh, source_.configuration, [&](const RecordMeaning& meaning) {
+    return shown.count({static_cast<std::size_t>(meaning.step), meaning.frame, meaning.field}) > 0;
+  });
+  const RecordColumns columns(meanings_->all(), mesh, surface);
+  Json json = {{"lines", data.add(*packed_)}, {"texts", columns.texts()}, {"columns", columns.json(data)}};
+  return json;
 }
 
 std::vector<std::string> messageLines(const std::string& path) {

@@ -4,7 +4,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "base/file_error.h"
 #include "base/output_file.h"
@@ -47,7 +49,7 @@ class Page {
     addMessages();
     addModel();
     addHistories();
-    addRecords();
+    readRecords();
     addFields();
     description_["notes"] = notes_;
     write();
@@ -66,7 +68,7 @@ class Page {
   void addMessages();
   void addModel();
   void addHistories();
-  void addRecords();
+  void readRecords();
   void addFields();
   void write() const;
 
@@ -77,6 +79,7 @@ class Page {
   inspect::ModelMesh mesh_;
   Surface surface_;
   std::vector<MeshSet> sets_;
+  std::optional<PageRecords> records_;
   Json description_;
   std::vector<std::string> notes_;
   PageSummary summary_;
@@ -115,14 +118,15 @@ void Page::addHistories() {
   if (leftOut > 0) note(fmt::format("{} histories are left out for want of room", leftOut));
 }
 
-void Page::addRecords() {
+void Page::readRecords() {
   if (request_.params.empty()) return;
-  RecordsPart records = recordsPart(request_.params, reader_, request_.mostBytes / kShareOfRecords, data_);
-  summary_.records = records.shown;
-  description_["records"] = std::move(records.json);
-  if (records.unknown > 0)
-    note(fmt::format("{} of {} records are not of this database", records.unknown, records.shown));
-  if (records.leftOut > 0) note(fmt::format("{} records are left out for want of room", records.leftOut));
+  records_.emplace(RecordsSource{request_.params, request_.configuration}, reader_,
+                   request_.mostBytes / kShareOfRecords);
+  summary_.records = records_->shown();
+  data_.reserve(records_->bytes());
+  if (records_->unknown() > 0)
+    note(fmt::format("{} of {} records are not of this database", records_->unknown(), records_->shown()));
+  if (records_->leftOut() > 0) note(fmt::format("{} records are left out for want of room", records_->leftOut()));
 }
 
 void Page::addFields() {
@@ -133,10 +137,11 @@ void Page::addFields() {
   description_["frames"] = std::move(part.frames);
   if (part.leftOut > 0)
     note(fmt::format("{} of {} fields in frames are left out for want of room", part.leftOut,
-                     part.leftOut + part.shown));
+                     part.leftOut + part.shown.size()));
   if (part.withoutDetails > 0)
     note(fmt::format("of {} tensors in frames there is the equivalent stress alone for want of room",
                      part.withoutDetails));
+  if (records_) description_["records"] = records_->json(mesh_, surface_, part.shown, data_);
 }
 
 void Page::write() const {

@@ -10,9 +10,10 @@ namespace report {
 
 struct PageRequest {
   std::string database;
-  std::string params;    // the records of an extraction; empty for none
-  std::string messages;  // what the import has said; empty for none
-  std::string page;      // the file to write
+  std::string params;         // the records of an extraction; empty for none
+  std::string configuration;  // of that extraction; empty for none
+  std::string messages;       // what the import has said; empty for none
+  std::string page;           // the file to write
   std::size_t mostBytes = 15'000'000;
 };
 

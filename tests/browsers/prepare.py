@@ -76,7 +76,7 @@ def main():
     def report(*arguments):
         subprocess.run([programs / "report", *arguments], check=True)
 
-    report(lug / "lug.odb", "--params", lug / "params.txt", "-o", directory / "lug.html")
+    report(lug / "lug.odb", "--params", lug / "params.txt", "--config", lug / "extract.cfg", "-o", directory / "lug.html")
     import os
     os.environ.setdefault("KOLVEX_BIN", str(programs))
     import test_page

@@ -44,6 +44,8 @@ tool::Command reportCommand(PageRequest& request) {
               tool::Completes::file)
       .option("--params", "FILE", request.params, "records of the database, as kolvex quarnish has written them",
               tool::Completes::file)
+      .option("--config", "FILE", request.configuration,
+              "the configuration of that extraction, for the places of engineering extremes", tool::Completes::file)
       .option("--messages", "FILE", request.messages, "what kolvex import has said on standard error, to be shown",
               tool::Completes::file)
       .option(

@@ -17,7 +17,8 @@ async function open(records, curves, record) {
   const meaning = records.meanings?.(record);
   const say = (text) => { byId('chosen').textContent = text; };
   if (!meaning) return say('The database does not know this record.');
-  const where = meaning.place ? format.place(meaning.place) : '';
+  const isInside = meaning.place && meaning.place.vertex === undefined && meaning.place.element === undefined;
+  const where = meaning.place ? format.place(meaning.place) + (isInside ? ', inside the model' : '') : '';
   if (!picture || !meaning.field) return say(where);
   const isShown = await picture.choose(meaning);
   if (!isShown) return say([where, 'The page has no picture of this field in this frame.'].filter(Boolean).join('. '));
