@@ -5,7 +5,9 @@ import puppeteer from 'puppeteer-core';
 const CHROMIUM = ['--no-sandbox', '--disable-dev-shm-usage', '--use-gl=angle', '--use-angle=swiftshader', '--enable-unsafe-swiftshader'];
 export const browsers = {
   chromium: { browser: 'chrome', paths: ['/usr/bin/chromium'], args: CHROMIUM, without: { args: ['--no-sandbox', '--disable-dev-shm-usage', '--disable-3d-apis', '--disable-gpu'] } },
-  firefox: { browser: 'firefox', paths: ['/usr/bin/firefox-esr', '/usr/bin/firefox'], args: [], extraPrefsFirefox: { 'webgl.force-enabled': true }, without: { extraPrefsFirefox: { 'webgl.disabled': true } } },
+  firefox: { browser: 'firefox', paths: ['/usr/bin/firefox-esr', '/usr/bin/firefox'], args: [],
+    // Without a display it draws nothing in 3D: its software renderer is that of X (run starts one, where xvfb is there).
+    headless: !process.env.DISPLAY, extraPrefsFirefox: { 'webgl.force-enabled': true }, without: { extraPrefsFirefox: { 'webgl.disabled': true } } },
 };
 
 export const pathOf = (name) => browsers[name].paths.find((path) => existsSync(path));
@@ -29,6 +31,13 @@ export async function open(browser, file, { width = 1300, height = 950, dark = f
   await page.waitForFunction(() => document.documentElement.dataset.ready, { timeout: 120000 });
   if (dark) await page.evaluate(() => document.documentElement.dataset.theme === 'dark' || document.getElementById('theme').click());
   return { page, said, asked };
+}
+
+export async function drawsPictures(browser) {
+  const page = await browser.newPage();
+  const does = await page.evaluate(() => document.createElement('canvas').getContext('webgl2') !== null);
+  await page.close();
+  return does;
 }
 
 // The pixels of the picture as one text.

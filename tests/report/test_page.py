@@ -218,6 +218,39 @@ class RecordsTest(ReportTest):
         self.assertEqual((columns["step"][place], columns["frame"][place]), (0, 1))
         self.assertTrue((columns["step"] >= 0).all())
 
+    def place_of(self, page, name):
+        """What the page tells of the place of a record: {column: label}."""
+        place = [n for n, _ in page.records()].index(name)
+        model, columns = page.description["model"], page.description["records"]["columns"]
+        told = {c: int(page.array(columns[c])[place]) for c in ("vertex", "element", "node", "cell", "point")}
+        labels = {"vertex": page.array(model["nodeLabels"]), "element": page.array(model["elementLabels"])}
+        return {c: int(labels[c][n]) if c in labels and n >= 0 else n for c, n in told.items()}
+
+    def test_records_are_where_numpy_finds_them(self):
+        rows = self.three_cubes()
+        self.extract()
+        page = self.report("--params", "params.txt")
+        labels, _, connectivity = cubes(3)
+        end = [i for i, label in enumerate(labels) if label in (41, 42, 43, 44)]
+        node = labels[end[int(rows["U"][1][end, 1].argmin())]]
+        self.assertEqual(self.place_of(page, "Step_1__Frame_8__END__U__2__min"), {"vertex": node, "element": -1, "node": node, "cell": -1, "point": -1})
+        corner = int(self.mises(rows["S"][0, :8]).argmax())  # LEFT is the first element
+        node = connectivity[0][corner]
+        self.assertEqual(self.place_of(page, "Step_1__Frame_3__LEFT__S__mises__max"), {"vertex": node, "element": 1, "node": node, "cell": 1, "point": -1})
+        i = int(self.mises(rows["IP"][1]).argmin())
+        self.assertEqual(self.place_of(page, "Step_1__Frame_8__IP__mises__min"), {"vertex": -1, "element": i // 2 + 1, "node": -1, "cell": i // 2 + 1, "point": i % 2 + 1})
+        self.assertEqual(self.place_of(page, "Step_1__Mass")["node"], -1)
+
+    def test_engineering_extremes_have_places_where_the_configuration_is_known(self):
+        rows = self.three_cubes()
+        self.config("EXTRACT_FIELD", "EXTRACT_ALL", "EXTRACT_FIELD_SETS", "ENGINEERING_MIN", "PERCENTAGE = 13")
+        self.assertEqual(self.run_program("-odb", "job", "-config", "config.txt").status, 0)
+        name = "Step_1__Frame_8__U__mag__enggmin"
+        self.assertEqual(self.place_of(self.report("--params", "params.txt"), name)["node"], -1)
+        node = cubes(3)[0][int(np.linalg.norm(rows["U"][1].astype("f8"), axis=1).argsort()[1])]  # 13 % of 16 are 2
+        self.assertEqual(self.place_of(self.report("--params", "params.txt", "--config", "config.txt"), name)["node"], node)
+        self.assertIn(b"gone.txt: cannot be read", self.report("--params", "params.txt", "--config", "gone.txt", "-o", "other.html", status=1, page="other.html").err)
+
     def test_records_of_another_database_are_kept_and_counted(self):
         self.three_cubes()
         self.write("params.txt", "Other__Mass\t3\nStep_1__Mass\t2.5\r\n")

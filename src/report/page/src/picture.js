@@ -195,7 +195,7 @@ export class Picture {
     const extremes = byId('marks').checked && this.extremesIn(this.frame);
     const all = [];
     if (extremes) for (const which of ['max', 'min']) all.push({ kind: which, text: `${which} ${format.number(extremes[which].value)}`, at: extremes[which] });
-    if (this.extra) all.push({ kind: 'record', text: this.extra.text, at: this.extra.at });
+    if (this.extra) all.push({ kind: 'of-record', text: this.extra.text, at: this.extra.at });
     if (this.picked) all.push({ kind: 'picked', text: '', at: { vertex: this.picked.vertex } });
     return all;
   }

@@ -71,6 +71,8 @@ export class RecordList {
     this.body = byId('body');
     byId('search').oninput = () => this.search();
     this.box.onscroll = () => this.paint();
+    // Rows may be made anew while a button is down, so a click is taken by its place.
+    this.box.onclick = (event) => this.choose(Math.floor((event.clientY - this.body.getBoundingClientRect().top) / ROW));
     this.box.onkeydown = (event) => this.key(event);
     new ResizeObserver(() => this.paint()).observe(this.box);
     window.addEventListener('beforeprint', () => this.print());
@@ -103,7 +105,7 @@ export class RecordList {
     const record = this.hits[place];
     const row = make('div', {
       class: 'record', role: 'option', id: `row-${place}`, 'aria-selected': String(place === this.active), 'aria-posinset': place + 1,
-      'aria-setsize': this.hits.length, title: `${this.records.names[record]}  ${this.records.values[record]}`, onclick: () => this.choose(place),
+      'aria-setsize': this.hits.length, title: `${this.records.names[record]}  ${this.records.values[record]}`,
     }, make('span', {}, this.records.names[record]), make('b', {}, this.records.values[record]));
     row.style.top = `${place * ROW}px`;
     return row;
