@@ -141,7 +141,6 @@ export class Picture {
     this.tellExtremes();
     this.tellPicked();
     this.draw();
-    this.shown?.(frame);
   }
 
   rangeOf(frame) {
@@ -151,16 +150,17 @@ export class Picture {
     return [Math.min(...extremes.map((e) => e.min.value)), Math.max(...extremes.map((e) => e.max.value))];
   }
 
-  // The slider goes to ten times what makes the largest displacement a tenth of the model.
+  // Halfway the slider makes the largest displacement a tenth of the model. Displacements that can be seen as they are, and
+  // are none of a mode of any size, are shown as they are at first.
   setDeformation(displacements) {
     let most = 0;
     for (const value of displacements ?? []) most = Math.max(most, Math.abs(value));
     byId('scale').disabled = most === 0;
-    this.unit = most > 0 ? (0.1 * 2 * this.view.camera.radius) / most : 0;
+    const part = most / (2 * this.view.camera.radius);
+    this.unit = part > 0.05 && part < 0.5 ? 2 : most > 0 ? 0.1 / part : 0;
     this.rescale();
   }
 
-  // The slider has 100 steps: none, then up to a tenth of the model, then further.
   rescale() {
     const factor = (Number(byId('scale').value) / 50) * this.unit;
     this.view.scale = factor;
@@ -224,6 +224,8 @@ export class Picture {
   draw() {
     this.view.draw();
     this.placed = [];
+    // A label that would reach the legend stands on the other side.
+    const room = 1 - (this.view.camera.inset + 110) / this.view.camera.width;
     const layer = byId('marks-layer');
     const all = this.marks();
     while (layer.children.length < all.length) layer.append(make('div', { class: 'mark' }, make('i'), make('span')));
@@ -235,7 +237,7 @@ export class Picture {
       element.hidden = !point;
       if (!point) return;
       const at = this.view.camera.project(point);
-      element.className = `mark ${mark.kind}${at.x > 0.7 ? ' left' : ''}`;
+      element.className = `mark ${mark.kind}${at.x > room ? ' left' : ''}`;
       element.lastChild.textContent = mark.text;
       element.lastChild.hidden = !mark.text;
       element.style.left = `${100 * at.x}%`;
