@@ -53,9 +53,7 @@ LineOutcome nextLine(std::istream& file, std::span<char> room, std::string& line
 }  // namespace
 
 void applyConfigurationLine(const std::string& line, ExtractionSwitches& switches) {
-  for (const SwitchKeyword& keyword : kSwitchKeywords) {
-    if (contains(line, keyword.text)) switches.*keyword.target = keyword.value;
-  }
+  applySwitchKeywords(line, switches);
   if (contains(line, kPercentageKeyword)) switches.percentage = percentageOf(line);
 }
 

@@ -33,19 +33,19 @@ class TemporaryDirectory {
   std::filesystem::path path_;
 };
 
-std::string completedName(const std::string& path) {
-  std::error_code ignored;
-  const std::string completed = path + ".odb";
-  return !std::filesystem::exists(path, ignored) && std::filesystem::exists(completed, ignored) ? completed : path;
-}
-
 }  // namespace
 
-std::shared_ptr<const odbstore::Reader> openDatabase(const std::string& path) {
-  const std::string completed = completedName(path);
-  if (auto reader = odbstore::Reader::openIfNewest(completed)) return reader;
+std::string databasePath(const std::string& name) {
+  std::error_code ignored;
+  const std::string completed = name + ".odb";
+  return !std::filesystem::exists(name, ignored) && std::filesystem::exists(completed, ignored) ? completed : name;
+}
+
+std::shared_ptr<const odbstore::Reader> openDatabase(const std::string& name) {
+  const std::string path = databasePath(name);
+  if (auto reader = odbstore::Reader::openIfNewest(path)) return reader;
   const TemporaryDirectory directory;
-  return odbstore::upgrade(completed, directory.file("upgraded.odb"));
+  return odbstore::upgrade(path, directory.file("upgraded.odb"));
 }
 
 }  // namespace inspect

@@ -1,5 +1,6 @@
 #include "inspect/records.h"
 
+#include <unordered_map>
 #include <utility>
 
 #include "inspect/record_model.h"
@@ -15,9 +16,11 @@ using Take = std::function<bool(const Record&)>;
 // One walk over all records, in the order of the extraction.
 class Walk {
  public:
-  Walk(RecordModel& model, const Take& take) : model_(model), take_(take) {}
+  Walk(RecordModel& model, const Take& take, RecordList::Frames frames)
+      : model_(model), take_(take), isBrief_(frames == RecordList::Frames::different) {}
 
   std::optional<RunEnd> run() {
+    if (isBrief_) countIncrements();
     for (std::size_t step = 0; goesOn_ && step < model_.steps.size(); ++step) visitStep(step);
     return end_;
   }
@@ -34,7 +37,29 @@ class Walk {
     if (switches.history || switches.historyExtremes) visitHistories(place);
     if (!switches.field) return;
     const int frames = step.stored()->frameCount();
-    for (int frame = 0; goesOn_ && frame < frames; ++frame) visitFrame(place, frame);
+    alike_.clear();
+    for (int frame = 0; goesOn_ && frame < frames; ++frame) {
+      if (!isBrief_ || differs(step, frame)) visitFrame(place, frame);
+    }
+  }
+
+  void countIncrements() {
+    for (StepModel& step : model_.steps) {
+      for (int i = 0; i < step.stored()->frameCount(); ++i) ++increments_[step.cleaned()][incrementOf(step, i)];
+    }
+  }
+
+  static int incrementOf(const StepModel& step, int frame) { return step.stored()->frame(frame).incrementNumber; }
+
+  // Whether the frame has something of its own.
+  bool differs(StepModel& step, int frame) {
+    std::vector<const FieldShape*> shapes;
+    for (FieldShapes& field : step.fields()) {
+      shapes.push_back(field.field().existsIn(frame) ? &field.in(frame) : nullptr);
+    }
+    const bool isNew = frame == 0 || shapes != alike_;
+    alike_ = std::move(shapes);
+    return isNew || increments_[step.cleaned()][incrementOf(step, frame)] > 1;
   }
 
   void visitHistories(std::size_t place) {
@@ -87,6 +112,9 @@ class Walk {
 
   RecordModel& model_;
   const Take& take_;
+  bool isBrief_;
+  std::unordered_map<std::string, std::unordered_map<int, int>> increments_;  // of steps by name: how many frames
+  std::vector<const FieldShape*> alike_;                                      // of the last frame, by field
   bool goesOn_ = true;
   std::optional<RunEnd> end_;
 };
@@ -127,9 +155,9 @@ const std::vector<std::shared_ptr<const odbstore::StoredStep>>& RecordList::step
   return model_->storedSteps;
 }
 
-std::optional<RunEnd> RecordList::forEach(const Take& take) const {
+std::optional<RunEnd> RecordList::forEach(const Take& take, Frames frames) const {
   model_->addLocations();
-  return Walk(*model_, take).run();
+  return Walk(*model_, take, frames).run();
 }
 
 RecordList::Count RecordList::count() const {

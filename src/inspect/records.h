@@ -80,10 +80,15 @@ class RecordList {
   const std::vector<ModelSet>& sets() const;
   const std::vector<std::shared_ptr<const odbstore::StoredStep>>& steps() const;
 
+  enum class Frames {
+    all,
+    different  // but for those with the same fields as the frame before, unless another frame has their increment
+  };
+
   // Hands out the records in the order of the extraction until `take` says false. Returns where the extraction would
   // end with an error; nothing where it does not, or `take` has said false before. Throws odbstore::StoreError where
   // labels cannot be read, as all that follows.
-  std::optional<RunEnd> forEach(const std::function<bool(const Record&)>& take) const;
+  std::optional<RunEnd> forEach(const std::function<bool(const Record&)>& take, Frames frames = Frames::all) const;
 
   struct Count {
     std::uint64_t mass = 0;

@@ -10,8 +10,11 @@ namespace {
 
 constexpr std::array kSubcommands = {
     Subcommand{"batch", "extract from many databases or results", "batch"},
+    Subcommand{"check", "check a configuration before a run", "inspect"},
     Subcommand{"export", "write a database for viewers of pictures", "export"},
     Subcommand{"import", "bring the results of a solver into an output database", "import"},
+    Subcommand{"locate", "say where and when the extremes of records are", "locate"},
+    Subcommand{"params", "turn the records of a run into a table", "inspect"},
     Subcommand{"quarnish", "extract named scalars from an output database", "quarnish"},
     Subcommand{"report", "show a database in one page for the browser", "report"},
     Subcommand{"run", "import results and extract from them", "run"},

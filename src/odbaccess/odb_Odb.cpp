@@ -7,6 +7,7 @@
 
 #include "odbaccess/database_storage.h"
 #include "odbaccess/guard.h"
+#include "odbaccess/odb_of_reader.h"
 #include "odbstore/reader.h"
 #include "odbstore/upgrade.h"
 
@@ -40,6 +41,10 @@ std::shared_ptr<const odbstore::Reader> takeReader(const std::string& path) {
 }  // namespace
 
 }  // namespace odb_detail
+
+odb_Odb odbOfReader(std::shared_ptr<const odbstore::Reader> reader) {
+  return odb_Odb(std::make_shared<odb_detail::DatabaseStorage>(std::move(reader)));
+}
 
 void odb_initializeAPI() {
   // Made here, so that they outlive the exit handlers that are registered from now on.

@@ -6,6 +6,12 @@
 #include <cstddef>
 #include <cstdlib>
 
+void applySwitchKeywords(std::string_view line, ExtractionSwitches& switches) {
+  for (const SwitchKeyword& keyword : kSwitchKeywords) {
+    if (line.find(keyword.text) != std::string_view::npos) switches.*keyword.target = keyword.value;
+  }
+}
+
 bool wantsFieldOutput(const ExtractionSwitches& switches, std::string_view description) {
   if (switches.wantsAllFieldOutputs()) return true;
   return std::any_of(kDescriptionKeywords.begin(), kDescriptionKeywords.end(), [&](const DescriptionKeyword& keyword) {

@@ -50,6 +50,9 @@ inline constexpr std::array kDescriptionKeywords = {
     DescriptionKeyword{"EXTRACT_ELEMENT", "Element", &ExtractionSwitches::element},
 };
 
+// Sets the switches of the keywords that `line` contains; of the percentage nothing.
+void applySwitchKeywords(std::string_view line, ExtractionSwitches& switches);
+
 // Whether a field output is taken: by what its description names, or because all are.
 bool wantsFieldOutput(const ExtractionSwitches& switches, std::string_view description);
 

@@ -1,8 +1,8 @@
-#include "batch/collect/json_value.h"
+#include "tables/json_value.h"
 
 #include <gtest/gtest.h>
 
-namespace batch {
+namespace tables {
 namespace {
 
 TEST(JsonValue, NumbersStandAsTheyAre) {
@@ -35,4 +35,4 @@ TEST(JsonValue, WhatOnlyLooksLikeATupleIsText) {
 }
 
 }  // namespace
-}  // namespace batch
+}  // namespace tables

@@ -63,6 +63,7 @@ class Block:
         part.rows = self.rows[chosen]
         part.elements = self.elements and [self.elements[i] for i in chosen]
         part.nodes = self.nodes and [self.nodes[i] for i in chosen]
+        part.points = self.points and [self.points[i] for i in chosen]
         return part
 
     def is_element_based(self):

@@ -41,7 +41,8 @@ class CompletionTest(ProgramTest):
 
     def test_commands(self):
         self.assertEqual(self.shell.completed("kolvex imp"), "kolvex import")
-        self.assertEqual(self.shell.candidates("kolvex "), ["batch", "export", "import", "quarnish", "run", "show", "verify"])
+        self.assertEqual(self.shell.candidates("kolvex "),
+                         ["batch", "check", "export", "import", "locate", "params", "quarnish", "run", "show", "verify"])
         self.assertEqual(self.shell.completed("kolvex --vers"), "kolvex --version")
 
     def test_options(self):

@@ -9,7 +9,9 @@ from support import ROOT, ProgramTest, installed_prefix
 
 MAN = shutil.which("man")
 PAGES = {"kolvex": "kolvex.md", "kolvex-batch": "batch.md", "kolvex-batch-collect": "batch-collect.md",
-         "kolvex-batch-status": "batch-status.md", "kolvex-export": "export.md", "kolvex-import": "import.md", "kolvex-quarnish": "extraction.md", "kolvex-report": "report.md", "kolvex-run": "run.md", "kolvex-verify": "verify.md"}
+         "kolvex-batch-status": "batch-status.md", "kolvex-check": "check.md", "kolvex-export": "export.md", "kolvex-import": "import.md",
+         "kolvex-locate": "locate.md", "kolvex-params": "params.md", "kolvex-quarnish": "extraction.md", "kolvex-report": "report.md", "kolvex-run": "run.md",
+         "kolvex-show": "show.md", "kolvex-verify": "verify.md"}
 
 
 def section(text, title):

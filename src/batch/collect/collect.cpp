@@ -5,7 +5,7 @@
 #include "base/file_error.h"
 #include "batch/collect/input_state.h"
 #include "batch/collect/record_columns.h"
-#include "batch/collect/record_lines.h"
+#include "tables/record_lines.h"
 
 namespace batch {
 
@@ -15,7 +15,7 @@ constexpr std::size_t kHeadColumns = 3;
 
 class Collector {
  public:
-  Collector(const BatchDirectory& directory, const CollectRequest& request, Table& table)
+  Collector(const BatchDirectory& directory, const CollectRequest& request, tables::Table& table)
       : directory_(directory),
         request_(request),
         table_(table),
@@ -40,8 +40,8 @@ class Collector {
   }
 
  private:
-  std::vector<Column> columns() {
-    std::vector<Column> columns = {{"input"}, {"status"}, {"reason"}};
+  std::vector<tables::Column> columns() {
+    std::vector<tables::Column> columns = {{"input"}, {"status"}, {"reason"}};
     if (request_.isLong) {
       columns.push_back({"record"});
       columns.push_back({"value", true});
@@ -50,7 +50,7 @@ class Collector {
     for (const BatchInput& input : inputs_) {
       stateWithParams(directory_, input, settings_, params_);
       records_.beginRow();
-      forEachRecord(params_, [&](std::string_view name, std::string_view) { records_.columnOf(name); });
+      tables::forEachRecord(params_, [&](std::string_view name, std::string_view) { records_.columnOf(name); });
     }
     for (const std::string& name : records_.names()) columns.push_back({name, true});
     return columns;
@@ -76,7 +76,7 @@ class Collector {
 
   void putLong() {
     bool hasRecord = false;
-    forEachRecord(params_, [&](std::string_view name, std::string_view value) {
+    tables::forEachRecord(params_, [&](std::string_view name, std::string_view value) {
       if (!records_.isWanted(name)) return;
       cells_[kHeadColumns] = name;
       cells_[kHeadColumns + 1] = value;
@@ -88,7 +88,7 @@ class Collector {
 
   void putWide() {
     records_.beginRow();
-    forEachRecord(params_, [&](std::string_view name, std::string_view value) {
+    tables::forEachRecord(params_, [&](std::string_view name, std::string_view value) {
       const std::optional<std::size_t> column = records_.knownColumnOf(name);
       if (column) {
         cells_[kHeadColumns + *column] = value;
@@ -101,19 +101,19 @@ class Collector {
 
   const BatchDirectory& directory_;
   const CollectRequest& request_;
-  Table& table_;
+  tables::Table& table_;
   std::vector<BatchInput> inputs_;
   std::string settings_;
   RecordColumns records_;
   std::string params_;
   std::string reason_;
-  std::vector<Cell> cells_;
+  std::vector<tables::Cell> cells_;
   CollectSummary summary_;
 };
 
 }  // namespace
 
-CollectSummary collect(const BatchDirectory& directory, const CollectRequest& request, Table& table) {
+CollectSummary collect(const BatchDirectory& directory, const CollectRequest& request, tables::Table& table) {
   return Collector(directory, request, table).run();
 }
 

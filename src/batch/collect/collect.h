@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "batch/collect/table.h"
 #include "batch/state/batch_directory.h"
+#include "tables/table.h"
 
 namespace batch {
 
@@ -25,6 +25,6 @@ struct CollectSummary {
 // long form has the columns input, status, reason, record and value, and a row with the first three alone for an input
 // without records. In memory are one row and the names of records and inputs. Throws base::FileError, also for a
 // directory that is not a batch's, and where a run adds records while the table is made.
-CollectSummary collect(const BatchDirectory& directory, const CollectRequest& request, Table& table);
+CollectSummary collect(const BatchDirectory& directory, const CollectRequest& request, tables::Table& table);
 
 }  // namespace batch

@@ -6,44 +6,19 @@
 #include <set>
 #include <vector>
 
+#include "tool/text_table.h"
+
 namespace importers {
 
 namespace {
 
+using tool::aligned;
+using tool::runsOf;
 using Row = std::vector<std::string>;
-
-// Rows of words in columns as wide as their longest one.
-std::string aligned(const std::vector<Row>& rows) {
-  std::vector<std::size_t> widths;
-  for (const Row& row : rows) {
-    widths.resize(std::max(widths.size(), row.size()));
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
-  }
-  std::string text;
-  for (const Row& row : rows) {
-    std::string line;
-    for (std::size_t i = 0; i < row.size(); ++i) line += fmt::format("{:<{}}  ", row[i], widths[i]);
-    line.erase(line.find_last_not_of(' ') + 1);
-    text += line + '\n';
-  }
-  return text;
-}
 
 const char* kindOf(const odbstore::FieldInfo& info) {
   if (odbstore::isTensorType(info.type)) return "tensor";
   return info.type == 3 ? "vector" : "scalar";
-}
-
-// "1-3,5": runs of numbers in ascending order.
-std::string runsOf(const std::set<int>& numbers) {
-  std::string text;
-  for (auto at = numbers.begin(); at != numbers.end();) {
-    const int first = *at;
-    int last = first;
-    while (++at != numbers.end() && *at == last + 1) last = *at;
-    text += (text.empty() ? "" : ",") + (first == last ? fmt::format("{}", first) : fmt::format("{}-{}", first, last));
-  }
-  return text;
 }
 
 std::string setTable(const Outline& outline) {

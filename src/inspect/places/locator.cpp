@@ -5,10 +5,8 @@
 #include <tuple>
 
 #include "inspect/mesh/model_mesh.h"
-#include "odbaccess/database_storage.h"
 #include "odbaccess/odb_Exception.h"
-#include "odbaccess/odb_Odb.h"
-#include "odbaccess/set_storage.h"
+#include "odbaccess/odb_of_reader.h"
 #include "odbstore/database_file.h"
 #include "reduce/engineering_extremes.h"
 
@@ -47,9 +45,7 @@ struct Selected {
 class Locator::Model {
  public:
   Model(std::shared_ptr<const odbstore::Reader> database, const ExtractionSwitches& switches)
-      : reader_(std::move(database)),
-        switches_(switches),
-        odb_(std::make_shared<odb_detail::DatabaseStorage>(reader_)) {}
+      : reader_(std::move(database)), switches_(switches), odb_(odbOfReader(reader_)) {}
 
   LocatedExtreme locateField(const Record& record, int frame, std::size_t next);
   LocatedExtreme locateHistory(const Record& record);
@@ -63,9 +59,13 @@ class Locator::Model {
  private:
   // What the field that is in memory is of.
   using FieldKey = std::tuple<std::string, int, std::string>;
+  // And the numbers in memory, of that field.
+  using ValuesKey = std::tuple<const ModelSet*, std::string_view, bool, bool>;
 
   const odb_FieldOutput& fieldOf(const Record& record, int frame);
+  odb_Set setOf(const ModelSet& set);
   const odb_FieldOutput& subsetOf(const Record& record, int frame);
+  const std::vector<RowValues>& valuesOf(const Record& record, int frame, const WantedValues& wanted);
   void locatePlain(const std::vector<RowValues>& blocks, const WantedValues& wanted, std::size_t next,
                    LocatedExtreme& found);
   void locateEngineering(const std::vector<RowValues>& blocks, const WantedValues& wanted, bool isWholeModel,
@@ -82,12 +82,15 @@ class Locator::Model {
   std::optional<odb_FieldOutput> field_;
   const ModelSet* subsetOf_ = nullptr;
   std::optional<odb_FieldOutput> subset_;
+  std::optional<ValuesKey> valuesKey_;
+  std::vector<RowValues> values_;
   std::optional<ModelMesh> mesh_;
 };
 
 const odb_FieldOutput& Locator::Model::fieldOf(const Record& record, int frame) {
   const FieldKey key = {std::string(record.stepName), frame, std::string(record.field)};
   if (field_ && fieldKey_ == key) return *field_;
+  valuesKey_.reset();
   subset_.reset();
   subsetOf_ = nullptr;
   field_.reset();
@@ -98,12 +101,22 @@ const odb_FieldOutput& Locator::Model::fieldOf(const Record& record, int frame) 
   return *field_;
 }
 
+odb_Set Locator::Model::setOf(const ModelSet& set) {
+  const odb_String owner{std::string(set.owner)};
+  odb_Assembly& assembly = odb_.rootAssembly();
+  const odb_DiscreteEntity& entity = set.ownerKind == odbstore::OwnerKind::assembly
+                                         ? static_cast<const odb_DiscreteEntity&>(assembly)
+                                     : set.ownerKind == odbstore::OwnerKind::instance
+                                         ? static_cast<const odb_DiscreteEntity&>(assembly.instances()[owner])
+                                         : static_cast<const odb_DiscreteEntity&>(odb_.parts()[owner]);
+  const bool isOfElements = set.kind == odbstore::SetKind::element;
+  return (isOfElements ? entity.elementSets(false) : entity.nodeSets(false))[odb_String(std::string(set.name))];
+}
+
 const odb_FieldOutput& Locator::Model::subsetOf(const Record& record, int frame) {
   const odb_FieldOutput& field = fieldOf(record, frame);
   if (subset_ && subsetOf_ == record.set) return *subset_;
-  const odbstore::Owner owner = {record.set->ownerKind, std::string(record.set->owner)};
-  subset_ = field.getSubset(odb_Set(
-      std::make_shared<odb_detail::SetStorage>(reader_, owner, record.set->kind, std::string(record.set->name))));
+  subset_ = field.getSubset(setOf(*record.set));
   subsetOf_ = record.set;
   return *subset_;
 }
@@ -170,8 +183,10 @@ void Locator::Model::locateEngineering(const std::vector<RowValues>& blocks, con
                                        bool isWholeModel, std::size_t next, LocatedExtreme& found) {
   std::vector<std::vector<RowValues>> arrays;
   if (isWholeModel) {
-    for (const RowValues& block : blocks) arrays.push_back({block});
-  } else if (!blocks.empty()) {
+    for (const RowValues& block : blocks) {
+      if (block.rows > 0) arrays.push_back({block});
+    }
+  } else if (std::any_of(blocks.begin(), blocks.end(), [](const RowValues& block) { return block.rows > 0; })) {
     arrays.push_back(blocks);
   }
   const bool isComponent =
@@ -198,11 +213,23 @@ void Locator::Model::locateEngineering(const std::vector<RowValues>& blocks, con
   found.passedOver = withCoordinates(std::move(passed));
 }
 
+// Most extremes of a quantity are over the same numbers.
+const std::vector<RowValues>& Locator::Model::valuesOf(const Record& record, int frame, const WantedValues& wanted) {
+  const odb_FieldOutput& of = record.set == nullptr ? fieldOf(record, frame) : subsetOf(record, frame);
+  // Where each number of a row counts, the largest and the smallest one of a row differ.
+  const bool isByRow = record.set == nullptr && (wanted.quantity.empty() || wanted.quantity == "mises");
+  const ValuesKey key = {record.set, wanted.quantity, wanted.isEngineering(), isByRow && wanted.isMax()};
+  if (valuesKey_ == key) return values_;
+  valuesKey_.reset();
+  values_ = record.set == nullptr ? wholeModelValues(of, wanted) : setValues(of, wanted);
+  valuesKey_ = key;
+  return values_;
+}
+
 LocatedExtreme Locator::Model::locateField(const Record& record, int frame, std::size_t next) {
   const WantedValues wanted = {record.quantity, record.extreme};
   const bool isWholeModel = record.set == nullptr;
-  const std::vector<RowValues> blocks =
-      isWholeModel ? wholeModelValues(fieldOf(record, frame), wanted) : setValues(subsetOf(record, frame), wanted);
+  const std::vector<RowValues>& blocks = valuesOf(record, frame, wanted);
   LocatedExtreme found;
   for (const RowValues& block : blocks) found.rows += static_cast<std::uint64_t>(block.rows);
   if (wanted.isEngineering()) {
@@ -220,7 +247,7 @@ LocatedExtreme Locator::Model::locateHistory(const Record& record) {
   const WantedValues wanted = {"", record.extreme};
   LocatedExtreme found;
   found.rows = static_cast<std::uint64_t>(samples.samples);
-  for (std::int64_t i = 0; i < samples.samples; ++i) {
+  for (std::int64_t i = 0; samples.width > 0 && i < samples.samples; ++i) {
     const float* const end = samples.numbers.data() + (i + 1) * samples.width;
     const auto value = static_cast<double>(end[-1]);
     if (!isTaken(value, wanted)) continue;

@@ -8,41 +8,52 @@ namespace inspect {
 
 namespace {
 
-RankedPlace placeOf(const RowValues& block, int row) {
-  RankedPlace place;
-  place.value = block.of(row);
-  place.instance = block.instance;
-  if (block.nodes != nullptr) place.node = block.nodes[row];
-  if (block.elements != nullptr) place.element = block.elements[row];
-  if (block.points != nullptr) place.integrationPoint = block.points[row];
+// A row among those that are first.
+struct Candidate {
+  double value;
+  const RowValues* block;
+  int row;
+};
+
+RankedPlace placeOf(const Candidate& candidate) {
+  const RowValues& block = *candidate.block;
+  RankedPlace place = {candidate.value, block.instance};
+  if (block.nodes != nullptr) place.node = block.nodes[candidate.row];
+  if (block.elements != nullptr) place.element = block.elements[candidate.row];
+  if (block.points != nullptr) place.integrationPoint = block.points[candidate.row];
   return place;
 }
 
-bool isOnePlace(const RankedPlace& a, const RankedPlace& b) {
-  if (a.instance != b.instance || a.value != b.value || a.node != b.node) return false;
-  return a.node >= 0 || (a.element == b.element && a.integrationPoint == b.integrationPoint);
+int labelOf(const int* labels, int row) { return labels == nullptr ? -1 : labels[row]; }
+
+bool isOnePlace(const Candidate& a, const Candidate& b) {
+  if (a.value != b.value || labelOf(a.block->nodes, a.row) != labelOf(b.block->nodes, b.row)) return false;
+  if (a.block != b.block && a.block->instance != b.block->instance) return false;
+  return a.block->nodes != nullptr || (labelOf(a.block->elements, a.row) == labelOf(b.block->elements, b.row) &&
+                                       labelOf(a.block->points, a.row) == labelOf(b.block->points, b.row));
 }
 
 }  // namespace
 
 std::vector<RankedPlace> firstPlaces(const std::vector<RowValues>& blocks, kernels::Order order, std::size_t count,
                                      std::optional<double> from) {
-  std::vector<RankedPlace> best;
+  std::vector<Candidate> best;
   for (const RowValues& block : blocks) {
-    for (int row = 0; row < block.rows; ++row) {
+    for (int row = 0; count > 0 && row < block.rows; ++row) {
       const double value = block.of(row);
       if (best.size() == count && !isBefore(value, best.back().value, order)) continue;
       if (value != value || (from && isBefore(value, *from, order))) continue;
-      const RankedPlace place = placeOf(block, row);
-      if (std::any_of(best.begin(), best.end(), [&](const RankedPlace& other) { return isOnePlace(place, other); }))
-        continue;
-      const auto behind = std::find_if(best.begin(), best.end(),
-                                       [&](const RankedPlace& other) { return isBefore(value, other.value, order); });
-      best.insert(behind, place);
+      const Candidate candidate = {value, &block, row};
+      const auto isSame = [&](const Candidate& other) { return isOnePlace(candidate, other); };
+      if (std::any_of(best.begin(), best.end(), isSame)) continue;
+      const auto isBehind = [&](const Candidate& other) { return isBefore(value, other.value, order); };
+      best.insert(std::find_if(best.begin(), best.end(), isBehind), candidate);
       if (best.size() > count) best.pop_back();
     }
   }
-  return best;
+  std::vector<RankedPlace> places;
+  for (const Candidate& candidate : best) places.push_back(placeOf(candidate));
+  return places;
 }
 
 std::uint64_t countPlaces(const std::vector<RowValues>& blocks, double value) {

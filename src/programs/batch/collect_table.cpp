@@ -11,9 +11,9 @@
 #include "base/file_error.h"
 #include "base/output_file.h"
 #include "batch/collect/collect.h"
-#include "batch/collect/csv_table.h"
-#include "batch/collect/json_table.h"
-#include "batch/collect/sqlite_table.h"
+#include "tables/csv_table.h"
+#include "tables/json_table.h"
+#include "tables/sqlite_table.h"
 #include "tool/console.h"
 
 namespace batch {
@@ -22,13 +22,13 @@ namespace {
 
 CollectSummary writeText(const CollectOptions& options, const BatchDirectory& directory, int file,
                          const std::string& name) {
-  TextOutput output(file, name);
+  tables::TextOutput output(file, name);
   const CollectRequest request = {options.patterns, options.isLong};
   if (options.form == "json") {
-    JsonTable table(output);
+    tables::JsonTable table(output);
     return collect(directory, request, table);
   }
-  CsvTable table(output);
+  tables::CsvTable table(output);
   return collect(directory, request, table);
 }
 
@@ -36,7 +36,7 @@ CollectSummary writeFile(const CollectOptions& options, const BatchDirectory& di
   base::OutputFile file(options.output);
   CollectSummary summary;
   if (options.form == "sqlite") {
-    SqliteTable table(file.temporaryPath(), options.output, options.isLong ? "records" : "results");
+    tables::SqliteTable table(file.temporaryPath(), options.output, options.isLong ? "records" : "results");
     summary = collect(directory, {options.patterns, options.isLong}, table);
   } else {
     const base::Descriptor opened(::open(file.temporaryPath().c_str(), O_WRONLY | O_CLOEXEC));

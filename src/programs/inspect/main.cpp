@@ -1,25 +1,60 @@
-// `kolvex show`, `check`, ...: one program, which goes by the name that it is started under.
+// `kolvex show`, `check`, `params`: one program, which goes by the name that it is started under; under its own the
+// command is the first argument.
 
 #include <exception>
+#include <filesystem>
+#include <functional>
+#include <map>
 #include <new>
 #include <string>
 #include <vector>
 
+#include "check.h"
+#include "params.h"
 #include "process/prepare_process.h"
 #include "show.h"
-#include "show_options.h"
 #include "tool/console.h"
 
 namespace {
 
 using Arguments = std::vector<std::string>;
 
+int check(const Arguments& arguments) {
+  inspect::CheckOptions options;
+  const tool::Outcome outcome = inspect::checkCommand(options).parse(arguments);
+  return outcome.isDone ? outcome.finish() : inspect::check(options);
+}
+
+int params(const Arguments& arguments) {
+  inspect::ParamsOptions options;
+  const tool::Command command = inspect::paramsCommand(options);
+  const tool::Outcome outcome = command.parse(arguments);
+  if (outcome.isDone) return outcome.finish();
+  const std::string refusal = inspect::refusalOf(options);
+  return refusal.empty() ? inspect::params(options) : command.refuse(refusal).finish();
+}
+
 int show(const Arguments& arguments) {
   inspect::ShowOptions options;
   const tool::Command command = inspect::showCommand(options);
   const tool::Outcome outcome = command.parse(arguments);
   if (outcome.isDone) return outcome.finish();
-  return inspect::show(options);
+  const std::string refusal = inspect::refusalOf(options);
+  return refusal.empty() ? inspect::show(options) : command.refuse(refusal).finish();
+}
+
+const std::map<std::string, std::function<int(const Arguments&)>> kCommands = {
+    {"check", check}, {"params", params}, {"show", show}};
+
+int run(std::string name, Arguments arguments) {
+  if (!kCommands.contains(name) && !arguments.empty()) {
+    name = arguments.front();
+    arguments.erase(arguments.begin());
+  }
+  const auto command = kCommands.find(name);
+  if (command != kCommands.end()) return command->second(arguments);
+  tool::complain("this program is started by kolvex: see 'kolvex --help'");
+  return tool::kWrongUsage;
 }
 
 }  // namespace
@@ -27,7 +62,7 @@ int show(const Arguments& arguments) {
 int main(int argc, char** argv) {
   prepareProcess();
   try {
-    return show({argv + 1, argv + argc});
+    return run(std::filesystem::path(argv[0]).filename().string(), {argv + 1, argv + argc});
   } catch (const std::bad_alloc&) {
     tool::complain("out of memory");
   } catch (const std::exception& error) {

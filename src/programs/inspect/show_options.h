@@ -13,11 +13,15 @@ struct ShowOptions {
   std::vector<std::string> steps;
   std::vector<std::string> fields;
   std::vector<std::string> sets;
-  std::string records;  // a configuration
+  std::string records;  // a configuration; empty for none
   bool isConfiguration = false;
+  bool isAll = false;
   bool isJson = false;
 };
 
 tool::Command showCommand(ShowOptions& options);
+
+// Why options do not go together; empty where they do.
+std::string refusalOf(const ShowOptions& options);
 
 }  // namespace inspect

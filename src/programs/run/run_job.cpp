@@ -12,7 +12,7 @@
 
 #include "base/control_characters.h"
 #include "base/file_error.h"
-#include "batch/collect/record_lines.h"
+#include "tables/record_lines.h"
 #include "batch/run/single_run.h"
 #include "programs/batch/program_files.h"
 #include "programs/batch/recognise.h"
@@ -38,7 +38,7 @@ struct Records {
 Records readRecords(const std::string& directory, const std::vector<std::string>& required) {
   Records records;
   std::vector<bool> isThere(required.size());
-  batch::forEachRecord(batch::textOfFile(directory + "/" + batch::kParamsName),
+  tables::forEachRecord(batch::textOfFile(directory + "/" + batch::kParamsName),
                        [&](std::string_view name, std::string_view) {
                          ++records.count;
                          const std::string text(name);
