@@ -346,9 +346,18 @@ class RoomTest(ReportTest):
         self.assertEqual(sum(len(f["fields"]) for f in page.description["frames"]), 80)
 
     def test_a_model_that_is_too_large_leaves_the_rest(self):
-        self.many_frames()
-        page = self.report("--size", "1", "-o", "job.html")
+        with Database(self.path("job.odb")) as odb:
+            add_cubes(odb, 60000)
+            nodes = odb.file["assembly/instances/I-1/mesh/nodes/coordinates"]
+            nodes[...] = nodes[()] + self.random(*nodes.shape) * 1e-4
+            step = odb.step("Step-1", mass=3.0)
+            step.create_group("history/R").create_dataset("outputs/O", data=np.ones((2, 2), "f4"))
+        page = self.report("--size", "1")
         self.assertLess(len(page.bytes), 1_000_000)
+        self.assertNotIn("model", page.description)
+        self.assertEqual(len(page.description["histories"]["list"]), 1)
+        [note] = page.description["notes"]
+        self.assertRegex(note, r"^the surface of the model takes \d+\.\d MB, for which the page has no room$")
 
 
 class ProgramRunTest(ReportTest):
