@@ -6,7 +6,7 @@ import subprocess
 
 from support import BIN, ROOT, ProgramTest, installed_prefix, small_database
 
-PROGRAMS = ("batch", "export", "import", "inspect", "locate", "odbscan", "quarnish", "quarnish-completion", "run", "verify")
+PROGRAMS = ("batch", "export", "import", "inspect", "locate", "odbscan", "quarnish", "quarnish-completion", "report", "run", "verify")
 
 
 class InstallTest(ProgramTest):

@@ -102,10 +102,11 @@ function extents(points) {
   const low = [Infinity, Infinity, Infinity];
   const high = [-Infinity, -Infinity, -Infinity];
   for (let i = 0; i < points.length; ++i) {
+    if (!Number.isFinite(points[i])) continue;
     low[i % 3] = Math.min(low[i % 3], points[i]);
     high[i % 3] = Math.max(high[i % 3], points[i]);
   }
-  return low.map((l, c) => high[c] - l);
+  return low.map((l, c) => Math.max(0, high[c] - l));
 }
 
 function radiusOf(points) {
