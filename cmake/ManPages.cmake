@@ -27,6 +27,7 @@ kolvex_add_page(kolvex-locate locate --man)
 kolvex_add_page(kolvex-params inspect_commands params --man)
 # The extraction has the arguments behind its name to itself, so the launcher has its page.
 kolvex_add_page(kolvex-quarnish kolvex --man quarnish)
+kolvex_add_page(kolvex-report report_program --man)
 kolvex_add_page(kolvex-run run --man)
 kolvex_add_page(kolvex-show inspect_commands show --man)
 kolvex_add_page(kolvex-verify verify --man)

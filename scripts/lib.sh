@@ -26,6 +26,7 @@ demo_packages=(calculix-ccx)
 bench_packages=(libbenchmark-dev python3 python3-h5py python3-netcdf4 python3-numpy)
 test_packages=(calculix-ccx-test libgtest-dev libgmock-dev python3 python3-h5py python3-netcdf4 python3-numpy hdf5-tools netcdf-bin strace clang-format man-db shellcheck zsh)
 slurm_packages=(slurmctld slurmd slurm-client munge)
+browser_packages=(chromium firefox-esr nodejs npm xvfb)
 soak_packages=(clang llvm libclang-rt-14-dev valgrind python3-vtk9 libexodusii-dev)
 arm64_packages=(g++-aarch64-linux-gnu gcc-aarch64-linux-gnu qemu-user-static debootstrap)
 

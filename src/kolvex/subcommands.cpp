@@ -17,6 +17,7 @@ constexpr std::array kSubcommands = {
     Subcommand{"locate", "say where and when the extremes of records are", "locate"},
     Subcommand{"params", "turn the records of a run into a table", "inspect"},
     Subcommand{"quarnish", "extract named scalars from an output database", "quarnish"},
+    Subcommand{"report", "show a database in one page for the browser", "report"},
     Subcommand{"run", "import results and extract from them", "run"},
     Subcommand{"show", "show what is in an output database", "inspect"},
     Subcommand{"verify", "check an output database for damage", "verify"},

@@ -6,7 +6,9 @@ import subprocess
 
 from support import BIN, ROOT, ProgramTest, installed_prefix, small_database
 
-PROGRAMS = ("batch", "diff", "export", "import", "inspect", "locate", "odbscan", "quarnish", "quarnish-completion", "run", "verify")
+PROGRAMS = ("batch", "diff", "export", "import", "inspect", "locate", "odbscan", "quarnish", "quarnish-completion", "report", "run", "verify")
+if (BIN / "netcdfread").exists():  # not in every build
+    PROGRAMS += ("netcdfread",)
 
 
 class InstallTest(ProgramTest):

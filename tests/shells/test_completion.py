@@ -42,7 +42,8 @@ class CompletionTest(ProgramTest):
     def test_commands(self):
         self.assertEqual(self.shell.completed("kolvex imp"), "kolvex import")
         self.assertEqual(self.shell.candidates("kolvex "),
-                         ["batch", "check", "diff", "export", "import", "locate", "params", "quarnish", "run", "show", "verify"])
+                         ["batch", "check", "diff", "export", "import", "locate", "params", "quarnish", "report", "run", "show",
+                          "verify"])
         self.assertEqual(self.shell.completed("kolvex --vers"), "kolvex --version")
 
     def test_options(self):

@@ -11,7 +11,8 @@ MAN = shutil.which("man")
 PAGES = {"kolvex": "kolvex.md", "kolvex-batch": "batch.md", "kolvex-batch-collect": "batch-collect.md",
          "kolvex-batch-show": "batch-show.md", "kolvex-batch-status": "batch-status.md",
          "kolvex-check": "check.md", "kolvex-diff": "diff.md", "kolvex-export": "export.md", "kolvex-import": "import.md",
-         "kolvex-locate": "locate.md", "kolvex-params": "params.md", "kolvex-quarnish": "extraction.md", "kolvex-run": "run.md",
+         "kolvex-locate": "locate.md", "kolvex-params": "params.md", "kolvex-quarnish": "extraction.md", "kolvex-report": "report.md",
+         "kolvex-run": "run.md",
          "kolvex-show": "show.md", "kolvex-verify": "verify.md"}
 
 

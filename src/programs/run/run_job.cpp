@@ -13,6 +13,7 @@
 #include "base/control_characters.h"
 #include "base/file_error.h"
 #include "batch/run/single_run.h"
+#include "importers/formats/table.h"
 #include "programs/batch/program_files.h"
 #include "programs/batch/recognise.h"
 #include "tables/record_lines.h"
