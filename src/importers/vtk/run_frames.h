@@ -41,8 +41,8 @@ struct RunFrames {
 };
 
 // Reads what the files say of their arrays, and their field data. `isSeries` takes all files of the numbered series
-// that `path` belongs to. Of files that a collection names those of other kinds are left out, unless `isStrict`. What is
-// left out goes to `warn`. Throws ImportError where no frame can be read.
+// that `path` belongs to. Of files that a collection names those of other kinds are left out, unless `isStrict`. What
+// is left out goes to `warn`. Throws ImportError where no frame can be read.
 RunFrames readRun(const std::string& path, bool isSeries, bool isStrict, const WarningSink& warn);
 
 // The files of a directory that are named alike but for the last number before the ending, by their numbers;
