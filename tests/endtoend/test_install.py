@@ -6,7 +6,8 @@ import subprocess
 
 from support import BIN, ROOT, ProgramTest, installed_prefix, small_database
 
-PROGRAMS = ("batch", "import", "odbscan", "quarnish", "quarnish-completion", "verify")
+PROGRAMS = ("batch", "import", "odbscan", "quarnish", "quarnish-completion", "verify",
+            *(("netcdfread",) if (BIN / "netcdfread").exists() else ()))
 
 
 class InstallTest(ProgramTest):
