@@ -13,13 +13,15 @@ namespace batch {
 // Knows the formats of results.
 class InputFormats {
  public:
-  InputFormats();
+  explicit InputFormats(const std::vector<importers::Format>& table);
 
-  // A file that begins as HDF5 does, or is named .odb, is taken for a database; everything else is for the importers,
-  // who explain what they do not know.
+  // A file named .odb is taken for a database, and so is one that begins as HDF5 does and that no importer knows.
+  // Everything else is for the importers, which explain what they do not know.
   Recognised recognise(const std::string& path) const;
 
  private:
+  bool isOfAFormat(const std::string& start, const std::string& path) const;
+
   std::vector<importers::KnownFormat> formats_;
 };
 

@@ -20,6 +20,7 @@
 #include "batch/run/runner.h"
 #include "batch/slurm/array_job.h"
 #include "batch/state/small_files.h"
+#include "importers/formats/table.h"
 #include "recognise.h"
 #include "run_report.h"
 #include "show_status.h"
@@ -188,7 +189,7 @@ int runOnSlurm(const RunOptions& options, const BatchDirectory& directory, const
 
 int runBatch(const RunOptions& options) {
   const BatchDirectory directory(options.directory);
-  const InputFormats formats;
+  const InputFormats formats(importers::allFormats());
   RunPlan plan = planOf(options, directory, formats);
   const std::vector<BatchInput> all = inputsNamed(namesOf(options));
   if (all.empty()) throw InputListError("the list of inputs is empty");
