@@ -82,6 +82,16 @@ class ArrayTest(BatchTest):
         self.assertEqual(self.table(self.path("out/table.csv")), self.local_table())
         self.assertEqual(Counter(self.ran()), {f"{i}.odb": 1 for i in range(21)})
 
+    def test_packs_give_the_same_table(self):
+        self.inputs(*["good"] * 20, "exit 1")
+        self.submit("--pack", "--tasks", 4, "--wait", status=1)
+        self.assertEqual(self.table(self.path("out/table.csv")), self.local_table())
+        self.assertEqual(sorted(path.name for path in self.path("out/packs").iterdir()), [f"{i}-of-4" for i in range(4)])
+        self.assertEqual(sorted(path.name for path in self.path("out").iterdir()), [".kolvex-batch", "packs", "table.csv"])
+        self.inputs("good", start=20)
+        self.submit("--pack", "--tasks", 3, "--wait")
+        self.assertEqual(Counter(self.ran()), {f"{i}.odb": 1 for i in range(20)} | {"20.odb": 2})
+
     def test_the_same_line_again_does_what_is_missing(self):
         self.inputs(*["good"] * 4, "exit 1")
         self.submit("--wait", status=1)
