@@ -1,13 +1,15 @@
 """What `kolvex batch` takes on top of the extractions that it runs, side by side with other ways to run them; and how
 long `kolvex batch collect` takes for a large batch.
 
-    batch_speed.py [--inputs N] [--runs N] [--rows N] [--records N] [--only overhead|collect]
+    batch_speed.py [--inputs N] [--runs N] [--rows N] [--records N] [--only overhead|scaling|collect]
 
 Every way runs the same small database, N copies of it, one after the other. The floor is a program that only starts the
 extraction again and again; the columns are the best of several rounds, taken in turn, in milliseconds for each input.
+Then the batch runs them one after the other and two side by side, in turn: how much faster two cores are.
 Then a batch of many inputs is made up, as complete as a real one, and collected.
 
-Needs a build with the preset release and KOLVEX_BENCH; xargs and GNU parallel are measured where they are installed.
+Needs a build with the preset release and KOLVEX_BENCH, or its programs in the directory KOLVEX_BIN; xargs and GNU parallel are
+measured where they are installed.
 """
 import argparse
 import json
@@ -16,13 +18,14 @@ import pathlib
 import re
 import resource
 import shutil
+import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
-BIN = ROOT / "build/release/bin"
+BIN = pathlib.Path(os.environ.get("KOLVEX_BIN", ROOT / "build/release/bin"))
 
 
 def spent(command, **options):
@@ -61,9 +64,12 @@ def ways(directory, count):
             (directory / name / str(number)).mkdir()
 
     batch = [BIN / "batch", "--from", "list", "--config", "extract.cfg", "--out", "out", "-j", "1"]
+    packed = [*batch, "--pack"]
     found = {"bare loop": (lambda: numbered("bare"), [BIN / "spawn_loop", "list", directory / "extract.cfg", directory / "bare", BIN / "quarnish"]),
              "kolvex batch": (lambda: fresh("out"), batch),
              "kolvex batch, all done": (lambda: None, batch),
+             "kolvex batch --pack": (lambda: fresh("out"), packed),
+             "the same, all done": (lambda: None, packed),
              "shell loop": (lambda: fresh("loop"), ["sh", "-c", f"i=0; while [ $i -lt {count} ]; do ({script.replace('$1', '$i')}); i=$((i+1)); done"]),
              "xargs": (lambda: fresh("loop"), ["sh", "-c", f"seq 0 {count - 1} | xargs -n 1 -P 1 sh -c '{script}' sh"])}
     if shutil.which("parallel"):
@@ -84,6 +90,19 @@ def measure_overhead(directory, count, rounds):
     for name, (clock, processor) in best.items():
         row = (clock, clock - floor[0], processor, processor - floor[1])
         print("{:26}{:10.3f}{:14.3f}{:12.3f}{:14.3f}".format(name, *(1e3 * seconds / count for seconds in row)))
+
+
+def measure_scaling(directory, count, rounds):
+    """Medians of rounds in turn, since what else the machine does changes from round to round."""
+    if not (directory / "list").exists():
+        make_inputs(directory, count)
+    clocks = {1: [], 2: []}
+    for _ in range(rounds):
+        for jobs, found in clocks.items():
+            shutil.rmtree(directory / "out", ignore_errors=True)
+            found.append(spent([BIN / "batch", "--from", "list", "--config", "extract.cfg", "--out", "out", "-j", jobs], cwd=directory)[0])
+    one, two = map(statistics.median, clocks.values())
+    print(f"-j 1 {1e3 * one / count:.3f} ms, -j 2 {1e3 * two / count:.3f} ms each: {one / two:.2f} times as fast")
 
 
 def crc32c(data):
@@ -146,12 +165,14 @@ def main():
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--rows", type=int, default=100000)
     parser.add_argument("--records", type=int, default=50)
-    parser.add_argument("--only", choices=["overhead", "collect"])
+    parser.add_argument("--only", choices=["overhead", "scaling", "collect"])
     options = parser.parse_args()
     with tempfile.TemporaryDirectory(prefix="kolvex-bench.") as directory:
-        if options.only != "collect":
+        if options.only in (None, "overhead"):
             measure_overhead(pathlib.Path(directory), options.inputs, options.runs)
-        if options.only != "overhead":
+        if options.only in (None, "scaling"):
+            measure_scaling(pathlib.Path(directory), options.inputs, options.runs)
+        if options.only in (None, "collect"):
             measure_collect(pathlib.Path(directory), options.rows, options.records, options.runs)
 
 
