@@ -7,8 +7,8 @@
 #include <optional>
 
 #include "base/file_error.h"
-#include "batch/collect/text_output.h"
 #include "batch/packs/results.h"
+#include "tables/text_output.h"
 
 namespace batch {
 
@@ -42,7 +42,7 @@ void showResult(const ShowOptions& options) {
   if (!result) throw base::FileError(input.path, "", "has no result yet");
   const std::optional<std::string> text = textOf(*result, options);
   if (!text) throw base::FileError(input.path, "", "its result is damaged; the next run does it again");
-  TextOutput output(STDOUT_FILENO, "standard output");
+  tables::TextOutput output(STDOUT_FILENO, "standard output");
   output.write(*text);
   output.flush();
 }
