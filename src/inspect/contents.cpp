@@ -11,12 +11,11 @@ namespace inspect {
 
 namespace {
 
+using odbstore::at;
 using odbstore::Catalog;
 using odbstore::Places;
 using odbstore::StoredBlock;
 using odbstore::StoredField;
-
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
 
 std::size_t stepCount(const odbstore::Reader& database) {
   return database.file()->catalog().columns().steps()->name()->size();

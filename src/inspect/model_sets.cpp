@@ -9,9 +9,8 @@ namespace inspect {
 
 namespace {
 
+using odbstore::at;
 using odbstore::OwnerKind;
-
-flatbuffers::uoffset_t at(std::size_t i) { return static_cast<flatbuffers::uoffset_t>(i); }
 
 std::string_view ownerName(const odbstore::Catalog& catalog, OwnerKind kind, std::int32_t place) {
   if (kind == OwnerKind::assembly) return {};

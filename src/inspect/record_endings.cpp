@@ -8,7 +8,7 @@ namespace inspect {
 
 namespace {
 
-constexpr std::size_t kSeparator = 2;  // "__" before a quantity
+constexpr std::size_t kSeparatorLength = 2;  // "__" before a quantity
 
 ::Extreme tokenOf(Extreme extreme) {
   switch (extreme) {
@@ -41,7 +41,7 @@ class EndingList {
     if (extreme == Extreme::engineeringMin && !switches_.engineeringMin) return;
     std::string text(quantity);
     text += textOf(named);
-    endings_.push_back({std::move(text), quantity.substr(std::min(kSeparator, quantity.size())), extreme});
+    endings_.push_back({std::move(text), quantity.substr(std::min(kSeparatorLength, quantity.size())), extreme});
   }
   void addAll(std::string_view quantity) {
     for (const Extreme extreme : {Extreme::max, Extreme::min, Extreme::engineeringMax, Extreme::engineeringMin}) {
@@ -81,7 +81,7 @@ void addTensor(EndingList& list, int type, const Components& components, Reducti
 }  // namespace
 
 std::string_view wordOf(Extreme extreme) {
-  return extreme == Extreme::none ? std::string_view() : textOf(extreme).substr(kSeparator);
+  return extreme == Extreme::none ? std::string_view() : textOf(extreme).substr(kSeparatorLength);
 }
 
 void Components::addExact(const std::vector<std::string>& labels) {

@@ -118,7 +118,7 @@ class OutcomesTest(RunTest):
         self.path("job.frd").write_bytes(text[:text.rindex(b" -3")])
         run = self.run_job("job", status=4)
         self.assertIn("records are missing: ", run.stderr)
-        self.assertIn("cut off", run.stderr)
+        self.assertIn("truncated", run.stderr)
         self.assertIn("cut off", self.state()["missing"])
         self.assertGreater(len(self.path("out/params.txt").read_text()), 0)
         self.assertIn("paramsdone.txt", self.files())

@@ -48,7 +48,7 @@ class CompletionTest(ProgramTest):
 
     def test_options(self):
         self.assertEqual(self.shell.completed("kolvex import --no-m"), "kolvex import --no-mass")
-        self.assertEqual(self.shell.candidates("kolvex import --no-"), ["--no-dat", "--no-deck", "--no-mass"])
+        self.assertEqual(self.shell.candidates("kolvex import --no-"), ["--no-dat", "--no-deck", "--no-group", "--no-mass"])
         self.assertEqual(self.shell.completed("kolvex verify --qu"), "kolvex verify --quiet")
         self.assertEqual(self.shell.completed("kolvex quarnish -con"), "kolvex quarnish -config")
 

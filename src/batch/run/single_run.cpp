@@ -23,7 +23,7 @@ namespace {
 using Clock = InputRun::Clock;
 
 constexpr const char* kStrict = "--strict";
-constexpr std::chrono::milliseconds kPause{250};
+constexpr std::chrono::milliseconds kLongestPause{250};
 // How long programs that were ended may take to go.
 constexpr std::chrono::seconds kPatience{5};
 
@@ -63,7 +63,7 @@ class SingleRun {
  private:
   bool isInterrupted(Clock::time_point nextLook) {
     const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(std::min(nextLook, Clock::now() + kPause) - Clock::now());
+        std::chrono::ceil<std::chrono::milliseconds>(std::min(nextLook, Clock::now() + kLongestPause) - Clock::now());
     pollfd readable{signals_.file(), POLLIN, 0};
     const int ready = ::poll(&readable, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
     if (ready == 0) wait_();

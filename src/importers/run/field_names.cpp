@@ -43,9 +43,9 @@ const char* suffixOf(Position position) {
 
 std::string upperStandard(const Field& field) { return upperCased(field.standardName); }
 
-class Names {
+class StandardNames {
  public:
-  explicit Names(const Outline& outline) {
+  explicit StandardNames(const Outline& outline) {
     for (const OutlineStep& step : outline.steps) {
       for (const OutlineField& field : step.fields) {
         if (!place_.try_emplace({field.name, field.position}, fields_.size()).second) continue;
@@ -128,7 +128,7 @@ class Names {
 }  // namespace
 
 void nameFields(Outline& outline, const FieldNaming& naming, const std::string& file, const WarningSink& warn) {
-  Names names(outline);
+  StandardNames names(outline);
   for (const auto& rename : naming.renames) names.rename(rename, outline, file);
   if (!naming.keepNames) names.takeStandardNames();
   names.requireOneOfEach(file);

@@ -17,9 +17,9 @@ namespace importers::vtk {
 namespace {
 
 constexpr std::size_t kTileBytes = std::size_t{1} << 18U;
-constexpr std::size_t kLongestWord = 400;  // digits of the longest numbers that are printed whole
+constexpr std::size_t kLongestNumber = 400;  // digits of the longest numbers that are printed whole
 
-constexpr bool isBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
+constexpr bool isBetweenNumbers(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
 
 template <std::size_t kSize>
 using Bits = std::conditional_t<
@@ -120,14 +120,14 @@ class ArrayReader::Words {
   // Empty at the end. Good until the next call.
   std::string_view next() {
     for (;;) {
-      while (next_ < filled_ && isBlank(text_[next_])) ++next_;
+      while (next_ < filled_ && isBetweenNumbers(text_[next_])) ++next_;
       if (next_ < filled_) break;
       if (!refill(0)) return {};
     }
     std::size_t end = next_;
     for (;;) {
-      while (end < filled_ && !isBlank(text_[end])) ++end;
-      if (end < filled_ || end - next_ > kLongestWord) break;
+      while (end < filled_ && !isBetweenNumbers(text_[end])) ++end;
+      if (end < filled_ || end - next_ > kLongestNumber) break;
       end -= next_;
       if (!refill(end)) break;
     }

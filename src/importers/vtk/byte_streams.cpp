@@ -9,8 +9,6 @@ namespace importers::vtk {
 
 namespace {
 
-constexpr std::size_t kBufferBytes = std::size_t{1} << 18U;
-
 constexpr unsigned char kBlank = 64;
 constexpr unsigned char kPadding = 65;
 constexpr unsigned char kWrong = 66;

@@ -18,7 +18,7 @@ namespace {
 using odbstore::FieldType;
 using odbstore::Position;
 
-constexpr std::size_t kMostComponents = 64;
+constexpr std::size_t kMostScalars = 64;
 
 // Rows of a matrix: 11 22 33 12 13 23, and 21 31 32.
 constexpr std::array<std::size_t, 6> kOfNine = {0, 4, 8, 1, 2, 5};
@@ -155,11 +155,11 @@ class Planner {
   void planArray(Position position, const SeenArray& seen) {
     const PlannedArray& array = seen.array;
     const std::string name = nameOf(array);
-    if (array.components > kMostComponents) {
+    if (array.components > kMostScalars) {
       warn_(base::warning({run_.frames.front().path},
                           fmt::format("the array \"{}\" has {} components, more than {}; it is "
                                       "left out",
-                                      name, array.components, kMostComponents)));
+                                      name, array.components, kMostScalars)));
       return;
     }
     if (!seen.componentNames.empty() && planNamed(position, seen)) return;

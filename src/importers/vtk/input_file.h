@@ -17,6 +17,12 @@ class CutOff : public ImportError {
   using ImportError::ImportError;
 };
 
+// So much is read at a time.
+inline constexpr std::size_t kBufferBytes = std::size_t{1} << 18U;
+
+// An array may say that it has so many components.
+inline constexpr std::uint64_t kMostComponents = 1U << 20U;
+
 class InputFile {
  public:
   // Throws ImportError where the file cannot be opened or is no regular file; a pipe is not waited for.

@@ -15,7 +15,6 @@ namespace importers::vtk {
 namespace {
 
 constexpr std::uint64_t kMostRows = std::numeric_limits<std::int32_t>::max();
-constexpr std::uint64_t kMostComponents = 1U << 20U;
 
 // Names are written with "%20" for a blank.
 std::string decoded(const std::string& text) {

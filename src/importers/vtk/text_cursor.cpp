@@ -7,7 +7,6 @@ namespace importers::vtk {
 
 namespace {
 
-constexpr std::size_t kBufferBytes = std::size_t{1} << 18U;
 constexpr std::size_t kLongestWord = 4096;
 
 // Of each character whether it stands between words.

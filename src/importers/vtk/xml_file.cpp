@@ -16,8 +16,6 @@ namespace importers::vtk {
 
 namespace {
 
-constexpr std::size_t kMostComponents = 1U << 20U;
-
 // What VTKFile says of itself.
 constexpr std::string_view kGridType = "UnstructuredGrid";
 constexpr std::string_view kPiecesType = "PUnstructuredGrid";

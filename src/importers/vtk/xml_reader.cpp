@@ -12,11 +12,10 @@ namespace importers::vtk {
 
 namespace {
 
-constexpr std::size_t kBufferBytes = std::size_t{1} << 18U;
 // Text between tags is passed on up to here: what is longer are numbers.
 constexpr std::size_t kKeptText = 4096;
 constexpr std::size_t kLongestTag = std::size_t{1} << 20U;
-constexpr int kDeepest = 64;
+constexpr int kDeepestTag = 64;
 
 class Pass {
  public:
@@ -78,7 +77,7 @@ class Pass {
   [[noreturn]] void fail(const std::string& reason) const { throw ImportError(file_.path(), line(), reason); }
 
   void start(const XML_Char* name, const XML_Char** attributes) {
-    if (++depth_ > kDeepest) fail("tags are nested too deeply");
+    if (++depth_ > kDeepestTag) fail("tags are nested too deeply");
     XmlElement element;
     element.name = name;
     for (; *attributes != nullptr; attributes += 2) element.attributes.emplace_back(attributes[0], attributes[1]);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <memory>
 #include <set>
 
 #include "odbstore/reader.h"
@@ -38,8 +39,9 @@ std::vector<std::string> completeNames(const std::string& option, const std::vec
       return names;
     }
     std::set<std::string> names;
-    for (const std::string& step : reader.steps()) {
-      for (const odbstore::StoredField& field : reader.step(step)->fields()) names.insert(field.name);
+    for (const std::string& name : reader.steps()) {
+      const std::shared_ptr<const odbstore::StoredStep> step = reader.step(name);
+      for (const odbstore::StoredField& field : step->fields()) names.insert(field.name);
     }
     return {names.begin(), names.end()};
   } catch (const std::exception&) {

@@ -16,8 +16,8 @@ namespace inspect {
 namespace {
 
 using base::escaped;
-using Json = nlohmann::ordered_json;
-using Row = std::vector<std::string>;
+using OrderedJson = nlohmann::ordered_json;
+using Cells = std::vector<std::string>;
 
 // Why a field is taken, or not.
 std::string reasonOf(const FieldChoice& choice) {
@@ -34,12 +34,12 @@ std::string countText(const DatabaseReport& database) {
 
 // Fields that fare alike in several steps have one row.
 std::string fieldText(const DatabaseReport& database) {
-  std::map<Row, std::set<int>> steps;
+  std::map<Cells, std::set<int>> steps;
   for (const FieldChoice& choice : database.choices) {
     steps[{escaped(choice.field->name), reasonOf(choice)}].insert(static_cast<int>(choice.field->step) + 1);
   }
   if (steps.empty()) return {};
-  std::vector<Row> rows = {{"field", "steps", "taken by"}};
+  std::vector<Cells> rows = {{"field", "steps", "taken by"}};
   for (const auto& [row, in] : steps) rows.push_back({row[0], tool::runsOf(in), row[1]});
   return "\n" + tool::aligned(rows);
 }
@@ -68,8 +68,8 @@ std::string repeatedText(const RepeatedNames& repeated) {
   return text;
 }
 
-Json jsonOfRecord(const Record& record) {
-  Json json = {{"step", record.stepName}};
+OrderedJson jsonOfRecord(const Record& record) {
+  OrderedJson json = {{"step", record.stepName}};
   if (record.kind == RecordKind::field) {
     json.update({{"frame", record.increment}, {"frameValue", record.frameValue}, {"field", record.field}});
     if (record.set != nullptr) {
@@ -81,13 +81,13 @@ Json jsonOfRecord(const Record& record) {
   return json;
 }
 
-Json jsonOfRepeated(const RepeatedName& name) {
-  Json json = {{"name", name.name}, {"records", Json::array()}};
+OrderedJson jsonOfRepeated(const RepeatedName& name) {
+  OrderedJson json = {{"name", name.name}, {"records", OrderedJson::array()}};
   for (const Record& record : name.records) json["records"].push_back(jsonOfRecord(record));
   return json;
 }
 
-void addDatabase(Json& json, const DatabaseReport& database) {
+void addDatabase(OrderedJson& json, const DatabaseReport& database) {
   const RecordList::Count& count = database.count;
   json["database"] = database.path;
   json["counts"] = {{"records", count.all()},
@@ -95,7 +95,7 @@ void addDatabase(Json& json, const DatabaseReport& database) {
                     {"histories", count.histories},
                     {"wholeModel", count.wholeModel},
                     {"sets", count.sets}};
-  json["fields"] = Json::array();
+  json["fields"] = OrderedJson::array();
   for (const FieldChoice& choice : database.choices) {
     json["fields"].push_back({{"name", choice.field->name},
                               {"step", database.steps[choice.field->step]},
@@ -104,7 +104,7 @@ void addDatabase(Json& json, const DatabaseReport& database) {
                               {choice.isTaken ? "keywords" : "wouldTake", choice.keywords}});
   }
   json["repeatedNames"] = database.repeated.count;
-  json["repeated"] = Json::array();
+  json["repeated"] = OrderedJson::array();
   for (const RepeatedName& name : database.repeated.first) json["repeated"].push_back(jsonOfRepeated(name));
 }
 
@@ -123,14 +123,16 @@ std::string reportText(const CheckReport& report) {
 }
 
 std::string reportJson(const CheckReport& report) {
-  Json json = {
-      {"configuration", report.configuration}, {"takesNothing", report.takesNothing}, {"remarks", Json::array()}};
+  OrderedJson json = {{"configuration", report.configuration},
+                      {"takesNothing", report.takesNothing},
+                      {"remarks", OrderedJson::array()}};
   for (const Remark& remark : report.remarks) {
-    json["remarks"].push_back({{"line", remark.line == 0 ? Json() : Json(remark.line)}, {"reason", remark.reason}});
+    json["remarks"].push_back(
+        {{"line", remark.line == 0 ? OrderedJson() : OrderedJson(remark.line)}, {"reason", remark.reason}});
   }
   if (report.database) addDatabase(json, *report.database);
   // A path, or a line of the configuration, need not be UTF-8.
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return json.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
 }
 
 }  // namespace inspect

@@ -1,6 +1,7 @@
 #include "complete_names.h"
 
 #include <exception>
+#include <memory>
 #include <set>
 
 #include "inspect/model_sets.h"
@@ -14,8 +15,9 @@ namespace {
 
 std::set<std::string> fieldsOf(const odbstore::Reader& database) {
   std::set<std::string> names;
-  for (const std::string& step : database.steps()) {
-    for (const odbstore::StoredField& field : database.step(step)->fields()) names.insert(field.name);
+  for (const std::string& name : database.steps()) {
+    const std::shared_ptr<const odbstore::StoredStep> step = database.step(name);
+    for (const odbstore::StoredField& field : step->fields()) names.insert(field.name);
   }
   return names;
 }

@@ -110,9 +110,9 @@ std::string missingNames(const ParamsOptions& options, const ParamsFile& params)
 }
 
 // The records that are chosen, as rows of a table.
-class Rows {
+class RecordRows {
  public:
-  Rows(const ParamsOptions& options, const ParamsFile& params) : params_(params), choice_(options.patterns) {
+  RecordRows(const ParamsOptions& options, const ParamsFile& params) : params_(params), choice_(options.patterns) {
     if (options.database.empty()) return;
     std::optional<ExtractionSwitches> switches;
     if (!options.configuration.empty()) switches = switchesOf(readConfigurationFile(options.configuration));
@@ -179,7 +179,7 @@ int params(const ParamsOptions& options) {
   if (!missing.empty()) {
     return fail(options, kNotThere, fmt::format("{}: there is no record {}", base::escaped(params.path), missing));
   }
-  Rows rows(options, params);
+  RecordRows rows(options, params);
   writeTable(options, [&](tables::Table& table) {
     rows.write(table);
     rows.requireKnown(options.database);
