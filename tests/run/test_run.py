@@ -119,7 +119,7 @@ class OutcomesTest(RunTest):
         run = self.run_job("job", status=4)
         self.assertIn("records are missing: ", run.stderr)
         self.assertIn("truncated", run.stderr)
-        self.assertIn("cut off", self.state()["missing"])
+        self.assertIn("truncated", self.state()["missing"])
         self.assertGreater(len(self.path("out/params.txt").read_text()), 0)
         self.assertIn("paramsdone.txt", self.files())
 
