@@ -11,7 +11,7 @@ namespace report {
 namespace {
 
 // A face of a solid cell by its corners, ascending; -1 first where there are three.
-struct Candidate {
+struct SolidFace {
   std::array<std::int32_t, 4> corners;
   std::uint32_t cell;
   std::uint32_t face;
@@ -20,7 +20,7 @@ struct Candidate {
 struct Walk {
   const inspect::ModelMesh& mesh;
   std::span<const std::uint32_t> groups;
-  std::vector<Candidate> candidates;
+  std::vector<SolidFace> solidFaces;
   Skin skin;
 };
 
@@ -40,11 +40,11 @@ constexpr CellFace kCurvedLine = {{0, 1, 2}, 2, 3};
 void addSolid(Walk& walk, std::size_t cell, std::span<const CellFace> faces) {
   const std::span<const std::int64_t> points = walk.mesh.pointsOf(cell);
   for (std::size_t f = 0; f < faces.size(); ++f) {
-    Candidate candidate{{-1, -1, -1, -1}, static_cast<std::uint32_t>(cell), static_cast<std::uint32_t>(f)};
+    SolidFace solidFace{{-1, -1, -1, -1}, static_cast<std::uint32_t>(cell), static_cast<std::uint32_t>(f)};
     for (std::size_t i = 0; i < faces[f].corners; ++i)
-      candidate.corners[i] = static_cast<std::int32_t>(points[faces[f].places[i]]);
-    std::sort(candidate.corners.begin(), candidate.corners.end());
-    walk.candidates.push_back(candidate);
+      solidFace.corners[i] = static_cast<std::int32_t>(points[faces[f].places[i]]);
+    std::sort(solidFace.corners.begin(), solidFace.corners.end());
+    walk.solidFaces.push_back(solidFace);
   }
 }
 
@@ -63,22 +63,22 @@ void addGroup(Walk& walk, const inspect::CellGroup& group) {
   }
 }
 
-SkinFace faceOf(const Walk& walk, const Candidate& candidate) {
-  const inspect::CellType type = walk.mesh.groupOf(candidate.cell).shape.type;
-  return faceOf(walk.mesh, candidate.cell, facesOf(type)[candidate.face]);
+SkinFace faceOf(const Walk& walk, const SolidFace& solidFace) {
+  const inspect::CellType type = walk.mesh.groupOf(solidFace.cell).shape.type;
+  return faceOf(walk.mesh, solidFace.cell, facesOf(type)[solidFace.face]);
 }
 
 // Candidates that have the same corners.
-void takeShared(Walk& walk, std::span<const Candidate> sharers) {
+void takeShared(Walk& walk, std::span<const SolidFace> sharers) {
   if (sharers.size() == 1) {
     walk.skin.outer.push_back(faceOf(walk, sharers.front()));
     return;
   }
   if (walk.groups.empty()) return;
   const std::uint32_t group = walk.groups[sharers.front().cell];
-  const auto isOther = [&](const Candidate& sharer) { return walk.groups[sharer.cell] != group; };
+  const auto isOther = [&](const SolidFace& sharer) { return walk.groups[sharer.cell] != group; };
   if (std::none_of(sharers.begin(), sharers.end(), isOther)) return;
-  for (const Candidate& sharer : sharers) walk.skin.inner.push_back(faceOf(walk, sharer));
+  for (const SolidFace& sharer : sharers) walk.skin.inner.push_back(faceOf(walk, sharer));
 }
 
 void sortByCell(std::vector<SkinFace>& faces) {
@@ -91,8 +91,8 @@ Skin skinOf(const inspect::ModelMesh& mesh, std::span<const std::uint32_t> group
   if (mesh.nodeLabels.size() > std::numeric_limits<std::int32_t>::max()) throw std::length_error("too many nodes");
   Walk walk{mesh, groups, {}, {}};
   for (const inspect::CellGroup& group : mesh.groups) addGroup(walk, group);
-  std::vector<Candidate>& all = walk.candidates;
-  std::sort(all.begin(), all.end(), [](const Candidate& a, const Candidate& b) {
+  std::vector<SolidFace>& all = walk.solidFaces;
+  std::sort(all.begin(), all.end(), [](const SolidFace& a, const SolidFace& b) {
     return a.corners != b.corners ? a.corners < b.corners : a.cell < b.cell;
   });
   for (std::size_t first = 0, end = 0; first < all.size(); first = end) {
