@@ -9,6 +9,15 @@ import unittest
 from batch_support import BatchTest, hear_signals
 
 
+def is_running(process):
+    """Whether there is such a process that has not ended; nobody may have waited for it yet."""
+    try:
+        with open(f"/proc/{process}/stat", encoding="utf-8") as stat:
+            return stat.read().rpartition(")")[2].split()[0] != "Z"
+    except FileNotFoundError:
+        return False
+
+
 class Limits(BatchTest):
     def setUp(self):
         super().setUp()
@@ -40,10 +49,13 @@ class Limits(BatchTest):
         self.wait_until(self.no_process_left)
 
     def test_what_a_program_leaves_behind_ends_with_it(self):
-        self.stand_in("#!/bin/sh\nsleep 1000 &\nprintf 'a\\t1\\n' > params.txt\necho Done > paramsdone.txt\n")
+        self.stand_in("#!/bin/sh\nsleep 1000 &\necho $! > left\nprintf 'a\\t1\\n' > params.txt\necho Done > paramsdone.txt\n")
         self.inputs("good")
         self.batch("0.odb")
+        self.assertEqual(self.states(), {"0.odb": "done"})
+        left = int((self.place("0") / "left").read_text())
         self.wait_until(self.no_process_left)
+        self.assertFalse(is_running(left))
 
     def test_what_an_ended_import_has_begun_is_removed(self):
         importing = self.path("bin/import")

@@ -102,6 +102,8 @@ TEST(FieldShapes, NumbersCountOnlyOnRequest) {
     const std::vector<NamedComponent> components = componentsOf(names);
     EXPECT_EQ(textOf(shapeFields(components, numbers, false), components), fields);
   }
+  const std::vector<NamedComponent> unasked = componentsOf("v_1 v_2 v_3");
+  EXPECT_EQ(textOf(shapeFields(unasked, {true, false}, false), unasked), "v_1; v_2; v_3");
 }
 
 TEST(FieldShapes, EverythingCanBeLeftAsItIs) {

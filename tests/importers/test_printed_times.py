@@ -81,6 +81,7 @@ class TimesTest(SolverTest):
         """`truth`: for step, increment and time in the step the displacement. Times may be off by so much where only
         total times are known, and increments need not be numbered then as the solver does."""
         frames = self.frames()
+        self.assertTrue(frames, "there is nothing to compare")
         for number_of_step, number, time, value in frames:
             near = [key for key in truth
                     if key[0] == number_of_step and abs(key[2] - time) <= max(off, 2e-5 * abs(key[2]))]

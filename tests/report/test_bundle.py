@@ -25,6 +25,7 @@ class BundleTest(unittest.TestCase):
     def test_locks_have_versions_and_sums_and_no_addresses(self):
         for lock in LOCKS:
             packages = {name: package for name, package in json.loads(lock.read_text())["packages"].items() if name}
+            self.assertTrue(packages, lock)
             for name, package in packages.items():
                 self.assertIn("integrity", package, name)
                 self.assertNotIn("resolved", package, name)
