@@ -6,29 +6,17 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstring>
 #include <stdexcept>
 
 #include "base/file_error.h"
+#include "base/own_programs.h"
 
 namespace netcdf {
 
 namespace {
 
 constexpr const char* kProgram = "netcdfread";
-
-// Beside the program that uses it, else where kolvex is installed.
-std::string programPath() {
-  std::string own(PATH_MAX, '\0');
-  const ssize_t length = ::readlink("/proc/self/exe", own.data(), own.size());
-  if (length > 0) {
-    own.resize(static_cast<std::size_t>(length));
-    const std::string beside = own.substr(0, own.rfind('/') + 1) + kProgram;
-    if (::access(beside.c_str(), X_OK) == 0) return beside;
-  }
-  return std::string(KOLVEX_PROGRAMS) + "/" + kProgram;
-}
 
 }  // namespace
 
@@ -47,7 +35,8 @@ std::uint64_t File::mostBytes() const { return (std::uint64_t{64} << 20U) + 16 *
 void File::start() {
   session_.reset();
   session_ = std::make_unique<base::LimitedSession>(
-      path_, base::LimitedProgram{programPath(), {std::to_string(size_)}, file_.get()}, base::limitsFor(size_));
+      path_, base::LimitedProgram{base::ownProgram(kProgram), {std::to_string(size_)}, file_.get()},
+      base::limitsFor(size_));
   const std::string answer = session_->ask("");
   try {
     description_ = unpacked(answer);

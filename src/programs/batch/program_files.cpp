@@ -8,10 +8,6 @@
 
 namespace batch {
 
-std::string siblingProgram(const char* name) {
-  return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
-}
-
 std::string textOfFile(const std::string& path) {
   const auto text = readSmallFile(path, std::numeric_limits<std::size_t>::max());
   if (text) return *text;

@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "base/file_error.h"
+#include "base/own_programs.h"
 #include "batch/run/input_list.h"
 #include "batch/run/pack_claim.h"
 #include "batch/run/runner.h"
@@ -74,8 +75,8 @@ RunPlan planOf(const RunOptions& options, const BatchDirectory& directory, const
   plan.settings = {textOfFile(options.configuration), options.importOptions};
   plan.configuration = directory.configurationPath(plan.settings);
   plan.version = KOLVEX_VERSION;
-  plan.extraction = siblingProgram("quarnish");
-  plan.import = siblingProgram("import");
+  plan.extraction = base::ownProgram("quarnish");
+  plan.import = base::ownProgram("import");
   plan.slice = {options.index, options.size};
   plan.recognise = [&formats](const std::string& path) { return formats.recognise(path); };
   plan.jobs = options.jobs > 0 ? options.jobs : processors();
@@ -146,7 +147,7 @@ ArrayRequest requestOf(const RunOptions& options, const BatchDirectory& director
   const std::string path = directory.ownPath("slurm-inputs");
   writeSmallFile(path, list, true);
   ArrayRequest request;
-  request.program = siblingProgram("batch");
+  request.program = base::ownProgram("batch");
   request.arguments = {"--from", path, "--config", plan.configuration, "--out", directory.path()};
   const std::vector<std::string> forwarded = forwardedArguments(options);
   request.arguments.insert(request.arguments.end(), forwarded.begin(), forwarded.end());

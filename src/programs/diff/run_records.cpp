@@ -11,6 +11,7 @@
 
 #include "base/descriptor.h"
 #include "base/file_error.h"
+#include "base/own_programs.h"
 #include "batch/run/child_process.h"
 #include "batch/run/log_tail.h"
 #include "inspect/open_database.h"
@@ -58,7 +59,7 @@ std::string extracted(const std::string& path, const std::string& configuration)
   std::ofstream(directory.file("configuration"), std::ios::binary) << configuration;
   fs::create_symlink(fs::absolute(path), directory.file("database.odb"));
   const base::Descriptor log(::open(directory.file("log").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-  batch::ChildProcess program({batch::siblingProgram("quarnish"),
+  batch::ChildProcess program({base::ownProgram("quarnish"),
                                {"-odb", "database.odb", "-config", "configuration"},
                                directory.path(),
                                log.get()});

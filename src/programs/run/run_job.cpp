@@ -12,6 +12,7 @@
 
 #include "base/control_characters.h"
 #include "base/file_error.h"
+#include "base/own_programs.h"
 #include "batch/run/single_run.h"
 #include "importers/formats/table.h"
 #include "programs/batch/program_files.h"
@@ -78,8 +79,8 @@ batch::RunPlan planOf(const RunOptions& options, const batch::InputFormats& form
   plan.settings = {batch::textOfFile(options.configuration), options.importOptions};
   plan.configuration = directory + "/" + kConfigurationName;
   plan.version = KOLVEX_VERSION;
-  plan.extraction = batch::siblingProgram("quarnish");
-  plan.import = batch::siblingProgram("import");
+  plan.extraction = base::ownProgram("quarnish");
+  plan.import = base::ownProgram("import");
   plan.recognise = [&formats](const std::string& path) { return formats.recognise(path); };
   plan.findMissing = [&options](const std::string& where) { return lackOf(readRecords(where, options.required)); };
   plan.timeout = options.timeout;
