@@ -5,12 +5,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <exception>
 #include <system_error>
 
 #include "base/control_characters.h"
 #include "base/diagnostic.h"
-#include "process/prepare_process.h"
+#include "tool/program.h"
 #include "verify/verify_file.h"
 #include "verify/verify_options.h"
 
@@ -43,25 +42,20 @@ void report(const verify::Verdict& verdict, bool isQuiet) {
   if (verdict.state == State::sound) fmt::print("{}: sound\n", base::escaped(verdict.path));
 }
 
+int run(std::vector<std::string> arguments) {
+  verify::VerifyOptions options;
+  const tool::Outcome outcome = verify::verifyCommand(options).parse(std::move(arguments));
+  if (outcome.isDone) return outcome.finish();
+  State worst = State::sound;
+  for (const std::string& file : options.files) {
+    const verify::Verdict verdict = verify::verifyFile(file);
+    report(verdict, options.isQuiet);
+    worst = std::max(worst, verdict.state);
+  }
+  if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category(), "standard output");
+  return statusOf(worst);
+}
+
 }  // namespace
 
-int main(int argc, char** argv) {
-  prepareProcess();
-  requireRoomOnStack();
-  try {
-    verify::VerifyOptions options;
-    const tool::Outcome outcome = verify::verifyCommand(options).parse({argv + 1, argv + argc});
-    if (outcome.isDone) return outcome.finish();
-    State worst = State::sound;
-    for (const std::string& file : options.files) {
-      const verify::Verdict verdict = verify::verifyFile(file);
-      report(verdict, options.isQuiet);
-      worst = std::max(worst, verdict.state);
-    }
-    if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category(), "standard output");
-    return statusOf(worst);
-  } catch (const std::exception& error) {
-    complain(error.what());
-    return statusOf(State::damaged);
-  }
-}
+int main(int argc, char** argv) { return tool::runProgram(argc, argv, run); }

@@ -1,19 +1,16 @@
 // `kolvex batch`: which of its commands is meant.
 
-#include <exception>
-#include <new>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "batch/run/input_list.h"
 #include "collect_table.h"
-#include "process/prepare_process.h"
 #include "run_batch.h"
 #include "show_result.h"
 #include "show_status.h"
 #include "tool/completion.h"
-#include "tool/console.h"
+#include "tool/program.h"
 
 namespace {
 
@@ -83,14 +80,4 @@ int run(const Arguments& arguments) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  prepareProcess();
-  try {
-    return run({argv + 1, argv + argc});
-  } catch (const std::bad_alloc&) {
-    tool::complain("out of memory");
-  } catch (const std::exception& error) {
-    tool::complain(error.what());
-  }
-  return tool::kFailed;
-}
+int main(int argc, char** argv) { return tool::runProgram(argc, argv, run); }

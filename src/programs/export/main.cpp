@@ -2,15 +2,14 @@
 
 #include <fmt/format.h>
 
-#include <exception>
 #include <filesystem>
 
 #include "base/control_characters.h"
 #include "base/diagnostic.h"
 #include "export_options.h"
 #include "inspect/open_database.h"
-#include "process/prepare_process.h"
 #include "tool/console.h"
+#include "tool/program.h"
 #include "tool/terminal_line.h"
 
 namespace {
@@ -40,22 +39,17 @@ void write(ExportOptions options) {
                           summary.fields, summary.sets, summary.points, summary.cells, summary.bytes));
 }
 
+int run(std::vector<std::string> arguments) {
+  ExportOptions options;
+  const tool::Command command = vtk_export::exportCommand(options);
+  const tool::Outcome outcome = command.parse(std::move(arguments));
+  if (outcome.isDone) return outcome.finish();
+  if (options.format.empty()) return command.refuse("--to is missing: vtu").finish();
+  write(std::move(options));
+  tool::finishOutput();
+  return 0;
+}
+
 }  // namespace
 
-int main(int argc, char** argv) {
-  prepareProcess();
-  requireRoomOnStack();
-  try {
-    ExportOptions options;
-    const tool::Command command = vtk_export::exportCommand(options);
-    const tool::Outcome outcome = command.parse({argv + 1, argv + argc});
-    if (outcome.isDone) return outcome.finish();
-    if (options.format.empty()) return command.refuse("--to is missing: vtu").finish();
-    write(std::move(options));
-    tool::finishOutput();
-    return 0;
-  } catch (const std::exception& error) {
-    tool::complain(error.what());
-    return tool::kFailed;
-  }
-}
+int main(int argc, char** argv) { return tool::runProgram(argc, argv, run); }

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <exception>
 #include <filesystem>
 #include <memory>
 #include <new>
@@ -20,7 +19,7 @@
 #include "importers/run/outline_table.h"
 #include "importers/run/run_import.h"
 #include "odbstore/store_error.h"
-#include "process/prepare_process.h"
+#include "tool/program.h"
 #include "tool/progress_line.h"
 
 namespace {
@@ -128,16 +127,4 @@ int run(std::vector<std::string> arguments) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  prepareProcess();
-  requireRoomOnStack();
-  try {
-    return run({argv + 1, argv + argc});
-  } catch (const std::bad_alloc&) {
-    std::fputs("out of memory\n", stderr);
-  } catch (const std::exception& error) {
-    std::fputs(error.what(), stderr);
-    std::fputs("\n", stderr);
-  }
-  return tool::kFailed;
-}
+int main(int argc, char** argv) { return tool::runProgram(argc, argv, run); }

@@ -1,19 +1,17 @@
 // `kolvex show`, `check`, `params`: one program, which goes by the name that it is started under; under its own the
 // command is the first argument.
 
-#include <exception>
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <new>
 #include <string>
 #include <vector>
 
 #include "check.h"
 #include "params.h"
-#include "process/prepare_process.h"
 #include "show.h"
 #include "tool/console.h"
+#include "tool/program.h"
 
 namespace {
 
@@ -60,13 +58,6 @@ int run(std::string name, Arguments arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  prepareProcess();
-  try {
-    return run(std::filesystem::path(argv[0]).filename().string(), {argv + 1, argv + argc});
-  } catch (const std::bad_alloc&) {
-    tool::complain("out of memory");
-  } catch (const std::exception& error) {
-    tool::complain(error.what());
-  }
-  return tool::kFailed;
+  const std::string name = std::filesystem::path(argv[0]).filename().string();
+  return tool::runProgram(argc, argv, [&](Arguments arguments) { return run(name, std::move(arguments)); });
 }

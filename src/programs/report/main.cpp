@@ -3,13 +3,11 @@
 #include <fmt/format.h>
 
 #include <chrono>
-#include <exception>
-#include <new>
 
 #include "base/control_characters.h"
-#include "process/prepare_process.h"
 #include "report_options.h"
 #include "tool/console.h"
+#include "tool/program.h"
 
 namespace {
 
@@ -34,15 +32,4 @@ int run(std::vector<std::string> arguments) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  prepareProcess();
-  requireRoomOnStack();
-  try {
-    return run({argv + 1, argv + argc});
-  } catch (const std::bad_alloc&) {
-    tool::complain("out of memory");
-  } catch (const std::exception& error) {
-    tool::complain(error.what());
-  }
-  return tool::kFailed;
-}
+int main(int argc, char** argv) { return tool::runProgram(argc, argv, run); }
