@@ -42,6 +42,8 @@ class BlockStorage {
   }
   // The same of `count` rows, at least one, from `from` on; put together in `buffer` where they are not in memory so.
   const int* storedRows(int from, int count, std::vector<int>& buffer) const;
+  // Whether several rows can be the same stored one.
+  bool isThroughIndex() const { return !distinct_ && content_->rowOf() != nullptr; }
   // Whether `count` rows, at least one, from `from` on are stored one after the other.
   bool isOneStretch(int from, int count) const {
     if (distinct_) return distinct_->isOneStretch(from, count);

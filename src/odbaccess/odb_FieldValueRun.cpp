@@ -46,8 +46,8 @@ void odb_FieldValueRun::invariants(std::span<const odb_InvariantEnum> codes, int
     std::fill_n(out, codes.size() * static_cast<std::size_t>(count), 0.0F);
     return;
   }
-  // Columns of all stored rows pay where at least as many rows are read through them, mostly by an index.
-  if (block_->rows() >= block_->content()->storedRows()) {
+  // Columns of all stored rows pay where rows come again: without an index they would be one copy more.
+  if (block_->isThroughIndex() && block_->rows() >= block_->content()->storedRows()) {
     takeFromColumns(codes, from, count, out);
     return;
   }
