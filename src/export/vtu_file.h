@@ -1,7 +1,7 @@
 // Writes one file of VTK's XML format for unstructured grids (.vtu), its numbers appended in raw form.
 //
 // The form is that of "VTK File Formats" (The VTK User's Guide, chapter 19), version 1.0 with headers of 64 bits:
-// offsets count from the byte behind the "_"; an array is its length in bytes and the bytes, packed it is the number of
+// offsets count from the byte after the "_"; an array is its length in bytes and the bytes, packed it is the number of
 // blocks, the length of a block, that of the last one where it is shorter, the packed length of each, and the blocks.
 #pragma once
 

@@ -17,7 +17,7 @@ namespace importers::exodus {
 
 class ExodusFile {
  public:
-  // An ImportError for a file that is none.
+  // An ImportError if the file is not an Exodus file.
   explicit ExodusFile(const std::string& path);
 
   const std::string& path() const { return file_.path(); }

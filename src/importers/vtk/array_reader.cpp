@@ -137,7 +137,7 @@ class ArrayReader::Words {
   }
 
  private:
-  // Keeps `kept` characters from next_ on and reads behind them; false when nothing came. next_ is 0 then.
+  // Keeps `kept` characters from next_ on and reads on after them; false when nothing came. next_ is 0 then.
   bool refill(std::size_t kept) {
     std::memmove(text_.data(), text_.data() + next_, kept);
     next_ = 0;

@@ -91,7 +91,7 @@ constexpr std::array kSameCells = {
     SameCell{70, 9, 28}, SameCell{71, 4, 10}, SameCell{71, 10, 24}, SameCell{72, 8, 12},
 };
 
-// Places in kCellTypes by number, and behind them for numbers that no cell has.
+// Places in kCellTypes by number, and after them for numbers that no cell has.
 constexpr std::size_t kCodes = 82;
 constexpr std::array<unsigned char, kCodes> kPlaces = [] {
   std::array<unsigned char, kCodes> places{};

@@ -9,7 +9,7 @@ namespace importers::vtk {
 
 struct CellType {
   int code = 0;
-  const char* name = "";       // of the element type; where `nodes` is 0 the number of nodes comes behind it
+  const char* name = "";       // of the element type; where `nodes` is 0 the number of nodes comes after it
   int nodes = 0;               // 0: any number
   std::span<const int> order;  // the cell's place of each node of the element; empty where they are the same
 };

@@ -72,7 +72,7 @@ void TextCursor::skipWords(std::uint64_t count) {
       failCut("an array");
     }
     std::size_t at = at_;
-    // A word ends with the blank behind it.
+    // A word ends with the blank after it.
     for (; at < filled_ && count > 0; ++at) {
       const unsigned blank = isBlank(text_[at]);
       count -= blank & (before ^ 1U);

@@ -28,7 +28,7 @@ class TextCursor {
   bool isAtEnd() { return at_ == filled_ && !refill(); }
   // The byte of the file that comes next.
   std::uint64_t offset() const { return readTo_ - (filled_ - at_); }
-  // The line that the cursor is in, from 1; 0 once bytes have been passed over that are no text.
+  // The line that the cursor is in, from 1; 0 once bytes that are not text have been skipped.
   std::int64_t line() const { return hasBytes_ ? 0 : line_; }
   SourcePlace place() const;
 

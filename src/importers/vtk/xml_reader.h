@@ -16,7 +16,7 @@ struct XmlElement {
   std::string name;
   std::vector<std::pair<std::string, std::string>> attributes;
   std::int64_t line = 0;
-  std::uint64_t contentBegin = 0;  // the byte of the file behind the tag
+  std::uint64_t contentBegin = 0;  // the byte of the file after the tag
 
   // Null where there is none.
   const std::string* attribute(std::string_view name) const;

@@ -54,7 +54,7 @@ void Tolerances::add(const std::string& text, const std::string& file) {
     }
     if (!hasWord) {
       throw base::FileError(fmt::format("{}:{}", file, number), "",
-                            "a line is a pattern and abs=NUMBER, rel=NUMBER or ignore behind it");
+                            "a line is a pattern and abs=NUMBER, rel=NUMBER or ignore after it");
     }
     patterns_.emplace_back(pattern, tolerance);
   }

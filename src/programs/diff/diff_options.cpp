@@ -22,12 +22,12 @@ tool::Command diffCommand(DiffOptions& options) {
   command.synopsis("A B [options]")
       .describe(
           "Compares two files of records (params.txt), two directories with one each, or what is extracted from two "
-          "databases, and prints what differs: the largest differences first, in the share of the value, then names "
-          "that only "
-          "one of them has. NaN never agrees with a number.")
+          "databases, and prints what differs: the largest differences first, as a share of the larger value, then "
+          "names "
+          "that only one of them has. NaN never agrees with a number.")
       .describe(
-          "Of databases everything is extracted unless --config says what; for each difference it is told where the "
-          "values are.")
+          "From databases everything is extracted unless --config says what, and each difference is printed with the "
+          "places of its values.")
       .exitStatus(0, "nothing differs by more than it may")
       .exitStatus(1, "something differs, or a name is missing on one side")
       .exitStatus(2, "trouble: wrong usage, or a file cannot be read")
@@ -39,10 +39,10 @@ tool::Command diffCommand(DiffOptions& options) {
       .argument("B", options.b, "what it is compared with")
       .option(
           "--abs", "NUMBER", [&options](const std::string& text) { options.tolerance.absolute = toleranceFrom(text); },
-          "differences up to this are none (default: 0)")
+          "ignore differences up to this (default: 0)")
       .option(
           "--rel", "NUMBER", [&options](const std::string& text) { options.tolerance.relative = toleranceFrom(text); },
-          "nor are those up to this share of the larger value (default: 0)")
+          "ignore differences up to this share of the larger value (default: 0)")
       .option("--tolerances", "FILE", options.tolerances,
               "tolerances by pattern of names: lines of a pattern and abs=NUMBER, rel=NUMBER or ignore",
               tool::Completes::file)
@@ -53,7 +53,7 @@ tool::Command diffCommand(DiffOptions& options) {
           "the database of a file of records, to tell where values are: of A, given again of B", tool::Completes::file)
       .repeated()
       .number("--top", "N", options.most, 0, 1'000'000'000, "print the N largest differences, 0 for all (default: 20)")
-      .flag("-q,--quiet", options.isQuiet, "print nothing, the status tells")
+      .flag("-q,--quiet", options.isQuiet, "print nothing; only the status says whether they differ")
       .flag("--json", options.isJson, "print a JSON object");
   return command;
 }

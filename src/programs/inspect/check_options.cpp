@@ -7,10 +7,11 @@ tool::Command checkCommand(CheckOptions& options) {
   command.synopsis("CONFIG [DATABASE] [--json]")
       .describe(
           "Reads a configuration as `kolvex quarnish` does and says what its user may not expect: words that look like "
-          "keywords and are none, with the nearest one; keywords that count though they stand in a longer word or in "
+          "keywords but are not, with the nearest keyword; keywords that count although they are in a longer word or "
+          "in "
           "what looks like a comment; keywords without effect.")
       .describe(
-          "With a database it says as well which fields are taken and which are not and why, how many records a run "
+          "With a database it also says which fields are taken, which are not and why, how many records a run "
           "writes, and which names occur twice among them. No results are read.")
       .exitStatus(0, "there is nothing to remark")
       .exitStatus(1, "the configuration or the database cannot be read")

@@ -14,7 +14,7 @@ tool::Command showCommand(ShowOptions& options) {
           "database, "
           "or the parts that are chosen. With --field come the blocks of each field, with --set the labels of each "
           "set. "
-          "Only the catalog of the database is read, so that it takes no longer for a large one.")
+          "Only the catalog of the database is read, so large databases take no longer.")
       .describe(
           "NAME is a name, or a pattern as a shell has them: *, ?, [...]. Steps go by their number, from 1, as well.")
       .exitStatus(0, "done")

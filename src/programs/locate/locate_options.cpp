@@ -13,9 +13,9 @@ tool::Command locateCommand(LocateOptions& options) {
           "and the "
           "next places in its order. RECORD is a name or a pattern with * and ?; a name that occurs twice gives both.")
       .describe(
-          "Engineering extremes depend on the configuration: with --config they are found as with it, and what they "
-          "pass "
-          "over is told.")
+          "Engineering extremes depend on the configuration: with --config they are found as the extraction finds "
+          "them, "
+          "with the number of values that they leave out.")
       .exitStatus(0, "all records are located")
       .exitStatus(1, "a file cannot be read")
       .exitStatus(2, "wrong usage")
@@ -32,7 +32,7 @@ tool::Command locateCommand(LocateOptions& options) {
               tool::Completes::file)
       .option("--config", "FILE", options.configuration, "the configuration that the records are of",
               tool::Completes::file)
-      .number("--next", "N", options.next, 0, 1000, "tell of the next N places (default: 10)")
+      .number("--next", "N", options.next, 0, 1000, "list the next N places (default: 10)")
       .flag("--over-time", options.isOverTime, "find the extreme in all frames of the step that have the field")
       .flag("--json", options.isJson, "print a JSON object");
   return command;
